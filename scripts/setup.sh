@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Installs every Debian package that building, running and testing KVT Editor needs.
+# Does nothing, and touches no network, when all of them are there.
+set -euo pipefail
+
+packages=(
+  # compilers and tools
+  build-essential cmake ninja-build git pkg-config clang clang-format libclang-rt-14-dev shellcheck openssl
+  # libraries
+  qt6-base-dev qt6-base-private-dev qt6-declarative-dev qt6-declarative-dev-tools libgl-dev
+  libcpp-httplib-dev libssl-dev zlib1g-dev libbenchmark-dev
+  # the QML modules that the views and the view tests import; none of them pulls in another
+  qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtquick
+  qml6-module-qtquick-controls qml6-module-qtquick-dialogs qml6-module-qtquick-layouts
+  qml6-module-qtquick-templates qml6-module-qtquick-window qml6-module-qt-labs-folderlistmodel
+  qml6-module-qttest
+  # run time: TLS roots, window system plug-ins, fonts, the default handler of a desktop
+  ca-certificates qt6-qpa-plugins libqt6svg6 fontconfig fonts-dejavu-core xdg-utils
+  # a display for the tests that want a real window
+  xvfb xauth openbox xdotool x11-utils
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  state=$(dpkg-query -W -f='${db:Status-Abbrev}' "$package" 2>/dev/null || true)
+  [[ $state == ii* ]] || missing+=("$package")
+done
+if ((${#missing[@]} == 0)); then
+  exit 0
+fi
+
+as_root=()
+if ((EUID != 0)); then
+  if command -v sudo >/dev/null 2>&1 && { [[ -t 0 ]] || sudo -n true 2>/dev/null; }; then
+    as_root=(sudo)
+  else
+    printf 'setup: these packages are missing, and this user may not install them:\n' >&2
+    printf '  %s\n' "${missing[@]}" >&2
+    printf 'setup: as root, run: apt-get install --no-install-recommends %s\n' "${missing[*]}" >&2
+    exit 1
+  fi
+fi
+
+printf 'setup: installing %s\n' "${missing[*]}" >&2
+"${as_root[@]}" apt-get update -q
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
