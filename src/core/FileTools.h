@@ -1,0 +1,74 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+/// Stateless rules on files, names and bytes. Everything is re-entrant and may be called from any thread.
+/// Where an `error` pointer is taken it may be null; it is written on failure only.
+class FileTools
+{
+public:
+    FileTools() = delete;
+
+    // Disk: FileTools.cpp
+
+    /// The whole file, or an empty array with the system's error text. Only regular files are read: a pipe
+    /// would block and a device might never end. A file that an int cannot count is refused.
+    static QByteArray readFile(const QString &path, QString *error = nullptr);
+
+    /// Replaces the file in place, creating missing parent folders. False with the system's error text, or
+    /// with "Short write." when fewer bytes than asked reached the file.
+    static bool writeFile(const QString &path, const QByteArray &data, QString *error = nullptr);
+
+    /// The user's writable documents folder; it need not exist yet.
+    static QString documentsDir();
+
+    /// Writes `data` as `fileName` into the documents folder, over an earlier file of that name. Returns the
+    /// full path, or an empty string. `fileName` is used as it is: a caller that got it from outside strips
+    /// it first.
+    static QString exportToDocuments(const QByteArray &data, const QString &fileName,
+                                     QString *error = nullptr);
+
+    /// Opens the folder that holds `path` in the desktop's file browser. The outcome is not known.
+    static void revealInExplorer(const QString &path);
+
+    // Hex queries: HexQuery.cpp
+
+    /// What the user typed as bytes: pairs of hex digits (white space and ",;:" between them ignored), else
+    /// the trimmed text as UTF-8. Empty for a blank query.
+    static QByteArray parseHexQuery(const QString &query);
+
+    /// The first position at or after `from` at which `needle` occurs, or -1; -1 for an empty needle. A
+    /// negative `from` counts as 0. Linear in the length of `haystack`, whatever the bytes.
+    static int findBytes(const QByteArray &haystack, const QByteArray &needle, int from);
+
+    // Operating-system numbers and names: OsRules.cpp
+
+    /// Ten characters: a decimal digit or letter, seven decimal digits, two letters. Case does not matter.
+    static bool isCumminsStyleOs(const QString &text);
+
+    /// Seven to nine decimal digits and nothing else.
+    static bool isWeakNumericOs(const QString &text);
+
+    /// The first run of at least six ASCII letters or digits, upper-cased, or an empty string.
+    static QString osTokenFromName(const QString &name);
+
+    /// The identifier record of one control module: "title", "vin", "serial", "mainOs" and "rows", a list of
+    /// "label"/"value" maps, one for each pair whose value is not empty. The shorter list bounds the pairs.
+    static QVariantMap makeModuleEntry(const QString &title, const QString &vin, const QString &serial,
+                                       const QString &mainOs, const QStringList &labels,
+                                       const QStringList &values);
+
+    /// `text` with each of \ / : * ? " < > | replaced by "_"; "file" when nothing but white space is left.
+    /// Other characters, dots and outer blanks stay.
+    static QString sanitizeName(const QString &text);
+
+    /// Identifiers that can be read without the service: none, so the map is always empty. Opening a file
+    /// merges it first, which gives local findings their one place.
+    static QVariantMap extractKvtIdentifiers(const QByteArray &bytes);
+
+    /// Clears the lists that are given and returns false; the candidates are not looked at.
+    static bool groupGmOsCandidates(const QStringList &candidates, QStringList *groupA, QStringList *groupB);
+};

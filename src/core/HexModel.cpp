@@ -1,0 +1,127 @@
+#include "core/HexModel.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr char upperHexDigits[] = "0123456789ABCDEF";
+
+QString offsetText(qint64 offset)
+{
+    QString text(8, Qt::Uninitialized);
+    for (qsizetype i = 7; i >= 0; --i, offset >>= 4)
+        text[i] = QLatin1Char(upperHexDigits[offset & 0xF]);
+    return text;
+}
+
+QString hexText(QByteArrayView row)
+{
+    if (row.isEmpty())
+        return {};
+    QString text(row.size() * 3 - 1, QLatin1Char(' '));
+    QChar *out = text.data();
+    for (const char c : row) {
+        const auto byte = static_cast<unsigned char>(c);
+        out[0] = QLatin1Char(upperHexDigits[byte >> 4]);
+        out[1] = QLatin1Char(upperHexDigits[byte & 0xF]);
+        out += 3;
+    }
+    return text;
+}
+
+QString asciiText(QByteArrayView row)
+{
+    QString text(row.size(), Qt::Uninitialized);
+    std::transform(row.begin(), row.end(), text.begin(), [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return QLatin1Char(byte >= 32 && byte <= 126 ? c : '.');
+    });
+    return text;
+}
+
+} // namespace
+
+HexModel::HexModel(QObject *parent)
+    : QAbstractListModel(parent)
+{
+}
+
+int HexModel::rowCount(const QModelIndex &parent) const
+{
+    if (parent.isValid())
+        return 0;
+    if (m_bytes.isEmpty())
+        return 1;
+    return static_cast<int>((m_bytes.size() + m_bytesPerRow - 1) / m_bytesPerRow);
+}
+
+QVariant HexModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const qint64 offset = qint64(index.row()) * m_bytesPerRow;
+    const qint64 length = std::min<qint64>(m_bytesPerRow, m_bytes.size() - offset);
+    const QByteArrayView row = QByteArrayView(m_bytes).sliced(offset, length);
+    switch (role) {
+    case OffsetRole:
+        return offsetText(offset);
+    case HexRole:
+        return hexText(row);
+    case AsciiRole:
+        return asciiText(row);
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> HexModel::roleNames() const
+{
+    return {{OffsetRole, "offset"}, {HexRole, "hex"}, {AsciiRole, "ascii"}};
+}
+
+int HexModel::currentRow() const
+{
+    return m_bytesPerRow < 1 ? 0 : m_cursor / m_bytesPerRow;
+}
+
+void HexModel::setBytes(const QByteArray &bytes)
+{
+    beginResetModel();
+    m_bytes = bytes;
+    m_cursor = clamped(m_cursor);
+    endResetModel();
+    emit dataChangedSig();
+    emit cursorChanged();
+}
+
+void HexModel::setCursor(int pos)
+{
+    const int target = clamped(pos);
+    if (target == m_cursor)
+        return;
+    m_cursor = target;
+    emit cursorChanged();
+}
+
+void HexModel::clickRow(int row)
+{
+    setCursor(clamped(qint64(row) * m_bytesPerRow));
+}
+
+bool HexModel::applyPatch(int offset, const QByteArray &bytes)
+{
+    if (offset < 0 || bytes.isEmpty() || offset + bytes.size() > m_bytes.size())
+        return false;
+    m_bytes.replace(offset, bytes.size(), bytes);
+    const auto rowAt = [this](qsizetype position) {
+        return index(static_cast<int>(position / m_bytesPerRow));
+    };
+    emit dataChanged(rowAt(offset), rowAt(offset + bytes.size() - 1), {HexRole, AsciiRole});
+    emit dataChangedSig();
+    return true;
+}
+
+int HexModel::clamped(qint64 pos) const
+{
+    return static_cast<int>(std::clamp<qint64>(pos, 0, std::max<qint64>(m_bytes.size(), 1) - 1));
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QByteArray>
+
+/// The bytes of a tune file as rows of sixteen, with a cursor. Bytes are overwritten, never inserted or
+/// removed. Row texts are made on demand; an empty buffer still shows one empty row.
+class HexModel : public QAbstractListModel
+{
+    Q_OBJECT
+    Q_PROPERTY(int cursor READ cursor WRITE setCursor NOTIFY cursorChanged FINAL)
+    Q_PROPERTY(int byteCount READ byteCount NOTIFY dataChangedSig FINAL)
+    Q_PROPERTY(int currentRow READ currentRow NOTIFY cursorChanged FINAL)
+
+public:
+    enum Role
+    {
+        OffsetRole = Qt::UserRole + 1,
+        HexRole,
+        AsciiRole
+    };
+    Q_ENUM(Role)
+
+    explicit HexModel(QObject *parent = nullptr);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    QByteArray bytes() const { return m_bytes; }
+    int byteCount() const { return static_cast<int>(m_bytes.size()); }
+    /// Offset in bytes from the start; always within 0 and the last byte, 0 for an empty buffer.
+    int cursor() const { return m_cursor; }
+    int currentRow() const;
+
+    /// Replaces the buffer; the cursor stays, clamped to the new last byte.
+    void setBytes(const QByteArray &bytes);
+    /// Positions outside the buffer are clamped.
+    void setCursor(int pos);
+    /// Moves the cursor to the first byte of `row`, clamped.
+    Q_INVOKABLE void clickRow(int row);
+    /// Overwrites bytes at `offset`. Refused, with nothing changed, when `bytes` is empty or would not fit.
+    bool applyPatch(int offset, const QByteArray &bytes);
+
+signals:
+    void cursorChanged();
+    void dataChangedSig();
+
+private:
+    int clamped(qint64 pos) const;
+
+    QByteArray m_bytes;
+    int m_cursor = 0;
+    int m_bytesPerRow = 16;
+};

@@ -1,0 +1,44 @@
+#include "core/FileTools.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cstring>
+
+#ifndef __GLIBC__
+#include <functional>
+#endif
+
+QByteArray FileTools::parseHexQuery(const QString &query)
+{
+    static const QRegularExpression separators(QStringLiteral(R"([\s,;:])"));
+    static const QRegularExpression hexDigits(QStringLiteral("^[0-9A-Fa-f]+$"));
+
+    const QString trimmed = query.trimmed();
+    if (trimmed.isEmpty())
+        return {};
+    QString digits = trimmed;
+    digits.remove(separators);
+    if (digits.size() % 2 == 0 && hexDigits.match(digits).hasMatch())
+        return QByteArray::fromHex(digits.toLatin1());
+    return trimmed.toUtf8();
+}
+
+int FileTools::findBytes(const QByteArray &haystack, const QByteArray &needle, int from)
+{
+    const qsizetype start = std::max(from, 0);
+    if (needle.isEmpty() || start >= haystack.size())
+        return -1;
+    const char *const begin = haystack.constData();
+    const char *const end = begin + haystack.size();
+#ifdef __GLIBC__
+    // Two-way matching: linear on zeros with a needle of almost only zeros, where a skip table is quadratic.
+    const void *const found = memmem(begin + start, static_cast<size_t>(end - begin - start),
+                                     needle.constData(), static_cast<size_t>(needle.size()));
+    const char *const match = found ? static_cast<const char *>(found) : end;
+#else
+    const char *const match =
+        std::search(begin + start, end, std::boyer_moore_searcher(needle.cbegin(), needle.cend()));
+#endif
+    return match == end ? -1 : static_cast<int>(match - begin);
+}
