@@ -1,0 +1,193 @@
+#include "api/KvtInfo.h"
+
+#include "api/JsonReading.h"
+#include "core/FileTools.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QVariantList>
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+
+namespace {
+
+const QString vinKey = QStringLiteral("vin");
+const QString serialKey = QStringLiteral("serial");
+const QString mainOsKey = QStringLiteral("mainOS");
+const QString modulesKey = QStringLiteral("modules");
+const QString serial1Key = QStringLiteral("serial1");
+
+struct Alias
+{
+    const char *target;
+    std::array<const char *, 4> keys;
+};
+
+constexpr Alias aliases[] = {
+    {"system", {"gmSystem", "system", "module"}},
+    {"fuel", {"gmFuel", "fuel"}},
+    {"speedometer", {"gmSpeedometer", "speedometer"}},
+    {"engineDiag", {"gmEngineDiag", "engine_diag", "engineDiag"}},
+    {"engineOp", {"gmEngineOp", "engine_op", "engineOp"}},
+    {"interfaceID", {"interfaceCalId", "interfaceId", "interface_id", "interfaceID"}},
+    {"created", {"created"}},
+    // The answer's own "editorVersion" means something else and is not read.
+    {"editorVersion", {"softwareVersion", "editor_version"}},
+};
+
+constexpr const char *positionalRows[] = {"system", "fuel", "speedometer", "engineDiag", "engineOp"};
+
+template <typename Keys> QString firstText(const QJsonObject &object, const Keys &keys)
+{
+    for (const char *key : keys) {
+        if (!key)
+            break;
+        QString text = jsonString(object, QLatin1String(key));
+        if (!text.isEmpty())
+            return text;
+    }
+    return {};
+}
+
+QString firstText(const QJsonObject &object, std::initializer_list<const char *> keys)
+{
+    return firstText<std::initializer_list<const char *>>(object, keys);
+}
+
+void setUnlessEmpty(QVariantMap &map, const QString &key, const QString &value)
+{
+    if (!value.isEmpty())
+        map.insert(key, value);
+}
+
+QJsonObject answerObject(const QString &json)
+{
+    QByteArray text = json.toUtf8();
+    // The worker may print lines ahead of its JSON.
+    text.remove(0, std::max<qsizetype>(text.indexOf('{'), 0));
+    QJsonObject object = jsonObjectFromBody(text).value_or(QJsonObject());
+    for (const auto &nested : {QStringLiteral("kvt"), QStringLiteral("identifiers")}) {
+        const QJsonValue inner = object.value(nested);
+        if (inner.isObject())
+            object = inner.toObject();
+    }
+    return object;
+}
+
+struct Numbers
+{
+    QString serial1;
+    QString serial2;
+    QString mainOs;
+};
+
+QStringList osCandidates(const Numbers &numbers)
+{
+    QStringList candidates;
+    for (const QString &serial : {numbers.serial1, numbers.serial2}) {
+        const QString upper = serial.toUpper();
+        if (FileTools::isCumminsStyleOs(serial) && !candidates.contains(upper))
+            candidates.append(upper);
+    }
+    const QString upperOs = numbers.mainOs.toUpper();
+    if (FileTools::isCumminsStyleOs(numbers.mainOs) && !candidates.contains(upperOs))
+        candidates.prepend(upperOs);
+    return candidates;
+}
+
+void clearIfOs(QString &serial)
+{
+    if (FileTools::isCumminsStyleOs(serial))
+        serial.clear();
+}
+
+// Some files carry OS numbers where the serial belongs. They move to the main OS, and a plain number that the
+// service took for the OS becomes the serial.
+void reconcile(Numbers &numbers)
+{
+    const QStringList candidates = osCandidates(numbers);
+    if (candidates.isEmpty())
+        return;
+    if (!FileTools::isWeakNumericOs(numbers.mainOs) && FileTools::isCumminsStyleOs(numbers.mainOs)) {
+        clearIfOs(numbers.serial1);
+        clearIfOs(numbers.serial2);
+        return;
+    }
+    const QString asRead = numbers.mainOs;
+    numbers.mainOs = candidates.first(2 <= candidates.size() ? 2 : 1).join(QStringLiteral(" / "));
+    clearIfOs(numbers.serial1);
+    clearIfOs(numbers.serial2);
+    if (numbers.serial1.isEmpty() && FileTools::isWeakNumericOs(asRead))
+        numbers.serial1 = asRead;
+}
+
+void mergeNumbers(QVariantMap &identifiers, const QJsonObject &answer)
+{
+    Numbers numbers{firstText(answer, {"serial1", "serial"}), jsonString(answer, QStringLiteral("serial2")),
+                    firstText(answer, {"mainOs", "main_os", "os1", "baseOs", "os"})};
+    reconcile(numbers);
+    const QString os1 = jsonString(answer, QStringLiteral("os1"));
+    if (!os1.isEmpty())
+        numbers.mainOs = os1;
+
+    setUnlessEmpty(identifiers, vinKey, firstText(answer, {"vin1", "vin"}));
+    if (!numbers.serial1.isEmpty() || FileTools::isCumminsStyleOs(jsonString(answer, serial1Key)))
+        identifiers.insert(serialKey, numbers.serial1);
+    setUnlessEmpty(identifiers, mainOsKey, numbers.mainOs);
+}
+
+QVariantMap moduleEntry(const QJsonObject &module)
+{
+    QStringList labels;
+    QStringList values;
+    const QJsonArray rows = module.value(QStringLiteral("rows")).toArray();
+    for (const QJsonValue &value : rows) {
+        const QJsonObject row = value.toObject();
+        labels.append(jsonString(row, QStringLiteral("label")));
+        values.append(jsonString(row, QStringLiteral("value")));
+    }
+    return FileTools::makeModuleEntry(jsonString(module, QStringLiteral("title")), jsonString(module, vinKey),
+                                      jsonString(module, serialKey),
+                                      jsonString(module, QStringLiteral("mainOs")), labels, values);
+}
+
+void mergeModules(QVariantMap &identifiers, const QJsonArray &answered)
+{
+    QVariantList modules;
+    modules.reserve(answered.size());
+    for (const QJsonValue &module : answered)
+        modules.append(moduleEntry(module.toObject()));
+    identifiers.insert(modulesKey, modules);
+
+    const QVariantMap first = modules.constFirst().toMap();
+    setUnlessEmpty(identifiers, vinKey, first.value(vinKey).toString());
+    setUnlessEmpty(identifiers, serialKey, first.value(serialKey).toString());
+    setUnlessEmpty(identifiers, mainOsKey, first.value(QStringLiteral("mainOs")).toString());
+
+    // The service sends these five in a fixed order under labels of its own.
+    const QVariantList rows = first.value(QStringLiteral("rows")).toList();
+    const qsizetype filled = std::min<qsizetype>(rows.size(), std::ssize(positionalRows));
+    for (qsizetype i = 0; i < filled; ++i) {
+        identifiers.insert(QLatin1String(positionalRows[i]),
+                           rows.at(i).toMap().value(QStringLiteral("value")).toString());
+    }
+}
+
+} // namespace
+
+QVariantMap mergeKvtInfo(const QVariantMap &identifiers, const QString &json)
+{
+    const QJsonObject answer = answerObject(json);
+    QVariantMap merged = identifiers;
+    mergeNumbers(merged, answer);
+    for (const Alias &alias : aliases)
+        setUnlessEmpty(merged, QLatin1String(alias.target), firstText(answer, alias.keys));
+    const QJsonArray modules = answer.value(modulesKey).toArray();
+    if (!modules.isEmpty())
+        mergeModules(merged, modules);
+    return merged;
+}

@@ -1,0 +1,139 @@
+#include "api/ServiceConfig.h"
+
+#include "core/FileTools.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QHostAddress>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace {
+
+const QString apiBaseKey = QStringLiteral("apiBase");
+const QString authFieldsKey = QStringLiteral("authFields");
+const QString storeUrlKey = QStringLiteral("storeUrl");
+const QString placeholderEmailKey = QStringLiteral("placeholderEmail");
+
+bool isLoopback(const QString &host)
+{
+    return host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0
+        || QHostAddress(host).isLoopback();
+}
+
+// Tune files and passwords travel to this address, so nothing in between may read along.
+bool isSafeBase(const QUrl &url)
+{
+    if (!url.isValid() || url.host().isEmpty() || url.hasQuery() || url.hasFragment())
+        return false;
+    return url.scheme() == QLatin1String("https")
+        || (url.scheme() == QLatin1String("http") && isLoopback(url.host()));
+}
+
+bool isTextMap(const QJsonValue &value)
+{
+    if (!value.isObject())
+        return false;
+    const QJsonObject object = value.toObject();
+    return std::all_of(object.begin(), object.end(),
+                       [](const QJsonValue &member) { return member.isString(); });
+}
+
+// Empty when `value` may stand under `key`, else what is wrong with it. Never quotes the value: it may be a
+// secret.
+QString objection(const QString &key, const QJsonValue &value)
+{
+    if (key == authFieldsKey)
+        return isTextMap(value) ? QString() : QStringLiteral("\"authFields\" is no object of texts");
+    if (key != apiBaseKey && key != storeUrlKey && key != placeholderEmailKey)
+        return QStringLiteral("the key \"%1\" is unknown").arg(key);
+    if (!value.isString())
+        return QStringLiteral("\"%1\" is no text").arg(key);
+    if (key == apiBaseKey && !isSafeBase(QUrl(value.toString(), QUrl::StrictMode)))
+        return QStringLiteral("\"apiBase\" is neither HTTPS nor HTTP on a loopback address");
+    return {};
+}
+
+QString withSlash(const QString &url)
+{
+    return url.endsWith(QLatin1Char('/')) ? url : url + QLatin1Char('/');
+}
+
+void fail(QString *error, const QString &reason)
+{
+    if (error)
+        *error = reason;
+}
+
+} // namespace
+
+ServiceConfig builtInServiceConfig()
+{
+    return {withSlash(QStringLiteral(KVTEDITOR_API_BASE)),
+            {},
+            QStringLiteral(KVTEDITOR_STORE_URL),
+            QStringLiteral(KVTEDITOR_PLACEHOLDER_EMAIL)};
+}
+
+std::optional<ServiceConfig> parseServiceConfig(const QByteArray &json, const ServiceConfig &defaults,
+                                                QString *error)
+{
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
+    if (parseError.error != QJsonParseError::NoError) {
+        fail(error, parseError.errorString());
+        return std::nullopt;
+    }
+    if (!document.isObject()) {
+        fail(error, QStringLiteral("it is no JSON object"));
+        return std::nullopt;
+    }
+    const QJsonObject object = document.object();
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        const QString reason = objection(it.key(), it.value());
+        if (!reason.isEmpty()) {
+            fail(error, reason);
+            return std::nullopt;
+        }
+    }
+    ServiceConfig config = defaults;
+    config.apiBase = withSlash(object.value(apiBaseKey).toString(defaults.apiBase));
+    config.storeUrl = object.value(storeUrlKey).toString(defaults.storeUrl);
+    config.placeholderEmail = object.value(placeholderEmailKey).toString(defaults.placeholderEmail);
+    if (object.contains(authFieldsKey))
+        config.authFields = object.value(authFieldsKey).toObject().toVariantMap();
+    return config;
+}
+
+ServiceConfig loadServiceConfig(const QString &environmentFile, const QString &programDir)
+{
+    const ServiceConfig defaults = builtInServiceConfig();
+    QString path = environmentFile;
+    if (path.isEmpty()) {
+        path = QDir(programDir).filePath(QStringLiteral("service.json"));
+        if (!QFileInfo::exists(path))
+            return defaults;
+    }
+    QString error;
+    const QByteArray json = FileTools::readFile(path, &error);
+    std::optional<ServiceConfig> config;
+    if (error.isEmpty())
+        config = parseServiceConfig(json, defaults, &error);
+    if (!config) {
+        qWarning("Service configuration %s is not used: %s", qUtf8Printable(QDir::toNativeSeparators(path)),
+                 qUtf8Printable(error));
+    }
+    return config.value_or(defaults);
+}
+
+const ServiceConfig &serviceConfig()
+{
+    static const ServiceConfig config = loadServiceConfig(qEnvironmentVariable("KVTEDITOR_SERVICE_CONFIG"),
+                                                          QCoreApplication::applicationDirPath());
+    return config;
+}

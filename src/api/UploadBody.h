@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QList>
+
+/// Bytes to upload that can be read once and not be rewound. The network library sends a POST again when a
+/// server closes early, unless its body cannot be rewound; a ticket opened or credits spent twice would be
+/// the price. The bytes are shared, not copied.
+class UploadBody : public QIODevice
+{
+    Q_OBJECT
+
+public:
+    explicit UploadBody(const QList<QByteArray> &pieces, QObject *parent = nullptr);
+
+    bool isSequential() const override { return true; }
+    qint64 size() const override { return m_size; }
+    qint64 bytesAvailable() const override;
+    bool atEnd() const override;
+    /// Always refused; without the warning that the base class gives.
+    bool seek(qint64 position) override;
+
+protected:
+    qint64 readData(char *data, qint64 maxSize) override;
+    qint64 writeData(const char *data, qint64 maxSize) override;
+
+private:
+    QList<QByteArray> m_pieces;
+    qint64 m_size = 0;
+    /// Bytes read so far: in all, and of the piece at `m_piece`.
+    qint64 m_read = 0;
+    qsizetype m_piece = 0;
+    qsizetype m_pieceRead = 0;
+};

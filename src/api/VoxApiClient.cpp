@@ -1,0 +1,250 @@
+#include "api/VoxApiClient.h"
+
+#include "api/JsonReading.h"
+#include "api/ServiceConfig.h"
+#include "api/UploadBody.h"
+
+#include <QHttpMultiPart>
+#include <QJsonDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QUrl>
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+constexpr qsizetype shownBodyBytes = 300;
+
+QNetworkRequest requestTo(const QString &address)
+{
+    QNetworkRequest request{QUrl(address)};
+    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    return request;
+}
+
+QNetworkRequest uncachedRequestTo(const QString &address)
+{
+    QNetworkRequest request = requestTo(address);
+    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+    return request;
+}
+
+// Sends a body that is read as it is sent, and so cannot be sent twice: see UploadBody. That takes its length
+// ahead. Owners: body -> reply -> manager.
+QNetworkReply *postOnce(QNetworkAccessManager *manager, QNetworkRequest request,
+                        const QList<QByteArray> &pieces)
+{
+    auto *const body = new UploadBody(pieces);
+    request.setHeader(QNetworkRequest::ContentLengthHeader, body->size());
+    request.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    QNetworkReply *const reply = manager->post(request, body);
+    body->setParent(reply);
+    return reply;
+}
+
+// A header cannot carry these three; every other character is sent as it is.
+QString headerText(QString text)
+{
+    for (QChar &c : text) {
+        if (c == QLatin1Char('\r') || c == QLatin1Char('\n') || c == QChar::Null)
+            c = QLatin1Char('_');
+    }
+    return text;
+}
+
+// A form as pieces to send. The library's own form cannot stand in: it reads past its ends when its parts
+// cannot be rewound (seen in 6.4). Only its boundary is used, which it makes unlikely to occur in a file.
+class Form
+{
+public:
+    void addField(const QString &name, const QByteArray &value)
+    {
+        addPart(QStringLiteral("form-data; name=\"%1\"").arg(headerText(name)), {}, value);
+    }
+
+    void addFile(const WorkerFile &file)
+    {
+        addPart(QStringLiteral("form-data; name=\"%1\"; filename=\"%2\"")
+                    .arg(headerText(file.fieldName), headerText(file.fileName)),
+                QByteArrayLiteral("Content-Type: application/octet-stream\r\n"), file.data);
+    }
+
+    QByteArray contentType() const { return "multipart/form-data; boundary=\"" + m_boundary + '"'; }
+    QList<QByteArray> pieces() const { return m_pieces + QList<QByteArray>{"--" + m_boundary + "--\r\n"}; }
+
+private:
+    void addPart(const QString &disposition, const QByteArray &typeLine, const QByteArray &body)
+    {
+        m_pieces.append("--" + m_boundary + "\r\nContent-Disposition: " + disposition.toUtf8() + "\r\n"
+                        + typeLine + "\r\n");
+        m_pieces.append(body);
+        m_pieces.append(QByteArrayLiteral("\r\n"));
+    }
+
+    QByteArray m_boundary = QHttpMultiPart(QHttpMultiPart::FormDataType).boundary();
+    QList<QByteArray> m_pieces;
+};
+
+int httpStatus(const QNetworkReply *reply)
+{
+    return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+}
+
+} // namespace
+
+WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &object, const QString &error)
+{
+    WorkerResult result;
+    if (!error.isEmpty() && body.isEmpty()) {
+        result.error = error;
+        return result;
+    }
+    result.isJson = body.startsWith('{') || !object.isEmpty();
+    if (!result.isJson) {
+        // Whole files are known to arrive together with a transport error; the bytes count.
+        result.data = body;
+        result.ok = !body.isEmpty();
+        if (!result.ok)
+            result.error = QStringLiteral("Worker returned empty response.");
+        return result;
+    }
+    result.text = QString::fromUtf8(body);
+    const QString status = jsonString(object, QStringLiteral("status"));
+    result.ok = status == QLatin1String("ok");
+    if (result.ok)
+        return result;
+    result.error = jsonString(object, QStringLiteral("message"));
+    if (result.error.isEmpty())
+        result.error = jsonString(object, QStringLiteral("error"));
+    if (result.error.isEmpty())
+        result.error = QStringLiteral("Worker error: %1").arg(status);
+    return result;
+}
+
+VoxApiClient::VoxApiClient(QObject *parent)
+    : QObject(parent)
+    , m_apiBase(serviceConfig().apiBase)
+{
+}
+
+VoxApiClient::~VoxApiClient() = default;
+
+void VoxApiClient::setApiBase(const QString &base)
+{
+    m_apiBase = base.endsWith(QLatin1Char('/')) ? base : base + QLatin1Char('/');
+}
+
+QString VoxApiClient::url(const QString &path) const
+{
+    return m_apiBase + (path.startsWith(QLatin1Char('/')) ? path.sliced(1) : path);
+}
+
+void VoxApiClient::postJson(const QString &path, const QJsonObject &object, JsonCallback callback)
+{
+    QNetworkRequest request = requestTo(url(path));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json; charset=utf-8"));
+    auto *const manager = newManager();
+    handOver(postOnce(manager, request, {QJsonDocument(object).toJson(QJsonDocument::Compact)}), manager,
+             [callback = std::move(callback)](QNetworkReply *finished, const QByteArray &answer,
+                                              const QString &error) {
+                 const std::optional<QJsonObject> parsed = jsonObjectFromBody(answer);
+                 if (parsed || !error.isEmpty()) {
+                     callback(parsed.value_or(QJsonObject()), error);
+                     return;
+                 }
+                 callback({},
+                          QStringLiteral("HTTP %1: %2")
+                              .arg(QString::number(httpStatus(finished)),
+                                   QString::fromUtf8(answer.first(std::min(answer.size(), shownBodyBytes)))));
+             });
+}
+
+void VoxApiClient::getJson(const QString &path, JsonCallback callback)
+{
+    auto *const manager = newManager();
+    handOver(
+        manager->get(uncachedRequestTo(url(path))), manager,
+        [callback = std::move(callback)](QNetworkReply *, const QByteArray &answer, const QString &error) {
+            callback(jsonObjectFromBody(answer).value_or(QJsonObject()), error);
+        });
+}
+
+void VoxApiClient::postMultipart(const QString &path, const QVariantMap &fields,
+                                 const QList<WorkerFile> &files, BytesCallback callback)
+{
+    Form form;
+    for (auto it = fields.begin(); it != fields.end(); ++it)
+        form.addField(it.key(), it.value().toString().toUtf8());
+    for (const WorkerFile &file : files)
+        form.addFile(file);
+
+    QNetworkRequest request = requestTo(url(path));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, form.contentType());
+    auto *const manager = newManager();
+    handOver(
+        postOnce(manager, request, form.pieces()), manager,
+        [callback = std::move(callback)](QNetworkReply *, const QByteArray &answer, const QString &error) {
+            callback(answer, jsonObjectFromBody(answer).value_or(QJsonObject()), error);
+        });
+}
+
+void VoxApiClient::downloadFile(const QString &url, BytesCallback callback)
+{
+    QNetworkRequest request = uncachedRequestTo(url);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+    auto *const manager = newManager();
+    handOver(manager->get(request), manager,
+             [callback = std::move(callback)](QNetworkReply *, const QByteArray &answer,
+                                              const QString &error) { callback(answer, {}, error); });
+}
+
+void VoxApiClient::kvtWorker(const QString &version, const QString &operation, const FieldList &fields,
+                             const QList<WorkerFile> &files, WorkerCallback callback)
+{
+    if (files.isEmpty() || files.constFirst().data.isEmpty()) {
+        WorkerResult refused;
+        refused.error = QStringLiteral("No input file for worker request.");
+        callback(refused);
+        return;
+    }
+    QVariantMap form = serviceConfig().authFields;
+    form.insert(QStringLiteral("version"), version);
+    form.insert(QStringLiteral("operation"), operation);
+    for (const auto &[name, value] : fields)
+        form.insert(name, value);
+    postMultipart(QStringLiteral("kvt_worker/process.aspx"), form, files,
+                  [callback = std::move(callback)](const QByteArray &body, const QJsonObject &object,
+                                                   const QString &error) {
+                      callback(classifyWorkerAnswer(body, object, error));
+                  });
+}
+
+void VoxApiClient::feedbackSubmit(const QJsonObject &ticket, JsonCallback callback)
+{
+    postJson(QStringLiteral("feedback.aspx"), ticket, std::move(callback));
+}
+
+void VoxApiClient::checkUpdate(JsonCallback callback)
+{
+    getJson(QStringLiteral("updates/kvteditornew/update.json"), std::move(callback));
+}
+
+QNetworkAccessManager *VoxApiClient::newManager()
+{
+    return new QNetworkAccessManager(this);
+}
+
+// The manager belongs to the client and the reply to the manager; both go once the answer was handed over.
+void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
+{
+    connect(reply, &QNetworkReply::finished, this, [reply, manager, finished = std::move(finished)] {
+        const QByteArray body = reply->readAll();
+        const QString error = reply->error() == QNetworkReply::NoError ? QString() : reply->errorString();
+        reply->deleteLater();
+        manager->deleteLater();
+        finished(reply, body, error);
+    });
+}
