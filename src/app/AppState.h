@@ -1,0 +1,277 @@
+#pragma once
+
+#include "api/VoxApiClient.h"
+#include "core/HexModel.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QUrl>
+#include <QVariantList>
+#include <QVariantMap>
+
+#include <memory>
+#include <utility>
+
+class WebToolWindow;
+
+/// The one controller behind the window, known to the views as `app`. A view reads its properties and calls
+/// its invokables; each outcome is one text on the status line. Everything runs on the main thread.
+class AppState : public QObject
+{
+    Q_OBJECT
+
+    // Shell: AppState.cpp
+    Q_PROPERTY(QString version READ version CONSTANT FINAL)
+    Q_PROPERTY(bool isMacOS READ isMacOS CONSTANT FINAL)
+    Q_PROPERTY(QString tab READ tab WRITE setTab NOTIFY tabChanged FINAL)
+    Q_PROPERTY(bool busy READ busy NOTIFY busyChanged FINAL)
+    Q_PROPERTY(QString status READ status NOTIFY statusChanged FINAL)
+    Q_PROPERTY(int statusOK READ statusOK NOTIFY statusChanged FINAL)
+
+    // Workspace and identifiers: AppStateWorkspace.cpp
+    Q_PROPERTY(QString fileName READ fileName NOTIFY fileChanged FINAL)
+    Q_PROPERTY(QString vin READ vin WRITE setVin NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString serial READ serial WRITE setSerial NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString mainOS READ mainOS WRITE setMainOS NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString system READ system WRITE setSystem NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString fuel READ fuel WRITE setFuel NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString speedometer READ speedometer WRITE setSpeedometer NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString engineDiag READ engineDiag WRITE setEngineDiag NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString engineOp READ engineOp WRITE setEngineOp NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString interfaceID READ interfaceID WRITE setInterfaceID NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QVariantList modules READ modules NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString moduleOneOS READ moduleOneOs NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString created READ created NOTIFY identifiersChanged FINAL)
+    Q_PROPERTY(QString editorVersion READ editorVersion NOTIFY identifiersChanged FINAL)
+
+    // Hex editor: AppStateHex.cpp
+    Q_PROPERTY(bool showHex READ showHex WRITE setShowHex NOTIFY showHexChanged FINAL)
+    Q_PROPERTY(HexModel *hexModel READ hexModel CONSTANT FINAL)
+
+    // XDF store
+    Q_PROPERTY(QString xdfEmail READ xdfEmail WRITE setXdfEmail NOTIFY xdfChanged FINAL)
+    Q_PROPERTY(QString xdfPassword READ xdfPassword WRITE setXdfPassword NOTIFY xdfChanged FINAL)
+    Q_PROPERTY(QString xdfToken READ xdfToken NOTIFY xdfChanged FINAL)
+    Q_PROPERTY(QString xdfCredits READ xdfCredits NOTIFY xdfChanged FINAL)
+    Q_PROPERTY(QVariantList xdfItems READ xdfItems NOTIFY xdfChanged FINAL)
+    Q_PROPERTY(QString catalogText READ catalogText NOTIFY xdfChanged FINAL)
+
+    // Folder search
+    Q_PROPERTY(QVariantList searchHits READ searchHits NOTIFY searchChanged FINAL)
+    Q_PROPERTY(bool searchBusy READ searchBusy NOTIFY searchChanged FINAL)
+    Q_PROPERTY(
+        QString searchRecursive READ searchRecursive WRITE setSearchRecursive NOTIFY searchChanged FINAL)
+
+    // Segment swap, patches, stock files
+    Q_PROPERTY(QVariantList swapCandidates READ swapCandidates NOTIFY segmentsChanged FINAL)
+    Q_PROPERTY(QVariantList patchItems READ patchItems NOTIFY patcherChanged FINAL)
+    Q_PROPERTY(QVariantList stockRows READ stockRows NOTIFY stockChanged FINAL)
+
+    // Tools and conversion options: AppStateTools.cpp
+    Q_PROPERTY(QVariantList j1939Rows READ j1939Rows NOTIFY toolsChanged FINAL)
+    Q_PROPERTY(bool vbfSkipVerify READ vbfSkipVerify WRITE setVbfSkipVerify NOTIFY toolsChanged FINAL)
+    Q_PROPERTY(QString xcalMode READ xcalMode WRITE setXcalMode NOTIFY toolsChanged FINAL)
+
+    // Tickets and updates: AppStateFeedback.cpp
+    Q_PROPERTY(QString threadText READ threadText NOTIFY feedbackChanged FINAL)
+
+public:
+    explicit AppState(QObject *parent = nullptr);
+    ~AppState() override;
+
+    // Shell: AppState.cpp
+    QString version() const;
+    bool isMacOS() const { return true; }
+    QString tab() const { return m_tab; }
+    bool busy() const { return m_busy; }
+    QString status() const { return m_status; }
+    int statusOK() const { return m_statusOK; }
+    /// `ok` is 1 for success, 0 for failure, -1 for neutral. Announced even when nothing changed.
+    Q_INVOKABLE void setStatus(const QString &text, int ok = -1);
+    /// Any text is taken; the window shows the first view for a key that it does not know.
+    Q_INVOKABLE void setTab(const QString &key);
+    Q_INVOKABLE void copyText(const QString &text, const QString &label);
+    /// Does nothing; views may call it.
+    Q_INVOKABLE void openEditorDebug();
+
+    // Workspace and identifiers: AppStateWorkspace.cpp
+    QString fileName() const { return m_file.name; }
+    QString vin() const;
+    QString serial() const;
+    QString mainOS() const;
+    QString system() const;
+    QString fuel() const;
+    QString speedometer() const;
+    QString engineDiag() const;
+    QString engineOp() const;
+    QString interfaceID() const;
+    QVariantList modules() const;
+    QString moduleOneOs() const;
+    QString created() const;
+    QString editorVersion() const;
+    void setVin(const QString &value);
+    void setSerial(const QString &value);
+    void setMainOS(const QString &value);
+    void setSystem(const QString &value);
+    void setFuel(const QString &value);
+    void setSpeedometer(const QString &value);
+    void setEngineDiag(const QString &value);
+    void setEngineOp(const QString &value);
+    void setInterfaceID(const QString &value);
+    void setId(const QString &key, const QString &value);
+    /// Reads the file whole and asks the service for its identifiers. A failed open keeps the file that was
+    /// open.
+    Q_INVOKABLE void openKvt(const QString &path);
+    /// Writes the current bytes to `path`, which becomes the workspace's file.
+    Q_INVOKABLE void saveKvt(const QString &path);
+    /// The open file's present content: the hex editor's buffer, or the bytes as opened while that is empty.
+    QByteArray currentKvtBytes() const;
+    /// Where file dialogs start: the open file's folder, else the documents folder, or the home folder where
+    /// there is none.
+    Q_INVOKABLE QUrl dialogFolder() const;
+    /// The open file's name without its last ending ("tune" when there is none), followed by `suffix`.
+    QString suggestName(const QString &suffix) const;
+    /// Sends the bytes as opened; an answer that arrives after another file was opened is dropped.
+    void requestKvtInfoFromApi();
+    void applyKvtInfoJson(const QString &json);
+
+    // Conversions: AppStateConversions.cpp
+    /// Sends a file and the extra files to the worker under `operation`; a file that comes back is saved as
+    /// `outName` in the documents folder. `fields` and `extraFiles` are (name, value) and (name, bytes)
+    /// pairs.
+    void workerConvert(const QString &operation, const QByteArray &input, const QString &inputName,
+                       const FieldList &fields, const QList<std::pair<QString, QByteArray>> &extraFiles,
+                       const QString &outName);
+
+    // Hex editor: AppStateHex.cpp
+    bool showHex() const { return m_showHex; }
+    void setShowHex(bool show);
+    HexModel *hexModel() const { return m_hexModel; }
+    /// Moves the cursor to the next occurrence after it, from the start again when there is none.
+    Q_INVOKABLE void hexFind(const QString &query);
+    /// Overwrites the bytes at the cursor with what the query stands for.
+    Q_INVOKABLE void hexPatch(const QString &query);
+    /// Makes the edited buffer the file's held bytes and closes the hex editor; nothing goes to disk.
+    Q_INVOKABLE void hexWriteBack();
+
+    // XDF store
+    QString xdfEmail() const { return m_xdf.email; }
+    QString xdfPassword() const { return m_xdf.password; }
+    QString xdfToken() const { return m_xdf.token; }
+    QString xdfCredits() const { return m_xdf.credits; }
+    QVariantList xdfItems() const { return m_xdf.items; }
+    QString catalogText() const { return m_xdf.catalogText; }
+    void setXdfEmail(const QString &email);
+    void setXdfPassword(const QString &password);
+
+    // Folder search
+    QVariantList searchHits() const { return m_search.hits; }
+    bool searchBusy() const { return m_search.busy; }
+    QString searchRecursive() const;
+    /// Only "0" turns recursion off.
+    void setSearchRecursive(const QString &text);
+
+    // Segment swap, patches, stock files
+    QVariantList swapCandidates() const { return m_swapCandidates; }
+    QVariantList patchItems() const { return m_patchItems; }
+    QVariantList stockRows() const { return m_stockRows; }
+
+    // Tools and conversion options: AppStateTools.cpp
+    QVariantList j1939Rows() const { return m_tools.j1939Rows; }
+    bool vbfSkipVerify() const { return m_tools.vbfSkipVerify; }
+    QString xcalMode() const { return m_tools.xcalMode; }
+    void setVbfSkipVerify(bool skip);
+    void setXcalMode(const QString &mode);
+    /// Shows the user manual with the desktop's document viewer.
+    Q_INVOKABLE void goHelp();
+    /// Hands an address to the desktop; whether anything could open it is not known.
+    Q_INVOKABLE void openWebTool(const QString &url, const QString &title);
+
+    // Tickets and updates: AppStateFeedback.cpp
+    QString threadText() const { return m_threadText; }
+    Q_INVOKABLE void sendToDev(const QString &email, const QString &notes);
+    Q_INVOKABLE void checkUpdate();
+
+signals:
+    void tabChanged();
+    void busyChanged();
+    void statusChanged();
+    void fileChanged();
+    void identifiersChanged();
+    void showHexChanged();
+    void xdfChanged();
+    void searchChanged();
+    void segmentsChanged();
+    void patcherChanged();
+    void stockChanged();
+    void toolsChanged();
+    void feedbackChanged();
+
+private:
+    // Shell
+    void setBusy(bool busy);
+
+    VoxApiClient *m_client;
+    HexModel *m_hexModel;
+    QString m_tab = QStringLiteral("main");
+    bool m_busy = false;
+    QString m_status;
+    int m_statusOK = -1;
+
+    // Workspace and identifiers
+    QString identifier(const QString &key) const;
+
+    struct OpenFile
+    {
+        QString path;
+        QString name;
+        QByteArray bytes;
+        /// Counts opens, so that an answer about an earlier file is known as such.
+        quint64 generation = 0;
+    } m_file;
+    QVariantMap m_identifiers;
+
+    // Conversions
+    void finishConversion(const WorkerResult &result, const QString &outName);
+
+    // Hex editor
+    bool m_showHex = false;
+
+    // XDF store
+    struct XdfState
+    {
+        QString email;
+        QString password;
+        QString token;
+        QString credits;
+        QVariantList items;
+        QString catalogText;
+    } m_xdf;
+
+    // Folder search
+    struct SearchState
+    {
+        QVariantList hits;
+        bool busy = false;
+        bool recursive = true;
+    } m_search;
+
+    // Segment swap, patches, stock files
+    QVariantList m_swapCandidates;
+    QVariantList m_patchItems;
+    QVariantList m_stockRows;
+
+    // Tools and conversion options
+    struct ToolsState
+    {
+        QVariantList j1939Rows;
+        bool vbfSkipVerify = false;
+        QString xcalMode = QStringLiteral("kvt");
+    } m_tools;
+    std::unique_ptr<WebToolWindow> m_webTool;
+
+    // Tickets and updates
+    QString m_threadText;
+};

@@ -1,0 +1,66 @@
+#include "app/MessageLog.h"
+
+#include <QDir>
+#include <QFile>
+#include <QMessageLogContext>
+#include <QMutex>
+#include <QMutexLocker>
+
+namespace {
+
+struct Messages
+{
+    QMutex mutex;
+    QStringList texts;
+};
+
+// Never destroyed: a thread may still report while the process ends.
+Messages &messages()
+{
+    static auto *const instance = new Messages;
+    return *instance;
+}
+
+// Opened for each line, so that a crash loses none that was written.
+void append(QByteArrayView text)
+{
+    QFile file(QDir(QDir::tempPath()).filePath(QStringLiteral("kvteditornew-qt.log")));
+    if (!file.open(QIODevice::Append | QIODevice::Text))
+        return;
+    file.write(text.toByteArray() + '\n');
+}
+
+void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    if (type == QtDebugMsg)
+        return;
+    Messages &captured = messages();
+    const QMutexLocker lock(&captured.mutex);
+    captured.texts.append(text);
+    append(text.toUtf8());
+}
+
+} // namespace
+
+void logLine(QByteArrayView text)
+{
+    const QMutexLocker lock(&messages().mutex);
+    append(text);
+}
+
+void installMessageLog()
+{
+    qInstallMessageHandler(handleMessage);
+}
+
+QStringList capturedMessages()
+{
+    Messages &captured = messages();
+    const QMutexLocker lock(&captured.mutex);
+    return captured.texts;
+}
+
+QString loadFailureText(const QStringList &messages)
+{
+    return QStringLiteral("The editor window failed to load.\n") + messages.join(QLatin1Char('\n'));
+}
