@@ -56,26 +56,26 @@ class AppState : public QObject
     Q_PROPERTY(QString xdfToken READ xdfToken NOTIFY xdfChanged FINAL)
     Q_PROPERTY(QString xdfCredits READ xdfCredits NOTIFY xdfChanged FINAL)
     Q_PROPERTY(QVariantList xdfItems READ xdfItems NOTIFY xdfChanged FINAL)
-    Q_PROPERTY(QString catalogText READ catalogText NOTIFY xdfChanged FINAL)
 
     // Folder search
     Q_PROPERTY(QVariantList searchHits READ searchHits NOTIFY searchChanged FINAL)
     Q_PROPERTY(bool searchBusy READ searchBusy NOTIFY searchChanged FINAL)
-    Q_PROPERTY(
-        QString searchRecursive READ searchRecursive WRITE setSearchRecursive NOTIFY searchChanged FINAL)
 
     // Segment swap, patches, stock files
     Q_PROPERTY(QVariantList swapCandidates READ swapCandidates NOTIFY segmentsChanged FINAL)
     Q_PROPERTY(QVariantList patchItems READ patchItems NOTIFY patcherChanged FINAL)
     Q_PROPERTY(QVariantList stockRows READ stockRows NOTIFY stockChanged FINAL)
 
-    // Tools and conversion options: AppStateTools.cpp
+    // Decoded fault codes
     Q_PROPERTY(QVariantList j1939Rows READ j1939Rows NOTIFY toolsChanged FINAL)
+
+    // Texts of the store and of tickets, and options
+    Q_PROPERTY(QString catalogText READ catalogText NOTIFY xdfChanged FINAL)
+    Q_PROPERTY(QString threadText READ threadText NOTIFY feedbackChanged FINAL)
     Q_PROPERTY(bool vbfSkipVerify READ vbfSkipVerify WRITE setVbfSkipVerify NOTIFY toolsChanged FINAL)
     Q_PROPERTY(QString xcalMode READ xcalMode WRITE setXcalMode NOTIFY toolsChanged FINAL)
-
-    // Tickets and updates: AppStateFeedback.cpp
-    Q_PROPERTY(QString threadText READ threadText NOTIFY feedbackChanged FINAL)
+    Q_PROPERTY(
+        QString searchRecursive READ searchRecursive WRITE setSearchRecursive NOTIFY searchChanged FINAL)
 
 public:
     explicit AppState(QObject *parent = nullptr);

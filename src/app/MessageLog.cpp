@@ -24,8 +24,11 @@ Messages &messages()
 // Opened for each line, so that a crash loses none that was written.
 void append(QByteArrayView text)
 {
-    QFile file(QDir(QDir::tempPath()).filePath(QStringLiteral("kvteditornew-qt.log")));
-    if (!file.open(QIODevice::Append | QIODevice::Text))
+    const QString folder = QDir::tempPath();
+    QFile file(QDir(folder).filePath(QStringLiteral("kvteditornew-qt.log")));
+    // A temporary folder that is gone is reported as an empty path, and the log must not land in the working
+    // folder.
+    if (folder.isEmpty() || !file.open(QIODevice::Append | QIODevice::Text))
         return;
     file.write(text.toByteArray() + '\n');
 }

@@ -57,7 +57,7 @@ int HexModel::rowCount(const QModelIndex &parent) const
 
 QVariant HexModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid() || index.row() >= rowCount())
         return {};
     const qint64 offset = qint64(index.row()) * m_bytesPerRow;
     const qint64 length = std::min<qint64>(m_bytesPerRow, m_bytes.size() - offset);
