@@ -1,0 +1,24 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "core/HexModel.h"
+
+#include <QtQml/qqml.h>
+
+// Tells the QML tools about the types that the views meet at run time, so that a misspelt property is a lint
+// warning. The gadget macro stands on a line of its own: automoc passes over the file otherwise.
+
+struct AppStateForeign
+{
+    Q_GADGET
+    QML_FOREIGN(AppState)
+    QML_NAMED_ELEMENT(AppState)
+    QML_UNCREATABLE("The program makes the one controller and hands it to the views as app")
+};
+
+struct HexModelForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexModel)
+    QML_NAMED_ELEMENT(HexModel)
+};

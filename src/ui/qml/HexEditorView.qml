@@ -1,0 +1,132 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import KvtEditor
+
+// The hex editor over the whole window: search, the file's rows, and a patch at the cursor.
+FocusScope {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+
+    signal closed()
+
+    visible: appState.showHex
+    onVisibleChanged: {
+        if (visible)
+            searchField.forceActiveFocus();
+        else
+            closed();
+    }
+    Keys.onEscapePressed: appState.showHex = false
+
+    Accessible.role: Accessible.Dialog
+    Accessible.name: "Hex Editor"
+
+    Rectangle {
+        anchors.fill: parent
+        color: VOXTheme.veil
+    }
+
+    // Keeps the mouse from what lies behind.
+    MouseArea {
+        anchors.fill: parent
+        acceptedButtons: Qt.AllButtons
+        hoverEnabled: true
+        onWheel: wheel => wheel.accepted = true
+    }
+
+    ColumnLayout {
+        anchors { fill: parent; margins: 16 }
+        spacing: 8
+
+        RowLayout {
+            spacing: 8
+
+            Label {
+                text: "Hex Editor"
+                textFormat: Text.PlainText
+                color: VOXTheme.text
+                font { pixelSize: 18; bold: true }
+                Layout.fillWidth: true
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
+            }
+
+            VOXButton {
+                objectName: "hexCloseButton"
+                text: "Close"
+                implicitWidth: 90
+                Layout.fillWidth: false
+                onClicked: root.appState.showHex = false
+            }
+        }
+
+        RowLayout {
+            spacing: 8
+
+            VOXField {
+                id: searchField
+                objectName: "hexSearchField"
+                placeholderText: "Hex or ASCII search"
+                focus: true
+                Layout.fillWidth: true
+                onAccepted: root.appState.hexFind(text)
+            }
+
+            VOXButton {
+                objectName: "hexFindButton"
+                text: "Find"
+                implicitWidth: 80
+                Layout.fillWidth: false
+                onClicked: root.appState.hexFind(searchField.text)
+            }
+
+            VOXButton {
+                objectName: "hexNextButton"
+                text: "Next"
+                implicitWidth: 80
+                Layout.fillWidth: false
+                onClicked: root.appState.hexFind(searchField.text)
+            }
+        }
+
+        HexInfoLine {
+            Layout.fillWidth: true
+        }
+
+        HexRows {
+            objectName: "hexRows"
+            hexModel: root.appState.hexModel
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+        }
+
+        RowLayout {
+            spacing: 8
+
+            VOXField {
+                id: patchField
+                objectName: "hexPatchField"
+                placeholderText: "Patch hex at cursor (e.g. FF 00)"
+                Layout.fillWidth: true
+            }
+
+            VOXButton {
+                objectName: "hexApplyButton"
+                text: "Apply"
+                implicitWidth: 90
+                Layout.fillWidth: false
+                onClicked: root.appState.hexPatch(patchField.text)
+            }
+
+            VOXButton {
+                objectName: "hexWriteBackButton"
+                text: "Write into open KVT"
+                implicitWidth: 180
+                Layout.fillWidth: false
+                onClicked: root.appState.hexWriteBack()
+            }
+        }
+    }
+}

@@ -1,0 +1,36 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import KvtEditor
+
+// Size and cursor, and beside them the outcome of a search or patch: the window's own status line is covered
+// here.
+RowLayout {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+    readonly property HexModel hexModel: appState.hexModel
+    readonly property string offset: hexModel.cursor.toString(16).toUpperCase()
+
+    spacing: 24
+
+    Label {
+        objectName: "hexInfo"
+        text: root.hexModel.byteCount + " bytes  •  offset 0x" + root.offset
+        textFormat: Text.PlainText
+        color: VOXTheme.muted
+        font.family: VOXTheme.fixedFamily
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
+    }
+
+    StatusLine {
+        objectName: "hexStatus"
+        text: root.appState.status
+        ok: root.appState.statusOK
+        maximumLineCount: 1
+        elide: Text.ElideRight
+        horizontalAlignment: Text.AlignRight
+        Layout.fillWidth: true
+    }
+}

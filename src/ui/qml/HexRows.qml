@@ -1,0 +1,141 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import KvtEditor
+
+// The list of rows. Only the rows in sight exist, and the place is a row number in double precision: item
+// positions are 32-bit floats, in which the rows of a file beyond some megabytes would drift apart.
+Rectangle {
+    id: root
+
+    required property HexModel hexModel
+
+    readonly property int rowHeight: 20
+    readonly property real rowsInSight: height / rowHeight
+    readonly property int rowCount: revision >= 0 ? hexModel.rowCount() : 0
+    readonly property real lastTop: Math.max(0, rowCount - rowsInSight)
+    // The first row in sight; its fraction is the part that is scrolled away.
+    property real topRow: 0
+    // Counts changes of the buffer: every row's texts depend on it.
+    property int revision: 0
+
+    color: VOXTheme.input
+    radius: VOXTheme.radiusControl
+    clip: true
+    activeFocusOnTab: true
+
+    Accessible.role: Accessible.List
+    Accessible.name: "Bytes of the open file"
+    Accessible.focusable: true
+
+    function rowText(row: int, role: int): string {
+        return revision >= 0 && row < rowCount ? hexModel.data(hexModel.index(row, 0), role) : "";
+    }
+
+    function scrollTo(top: real): void {
+        topRow = Math.max(0, Math.min(top, lastTop));
+    }
+
+    // A row just out of sight comes in at the edge; one far away comes to the middle.
+    function show(row: int): void {
+        const above = topRow - row;
+        const below = row + 1 - (topRow + rowsInSight);
+        if (Math.max(above, below) > rowsInSight)
+            scrollTo(row - rowsInSight / 2);
+        else if (above > 0)
+            scrollTo(row);
+        else if (below > 0)
+            scrollTo(row + 1 - rowsInSight);
+    }
+
+    function moveTo(row: int): void {
+        hexModel.clickRow(Math.max(0, Math.min(row, rowCount - 1)));
+    }
+
+    onLastTopChanged: scrollTo(topRow)
+
+    Keys.onPressed: event => {
+        const page = Math.max(1, Math.floor(rowsInSight) - 1);
+        const targets = {
+            [Qt.Key_Up]: hexModel.currentRow - 1,
+            [Qt.Key_Down]: hexModel.currentRow + 1,
+            [Qt.Key_PageUp]: hexModel.currentRow - page,
+            [Qt.Key_PageDown]: hexModel.currentRow + page,
+            [Qt.Key_Home]: 0,
+            [Qt.Key_End]: rowCount - 1
+        };
+        if (event.key in targets) {
+            moveTo(targets[event.key]);
+            show(hexModel.currentRow);
+            event.accepted = true;
+        }
+    }
+
+    Connections {
+        target: root.hexModel
+        function onDataChanged(): void {
+            root.revision++;
+        }
+        function onModelReset(): void {
+            root.revision++;
+        }
+        function onCursorChanged(): void {
+            root.show(root.hexModel.currentRow);
+        }
+    }
+
+    Repeater {
+        model: Math.ceil(root.rowsInSight) + 1
+
+        HexRow {
+            required property int index
+            readonly property int row: Math.floor(root.topRow) + index
+
+            objectName: "hexRow" + index
+            width: root.width
+            height: root.rowHeight
+            y: Math.round((row - root.topRow) * root.rowHeight)
+            visible: row < root.rowCount
+            offset: root.rowText(row, HexModel.OffsetRole)
+            digits: root.rowText(row, HexModel.HexRole)
+            characters: root.rowText(row, HexModel.AsciiRole)
+            current: row === root.hexModel.currentRow
+        }
+    }
+
+    MouseArea {
+        anchors { fill: parent; rightMargin: bar.width }
+        onPressed: root.forceActiveFocus(Qt.MouseFocusReason)
+        onClicked: mouse => root.moveTo(Math.floor(root.topRow + mouse.y / root.rowHeight))
+        onWheel: wheel => {
+            const pixels = wheel.pixelDelta.y;
+            root.scrollTo(root.topRow - (pixels !== 0 ? pixels / root.rowHeight : wheel.angleDelta.y / 40));
+        }
+    }
+
+    VOXScrollBar {
+        id: bar
+        objectName: "hexScrollBar"
+        anchors { right: parent.right; top: parent.top; bottom: parent.bottom }
+        orientation: Qt.Vertical
+        size: Math.min(1, root.rowsInSight / root.rowCount)
+        onPositionChanged: {
+            if (pressed)
+                root.scrollTo(position * root.rowCount);
+        }
+
+        Binding on position {
+            when: !bar.pressed
+            value: root.topRow / root.rowCount
+            restoreMode: Binding.RestoreNone
+        }
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: parent.radius
+        color: "transparent"
+        border.width: root.activeFocus ? 2 : 1
+        border.color: root.activeFocus ? VOXTheme.orangeBright : VOXTheme.border
+    }
+}

@@ -1,0 +1,135 @@
+import QtQuick
+import QtQuick.Dialogs
+import QtQuick.Layouts
+import KvtEditor
+
+// The workspace: the open tune file, what can be done with it, and its identifiers.
+Item {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+
+    function showOpenDialog(): void {
+        openDialog.selectedNameFilter.index = 0;
+        openDialog.currentFolder = appState.dialogFolder();
+        openDialog.open();
+    }
+
+    function showSaveDialog(): void {
+        saveDialog.currentFolder = appState.dialogFolder();
+        if (appState.fileName !== "")
+            saveDialog.selectedFile = FilePaths.inFolder(saveDialog.currentFolder, appState.fileName);
+        saveDialog.open();
+    }
+
+    function showHexEditor(): void {
+        if (appState.fileName === "")
+            appState.setStatus("Open an KVT first.", 0);
+        else
+            appState.showHex = true;
+    }
+
+    FileDialog {
+        id: openDialog
+        objectName: "openDialog"
+        title: "Open KVT"
+        nameFilters: ["KVT files (*.kvt)", "All files (*)"]
+        onAccepted: root.appState.openKvt(FilePaths.pathFromUrl(selectedFile))
+    }
+
+    FileDialog {
+        id: saveDialog
+        objectName: "saveDialog"
+        title: "Save KVT"
+        fileMode: FileDialog.SaveFile
+        nameFilters: ["KVT files (*.kvt)"]
+        acceptLabel: "Save"
+        onAccepted: root.appState.saveKvt(FilePaths.pathFromUrl(selectedFile))
+    }
+
+    RowLayout {
+        anchors { fill: parent; margins: 20 }
+        spacing: 16
+
+        VOXCard {
+            title: "Workspace"
+            Layout.fillHeight: true
+
+            VOXScroll {
+                VOXTextField {
+                    objectName: "fileNameField"
+                    title: "Filename"
+                    text: root.appState.fileName
+                    locked: true
+                }
+
+                VOXTextField {
+                    objectName: "createdField"
+                    title: "Created"
+                    text: root.appState.created
+                    locked: true
+                }
+
+                VOXTextField {
+                    objectName: "versionField"
+                    title: "Version"
+                    text: root.appState.editorVersion
+                    locked: true
+                }
+
+                RowLayout {
+                    spacing: 10
+
+                    VOXButton {
+                        objectName: "openFileButton"
+                        Layout.preferredWidth: 120
+                        text: "Open File"
+                        onClicked: root.showOpenDialog()
+                    }
+
+                    VOXButton {
+                        objectName: "hexEditorButton"
+                        Layout.preferredWidth: 120
+                        text: "Hex Editor"
+                        onClicked: root.showHexEditor()
+                    }
+                }
+
+                VOXButton {
+                    objectName: "saveFileButton"
+                    text: "SAVE FILE"
+                    orange: true
+                    onClicked: root.showSaveDialog()
+                }
+
+                VOXTextField {
+                    id: emailField
+                    objectName: "devEmailField"
+                    title: "Dev / feedback email"
+                }
+
+                VOXTextField {
+                    id: messageField
+                    objectName: "devMessageField"
+                    title: "Message for dev team"
+                }
+
+                VOXButton {
+                    objectName: "sendToDevButton"
+                    text: "Send to Dev"
+                    onClicked: root.appState.sendToDev(emailField.text, messageField.text)
+                }
+
+                Item {
+                    Layout.fillHeight: true
+                }
+            }
+        }
+
+        IdentifiersPanel {
+            Layout.preferredWidth: 400
+            Layout.maximumWidth: 460
+            Layout.fillHeight: true
+        }
+    }
+}

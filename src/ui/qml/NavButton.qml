@@ -1,0 +1,49 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import KvtEditor
+
+// One entry of the sidebar; it shows its view by setting the controller's tab.
+Button {
+    id: root
+
+    required property string key
+    readonly property AppState appState: app // qmllint disable unqualified
+    readonly property bool current: appState.tab === key
+
+    objectName: "nav_" + key
+    Layout.fillWidth: true
+    Layout.preferredHeight: 36
+    font.weight: Font.DemiBold
+    onClicked: appState.tab = key
+
+    Accessible.role: Accessible.PageTab
+    Accessible.name: text
+    Accessible.selectable: true
+    Accessible.selected: current
+
+    contentItem: Text {
+        text: root.text
+        textFormat: Text.PlainText
+        font: root.font
+        color: root.current ? VOXTheme.orange : VOXTheme.text
+        leftPadding: 10
+        verticalAlignment: Text.AlignVCenter
+        elide: Text.ElideRight
+    }
+
+    background: Rectangle {
+        radius: 8
+        color: root.current ? VOXTheme.accent(0.15) : VOXTheme.buttonFill
+        border.width: root.visualFocus ? 2 : root.current ? 1 : 0
+        border.color: root.visualFocus ? VOXTheme.focusRing : VOXTheme.orange
+
+        Rectangle {
+            anchors.fill: parent
+            radius: parent.radius
+            color: VOXTheme.accentText
+            opacity: 0.06
+            visible: root.hovered && root.enabled
+        }
+    }
+}

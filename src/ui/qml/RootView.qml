@@ -1,0 +1,97 @@
+import QtQuick
+import QtQuick.Layouts
+import KvtEditor
+
+// The main window: sidebar, header, the current view, status line, and the hex editor above them all.
+VOXWindow {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+    readonly property var tabs: [
+        { key: "main", title: "MAIN" },
+        { key: "convert", title: "CONVERT" },
+        { key: "segments", title: "SEGMENTS" },
+        { key: "search", title: "SEARCH" },
+        { key: "sorter", title: "SORTER" },
+        { key: "xdf", title: "XDF MAKER" },
+        { key: "patcher", title: "BIN PATCHER" },
+        { key: "tools", title: "TOOLS" },
+        { key: "stock", title: "STOCK FILES" }
+    ]
+    readonly property var viewKeys: tabs.map(tab => tab.key).concat("feedback")
+
+    visible: true
+    width: 1440
+    height: 900
+    minimumWidth: 1100
+    minimumHeight: 720
+    title: "VOX - KVT Editor"
+
+    Backdrop {
+        anchors.fill: parent
+    }
+
+    // While the hex editor is shown, nothing behind it takes keys, clicks or hover; the control that had the
+    // keyboard gets it back afterwards.
+    FocusScope {
+        id: workspace
+        anchors.fill: parent
+        focus: true
+        enabled: !root.appState.showHex
+
+        RowLayout {
+            anchors.fill: parent
+            spacing: 0
+
+            Sidebar {
+                objectName: "sidebar"
+                tabs: root.tabs
+            }
+
+            ColumnLayout {
+                spacing: 0
+
+                HeaderBar {
+                    objectName: "header"
+                }
+
+                Rectangle {
+                    Layout.fillWidth: true
+                    Layout.preferredHeight: 1
+                    color: VOXTheme.border
+                }
+
+                StackLayout {
+                    objectName: "viewStack"
+                    currentIndex: Math.max(0, root.viewKeys.indexOf(root.appState.tab))
+                    Layout.fillWidth: true
+                    Layout.fillHeight: true
+
+                    // In the order of the keys; a place without a view keeps the ones behind it in step.
+                    MainView {
+                        objectName: "mainView"
+                    }
+                    Item {}
+                    Item {}
+                    Item {}
+                    Item {}
+                    Item {}
+                    Item {}
+                    Item {}
+                    Item {}
+                    Item {}
+                }
+
+                FooterBar {
+                    objectName: "footer"
+                }
+            }
+        }
+    }
+
+    HexEditorView {
+        objectName: "hexOverlay"
+        anchors.fill: parent
+        onClosed: workspace.forceActiveFocus()
+    }
+}

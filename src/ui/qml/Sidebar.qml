@@ -1,0 +1,71 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import KvtEditor
+
+// Logo and navigation.
+Item {
+    id: root
+
+    required property var tabs
+
+    Layout.preferredWidth: VOXTheme.sidebarIdeal
+    Layout.minimumWidth: VOXTheme.sidebarMin
+    Layout.maximumWidth: VOXTheme.sidebarMax
+    Layout.fillHeight: true
+
+    ColumnLayout {
+        anchors { fill: parent; margins: 12 }
+        spacing: 6
+
+        Image {
+            objectName: "logo"
+            source: "qrc:/qt/qml/KvtEditor/src/ui/assets/vox-logo.png"
+            fillMode: Image.PreserveAspectFit
+            mipmap: true
+            smooth: true
+            asynchronous: true
+            Layout.alignment: Qt.AlignHCenter
+            Layout.fillWidth: true
+            Layout.preferredHeight: 100
+            Layout.topMargin: 6
+            Accessible.role: Accessible.Graphic
+            Accessible.name: "VOX"
+        }
+
+        Label {
+            text: "VOX - KVT Editor"
+            textFormat: Text.PlainText
+            color: VOXTheme.text
+            font { pixelSize: 18; bold: true }
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.WordWrap
+            Layout.fillWidth: true
+            Layout.bottomMargin: 10
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
+        }
+
+        Repeater {
+            model: root.tabs
+
+            NavButton {
+                required property var modelData
+
+                key: modelData.key
+                text: modelData.title
+            }
+        }
+
+        Item {
+            Layout.fillHeight: true
+        }
+
+        NavButton {
+            key: "feedback"
+            text: "FEEDBACK"
+        }
+    }
+}

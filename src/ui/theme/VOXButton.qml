@@ -1,0 +1,46 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import KvtEditor
+
+// A push button; `orange` marks the primary action of a view.
+Button {
+    id: root
+
+    property bool orange: false
+
+    Layout.fillWidth: true
+    Layout.preferredHeight: 40
+    font.pixelSize: 13
+    font.weight: Font.DemiBold
+
+    Accessible.role: Accessible.Button
+    Accessible.name: root.text
+
+    contentItem: Text {
+        text: root.text
+        textFormat: Text.PlainText
+        font: root.font
+        color: root.orange ? VOXTheme.accentText : VOXTheme.text
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        elide: Text.ElideRight
+    }
+
+    background: Rectangle {
+        implicitHeight: 38
+        radius: VOXTheme.radiusControl
+        color: root.orange ? VOXTheme.orange : VOXTheme.buttonFill
+        opacity: !root.enabled ? 0.45 : root.down ? 0.85 : 1
+        border.width: root.visualFocus ? 2 : 0
+        border.color: VOXTheme.focusRing
+
+        Rectangle {
+            anchors.fill: parent
+            radius: parent.radius
+            color: VOXTheme.accentText
+            opacity: 0.06
+            visible: root.hovered && root.enabled
+        }
+    }
+}

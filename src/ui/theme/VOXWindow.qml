@@ -1,0 +1,56 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Templates as T
+import KvtEditor
+
+// A window in the theme's colours, so that what the theme does not restyle is dark too: drop-down lists,
+// dialogs, tool tips, plain fields. The roles are set one by one, for a palette assigned whole does not reach
+// the popups.
+ApplicationWindow {
+    id: root
+
+    readonly property Item overlayItem: T.Overlay.overlay
+
+    color: VOXTheme.bg
+
+    // Qt's own file dialog paints its bar of folders white, whatever the palette.
+    function darkenFolderBars(item: var): void {
+        for (let i = 0; i < item.children.length; ++i) {
+            const child = item.children[i];
+            if (child.upButton && child.background)
+                child.background.color = VOXTheme.input;
+            else
+                darkenFolderBars(child);
+        }
+    }
+
+    palette {
+        window: VOXTheme.panel
+        windowText: VOXTheme.text
+        base: VOXTheme.input
+        alternateBase: VOXTheme.panel
+        text: VOXTheme.text
+        placeholderText: VOXTheme.muted
+        button: VOXTheme.buttonFill
+        buttonText: VOXTheme.text
+        brightText: VOXTheme.accentText
+        highlight: VOXTheme.selection
+        highlightedText: VOXTheme.accentText
+        light: VOXTheme.panel
+        midlight: VOXTheme.buttonFill
+        mid: VOXTheme.scrollHandle
+        dark: VOXTheme.scrollHandleActive
+        shadow: VOXTheme.backdropBottom
+        toolTipBase: VOXTheme.buttonFill
+        toolTipText: VOXTheme.text
+        link: VOXTheme.orangeBright
+        linkVisited: VOXTheme.orangeBright
+    }
+
+    Connections {
+        target: root.overlayItem
+        function onChildrenChanged(): void {
+            root.darkenFolderBars(root.overlayItem);
+        }
+    }
+}
