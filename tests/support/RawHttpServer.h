@@ -1,0 +1,121 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayList>
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <utility>
+
+class QTcpServer;
+class QTcpSocket;
+
+/// One request as it came over the wire. `complete` once the whole announced body is there.
+struct RecordedRequest
+{
+    QByteArray head;
+    QByteArray body;
+    bool complete = false;
+
+    QByteArray requestLine() const;
+    /// In wire order, values trimmed.
+    QList<std::pair<QByteArray, QByteArray>> headers() const;
+    /// Lower-cased and sorted, each as often as it was sent.
+    QByteArrayList headerNames() const;
+    /// The first header of that name whatever its case, or an empty array.
+    QByteArray header(const QByteArray &name) const;
+};
+
+/// What the server does with one request.
+struct RawAnswer
+{
+    enum class Moment
+    {
+        OnConnect,
+        AfterHead,
+        AfterRequest
+    };
+    enum class Ending
+    {
+        KeepOpen,
+        Close,
+        Reset
+    };
+
+    /// Sent as they are: well-formed or not is the test's business.
+    QByteArray bytes;
+    Ending ending = Ending::Close;
+    Moment moment = Moment::AfterRequest;
+    /// After `bytes`, zeros for as long as the peer takes them.
+    bool endless = false;
+};
+
+/// A complete answer: status line, the given header lines, a content length and the body.
+QByteArray httpAnswer(int status, const QByteArray &body,
+                      const QByteArray &headerLines = "Content-Type: text/plain\r\n");
+/// A whole successful answer with this body.
+RawAnswer answerWith(const QByteArray &body);
+/// Takes the request and never answers.
+RawAnswer holdRequest();
+
+/// A server on a loopback port that says exactly the bytes it is told to, well-formed or not, and notes what
+/// it was sent. Lives in the thread of the test.
+class RawHttpServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit RawHttpServer(QObject *parent = nullptr);
+    ~RawHttpServer() override;
+
+    quint16 port() const;
+    /// Base address of an API on this server, ending in "/api/".
+    QString baseUrl() const;
+
+    /// For every request that no queued answer is left for. A plain "{}" at first.
+    void answerAlways(const RawAnswer &answer);
+    /// Queued for one request each, in order of arrival.
+    void answerNext(const RawAnswer &answer);
+    /// Answers a request that was held, counted in order of arrival.
+    void answerHeld(int request, const RawAnswer &answer);
+
+    int connectionCount() const { return m_connectionCount; }
+    int requestCount() const { return static_cast<int>(m_requests.size()); }
+    int completeRequestCount() const;
+    RecordedRequest request(int index) const { return m_requests.value(index); }
+    /// Bytes of endless bodies that the peers have taken so far.
+    qint64 endlessBytes() const { return m_endlessBytes; }
+
+signals:
+    void requestArrived();
+
+private:
+    struct Connection
+    {
+        QByteArray unread;
+        /// Index into the requests, or -1 between two of them.
+        int request = -1;
+        qint64 missing = 0;
+        RawAnswer answer;
+    };
+
+    void accept();
+    void read(QTcpSocket *socket);
+    void startRequest(QTcpSocket *socket, Connection &connection, qsizetype headEnd);
+    void act(QTcpSocket *socket, const RawAnswer &answer);
+    static void reset(QTcpSocket *socket);
+    void feedEndless(QTcpSocket *socket);
+    RawAnswer takeAnswer();
+
+    QTcpServer *m_server;
+    QHash<QTcpSocket *, Connection> m_connections;
+    QList<RecordedRequest> m_requests;
+    QList<QPointer<QTcpSocket>> m_requestSockets;
+    QList<RawAnswer> m_queue;
+    RawAnswer m_always;
+    int m_connectionCount = 0;
+    qint64 m_endlessBytes = 0;
+};

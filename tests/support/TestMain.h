@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QApplication>
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+
+/// Gives the process a home, a configuration folder and a temporary folder of its own, no display, no proxy
+/// and no deployment file. Made before the application object, which reads some of these once.
+class TestEnvironment
+{
+public:
+    TestEnvironment();
+
+    static QString home();
+    /// The folder that the platform reports for documents in this home. It does not exist at first.
+    static QString documents();
+
+private:
+    QTemporaryDir m_root;
+};
+
+/// Takes the place of the desktop: notes every address that the program asks it to open.
+class UrlRecorder : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// From now on addresses of the schemes file, http and https come here.
+    UrlRecorder();
+    ~UrlRecorder() override;
+
+    QList<QUrl> opened;
+
+public slots:
+    void open(const QUrl &url);
+};
+
+template <typename Test> int runTestProgram(int argc, char **argv)
+{
+    const TestEnvironment environment;
+    QApplication application(argc, argv);
+    // Started by every test program, so that no mistake in one can open a browser.
+    const UrlRecorder recorder;
+    Test test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#define KVTEDITOR_TEST_MAIN(TestClass)                                                                       \
+    int main(int argc, char **argv)                                                                          \
+    {                                                                                                        \
+        return runTestProgram<TestClass>(argc, argv);                                                        \
+    }

@@ -1,0 +1,538 @@
+#include "api/VoxApiClient.h"
+#include "support/FormData.h"
+#include "support/RawHttpServer.h"
+#include "support/TestMain.h"
+
+#include <QHostAddress>
+#include <QJsonArray>
+#include <QNetworkAccessManager>
+#include <QTcpServer>
+#include <QTest>
+#include <QTimer>
+
+#include <memory>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+enum class Primitive
+{
+    PostJson,
+    GetJson,
+    PostMultipart,
+    DownloadFile,
+    KvtWorker
+};
+
+constexpr std::pair<Primitive, const char *> primitives[] = {
+    {Primitive::PostJson, "postJson"},           {Primitive::GetJson, "getJson"},
+    {Primitive::PostMultipart, "postMultipart"}, {Primitive::DownloadFile, "downloadFile"},
+    {Primitive::KvtWorker, "kvtWorker"},
+};
+
+/// What has to come of a faulty answer.
+enum class Expect
+{
+    /// A transport error and not a byte of body.
+    Error,
+    /// A transport error; the body may have arrived in part.
+    ErrorMaybeBody,
+    /// No transport error; the body as written in the row.
+    Body,
+    /// A transport error beside the body as written in the row.
+    ErrorBody,
+    /// The network library's release decides; one callback that fits the rules, whatever it says.
+    Either,
+};
+
+struct Outcome
+{
+    int calls = 0;
+    QByteArray bytes;
+    QJsonObject object;
+    QString error;
+    WorkerResult worker;
+};
+
+void start(VoxApiClient &client, Primitive primitive, Outcome &outcome, qsizetype bodySize = 10)
+{
+    const auto json = [&outcome](const QJsonObject &object, const QString &error) {
+        ++outcome.calls;
+        outcome.object = object;
+        outcome.error = error;
+    };
+    const auto body = [&outcome](const QByteArray &bytes, const QJsonObject &object, const QString &error) {
+        ++outcome.calls;
+        outcome.bytes = bytes;
+        outcome.object = object;
+        outcome.error = error;
+    };
+    const auto worker = [&outcome](const WorkerResult &result) {
+        ++outcome.calls;
+        outcome.worker = result;
+    };
+    const QList<WorkerFile> files{{u"file"_s, u"in.kvt"_s, QByteArray(bodySize, 'x')}};
+    switch (primitive) {
+    case Primitive::PostJson:
+        client.postJson(u"x"_s, {{u"a"_s, QString(bodySize, u'x')}}, json);
+        break;
+    case Primitive::GetJson:
+        client.getJson(u"x"_s, json);
+        break;
+    case Primitive::PostMultipart:
+        client.postMultipart(u"x"_s, {{u"a"_s, 1}}, files, body);
+        break;
+    case Primitive::DownloadFile:
+        client.downloadFile(client.url(u"x"_s), body);
+        break;
+    case Primitive::KvtWorker:
+        client.kvtWorker(u"4.0.2"_s, u"op"_s, {}, files, worker);
+        break;
+    }
+}
+
+void addPrimitiveRows(const char *fault, const RawAnswer &answer, Expect expect, const QByteArray &body,
+                      bool isObject)
+{
+    for (const auto &[primitive, name] : primitives) {
+        QTest::addRow("%s-%s", fault, name) << int(primitive) << answer.bytes << int(answer.ending)
+                                            << int(answer.moment) << int(expect) << body << isObject;
+    }
+}
+
+QByteArray withHeaders(const QByteArray &lines, const QByteArray &rest)
+{
+    return "HTTP/1.1 200 OK\r\n" + lines + "\r\n" + rest;
+}
+
+QByteArray manyHeaders()
+{
+    QByteArray lines;
+    for (int i = 0; i < 200; ++i) {
+        lines += "X-Header-" + QByteArray::number(i) + ": value\r\n";
+    }
+    return lines;
+}
+
+// {"status":"ok"} as gzip.
+const QByteArray gzippedObject =
+    QByteArray::fromHex("1f8b0800000000000203ab562a2e492c292d56b252cacf56aa0500dded131d0f000000");
+
+} // namespace
+
+class TestClientFaults : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void answer_data();
+    void answer();
+    void sentOnce_data();
+    void sentOnce();
+    void refusedConnection();
+    void hostNotFound();
+    void secureAddressOnPlainPort();
+    void plainAddressOnSecurePort();
+    void neverAnsweringServerNeverCallsBack();
+    void endlessBodyKeepsTheLoopAlive();
+    void authenticationRequestIsAnErrorWithoutLoop();
+    void decompressionBombIsRefused();
+    void sixtyFourMebibytes();
+    void hundredThousandItems();
+
+private:
+    void checkOutcome(Primitive primitive, bool failed, const QByteArray &body, bool isObject);
+
+    std::unique_ptr<RawHttpServer> m_server;
+    std::unique_ptr<VoxApiClient> m_client;
+    std::unique_ptr<Outcome> m_outcome;
+};
+
+void TestClientFaults::init()
+{
+    m_server = std::make_unique<RawHttpServer>();
+    m_outcome = std::make_unique<Outcome>();
+    m_client = std::make_unique<VoxApiClient>();
+    m_client->setApiBase(m_server->baseUrl());
+}
+
+void TestClientFaults::cleanup()
+{
+    m_client.reset();
+    m_server.reset();
+}
+
+void TestClientFaults::answer_data()
+{
+    QTest::addColumn<int>("primitive");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("ending");
+    QTest::addColumn<int>("moment");
+    QTest::addColumn<int>("expect");
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<bool>("isObject");
+
+    using Ending = RawAnswer::Ending;
+    using Moment = RawAnswer::Moment;
+    const QByteArray none;
+    const QByteArray object = R"({"status":"ok"})";
+    const auto fault = [&none](const char *name, const QByteArray &bytes, Expect expect) {
+        addPrimitiveRows(name, {bytes}, expect, none, false);
+    };
+    const auto delivers = [](const char *name, const QByteArray &bytes, const QByteArray &body,
+                             bool isObject) {
+        addPrimitiveRows(name, {bytes}, Expect::Body, body, isObject);
+    };
+    const auto failsWith = [](const char *name, const QByteArray &bytes, const QByteArray &body,
+                              bool isObject) {
+        addPrimitiveRows(name, {bytes}, Expect::ErrorBody, body, isObject);
+    };
+    const QByteArray chunked = "Transfer-Encoding: chunked\r\nConnection: close\r\n";
+
+    // The connection ends before the answer does.
+    addPrimitiveRows("close-at-connect", {none, Ending::Close, Moment::OnConnect}, Expect::Error, none,
+                     false);
+    addPrimitiveRows("reset-at-connect", {none, Ending::Reset, Moment::OnConnect}, Expect::Error, none,
+                     false);
+    addPrimitiveRows("close-without-a-byte", {none}, Expect::Error, none, false);
+    addPrimitiveRows("reset-without-a-byte", {none, Ending::Reset}, Expect::Error, none, false);
+    const QByteArray cutBody = withHeaders("Content-Length: 1000\r\n", "the first part");
+    addPrimitiveRows("reset-in-mid-body", {cutBody, Ending::Reset}, Expect::ErrorMaybeBody, none, false);
+    failsWith("close-before-content-length", cutBody, "the first part", false);
+    fault("close-in-mid-header", "HTTP/1.1 200 OK\r\nContent-Type: text/pl", Expect::Error);
+    fault("close-in-status-line", "HTTP/1.", Expect::Error);
+    delivers("more-than-content-length",
+             withHeaders("Content-Length: 4\r\nConnection: close\r\n", "fourmore"), "four", false);
+
+    // Framing that is wrong.
+    fault("chunk-size-garbage", withHeaders(chunked, "zz\r\nabc\r\n0\r\n\r\n"), Expect::Either);
+    fault("chunk-cut-short", withHeaders(chunked, "64\r\nonly this"), Expect::ErrorMaybeBody);
+    fault("chunk-no-last", withHeaders(chunked, "3\r\nabc\r\n"), Expect::Either);
+    fault("length-banana", withHeaders("Content-Length: banana\r\nConnection: close\r\n", "abc"),
+          Expect::Either);
+    fault("length-negative", withHeaders("Content-Length: -5\r\nConnection: close\r\n", "abc"),
+          Expect::Either);
+    fault("length-twice-different",
+          withHeaders("Content-Length: 3\r\nContent-Length: 5\r\nConnection: close\r\n", "abcde"),
+          Expect::Either);
+    delivers("length-none-ended-by-closing", withHeaders("Connection: close\r\n", "until the end"),
+             "until the end", false);
+    fault("not-http", "220 mail.example ESMTP ready\r\n", Expect::Error);
+    fault("not-http-binary", QByteArray("\0\1\2\3\xff\xfe\r\n\r\n", 10), Expect::Error);
+    fault("status-line-empty", "\r\n\r\n", Expect::Either);
+    fault("status-999", "HTTP/1.1 999 Odd\r\nContent-Length: 3\r\nConnection: close\r\n\r\nabc",
+          Expect::Either);
+    fault("status-not-a-number", "HTTP/1.1 abc Odd\r\nContent-Length: 3\r\n\r\nabc", Expect::Either);
+    fault("header-of-200-kib",
+          withHeaders("X-Long: " + QByteArray(200 * 1024, 'x')
+                          + "\r\nContent-Length: 3\r\nConnection: close\r\n",
+                      "abc"),
+          Expect::Either);
+    delivers("headers-200", withHeaders(manyHeaders() + "Content-Length: 3\r\nConnection: close\r\n", "abc"),
+             "abc", false);
+
+    // Status and content.
+    failsWith("400-json", httpAnswer(400, object), object, true);
+    failsWith("404-html", httpAnswer(404, "<html></html>"), "<html></html>", false);
+    failsWith("500-nothing", httpAnswer(500, none), none, false);
+    failsWith("503-json", httpAnswer(503, object), object, true);
+    failsWith("401-challenge", httpAnswer(401, "no", "WWW-Authenticate: Basic realm=\"x\"\r\n"), "no", false);
+    delivers("200-html", httpAnswer(200, "<html></html>"), "<html></html>", false);
+    delivers("200-empty", httpAnswer(200, none), none, false);
+    delivers("204", "HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n", none, false);
+    delivers("304", "HTTP/1.1 304 Not Modified\r\nConnection: close\r\n\r\n", none, false);
+    delivers("200-json", httpAnswer(200, object), object, true);
+    delivers("json-with-trailing-text", httpAnswer(200, object + " x"), object + " x", false);
+    delivers("json-nan", httpAnswer(200, "{\"status\":NaN}"), "{\"status\":NaN}", false);
+    delivers("json-bad-utf8", httpAnswer(200, "{\"status\":\"\xff\xfe\"}"), "{\"status\":\"\xff\xfe\"}",
+             false);
+    delivers("json-100000-brackets", httpAnswer(200, QByteArray(100'000, '[')), QByteArray(100'000, '['),
+             false);
+    delivers("json-scalar", httpAnswer(200, "1"), "1", false);
+    delivers("json-array", httpAnswer(200, "[{}]"), "[{}]", false);
+    delivers("json-byte-order-mark", httpAnswer(200, "\xef\xbb\xbf" + object), "\xef\xbb\xbf" + object, true);
+    delivers("json-duplicate-keys", httpAnswer(200, R"({"status":"no","status":"ok"})"),
+             R"({"status":"no","status":"ok"})", true);
+    delivers("gzip", httpAnswer(200, gzippedObject, "Content-Encoding: gzip\r\n"), object, true);
+    fault("gzip-truncated", httpAnswer(200, gzippedObject.left(20), "Content-Encoding: gzip\r\n"),
+          Expect::Either);
+    fault("gzip-that-is-not", httpAnswer(200, "plain text", "Content-Encoding: gzip\r\n"), Expect::Either);
+}
+
+void TestClientFaults::answer()
+{
+    QFETCH(int, primitive);
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, ending);
+    QFETCH(int, moment);
+    QFETCH(int, expect);
+    QFETCH(QByteArray, body);
+    QFETCH(bool, isObject);
+    m_server->answerAlways({bytes, RawAnswer::Ending(ending), RawAnswer::Moment(moment)});
+    start(*m_client, Primitive(primitive), *m_outcome);
+    QTRY_COMPARE(m_outcome->calls, 1);
+    // Gone with its manager: nothing is left that could call back again.
+    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    QCOMPARE(m_outcome->calls, 1);
+
+    const bool failed = Expect(expect) != Expect::Body;
+    if (Expect(expect) == Expect::Body || Expect(expect) == Expect::ErrorBody
+        || Expect(expect) == Expect::Error) {
+        checkOutcome(Primitive(primitive), failed, body, isObject);
+    } else if (Expect(expect) == Expect::ErrorMaybeBody && Primitive(primitive) != Primitive::KvtWorker) {
+        QVERIFY(!m_outcome->error.isEmpty());
+        QCOMPARE(m_outcome->object, QJsonObject());
+    } else {
+        // A worker's outcome is a file, an answer or an error, never nothing.
+        const WorkerResult &worker = m_outcome->worker;
+        QVERIFY(Primitive(primitive) != Primitive::KvtWorker || worker.ok == worker.error.isEmpty());
+        QVERIFY(Primitive(primitive) != Primitive::PostJson || !m_outcome->error.isEmpty());
+        QCOMPARE(m_outcome->object, QJsonObject());
+    }
+
+    m_server->answerAlways(answerWith(R"({"good":1})"));
+    Outcome next;
+    start(*m_client, Primitive::GetJson, next);
+    QTRY_COMPARE(next.calls, 1);
+    QCOMPARE(next.object, QJsonObject({{u"good"_s, 1}}));
+}
+
+void TestClientFaults::checkOutcome(Primitive primitive, bool failed, const QByteArray &body, bool isObject)
+{
+    const QJsonObject expectedObject = isObject ? QJsonObject{{u"status"_s, u"ok"_s}} : QJsonObject();
+    const bool startsAsObject = body.startsWith('{');
+    switch (primitive) {
+    case Primitive::PostJson:
+        QCOMPARE(m_outcome->object, expectedObject);
+        QCOMPARE(m_outcome->error.isEmpty(), isObject && !failed);
+        QCOMPARE(m_outcome->error.startsWith(u"HTTP 2"_s) || m_outcome->error.startsWith(u"HTTP 3"_s),
+                 !isObject && !failed);
+        break;
+    case Primitive::GetJson:
+        QCOMPARE(m_outcome->object, expectedObject);
+        QCOMPARE(!m_outcome->error.isEmpty(), failed);
+        break;
+    case Primitive::PostMultipart:
+        QCOMPARE(m_outcome->bytes, body);
+        QCOMPARE(m_outcome->object, expectedObject);
+        QCOMPARE(!m_outcome->error.isEmpty(), failed);
+        break;
+    case Primitive::DownloadFile:
+        QCOMPARE(m_outcome->bytes, body);
+        QCOMPARE(m_outcome->object, QJsonObject());
+        QCOMPARE(!m_outcome->error.isEmpty(), failed);
+        break;
+    case Primitive::KvtWorker:
+        QCOMPARE(m_outcome->worker.isJson, startsAsObject || isObject);
+        QCOMPARE(m_outcome->worker.ok, isObject || (!startsAsObject && !body.isEmpty()));
+        QCOMPARE(m_outcome->worker.error.isEmpty(), m_outcome->worker.ok);
+        QCOMPARE(m_outcome->worker.data, startsAsObject || isObject ? QByteArray() : body);
+        break;
+    }
+}
+
+void TestClientFaults::sentOnce_data()
+{
+    QTest::addColumn<int>("primitive");
+    QTest::addColumn<int>("size");
+    QTest::addColumn<int>("ending");
+    QTest::addColumn<int>("moment");
+
+    const std::pair<RawAnswer::Ending, const char *> endings[] = {{RawAnswer::Ending::Close, "close"},
+                                                                  {RawAnswer::Ending::Reset, "reset"}};
+    const std::pair<RawAnswer::Moment, const char *> moments[] = {
+        {RawAnswer::Moment::AfterHead, "after-head"}, {RawAnswer::Moment::AfterRequest, "after-request"}};
+    const std::pair<int, const char *> sizes[] = {{10, "small"}, {20'000'000, "20-mb"}};
+    for (const auto &[primitive, primitiveName] : primitives) {
+        const bool isPost = primitive != Primitive::GetJson && primitive != Primitive::DownloadFile;
+        if (!isPost) {
+            continue;
+        }
+        for (const auto &[ending, endingName] : endings) {
+            for (const auto &[moment, momentName] : moments) {
+                for (const auto &[size, sizeName] : sizes) {
+                    QTest::addRow("%s-%s-%s-%s", primitiveName, endingName, momentName, sizeName)
+                        << int(primitive) << size << int(ending) << int(moment);
+                }
+            }
+        }
+    }
+}
+
+void TestClientFaults::sentOnce()
+{
+    QFETCH(int, primitive);
+    QFETCH(int, size);
+    QFETCH(int, ending);
+    QFETCH(int, moment);
+    m_server->answerAlways({{}, RawAnswer::Ending(ending), RawAnswer::Moment(moment)});
+    start(*m_client, Primitive(primitive), *m_outcome, size);
+    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
+    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    QVERIFY(!m_outcome->error.isEmpty() || !m_outcome->worker.error.isEmpty());
+    // A later request of another client comes after everything that could still be on its way.
+    m_server->answerAlways(answerWith("{}"));
+    Outcome after;
+    start(*m_client, Primitive::GetJson, after);
+    QTRY_COMPARE(after.calls, 1);
+    QCOMPARE(m_server->requestCount(), 2);
+    QVERIFY(m_server->request(0).requestLine().startsWith("POST "));
+    QVERIFY(m_server->request(1).requestLine().startsWith("GET "));
+    QCOMPARE(m_outcome->calls, 1);
+}
+
+void TestClientFaults::refusedConnection()
+{
+    QTcpServer closed;
+    QVERIFY(closed.listen(QHostAddress::LocalHost));
+    const quint16 port = closed.serverPort();
+    closed.close();
+    m_client->setApiBase(u"http://127.0.0.1:%1/api/"_s.arg(port));
+    for (const auto &[primitive, name] : primitives) {
+        Outcome outcome;
+        start(*m_client, primitive, outcome);
+        QTRY_COMPARE(outcome.calls, 1);
+        QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+        QVERIFY2(!outcome.error.isEmpty() || !outcome.worker.error.isEmpty(), name);
+        QVERIFY2(!outcome.worker.ok, name);
+    }
+}
+
+void TestClientFaults::hostNotFound()
+{
+    // Too long for a host name, so that no name server is asked.
+    m_client->setApiBase(u"http://"_s + QString(300, u'h') + u"/api/"_s);
+    for (const auto &[primitive, name] : primitives) {
+        Outcome outcome;
+        start(*m_client, primitive, outcome);
+        QTRY_COMPARE(outcome.calls, 1);
+        QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+        QVERIFY2(!outcome.error.isEmpty() || !outcome.worker.error.isEmpty(), name);
+    }
+}
+
+void TestClientFaults::secureAddressOnPlainPort()
+{
+    m_server->answerAlways(
+        {httpAnswer(400, "plain"), RawAnswer::Ending::Close, RawAnswer::Moment::OnConnect});
+    m_client->setApiBase(u"https://127.0.0.1:%1/api/"_s.arg(m_server->port()));
+    for (const auto &[primitive, name] : primitives) {
+        Outcome outcome;
+        start(*m_client, primitive, outcome);
+        QTRY_COMPARE(outcome.calls, 1);
+        QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+        QVERIFY2(!outcome.error.isEmpty() || !outcome.worker.error.isEmpty(), name);
+        QCOMPARE(outcome.bytes, QByteArray());
+    }
+}
+
+void TestClientFaults::plainAddressOnSecurePort()
+{
+    // What a TLS server says to something that is no TLS: a fatal alert.
+    m_server->answerAlways({QByteArray::fromHex("15030100020228")});
+    for (const auto &[primitive, name] : primitives) {
+        Outcome outcome;
+        start(*m_client, primitive, outcome);
+        QTRY_COMPARE(outcome.calls, 1);
+        QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+        QVERIFY2(!outcome.error.isEmpty() || !outcome.worker.error.isEmpty(), name);
+    }
+}
+
+void TestClientFaults::neverAnsweringServerNeverCallsBack()
+{
+    m_server->answerAlways(holdRequest());
+    Outcome held;
+    for (const auto &[primitive, name] : primitives) {
+        Q_UNUSED(name)
+        start(*m_client, primitive, held);
+    }
+    QTRY_COMPARE(m_server->completeRequestCount(), 5);
+    m_server->answerAlways(answerWith("{}"));
+    for (int i = 0; i < 20; ++i) {
+        Outcome other;
+        start(*m_client, Primitive::GetJson, other);
+        QTRY_COMPARE(other.calls, 1);
+    }
+    QCOMPARE(held.calls, 0);
+    m_client.reset();
+    QCOMPARE(held.calls, 0);
+}
+
+void TestClientFaults::endlessBodyKeepsTheLoopAlive()
+{
+    RawAnswer endless{withHeaders("Connection: close\r\n", {})};
+    endless.endless = true;
+    m_server->answerAlways(endless);
+    start(*m_client, Primitive::DownloadFile, *m_outcome);
+    int turns = 0;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [&turns] { ++turns; });
+    timer.start(0);
+    QTRY_VERIFY(m_server->endlessBytes() > 4'000'000 && turns > 100);
+    QCOMPARE(m_outcome->calls, 0);
+    m_client.reset();
+    QCOMPARE(m_outcome->calls, 0);
+}
+
+void TestClientFaults::authenticationRequestIsAnErrorWithoutLoop()
+{
+    m_server->answerAlways({httpAnswer(401, "no", "WWW-Authenticate: Basic realm=\"x\"\r\n")});
+    int requests = 0;
+    for (const auto &[primitive, name] : primitives) {
+        Outcome outcome;
+        start(*m_client, primitive, outcome);
+        QTRY_COMPARE(outcome.calls, 1);
+        QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+        QCOMPARE(m_server->requestCount(), ++requests);
+        QVERIFY2(primitive == Primitive::KvtWorker || !outcome.error.isEmpty(), name);
+    }
+}
+
+void TestClientFaults::decompressionBombIsRefused()
+{
+    // Two hundred million zeros; behind four bytes of length stands what "deflate" means.
+    const QByteArray bomb = qCompress(QByteArray(200'000'000, '\0'), 9).mid(4);
+    QVERIFY(bomb.size() < 1'000'000);
+    m_server->answerAlways({httpAnswer(200, bomb, "Content-Encoding: deflate\r\n")});
+    for (const auto &[primitive, name] : primitives) {
+        Outcome outcome;
+        start(*m_client, primitive, outcome);
+        QTRY_COMPARE_WITH_TIMEOUT(outcome.calls, 1, 60'000);
+        QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+        QVERIFY2(primitive == Primitive::KvtWorker || !outcome.error.isEmpty(), name);
+        QVERIFY2(outcome.bytes.size() < 200'000'000, name);
+    }
+}
+
+void TestClientFaults::sixtyFourMebibytes()
+{
+    const QByteArray file(64 * 1024 * 1024, 'f');
+    const QByteArray json = R"({"status":"ok","a":")" + file + "\"}";
+    m_server->answerNext(answerWith(json));
+    start(*m_client, Primitive::PostJson, *m_outcome);
+    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
+    QCOMPARE(m_outcome->error, QString());
+    QCOMPARE(m_outcome->object.value(u"a"_s).toString().size(), 67'108'864);
+    m_server->answerNext(answerWith(file));
+    start(*m_client, Primitive::KvtWorker, *m_outcome);
+    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 2, 60'000);
+    QVERIFY(m_outcome->worker.ok);
+    QVERIFY(m_outcome->worker.data == file);
+}
+
+void TestClientFaults::hundredThousandItems()
+{
+    const QByteArray items = QByteArray("{\"a\":1},").repeated(99'999) + "{\"a\":1}";
+    m_server->answerAlways(answerWith("{\"items\":[" + items + "]}"));
+    start(*m_client, Primitive::PostJson, *m_outcome);
+    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
+    QCOMPARE(m_outcome->object.value(u"items"_s).toArray().size(), 100'000);
+}
+
+KVTEDITOR_TEST_MAIN(TestClientFaults)
+#include "tst_ClientFaults.moc"

@@ -1,0 +1,408 @@
+#include "core/HexModel.h"
+#include "support/TestMain.h"
+
+#include <QAbstractItemModelTester>
+#include <QMetaMethod>
+#include <QMetaProperty>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int lowest = std::numeric_limits<int>::min();
+constexpr int highest = std::numeric_limits<int>::max();
+
+QString cell(const HexModel &model, int row, int role)
+{
+    return model.data(model.index(row, 0), role).toString();
+}
+
+} // namespace
+
+class TestHexModel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void emptyBufferShowsOneEmptyRow();
+    void rowCount_data();
+    void rowCount();
+    void rowCount_belowAnItemIsZero();
+    void roles();
+    void rowTexts_data();
+    void rowTexts();
+    void otherRolesAndIndexesGiveNothing();
+    void properties();
+
+    void setBytes_resetsAndAlwaysAnnounces();
+    void setBytes_keepsOrClampsCursor_data();
+    void setBytes_keepsOrClampsCursor();
+    void setBytes_doesNotShareLaterChanges();
+    void setCursor_clamps_data();
+    void setCursor_clamps();
+    void setCursor_announcesOnlyChanges();
+    void clickRow_data();
+    void clickRow();
+    void currentRow();
+
+    void applyPatch_data();
+    void applyPatch();
+    void applyPatch_announcesTouchedRows_data();
+    void applyPatch_announcesTouchedRows();
+    void applyPatch_refusedAnnouncesNothing();
+
+private:
+    std::unique_ptr<HexModel> m_model;
+    std::unique_ptr<QAbstractItemModelTester> m_tester;
+};
+
+void TestHexModel::init()
+{
+    m_tester.reset();
+    m_model = std::make_unique<HexModel>();
+    m_tester = std::make_unique<QAbstractItemModelTester>(
+        m_model.get(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+}
+
+void TestHexModel::emptyBufferShowsOneEmptyRow()
+{
+    QCOMPARE(m_model->rowCount(), 1);
+    QCOMPARE(m_model->byteCount(), 0);
+    QCOMPARE(m_model->cursor(), 0);
+    QCOMPARE(m_model->currentRow(), 0);
+    QCOMPARE(m_model->bytes(), QByteArray());
+    QCOMPARE(cell(*m_model, 0, HexModel::OffsetRole), u"00000000"_s);
+    QCOMPARE(cell(*m_model, 0, HexModel::HexRole), QString());
+    QCOMPARE(cell(*m_model, 0, HexModel::AsciiRole), QString());
+}
+
+void TestHexModel::rowCount_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<int>("rows");
+
+    QTest::newRow("0") << 0 << 1;
+    QTest::newRow("1") << 1 << 1;
+    QTest::newRow("15") << 15 << 1;
+    QTest::newRow("16") << 16 << 1;
+    QTest::newRow("17") << 17 << 2;
+    QTest::newRow("32") << 32 << 2;
+    QTest::newRow("33") << 33 << 3;
+    QTest::newRow("1000000") << 1'000'000 << 62'500;
+}
+
+void TestHexModel::rowCount()
+{
+    QFETCH(int, size);
+    m_model->setBytes(QByteArray(size, 'x'));
+    QTEST(m_model->rowCount(), "rows");
+    QCOMPARE(m_model->byteCount(), size);
+}
+
+void TestHexModel::rowCount_belowAnItemIsZero()
+{
+    m_model->setBytes("some bytes");
+    QCOMPARE(m_model->rowCount(m_model->index(0, 0)), 0);
+}
+
+void TestHexModel::roles()
+{
+    QCOMPARE(int(HexModel::OffsetRole), 257);
+    QCOMPARE(int(HexModel::HexRole), 258);
+    QCOMPARE(int(HexModel::AsciiRole), 259);
+    const QHash<int, QByteArray> expected{{257, "offset"}, {258, "hex"}, {259, "ascii"}};
+    QCOMPARE(m_model->roleNames(), expected);
+}
+
+void TestHexModel::rowTexts_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QString>("offset");
+    QTest::addColumn<QString>("hex");
+    QTest::addColumn<QString>("ascii");
+
+    const QByteArray seventeen("0123456789ABCDEFG");
+    QTest::newRow("full-row") << seventeen << 0 << u"00000000"_s
+                              << u"30 31 32 33 34 35 36 37 38 39 41 42 43 44 45 46"_s
+                              << u"0123456789ABCDEF"_s;
+    QTest::newRow("short-last-row") << seventeen << 1 << u"00000010"_s << u"47"_s << u"G"_s;
+    QTest::newRow("printable-range") << QByteArray("\x1f\x20\x7e\x7f\x80\xff\x00\x0a", 8) << 0
+                                     << u"00000000"_s << u"1F 20 7E 7F 80 FF 00 0A"_s << u". ~....."_s;
+    QTest::newRow("letters-upper-case")
+        << QByteArray("\xab\xcd\xef") << 0 << u"00000000"_s << u"AB CD EF"_s << u"..."_s;
+    QTest::newRow("markup-as-it-is") << QByteArray("<b>&") << 0 << u"00000000"_s << u"3C 62 3E 26"_s
+                                     << u"<b>&"_s;
+    QTest::newRow("high-offset") << QByteArray(0x1A2B0 + 1, 'z') << 0x1A2B << u"0001A2B0"_s << u"7A"_s
+                                 << u"z"_s;
+}
+
+void TestHexModel::rowTexts()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, row);
+    m_model->setBytes(bytes);
+    QTEST(cell(*m_model, row, 257), "offset");
+    QTEST(cell(*m_model, row, 258), "hex");
+    QTEST(cell(*m_model, row, 259), "ascii");
+}
+
+void TestHexModel::otherRolesAndIndexesGiveNothing()
+{
+    m_model->setBytes("some bytes");
+    const QModelIndex first = m_model->index(0, 0);
+    for (const int role : {0, int(Qt::EditRole), 256, 260, -1, highest}) {
+        QVERIFY(!m_model->data(first, role).isValid());
+    }
+    for (const int role : {257, 258, 259}) {
+        QVERIFY(!m_model->data({}, role).isValid());
+        QVERIFY(!m_model->data(m_model->index(1, 0), role).isValid());
+        QVERIFY(!m_model->data(m_model->index(0, 1), role).isValid());
+    }
+}
+
+void TestHexModel::properties()
+{
+    const QMetaObject &meta = HexModel::staticMetaObject;
+    const auto property = [](const char *name) {
+        const QMetaObject &type = HexModel::staticMetaObject;
+        return type.property(type.indexOfProperty(name));
+    };
+    for (const char *name : {"cursor", "byteCount", "currentRow"}) {
+        QVERIFY(property(name).isValid());
+        QCOMPARE(property(name).metaType(), QMetaType::fromType<int>());
+        QCOMPARE(property(name).isWritable(), QByteArray("cursor") == name);
+    }
+    QCOMPARE(property("cursor").notifySignal().name(), QByteArray("cursorChanged"));
+    QCOMPARE(property("byteCount").notifySignal().name(), QByteArray("dataChangedSig"));
+    const int cursorChanged = meta.indexOfSignal("cursorChanged()");
+    QVERIFY(cursorChanged >= 0);
+    QVERIFY(cursorChanged < meta.indexOfSignal("dataChangedSig()"));
+    QVERIFY(QMetaObject::invokeMethod(m_model.get(), "clickRow", Q_ARG(int, 0)));
+}
+
+void TestHexModel::setBytes_resetsAndAlwaysAnnounces()
+{
+    QSignalSpy resets(m_model.get(), &QAbstractItemModel::modelReset);
+    QSignalSpy data(m_model.get(), &HexModel::dataChangedSig);
+    QSignalSpy cursor(m_model.get(), &HexModel::cursorChanged);
+    m_model->setBytes("abc");
+    m_model->setBytes("abc");
+    QCOMPARE(resets.count(), 2);
+    QCOMPARE(data.count(), 2);
+    QCOMPARE(cursor.count(), 2);
+}
+
+void TestHexModel::setBytes_keepsOrClampsCursor_data()
+{
+    QTest::addColumn<int>("cursor");
+    QTest::addColumn<int>("size");
+    QTest::addColumn<int>("expected");
+
+    QTest::newRow("inside") << 10 << 50 << 10;
+    QTest::newRow("at-new-last-byte") << 49 << 50 << 49;
+    QTest::newRow("at-new-length") << 50 << 50 << 49;
+    QTest::newRow("past-new-length") << 99 << 50 << 49;
+    QTest::newRow("to-one-byte") << 99 << 1 << 0;
+    QTest::newRow("to-empty") << 99 << 0 << 0;
+}
+
+void TestHexModel::setBytes_keepsOrClampsCursor()
+{
+    QFETCH(int, cursor);
+    QFETCH(int, size);
+    m_model->setBytes(QByteArray(100, 'a'));
+    m_model->setCursor(cursor);
+    QCOMPARE(m_model->cursor(), cursor);
+    m_model->setBytes(QByteArray(size, 'b'));
+    QTEST(m_model->cursor(), "expected");
+}
+
+void TestHexModel::setBytes_doesNotShareLaterChanges()
+{
+    const QByteArray original("original");
+    m_model->setBytes(original);
+    QVERIFY(m_model->applyPatch(0, "O"));
+    QCOMPARE(original, QByteArray("original"));
+    QCOMPARE(m_model->bytes(), QByteArray("Original"));
+}
+
+void TestHexModel::setCursor_clamps_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<int>("position");
+    QTest::addColumn<int>("expected");
+
+    QTest::newRow("inside") << 20 << 7 << 7;
+    QTest::newRow("last-byte") << 20 << 19 << 19;
+    QTest::newRow("at-length") << 20 << 20 << 19;
+    QTest::newRow("highest") << 20 << highest << 19;
+    QTest::newRow("negative") << 20 << -1 << 0;
+    QTest::newRow("lowest") << 20 << lowest << 0;
+    QTest::newRow("empty-buffer") << 0 << 5 << 0;
+    QTest::newRow("empty-buffer-negative") << 0 << -5 << 0;
+}
+
+void TestHexModel::setCursor_clamps()
+{
+    QFETCH(int, size);
+    QFETCH(int, position);
+    m_model->setBytes(QByteArray(size, 'a'));
+    m_model->setCursor(position);
+    QTEST(m_model->cursor(), "expected");
+}
+
+void TestHexModel::setCursor_announcesOnlyChanges()
+{
+    m_model->setBytes(QByteArray(20, 'a'));
+    QSignalSpy cursor(m_model.get(), &HexModel::cursorChanged);
+    QSignalSpy data(m_model.get(), &HexModel::dataChangedSig);
+    m_model->setCursor(0);
+    m_model->setCursor(-7);
+    QCOMPARE(cursor.count(), 0);
+    m_model->setCursor(19);
+    QCOMPARE(cursor.count(), 1);
+    m_model->setCursor(500);
+    QCOMPARE(cursor.count(), 1);
+    QVERIFY(m_model->setProperty("cursor", 3));
+    QCOMPARE(cursor.count(), 2);
+    QCOMPARE(data.count(), 0);
+}
+
+void TestHexModel::clickRow_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<int>("expected");
+    QTest::addColumn<int>("announced");
+
+    // Forty bytes, the cursor at 5.
+    QTest::newRow("first") << 0 << 0 << 1;
+    QTest::newRow("second") << 1 << 16 << 1;
+    QTest::newRow("short-last") << 2 << 32 << 1;
+    QTest::newRow("past-end") << 3 << 39 << 1;
+    QTest::newRow("highest") << highest << 39 << 1;
+    QTest::newRow("overflowing-to-the-start") << 0x10000000 << 39 << 1;
+    QTest::newRow("negative") << -1 << 0 << 1;
+    QTest::newRow("lowest") << lowest << 0 << 1;
+}
+
+void TestHexModel::clickRow()
+{
+    QFETCH(int, row);
+    m_model->setBytes(QByteArray(40, 'a'));
+    m_model->setCursor(5);
+    QSignalSpy cursor(m_model.get(), &HexModel::cursorChanged);
+    m_model->clickRow(row);
+    QTEST(m_model->cursor(), "expected");
+    QTEST(int(cursor.count()), "announced");
+    m_model->clickRow(row);
+    QTEST(int(cursor.count()), "announced");
+}
+
+void TestHexModel::currentRow()
+{
+    m_model->setBytes(QByteArray(40, 'a'));
+    for (const auto &[cursor, row] : {std::pair(0, 0), {15, 0}, {16, 1}, {31, 1}, {32, 2}, {39, 2}}) {
+        m_model->setCursor(cursor);
+        QCOMPARE(m_model->currentRow(), row);
+    }
+}
+
+void TestHexModel::applyPatch_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<QByteArray>("patch");
+    QTest::addColumn<bool>("applied");
+    QTest::addColumn<QByteArray>("after");
+
+    const QByteArray text("abcdef");
+    QTest::newRow("start") << text << 0 << QByteArray("XY") << true << QByteArray("XYcdef");
+    QTest::newRow("middle") << text << 2 << QByteArray("X") << true << QByteArray("abXdef");
+    QTest::newRow("nul-bytes") << text << 1 << QByteArray("\0\0", 2) << true << QByteArray("a\0\0def", 6);
+    QTest::newRow("whole") << text << 0 << QByteArray("UVWXYZ") << true << QByteArray("UVWXYZ");
+    QTest::newRow("ends-at-last-byte") << text << 4 << QByteArray("XY") << true << QByteArray("abcdXY");
+    QTest::newRow("last-byte") << text << 5 << QByteArray("X") << true << QByteArray("abcdeX");
+    QTest::newRow("one-past-end") << text << 5 << QByteArray("XY") << false << text;
+    QTest::newRow("at-length") << text << 6 << QByteArray("X") << false << text;
+    QTest::newRow("longer-than-buffer") << text << 0 << QByteArray("UVWXYZ!") << false << text;
+    QTest::newRow("far-past-end") << text << highest << QByteArray("XY") << false << text;
+    QTest::newRow("negative") << text << -1 << QByteArray("X") << false << text;
+    QTest::newRow("lowest") << text << lowest << QByteArray("X") << false << text;
+    QTest::newRow("empty-patch") << text << 2 << QByteArray() << false << text;
+    QTest::newRow("empty-patch-at-length") << text << 6 << QByteArray() << false << text;
+    QTest::newRow("empty-buffer") << QByteArray() << 0 << QByteArray("X") << false << QByteArray();
+    QTest::newRow("empty-both") << QByteArray() << 0 << QByteArray() << false << QByteArray();
+}
+
+void TestHexModel::applyPatch()
+{
+    QFETCH(QByteArray, before);
+    QFETCH(int, offset);
+    QFETCH(QByteArray, patch);
+    m_model->setBytes(before);
+    m_model->setCursor(3);
+    const int cursor = m_model->cursor();
+    QTEST(m_model->applyPatch(offset, patch), "applied");
+    QTEST(m_model->bytes(), "after");
+    QCOMPARE(m_model->cursor(), cursor);
+}
+
+void TestHexModel::applyPatch_announcesTouchedRows_data()
+{
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<int>("firstRow");
+    QTest::addColumn<int>("lastRow");
+
+    QTest::newRow("one-byte") << 0 << 1 << 0 << 0;
+    QTest::newRow("up-to-row-end") << 0 << 16 << 0 << 0;
+    QTest::newRow("over-row-end") << 15 << 2 << 0 << 1;
+    QTest::newRow("row-start") << 16 << 1 << 1 << 1;
+    QTest::newRow("three-rows") << 10 << 30 << 0 << 2;
+    QTest::newRow("short-last-row") << 39 << 1 << 2 << 2;
+}
+
+void TestHexModel::applyPatch_announcesTouchedRows()
+{
+    QFETCH(int, offset);
+    QFETCH(int, length);
+    m_model->setBytes(QByteArray(40, 'a'));
+    QSignalSpy changes(m_model.get(), &QAbstractItemModel::dataChanged);
+    QSignalSpy data(m_model.get(), &HexModel::dataChangedSig);
+    QSignalSpy cursor(m_model.get(), &HexModel::cursorChanged);
+    QSignalSpy resets(m_model.get(), &QAbstractItemModel::modelReset);
+    QVERIFY(m_model->applyPatch(offset, QByteArray(length, 'b')));
+    QCOMPARE(changes.count(), 1);
+    QTEST(changes.first().at(0).toModelIndex().row(), "firstRow");
+    QTEST(changes.first().at(1).toModelIndex().row(), "lastRow");
+    QList<int> roles = changes.first().at(2).value<QList<int>>();
+    std::sort(roles.begin(), roles.end());
+    QCOMPARE(roles, QList<int>({258, 259}));
+    QCOMPARE(data.count(), 1);
+    QCOMPARE(cursor.count(), 0);
+    QCOMPARE(resets.count(), 0);
+}
+
+void TestHexModel::applyPatch_refusedAnnouncesNothing()
+{
+    m_model->setBytes("abc");
+    QSignalSpy changes(m_model.get(), &QAbstractItemModel::dataChanged);
+    QSignalSpy data(m_model.get(), &HexModel::dataChangedSig);
+    QVERIFY(!m_model->applyPatch(3, "x"));
+    QVERIFY(!m_model->applyPatch(-1, "x"));
+    QVERIFY(!m_model->applyPatch(0, {}));
+    QCOMPARE(changes.count(), 0);
+    QCOMPARE(data.count(), 0);
+}
+
+KVTEDITOR_TEST_MAIN(TestHexModel)
+#include "tst_HexModel.moc"

@@ -1,0 +1,132 @@
+#include "core/FileTools.h"
+#include "support/TestMain.h"
+
+#include <QTest>
+
+#include <limits>
+
+using namespace Qt::Literals::StringLiterals;
+
+class TestHexQuery : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void parse_data();
+    void parse();
+    void parse_longQuery();
+    void find_data();
+    void find();
+    void find_isLinearInTheHaystack();
+};
+
+void TestHexQuery::parse_data()
+{
+    QTest::addColumn<QString>("query");
+    QTest::addColumn<QByteArray>("bytes");
+
+    QTest::newRow("empty") << QString() << QByteArray();
+    QTest::newRow("blank") << u"  \t\n "_s << QByteArray();
+    QTest::newRow("no-break-space-only") << u"\u00a0"_s << QByteArray();
+    QTest::newRow("hex-pair") << u"FF"_s << QByteArray("\xff");
+    QTest::newRow("hex-blank") << u"FF 00"_s << QByteArray("\xff\0", 2);
+    QTest::newRow("hex-colon-lower-case") << u"ff:00"_s << QByteArray("\xff\0", 2);
+    QTest::newRow("hex-comma") << u"FF,00"_s << QByteArray("\xff\0", 2);
+    QTest::newRow("hex-semicolon") << u"FF;00"_s << QByteArray("\xff\0", 2);
+    QTest::newRow("hex-tab-line-feed") << u"\tFF\n00 "_s << QByteArray("\xff\0", 2);
+    QTest::newRow("hex-mixed-separators") << u"  de:ad be,ef "_s << QByteArray("\xde\xad\xbe\xef");
+    QTest::newRow("hex-separator-inside-pair") << u"D,E A;D"_s << QByteArray("\xde\xad");
+    QTest::newRow("hex-separators-around") << u",;FF;,"_s << QByteArray("\xff");
+    QTest::newRow("hex-mixed-case") << u"aBcD"_s << QByteArray("\xab\xcd");
+    QTest::newRow("hex-zeros") << u"000000"_s << QByteArray("\0\0\0", 3);
+    QTest::newRow("word-of-hex-letters") << u"CAFE"_s << QByteArray("\xca\xfe");
+    QTest::newRow("number-of-even-length") << u"12345678"_s << QByteArray("\x12\x34\x56\x78");
+    QTest::newRow("text-odd-hex-digits") << u"ABC"_s << QByteArray("ABC");
+    QTest::newRow("text-one-hex-digit") << u"7"_s << QByteArray("7");
+    QTest::newRow("text-odd-after-stripping") << u"dead beef!"_s << QByteArray("dead beef!");
+    QTest::newRow("text-plain") << u"VIN"_s << QByteArray("VIN");
+    QTest::newRow("text-trimmed-inner-kept") << u"  a, b : z  "_s << QByteArray("a, b : z");
+    QTest::newRow("text-hex-prefix") << u"0x1F"_s << QByteArray("0x1F");
+    QTest::newRow("text-only-separators") << u",;:"_s << QByteArray(",;:");
+    QTest::newRow("text-beyond-f") << u"FG"_s << QByteArray("FG");
+    QTest::newRow("text-accent") << u"\u00e9"_s << QByteArray("\xc3\xa9");
+    QTest::newRow("text-full-width-digits") << u"\uff11\uff12"_s << QByteArray("\xef\xbc\x91\xef\xbc\x92");
+    QTest::newRow("text-no-break-space-inside") << u"FF\u00a000"_s
+                                                << QByteArray("FF\xc2\xa0"
+                                                              "00");
+    QTest::newRow("text-dash") << u"FF-00"_s << QByteArray("FF-00");
+}
+
+void TestHexQuery::parse()
+{
+    QFETCH(QString, query);
+    QTEST(FileTools::parseHexQuery(query), "bytes");
+}
+
+void TestHexQuery::parse_longQuery()
+{
+    QCOMPARE(FileTools::parseHexQuery(QString(2'000'000, u'0')), QByteArray(1'000'000, '\0'));
+    QCOMPARE(FileTools::parseHexQuery(QString(1'999'999, u'z')), QByteArray(1'999'999, 'z'));
+}
+
+void TestHexQuery::find_data()
+{
+    QTest::addColumn<QByteArray>("haystack");
+    QTest::addColumn<QByteArray>("needle");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("position");
+
+    constexpr int lowest = std::numeric_limits<int>::min();
+    constexpr int highest = std::numeric_limits<int>::max();
+    const QByteArray text("abcabc");
+    QTest::newRow("at-start") << text << QByteArray("abc") << 0 << 0;
+    QTest::newRow("from-one-past-first") << text << QByteArray("abc") << 1 << 3;
+    QTest::newRow("from-at-match") << text << QByteArray("abc") << 3 << 3;
+    QTest::newRow("from-past-last-match") << text << QByteArray("abc") << 4 << -1;
+    QTest::newRow("at-end-single-byte") << text << QByteArray("c") << 5 << 5;
+    QTest::newRow("from-at-length") << text << QByteArray("c") << 6 << -1;
+    QTest::newRow("from-past-length") << text << QByteArray("a") << 100 << -1;
+    QTest::newRow("from-highest") << text << QByteArray("a") << highest << -1;
+    QTest::newRow("from-negative-is-start") << text << QByteArray("c") << -1 << 2;
+    QTest::newRow("from-negative-not-counted-from-end") << text << QByteArray("abc") << -3 << 0;
+    QTest::newRow("from-lowest") << text << QByteArray("b") << lowest << 1;
+    QTest::newRow("absent") << text << QByteArray("x") << 0 << -1;
+    QTest::newRow("needle-is-haystack") << text << text << 0 << 0;
+    QTest::newRow("needle-longer") << text << QByteArray("abcabcd") << 0 << -1;
+    QTest::newRow("needle-empty") << text << QByteArray() << 0 << -1;
+    QTest::newRow("needle-empty-haystack-empty") << QByteArray() << QByteArray() << 0 << -1;
+    QTest::newRow("haystack-empty") << QByteArray() << QByteArray("a") << 0 << -1;
+    QTest::newRow("overlapping-first") << QByteArray("aaaa") << QByteArray("aa") << 0 << 0;
+    QTest::newRow("overlapping-next") << QByteArray("aaaa") << QByteArray("aa") << 1 << 1;
+    QTest::newRow("overlapping-last") << QByteArray("aaaa") << QByteArray("aa") << 3 << -1;
+    QTest::newRow("partial-match-first") << QByteArray("ababac") << QByteArray("abac") << 0 << 2;
+    QTest::newRow("nul-bytes") << QByteArray("a\0b\0\0c", 6) << QByteArray("\0\0", 2) << 0 << 3;
+    QTest::newRow("high-bytes") << QByteArray("\x7f\x80\xff\x80") << QByteArray("\xff\x80") << 0 << 2;
+}
+
+void TestHexQuery::find()
+{
+    QFETCH(QByteArray, haystack);
+    QFETCH(QByteArray, needle);
+    QFETCH(int, from);
+    QTEST(FileTools::findBytes(haystack, needle, from), "position");
+}
+
+// With quadratic work these searches would take hours, and the program would be stopped from outside.
+void TestHexQuery::find_isLinearInTheHaystack()
+{
+    constexpr int size = 64 * 1024 * 1024;
+    QByteArray haystack(size, '\0');
+    const QByteArray shortNeedle("\0\0\0\1", 4);
+    const QByteArray longNeedle = QByteArray(1024 * 1024, '\0') + '\1';
+    const QByteArray lateNeedle = '\1' + QByteArray(1024 * 1024, '\0');
+    QCOMPARE(FileTools::findBytes(haystack, shortNeedle, 0), -1);
+    QCOMPARE(FileTools::findBytes(haystack, longNeedle, 0), -1);
+    QCOMPARE(FileTools::findBytes(haystack, lateNeedle, 0), -1);
+    haystack[size - 1] = '\1';
+    QCOMPARE(FileTools::findBytes(haystack, shortNeedle, 0), size - 4);
+    QCOMPARE(FileTools::findBytes(haystack, longNeedle, 1), size - 1024 * 1024 - 1);
+}
+
+KVTEDITOR_TEST_MAIN(TestHexQuery)
+#include "tst_HexQuery.moc"
