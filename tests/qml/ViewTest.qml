@@ -1,0 +1,69 @@
+import QtQuick
+import QtTest
+import KvtEditor
+
+// A test of the whole window around a fresh controller. Any warning fails it.
+TestCase {
+    id: root
+
+    property var window: null
+
+    when: windowShown
+
+    function init() {
+        failOnWarning(/.?/);
+        bed.reset();
+        window = createTemporaryObject(rootView, root);
+        window.requestActivate();
+        tryVerify(() => window.active);
+        render();
+        // Under Quick Test the first key of a process does not reach a window beside its own.
+        keyClick(Qt.Key_Shift);
+    }
+
+    // The item of that name; what has none is searched for beyond the items, as a dialog is.
+    function find(name: string, within: var): var {
+        const found = findChild(within ?? window.contentItem, name) ?? findChild(window, name);
+        verify(found, "there is no " + name);
+        return found;
+    }
+
+    // Draws the window, whether or not anything changed: layouts are done and every text was looked at.
+    function render(): void {
+        verify(grabImage(window.contentItem).width > 0);
+    }
+
+    function input(name: string): var {
+        return find("field", find(name));
+    }
+
+    function type(text: string): void {
+        for (const character of text)
+            keyClick(character);
+    }
+
+    function click(name: string): void {
+        mouseClick(find(name));
+    }
+
+    function inWindow(item: var): rect {
+        return item.mapToItem(null, 0, 0, item.width, item.height);
+    }
+
+    function luminance(shade: color): real {
+        const linear = [shade.r, shade.g, shade.b].map(
+            part => part <= 0.03928 ? part / 12.92 : Math.pow((part + 0.055) / 1.055, 2.4));
+        return 0.2126 * linear[0] + 0.7152 * linear[1] + 0.0722 * linear[2];
+    }
+
+    function contrast(one: color, other: color): real {
+        const both = [luminance(one), luminance(other)].sort((a, b) => b - a);
+        return (both[0] + 0.05) / (both[1] + 0.05);
+    }
+
+    Component {
+        id: rootView
+
+        RootView {}
+    }
+}

@@ -1,0 +1,18 @@
+#include "TestBed.h"
+
+#include <QDir>
+#include <QQuickStyle>
+#include <QtQuickTest>
+
+int main(int argc, char **argv)
+{
+    const TestEnvironment environment;
+    qputenv("QT_QUICK_BACKEND", "software");
+    QApplication application(argc, argv);
+    // As at the start of the program: a dialog hands over paths without their leading slash.
+    QDir::setCurrent(QDir::rootPath());
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    const UrlRecorder opened;
+    TestBed bed(&opened);
+    return quick_test_main_with_setup(argc, argv, "views", QUICK_TEST_SOURCE_DIR, &bed);
+}

@@ -1,0 +1,109 @@
+import QtQuick
+import QtTest
+import KvtEditor
+
+ViewTest {
+    name: "MainView"
+
+    function test_hexEditorNeedsAFile() {
+        click("hexEditorButton");
+        compare(app.showHex, false);
+        compare(find("hexOverlay").visible, false);
+        compare(app.status, "Open an KVT first.");
+        compare(find("statusLine").color, VOXTheme.error);
+    }
+
+    function test_hexEditorOpensOverAFile() {
+        bed.openFile("truck.kvt", 100);
+        click("hexEditorButton");
+        compare(app.showHex, true);
+        compare(find("hexOverlay").visible, true);
+    }
+
+    function test_cardShowsTheFile() {
+        bed.openFile("truck.kvt", 100);
+        bed.applyInfo({ created: "2024-03-05 14:07", softwareVersion: "4.0.1" });
+        compare(find("fileNameField").text, "truck.kvt");
+        compare(find("createdField").text, "2024-03-05 14:07");
+        compare(find("versionField").text, "4.0.1");
+        for (const name of ["fileNameField", "createdField", "versionField"])
+            verify(find(name).locked, name);
+    }
+
+    function test_messageGoesOutAsTyped() {
+        input("devEmailField").forceActiveFocus();
+        type("me@example.com");
+        input("devMessageField").forceActiveFocus();
+        type("R&D asks");
+        click("sendToDevButton");
+        tryVerify(() => bed.requestBodies().includes("R&D asks"));
+        verify(bed.requestBodies().includes("me@example.com"));
+    }
+
+    function test_openDialog_data() {
+        return [{ tag: "plain", name: "a.kvt" }, { tag: "percent", name: "100%.kvt" },
+            { tag: "looks-encoded", name: "a%20b.kvt" }, { tag: "blank-hash-question", name: "a b#1?.kvt" },
+            { tag: "umlaut-newline", name: "ä\nb.kvt" }, { tag: "ampersand", name: "R&D.kvt" }];
+    }
+
+    function test_openDialog(data) {
+        bed.openFile(data.name, 64);
+        bed.reset();
+        const dialog = find("openDialog");
+        compare(dialog.title, "Open KVT");
+        compare(dialog.nameFilters, ["KVT files (*.kvt)", "All files (*)"]);
+        dialog.selectedFile = bed.urlOf(bed.tempPath(data.name));
+        dialog.accepted();
+        compare(app.fileName, data.name);
+        compare(app.statusOK, 1);
+        compare(find("fileNameField").text, data.name);
+    }
+
+    function test_saveDialog() {
+        bed.openFile("100% a#b.kvt", 64);
+        const dialog = find("saveDialog");
+        compare(dialog.title, "Save KVT");
+        compare(dialog.nameFilters, ["KVT files (*.kvt)"]);
+        click("saveFileButton");
+        tryVerify(() => dialog.visible);
+        compare(FilePaths.pathFromUrl(dialog.selectedFile).split("/").pop(), "100% a#b.kvt");
+        dialog.close();
+        dialog.selectedFile = bed.urlOf(bed.tempPath("saved #1 100%.kvt"));
+        dialog.accepted();
+        compare(app.status, "Saved.");
+        verify(bed.fileExists(bed.tempPath("saved #1 100%.kvt")));
+        compare(app.fileName, "saved #1 100%.kvt");
+    }
+
+    function test_dialogsStartWhereTheLastFileWas() {
+        bed.openFile("a.kvt", 64);
+        const open = find("openDialog");
+        open.selectedFile = bed.urlOf(bed.tempPath("a.kvt"));
+        open.accepted();
+        click("saveFileButton");
+        const save = find("saveDialog");
+        tryVerify(() => save.visible);
+        compare(save.currentFolder, bed.urlOf(bed.tempPath("").replace(/\/$/, "")));
+        compare(save.selectedFile, bed.urlOf(bed.tempPath("a.kvt")));
+        save.close();
+    }
+
+    // The bar of folders ignores the palette.
+    function test_fileDialogIsDark() {
+        click("openFileButton");
+        const dialog = find("openDialog");
+        tryVerify(() => dialog.visible);
+        const bars = [];
+        const collect = item => {
+            for (let i = 0; i < item.children.length; ++i) {
+                if (item.children[i].upButton)
+                    bars.push(item.children[i]);
+                collect(item.children[i]);
+            }
+        };
+        collect(window.contentItem.parent);
+        compare(bars.length, 1);
+        compare(bars[0].background.color, VOXTheme.input);
+        dialog.close();
+    }
+}
