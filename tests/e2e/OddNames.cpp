@@ -1,0 +1,106 @@
+// Opens and saves files of difficult names through the program's real file dialogs, by clicks and keys.
+
+#include "WindowDriver.h"
+#include "app/AppState.h"
+#include "support/TestMain.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QQuickItem>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+const TestEnvironment environment;
+
+const QStringList names{
+    QStringLiteral("plain.kvt"),     QStringLiteral("two words.kvt"),  QStringLiteral("größe é.kvt"),
+    QStringLiteral("number #1.kvt"), QStringLiteral("100%.kvt"),       QStringLiteral("a%20b.kvt"),
+    QStringLiteral("what?.kvt"),     QStringLiteral("a&b.kvt"),        QStringLiteral("[set] (2).kvt"),
+    QStringLiteral("<b>bold.kvt"),   QStringLiteral("two\nlines.kvt"),
+};
+
+void check(bool holds, const QString &what)
+{
+    if (!holds)
+        throw DriveError(what.toStdString());
+}
+
+QStringList files(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::Files);
+}
+
+void openAndSave(const WindowDriver &window, const QString &name)
+{
+    const QString folder = TestEnvironment::documents();
+    check(QDir().mkpath(folder), folder);
+    QFile file(folder + QLatin1Char('/') + name);
+    check(file.open(QIODevice::WriteOnly), file.errorString());
+    file.write("bytes of " + name.toUtf8());
+    file.close();
+
+    window.click(QStringLiteral("openFileButton"));
+    window.chooseFile(name);
+    window.waitFor([&] { return window.app()->fileName() == name; }, QStringLiteral("the file to open"));
+
+    // Saved under the name that the dialog proposes: over itself, and nothing else appears.
+    window.app()->hexPatch(QStringLiteral("BYTES"));
+    window.click(QStringLiteral("saveFileButton"));
+    window.item(QStringLiteral("fileNameTextField"));
+    window.click(window.button(QStringLiteral("Save")));
+    window.waitFor([&] { return window.app()->status() == QLatin1String("Saved."); },
+                   QStringLiteral("the save"));
+    check(files(folder) == QStringList{name}, files(folder).join(QLatin1Char('|')));
+    check(file.open(QIODevice::ReadOnly) && file.readAll() == "BYTES of " + name.toUtf8(),
+          QStringLiteral("the bytes"));
+    check(window.app()->fileName() == name, window.app()->fileName());
+    file.close();
+    file.remove();
+}
+
+void saveTyped(const WindowDriver &window, const QString &name)
+{
+    const QString folder = TestEnvironment::documents();
+    window.click(QStringLiteral("saveFileButton"));
+    window.saveAs(name);
+    window.waitFor([&] { return !files(folder).isEmpty(); }, QStringLiteral("the file"));
+    check(files(folder) == QStringList{name}, files(folder).join(QLatin1Char('|')));
+    QFile::remove(folder + QLatin1Char('/') + name);
+}
+
+int run()
+{
+    int failed = 0;
+    const WindowDriver window;
+    for (const QString &name : names) {
+        for (const auto &step : {openAndSave, saveTyped}) {
+            if (step == saveTyped && name.contains(QLatin1Char('\n')))
+                continue;
+            try {
+                step(window, name);
+                std::printf("passed: %s\n", qPrintable(name));
+            } catch (const DriveError &error) {
+                std::printf("FAILED: %s: %s (%s)\n", qPrintable(name), error.what(),
+                            qPrintable(window.app()->status()));
+                ++failed;
+            }
+            std::fflush(stdout);
+            for (const QString &left : files(TestEnvironment::documents()))
+                QFile::remove(TestEnvironment::documents() + QLatin1Char('/') + left);
+        }
+    }
+    return failed == 0 ? 0 : 1;
+}
+
+void begin()
+{
+    QTimer::singleShot(0, QCoreApplication::instance(), [] { QCoreApplication::exit(run()); });
+}
+
+} // namespace
+
+Q_COREAPP_STARTUP_FUNCTION(begin)

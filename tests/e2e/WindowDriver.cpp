@@ -1,0 +1,160 @@
+#include "WindowDriver.h"
+
+#include "app/AppState.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QImage>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+
+namespace {
+
+constexpr int patienceInMilliseconds = 60000;
+
+[[noreturn]] void fail(const QString &what)
+{
+    throw DriveError(what.toStdString());
+}
+
+QQuickItem *search(QQuickItem *parent, const std::function<bool(const QQuickItem *)> &matches)
+{
+    const QList<QQuickItem *> children = parent->childItems();
+    // What was made last lies on top.
+    for (auto it = children.rbegin(); it != children.rend(); ++it) {
+        if (!(*it)->isVisible())
+            continue;
+        if (matches(*it))
+            return *it;
+        if (QQuickItem *const found = search(*it, matches))
+            return found;
+    }
+    return nullptr;
+}
+
+QQuickWindow *shownWindow()
+{
+    for (QWindow *const window : QGuiApplication::topLevelWindows()) {
+        auto *const quickWindow = qobject_cast<QQuickWindow *>(window);
+        if (quickWindow && quickWindow->isExposed())
+            return quickWindow;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+WindowDriver::WindowDriver()
+{
+    waitFor([this] { return (m_window = shownWindow()) != nullptr; }, QStringLiteral("the window"));
+    QQmlContext *const context = QQmlEngine::contextForObject(m_window);
+    m_app = context->engine()->rootContext()->contextProperty(QStringLiteral("app")).value<AppState *>();
+    m_window->requestActivate();
+    waitFor([this] { return m_window->isActive(); }, QStringLiteral("the window to become active"));
+}
+
+QQuickItem *WindowDriver::where(const std::function<bool(const QQuickItem *)> &matches,
+                                const QString &what) const
+{
+    QQuickItem *found = nullptr;
+    waitFor([&] { return (found = search(m_window->contentItem(), matches)) != nullptr; }, what);
+    return found;
+}
+
+QQuickItem *WindowDriver::item(const QString &objectName) const
+{
+    return where([&objectName](const QQuickItem *candidate) { return candidate->objectName() == objectName; },
+                 objectName);
+}
+
+bool WindowDriver::isVisible(const QString &objectName) const
+{
+    return search(m_window->contentItem(), [&objectName](const QQuickItem *candidate) {
+        return candidate->objectName() == objectName;
+    });
+}
+
+void WindowDriver::click(QQuickItem *item) const
+{
+    waitFor([item] { return item->isEnabled() && item->width() > 0 && item->height() > 0; },
+            QStringLiteral("%1 to be enabled").arg(item->objectName()));
+    const QPointF centre = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
+    if (!QRectF(QPointF(), m_window->size()).contains(centre))
+        fail(QStringLiteral("%1 is out of sight").arg(item->objectName()));
+    QTest::mouseClick(m_window, Qt::LeftButton, {}, centre.toPoint());
+}
+
+void WindowDriver::type(const QString &objectName, const QString &text) const
+{
+    QQuickItem *const control = item(objectName);
+    QQuickItem *const field = control->property("text").isValid() && control->inherits("QQuickTextInput")
+        ? control
+        : search(control, [](const QQuickItem *candidate) { return candidate->inherits("QQuickTextInput"); });
+    if (!field)
+        fail(QStringLiteral("%1 takes no text").arg(objectName));
+    typeInto(field, text);
+}
+
+void WindowDriver::typeInto(QQuickItem *textInput, const QString &text) const
+{
+    click(textInput);
+    waitFor([textInput] { return textInput->hasActiveFocus(); }, QStringLiteral("the keyboard focus"));
+    key(Qt::Key_A, Qt::ControlModifier);
+    for (const QChar character : text)
+        QTest::sendKeyEvent(QTest::Click, m_window, Qt::Key_unknown, QString(character), Qt::NoModifier);
+    waitFor([&] { return textInput->property("text").toString() == text; },
+            QStringLiteral("the field to hold the text typed"));
+}
+
+void WindowDriver::key(Qt::Key key, Qt::KeyboardModifiers modifiers) const
+{
+    QTest::keyClick(m_window, key, modifiers);
+}
+
+void WindowDriver::chooseFile(const QString &fileName) const
+{
+    QQuickItem *const entry = where(
+        [&fileName](const QQuickItem *candidate) {
+            return candidate->objectName().startsWith(QLatin1String("fileDialogDelegate"))
+                && candidate->property("fileName").toString() == fileName;
+        },
+        QStringLiteral("%1 in the file dialog").arg(fileName));
+    click(entry);
+    waitFor([entry] { return entry->property("highlighted").toBool(); },
+            QStringLiteral("the file to be chosen"));
+    click(button(QStringLiteral("Open")));
+}
+
+void WindowDriver::saveAs(const QString &fileName) const
+{
+    typeInto(item(QStringLiteral("fileNameTextField")), fileName);
+    click(button(QStringLiteral("Save")));
+}
+
+QQuickItem *WindowDriver::button(const QString &text) const
+{
+    return where(
+        [&text](const QQuickItem *candidate) {
+            return candidate->inherits("QQuickAbstractButton") && candidate->isEnabled()
+                && candidate->property("text").toString().remove(QLatin1Char('&')) == text;
+        },
+        QStringLiteral("the button %1").arg(text));
+}
+
+void WindowDriver::waitFor(const std::function<bool()> &condition, const QString &what) const
+{
+    if (!QTest::qWaitFor(condition, patienceInMilliseconds))
+        fail(QStringLiteral("waited in vain for %1").arg(what));
+}
+
+void WindowDriver::savePicture(const QString &path) const
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    const QImage picture = m_window->grabWindow();
+    if (picture.isNull() || !picture.save(path))
+        fail(QStringLiteral("no picture could be saved as %1").arg(path));
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <stdexcept>
+
+class AppState;
+class QQuickItem;
+class QQuickWindow;
+
+/// Thrown when the window does not do what its user waits for.
+class DriveError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Acts on the program's window as a person would: looks for controls that are in sight, clicks and types.
+class WindowDriver
+{
+public:
+    /// Waits for the window.
+    WindowDriver();
+
+    QQuickWindow *window() const { return m_window; }
+    /// The controller, as the views know it.
+    AppState *app() const { return m_app; }
+
+    /// The visible item of that object name, or of that text and type; waits for it.
+    QQuickItem *item(const QString &objectName) const;
+    QQuickItem *where(const std::function<bool(const QQuickItem *)> &matches, const QString &what) const;
+    QQuickItem *button(const QString &text) const;
+    bool isVisible(const QString &objectName) const;
+
+    void click(QQuickItem *item) const;
+    void click(const QString &objectName) const { click(item(objectName)); }
+    /// Clicks the control, replaces its text and leaves the keyboard there.
+    void type(const QString &objectName, const QString &text) const;
+    void typeInto(QQuickItem *textInput, const QString &text) const;
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const;
+
+    /// Chooses a file by name in the open file dialog.
+    void chooseFile(const QString &fileName) const;
+    /// Types a name into the save dialog and accepts it.
+    void saveAs(const QString &fileName) const;
+
+    void waitFor(const std::function<bool()> &condition, const QString &what) const;
+    void savePicture(const QString &path) const;
+
+private:
+    QQuickWindow *m_window = nullptr;
+    AppState *m_app = nullptr;
+};

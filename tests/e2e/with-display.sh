@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# Runs a command on a display of its own, with a window manager, and ends both afterwards.
+set -euo pipefail
+
+work=$(mktemp -d)
+display_server=
+manager=
+finish() {
+  [[ -z $manager ]] || kill "$manager" 2>/dev/null || true
+  [[ -z $display_server ]] || kill "$display_server" 2>/dev/null || true
+  rm -rf "$work"
+}
+trap finish EXIT
+
+mkfifo "$work/number"
+Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$work/number" 2>/dev/null &
+display_server=$!
+read -r number <"$work/number"
+export DISPLAY=:$number
+HOME=$work openbox >/dev/null 2>&1 &
+manager=$!
+"$@"
