@@ -1,0 +1,81 @@
+#include "Endpoints.h"
+
+#include <QJsonDocument>
+
+void EndpointTable::add(const QByteArray &method, const QString &path, Handler handler)
+{
+    m_handlers[path].insert(method, std::move(handler));
+}
+
+ServiceAnswer EndpointTable::answer(const ServiceRequest &request)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto methods = m_handlers.constFind(request.path);
+    if (methods == m_handlers.constEnd())
+        return errorAnswer(QStringLiteral("No such endpoint: %1").arg(request.path), 404);
+    const auto handler = methods->constFind(request.method);
+    if (handler == methods->constEnd())
+        return errorAnswer(QStringLiteral("Method not allowed"), 405);
+    if (!request.complete)
+        return errorAnswer(QStringLiteral("The request's body could not be read"), 400);
+    return (*handler)(request);
+}
+
+QString apiRoot()
+{
+    return QStringLiteral("/api/");
+}
+
+ServiceAnswer jsonAnswer(const QJsonObject &object, int status)
+{
+    return {
+        status, "application/json; charset=utf-8", QJsonDocument(object).toJson(QJsonDocument::Compact), {}};
+}
+
+ServiceAnswer errorAnswer(const QString &message, int status)
+{
+    return jsonAnswer({{QStringLiteral("status"), QStringLiteral("error")},
+                       {QStringLiteral("message"), message},
+                       {QStringLiteral("error"), message}},
+                      status);
+}
+
+std::optional<QJsonObject> jsonBody(const ServiceRequest &request)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(request.body);
+    if (!document.isObject())
+        return std::nullopt;
+    return document.object();
+}
+
+QByteArray ServiceRequest::header(const QByteArray &name) const
+{
+    for (const auto &[key, value] : headers) {
+        if (key.compare(name, Qt::CaseInsensitive) == 0)
+            return value;
+    }
+    return {};
+}
+
+const ReceivedPart *ServiceRequest::part(const QString &name) const
+{
+    for (const ReceivedPart &part : parts) {
+        if (part.name == name)
+            return &part;
+    }
+    return nullptr;
+}
+
+QString ServiceRequest::field(const QString &name) const
+{
+    const ReceivedPart *found = part(name);
+    return found ? QString::fromUtf8(found->data) : QString();
+}
+
+QStringList ServiceRequest::partNames() const
+{
+    QStringList names;
+    for (const ReceivedPart &part : parts)
+        names.append(part.name);
+    return names;
+}

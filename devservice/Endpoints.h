@@ -1,0 +1,46 @@
+#pragma once
+
+#include "ServiceTypes.h"
+
+#include <QHash>
+#include <QJsonObject>
+
+#include <functional>
+#include <mutex>
+#include <optional>
+
+/// The service's endpoints by method and path. Handlers run one at a time, so a group may keep plain state.
+class EndpointTable
+{
+public:
+    using Handler = std::function<ServiceAnswer(const ServiceRequest &)>;
+
+    /// `path` begins with "/".
+    void add(const QByteArray &method, const QString &path, Handler handler);
+    /// 404 for a path that is not there, 405 for a method that the path does not take.
+    ServiceAnswer answer(const ServiceRequest &request);
+
+private:
+    QHash<QString, QHash<QByteArray, Handler>> m_handlers;
+    std::mutex m_mutex;
+};
+
+/// Everything of the service lies below this path; what endpoints are named by is relative to it.
+QString apiRoot();
+
+ServiceAnswer jsonAnswer(const QJsonObject &object, int status = 200);
+/// {"status":"error","message":...,"error":...}: the editor's features read one or the other.
+ServiceAnswer errorAnswer(const QString &message, int status = 200);
+std::optional<QJsonObject> jsonBody(const ServiceRequest &request);
+
+// The groups, each in a source of its own
+
+void addWorkerEndpoints(EndpointTable &table);
+void addFeedbackEndpoints(EndpointTable &table);
+/// `downloadUrl` is asked at each request: the port is not known before.
+void addUpdateEndpoints(EndpointTable &table, const QString &latestVersion,
+                        std::function<QString()> downloadUrl);
+
+class DevService;
+/// Switches the faults of `service` and shows its counts, for a program in another process.
+void addDevEndpoints(EndpointTable &table, DevService &service);

@@ -1,0 +1,195 @@
+#include "Exchange.h"
+#include "support/TestMain.h"
+
+#include <QJsonDocument>
+#include <QProcess>
+#include <QTcpServer>
+#include <QtTest/QSignalSpy>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+struct Result
+{
+    int exitCode = -1;
+    QByteArray output;
+    QByteArray errors;
+};
+
+Result runToEnd(const QStringList &arguments)
+{
+    QProcess program;
+    program.start(QStringLiteral(KVTEDITOR_DEVSERVICE_PROGRAM), arguments);
+    if (!program.waitForFinished() || program.exitStatus() != QProcess::NormalExit)
+        return {};
+    return {program.exitCode(), program.readAllStandardOutput(), program.readAllStandardError()};
+}
+
+} // namespace
+
+class TestDevProgram : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void endsInOrderOnASignal_data();
+    void endsInOrderOnASignal();
+    void servesOnLoopbackOnly();
+    void clearsFaultsOnUserSignal();
+    void speaksTls();
+    void writesSampleDataAndEnds();
+    void saysWhatItIs();
+    void refusesWrongArguments_data();
+    void refusesWrongArguments();
+
+private:
+    void startProgram(QProcess &program, const QStringList &arguments = {});
+    QString apiBase() const;
+
+    QTemporaryDir m_folder;
+};
+
+void TestDevProgram::startProgram(QProcess &program, const QStringList &arguments)
+{
+    QFile::remove(m_folder.filePath(u"config.json"_s));
+    QFile::remove(m_folder.filePath(u"port"_s));
+    program.start(QStringLiteral(KVTEDITOR_DEVSERVICE_PROGRAM),
+                  QStringList({u"--config-file"_s, m_folder.filePath(u"config.json"_s), u"--port-file"_s,
+                               m_folder.filePath(u"port"_s)})
+                      + arguments);
+    QVERIFY(program.waitForStarted());
+    QTRY_VERIFY(QFile::exists(m_folder.filePath(u"config.json"_s)));
+}
+
+QString TestDevProgram::apiBase() const
+{
+    const QJsonObject config =
+        QJsonDocument::fromJson(contentOf(m_folder.filePath(u"config.json"_s))).object();
+    return config.keys() == QStringList(u"apiBase"_s) ? config.value("apiBase"_L1).toString() : QString();
+}
+
+void TestDevProgram::endsInOrderOnASignal_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT;
+}
+
+void TestDevProgram::endsInOrderOnASignal()
+{
+    QFETCH(int, signal);
+    QProcess program;
+    startProgram(program);
+    const QString port = QString::fromLatin1(contentOf(m_folder.filePath(u"port"_s))).trimmed();
+    QCOMPARE(apiBase(), u"http://127.0.0.1:%1/api/"_s.arg(port));
+    QCOMPARE(
+        get(apiBase() + "updates/kvteditornew/update.json"_L1).json().value("latest_version"_L1).toString(),
+        u"4.0.2"_s);
+    ::kill(pid_t(program.processId()), signal);
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.exitCode(), 0);
+    QCOMPARE(program.readAllStandardError(), QByteArray());
+    const QList<QByteArray> lines = program.readAllStandardOutput().split('\n');
+    QVERIFY(lines.first().contains("stand-in"));
+    QVERIFY(lines.first().contains("not the real service"));
+    QVERIFY(lines.value(1).contains(apiBase().toLatin1()));
+}
+
+void TestDevProgram::servesOnLoopbackOnly()
+{
+    QProcess program;
+    startProgram(program, {u"--update-version"_s, u"9.9"_s});
+    QTcpServer neighbour;
+    QVERIFY(neighbour.listen(QHostAddress(u"127.0.0.2"_s), quint16(QUrl(apiBase()).port())));
+    QCOMPARE(
+        get(apiBase() + "updates/kvteditornew/update.json"_L1).json().value("latest_version"_L1).toString(),
+        u"9.9"_s);
+    program.terminate();
+    QVERIFY(program.waitForFinished());
+}
+
+void TestDevProgram::clearsFaultsOnUserSignal()
+{
+    QProcess program;
+    startProgram(program);
+    const QString faults = apiBase().replace("/api/"_L1, "/_dev/faults"_L1);
+    QCOMPARE(post(faults, R"({"endpoint":"*","fault":"refuse"})").status, 200);
+    const QString url = apiBase() + "updates/kvteditornew/update.json"_L1;
+    QCOMPARE(get(url).error, QNetworkReply::ConnectionRefusedError);
+    ::kill(pid_t(program.processId()), SIGUSR1);
+    QTRY_COMPARE(get(url).status, 200);
+    program.terminate();
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.exitCode(), 0);
+}
+
+void TestDevProgram::speaksTls()
+{
+    const QString certificates = QStringLiteral(KVTEDITOR_CERTIFICATES_DIR);
+    QProcess program;
+    startProgram(program, {u"--tls"_s, certificates + "/server.pem"_L1, certificates + "/server.key"_L1});
+    const Outcome outcome =
+        get(apiBase() + "updates/kvteditornew/update.json"_L1, certificates + "/ca.pem"_L1);
+    QCOMPARE(outcome.error, QNetworkReply::NoError);
+    QVERIFY(apiBase().startsWith("https:"_L1));
+    program.terminate();
+    QVERIFY(program.waitForFinished());
+}
+
+void TestDevProgram::writesSampleDataAndEnds()
+{
+    const QString folder = m_folder.filePath(u"new/samples"_s);
+    const Result result = runToEnd({u"--sample-data"_s, folder, u"--exit"_s});
+    QCOMPARE(result.exitCode, 0);
+    QVERIFY(contentOf(folder + "/one-module.kvt"_L1).startsWith("KVTSAMPLE1\n"));
+    const Result failed = runToEnd({u"--sample-data"_s, folder + "/one-module.kvt"_L1, u"--exit"_s});
+    QCOMPARE(failed.exitCode, 1);
+    QVERIFY(failed.errors.contains("one-module.kvt"));
+}
+
+void TestDevProgram::saysWhatItIs()
+{
+    const Result result = runToEnd({u"--help"_s});
+    QCOMPARE(result.exitCode, 0);
+    for (const char *option :
+         {"--port", "--tls", "--update-version", "--sample-data", "--port-file", "--config-file"})
+        QVERIFY2(result.output.contains(option), option);
+    QVERIFY(result.output.contains("KVTEDITOR_SERVICE_CONFIG"));
+}
+
+void TestDevProgram::refusesWrongArguments_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("error");
+    QTest::newRow("unknown") << QStringList(u"--rain"_s) << QByteArray("rain");
+    QTest::newRow("stray") << QStringList(u"rain"_s) << QByteArray("Unknown argument: rain");
+    QTest::newRow("port-no-number") << QStringList({u"--port"_s, u"x"_s}) << QByteArray("--port");
+    QTest::newRow("port-too-large") << QStringList({u"--port"_s, u"65536"_s}) << QByteArray("--port");
+    QTest::newRow("tls-without-key") << QStringList({u"--tls"_s, u"c.pem"_s}) << QByteArray("--tls");
+    QTest::newRow("tls-missing-files")
+        << QStringList({u"--tls"_s, u"/no/c.pem"_s, u"/no/k.pem"_s}) << QByteArray("/no/c.pem");
+    QTest::newRow("config-unwritable") << QStringList({u"--config-file"_s, u"/no/such/folder/c.json"_s})
+                                       << QByteArray("/no/such/folder/c.json");
+}
+
+void TestDevProgram::refusesWrongArguments()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, error);
+    const Result result = runToEnd(arguments);
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains(error), result.errors.constData());
+}
+
+KVTEDITOR_TEST_MAIN(TestDevProgram)
+#include "tst_DevProgram.moc"
