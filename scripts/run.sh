@@ -29,7 +29,7 @@ absolute() { case $1 in /*) printf '%s' "$1" ;; *) printf '%s/%s' "$caller" "$1"
 "$top/scripts/setup.sh"
 cd "$top"
 if [[ -z $tour && -z ${DISPLAY-} && -z ${WAYLAND_DISPLAY-} ]]; then
-  echo "run: there is no display here, so the tour shows the window instead" >&2
+  echo "run: there is no display here, so the tour shows the window instead${file:+; $file is not opened}" >&2
   tour=$build/tour
 fi
 cmake --preset release >/dev/null
@@ -40,8 +40,7 @@ if [[ -n $tour ]]; then
     export QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software
   fi
   KVTEDITOR_TOUR_DIR=$tour "$build/tests/e2e/kvteditor_tour"
-  printf '\nrun: the pictures of the tour:\n'
-  printf '  %s\n' "$tour"/*.png
+  printf 'run: the pictures of the tour are in %s\n' "$tour"
   exit 0
 fi
 
@@ -50,12 +49,15 @@ work=$(mktemp -d)
 service=
 trap '[[ -z $service ]] || kill "$service" 2>/dev/null || true; rm -rf "$work"' EXIT
 samples=$build/sample-data
-"$build/devservice/kvteditor-devservice" --sample-data "$samples" --config-file "$work/service.json" &
+# Made once: a sample that was edited and saved is the user's.
+make_samples=()
+[[ -d $samples ]] || make_samples=(--sample-data "$samples")
+"$build/devservice/kvteditor-devservice" "${make_samples[@]}" --config-file "$work/service.json" &
 service=$!
 until [[ -s $work/service.json ]]; do
   kill -0 "$service" 2>/dev/null || { echo "run: the local service did not start" >&2; exit 1; }
   sleep 0.1
 done
-[[ -n $file ]] || file=$(find "$samples" -maxdepth 1 -name '*.kvt' | sort | head -n 1)
+[[ -n $file ]] || file=$samples/one-module.kvt
 printf 'run: sample data is in %s\n' "$samples"
 KVTEDITOR_SERVICE_CONFIG=$work/service.json "$build/kvteditor" "$file"

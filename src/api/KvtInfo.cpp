@@ -11,7 +11,7 @@
 
 #include <algorithm>
 #include <array>
-#include <initializer_list>
+#include <span>
 
 namespace {
 
@@ -39,23 +39,20 @@ constexpr Alias aliases[] = {
     {"editorVersion", {"softwareVersion", "editor_version"}},
 };
 
+constexpr const char *vinKeys[] = {"vin1", "vin"};
+constexpr const char *serialKeys[] = {"serial1", "serial"};
+constexpr const char *mainOsKeys[] = {"mainOs", "main_os", "os1", "baseOs", "os"};
 constexpr const char *positionalRows[] = {"system", "fuel", "speedometer", "engineDiag", "engineOp"};
 
-template <typename Keys> QString firstText(const QJsonObject &object, const Keys &keys)
+// The first of the members that reads as a text; nulls fill a list up.
+QString firstText(const QJsonObject &object, std::span<const char *const> keys)
 {
     for (const char *key : keys) {
-        if (!key)
-            break;
-        QString text = jsonString(object, QLatin1String(key));
+        QString text = key ? jsonString(object, QLatin1String(key)) : QString();
         if (!text.isEmpty())
             return text;
     }
     return {};
-}
-
-QString firstText(const QJsonObject &object, std::initializer_list<const char *> keys)
-{
-    return firstText<std::initializer_list<const char *>>(object, keys);
 }
 
 void setUnlessEmpty(QVariantMap &map, const QString &key, const QString &value)
@@ -127,14 +124,14 @@ void reconcile(Numbers &numbers)
 
 void mergeNumbers(QVariantMap &identifiers, const QJsonObject &answer)
 {
-    Numbers numbers{firstText(answer, {"serial1", "serial"}), jsonString(answer, QStringLiteral("serial2")),
-                    firstText(answer, {"mainOs", "main_os", "os1", "baseOs", "os"})};
+    Numbers numbers{firstText(answer, serialKeys), jsonString(answer, QStringLiteral("serial2")),
+                    firstText(answer, mainOsKeys)};
     reconcile(numbers);
     const QString os1 = jsonString(answer, QStringLiteral("os1"));
     if (!os1.isEmpty())
         numbers.mainOs = os1;
 
-    setUnlessEmpty(identifiers, vinKey, firstText(answer, {"vin1", "vin"}));
+    setUnlessEmpty(identifiers, vinKey, firstText(answer, vinKeys));
     if (!numbers.serial1.isEmpty() || FileTools::isCumminsStyleOs(jsonString(answer, serial1Key)))
         identifiers.insert(serialKey, numbers.serial1);
     setUnlessEmpty(identifiers, mainOsKey, numbers.mainOs);

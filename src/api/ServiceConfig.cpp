@@ -1,5 +1,6 @@
 #include "api/ServiceConfig.h"
 
+#include "core/ErrorText.h"
 #include "core/FileTools.h"
 
 #include <QCoreApplication>
@@ -64,12 +65,6 @@ QString withSlash(const QString &url)
     return url.endsWith(QLatin1Char('/')) ? url : url + QLatin1Char('/');
 }
 
-void fail(QString *error, const QString &reason)
-{
-    if (error)
-        *error = reason;
-}
-
 } // namespace
 
 ServiceConfig builtInServiceConfig()
@@ -86,18 +81,18 @@ std::optional<ServiceConfig> parseServiceConfig(const QByteArray &json, const Se
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
-        fail(error, parseError.errorString());
+        setError(error, parseError.errorString());
         return std::nullopt;
     }
     if (!document.isObject()) {
-        fail(error, QStringLiteral("it is no JSON object"));
+        setError(error, QStringLiteral("it is no JSON object"));
         return std::nullopt;
     }
     const QJsonObject object = document.object();
     for (auto it = object.begin(); it != object.end(); ++it) {
         const QString reason = objection(it.key(), it.value());
         if (!reason.isEmpty()) {
-            fail(error, reason);
+            setError(error, reason);
             return std::nullopt;
         }
     }

@@ -222,6 +222,14 @@ void VoxApiClient::kvtWorker(const QString &version, const QString &operation, c
                   });
 }
 
+void VoxApiClient::uploadToDev(const QJsonObject &object, BytesCallback callback)
+{
+    postJson(QStringLiteral("upload.aspx"), object,
+             [callback = std::move(callback)](const QJsonObject &answer, const QString &error) {
+                 callback({}, answer, error);
+             });
+}
+
 void VoxApiClient::feedbackSubmit(const QJsonObject &ticket, JsonCallback callback)
 {
     postJson(QStringLiteral("feedback.aspx"), ticket, std::move(callback));

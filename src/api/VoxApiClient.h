@@ -77,6 +77,7 @@ public:
     /// Runs one operation on the service's worker; the first of `files` is its input.
     void kvtWorker(const QString &version, const QString &operation, const FieldList &fields,
                    const QList<WorkerFile> &files, WorkerCallback callback);
+    void uploadToDev(const QJsonObject &object, BytesCallback callback);
     void feedbackSubmit(const QJsonObject &ticket, JsonCallback callback);
     void checkUpdate(JsonCallback callback);
 

@@ -1,19 +1,28 @@
 #include "app/AppState.h"
 
+#include "app/ScanLink.h"
 #include "core/Version.h"
 #include "platform/WebToolWindow.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QMutexLocker>
 
 AppState::AppState(QObject *parent)
     : QObject(parent)
     , m_client(new VoxApiClient(this))
     , m_hexModel(new HexModel(this))
 {
+    m_search.link = std::make_shared<ScanLink>();
+    m_search.link->owner = this;
 }
 
-AppState::~AppState() = default;
+AppState::~AppState()
+{
+    m_search.link->cancel = true;
+    const QMutexLocker lock(&m_search.link->mutex);
+    m_search.link->owner = nullptr;
+}
 
 QString AppState::version() const
 {
@@ -64,15 +73,4 @@ void AppState::setXdfPassword(const QString &password)
         return;
     m_xdf.password = password;
     emit xdfChanged();
-}
-
-QString AppState::searchRecursive() const
-{
-    return m_search.recursive ? QStringLiteral("1") : QStringLiteral("0");
-}
-
-void AppState::setSearchRecursive(const QString &text)
-{
-    m_search.recursive = text != QLatin1String("0");
-    emit searchChanged();
 }

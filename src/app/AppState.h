@@ -7,6 +7,7 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 #include <QVariantList>
 #include <QVariantMap>
@@ -15,6 +16,7 @@
 #include <utility>
 
 class WebToolWindow;
+struct ScanLink;
 
 /// The one controller behind the window, known to the views as `app`. A view reads its properties and calls
 /// its invokables; each outcome is one text on the status line. Everything runs on the main thread.
@@ -57,7 +59,7 @@ class AppState : public QObject
     Q_PROPERTY(QString xdfCredits READ xdfCredits NOTIFY xdfChanged FINAL)
     Q_PROPERTY(QVariantList xdfItems READ xdfItems NOTIFY xdfChanged FINAL)
 
-    // Folder search
+    // Folder search: AppStateSearch.cpp
     Q_PROPERTY(QVariantList searchHits READ searchHits NOTIFY searchChanged FINAL)
     Q_PROPERTY(bool searchBusy READ searchBusy NOTIFY searchChanged FINAL)
 
@@ -138,6 +140,14 @@ public:
     void applyKvtInfoJson(const QString &json);
 
     // Conversions: AppStateConversions.cpp
+    /// Converts the file at `path`, or the open file when it is empty, by the conversion of that key. `path2`
+    /// is a second input where the conversion takes one; `path3` is not used.
+    Q_INVOKABLE void convertOp(const QString &op, const QString &path, const QString &path2 = {},
+                               const QString &path3 = {});
+    /// Holds the file that later imports of a BIN are based on.
+    Q_INVOKABLE void pickBaseKvt(const QString &path);
+    /// Converts a calibration container; `path2` is not used.
+    Q_INVOKABLE void toolConvert(const QString &kind, const QString &path, const QString &path2 = {});
     /// Sends a file and the extra files to the worker under `operation`; a file that comes back is saved as
     /// `outName` in the documents folder. `fields` and `extraFiles` are (name, value) and (name, bytes)
     /// pairs.
@@ -166,12 +176,24 @@ public:
     void setXdfEmail(const QString &email);
     void setXdfPassword(const QString &password);
 
-    // Folder search
+    // Folder search: AppStateSearch.cpp
     QVariantList searchHits() const { return m_search.hits; }
     bool searchBusy() const { return m_search.busy; }
     QString searchRecursive() const;
     /// Only "0" turns recursion off.
     void setSearchRecursive(const QString &text);
+    /// Walks the folder in a thread of its own; one scan at a time.
+    Q_INVOKABLE void scanFolder(const QString &root, bool recursive, const QString &nameQ, const QString &osQ,
+                                const QString &makeQ, const QString &yearQ);
+    /// Asks a running scan to stop; what it has found so far is kept.
+    Q_INVOKABLE void cancelScan();
+    /// Empties the list and stops a running scan, whose hits then still arrive.
+    Q_INVOKABLE void clearSearch();
+    /// Opens a hit in the workspace, if it is a .kvt file.
+    Q_INVOKABLE void openSearchHit(int index);
+
+    // Sorter: AppStateSorter.cpp
+    Q_INVOKABLE void sortCopy(const QStringList &files, const QString &dest, const QString &order);
 
     // Segment swap, patches, stock files
     QVariantList swapCandidates() const { return m_swapCandidates; }
@@ -184,8 +206,14 @@ public:
     QString xcalMode() const { return m_tools.xcalMode; }
     void setVbfSkipVerify(bool skip);
     void setXcalMode(const QString &mode);
+    /// Turns a pasted hex dump into one line per fault.
+    Q_INVOKABLE void decodeJ1939(const QString &hex);
+    /// Starts one of the helper programs by its key.
+    Q_INVOKABLE void launchTool(const QString &name);
     /// Shows the user manual with the desktop's document viewer.
     Q_INVOKABLE void goHelp();
+    /// The service's full address of a path below its API base.
+    Q_INVOKABLE QString serviceUrl(const QString &path) const;
     /// Hands an address to the desktop; whether anything could open it is not known.
     Q_INVOKABLE void openWebTool(const QString &url, const QString &title);
 
@@ -236,6 +264,8 @@ private:
     // Conversions
     void finishConversion(const WorkerResult &result, const QString &outName);
 
+    QByteArray m_baseKvt;
+
     // Hex editor
     bool m_showHex = false;
 
@@ -251,11 +281,14 @@ private:
     } m_xdf;
 
     // Folder search
+    void finishScan(const QVariantList &hits, bool cancelled, int limit);
+
     struct SearchState
     {
         QVariantList hits;
         bool busy = false;
         bool recursive = true;
+        std::shared_ptr<ScanLink> link;
     } m_search;
 
     // Segment swap, patches, stock files

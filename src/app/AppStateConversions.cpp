@@ -3,10 +3,158 @@
 #include "core/FileTools.h"
 #include "core/Version.h"
 
+#include <QFileInfo>
+
+#include <algorithm>
+#include <iterator>
+
 namespace {
 
 constexpr qsizetype shownAnswerLength = 240;
 
+/// What an output is called: a fixed name, or an ending behind the workspace's or the input file's name.
+enum class Naming
+{
+    Fixed,
+    Workspace,
+    Input
+};
+/// What travels beside the input.
+enum class Extra
+{
+    None,
+    BaseFile,
+    HeaderAndExport
+};
+
+struct Conversion
+{
+    const char *key;
+    const char *operation;
+    Naming naming;
+    const char *name;
+    Extra extra = Extra::None;
+};
+
+constexpr Conversion conversions[] = {
+    {"kvt2bin", "convert_kvt2bin", Naming::Workspace, ".bin"},
+    {"cm2450_kvt2bin", "convert_cm2450_kvt2bin", Naming::Workspace, "_cm2450.zip"},
+    {"ctz2bin", "convert_ctz2bin", Naming::Input, ".bin"},
+    {"ctz2kvt", "convert_ctz2kvt", Naming::Fixed, "from_ctz.kvt"},
+    {"kvt2efi", "convert_kvt2efi_live_bin", Naming::Workspace, "_efi.bin"},
+    {"bin2kvt", "convert_bin2kvt_import", Naming::Fixed, "imported.kvt", Extra::BaseFile},
+    {"cm2450_import", "convert_cm2450_bin2kvt", Naming::Fixed, "cm2450_imported.kvt", Extra::HeaderAndExport},
+};
+
+enum class Option
+{
+    None,
+    XcalMode,
+    FlatMode,
+    SkipVerify
+};
+
+struct ContainerConversion
+{
+    const char *kind;
+    const char *operation;
+    Naming naming;
+    const char *name;
+    Option option;
+};
+
+constexpr ContainerConversion containerConversions[] = {
+    {"xcal", "convert_xcal2bin", Naming::Input, ".bin", Option::XcalMode},
+    {"phf", "convert_xcal2bin", Naming::Input, ".bin", Option::FlatMode},
+    {"vbf", "convert_vbf2bin", Naming::Input, ".bin", Option::SkipVerify},
+    {"ecfg", "convert_ecfg2xdf", Naming::Fixed, "ecfg.xdf", Option::None},
+};
+
+QString inputBaseName(const QString &name)
+{
+    return QFileInfo(name).completeBaseName();
+}
+
+FieldList optionFields(Option option, const QString &xcalMode, bool skipVerify)
+{
+    const QString mode = QStringLiteral("xcal_mode");
+    switch (option) {
+    case Option::XcalMode:
+        return {{mode, xcalMode}};
+    case Option::FlatMode:
+        return {{mode, QStringLiteral("flat")}};
+    case Option::SkipVerify:
+        return {{QStringLiteral("vbf_skip_verify"), skipVerify ? QStringLiteral("1") : QStringLiteral("0")}};
+    case Option::None:
+        break;
+    }
+    return {};
+}
+
+} // namespace
+
+void AppState::convertOp(const QString &op, const QString &path, const QString &path2, const QString &)
+{
+    QByteArray input;
+    QString inputName = m_file.name;
+    if (path.isEmpty()) {
+        input = currentKvtBytes();
+        if (input.isEmpty()) {
+            setStatus(QStringLiteral("Open an KVT on MAIN or pick a file first."), 0);
+            return;
+        }
+    } else {
+        QString error;
+        input = FileTools::readFile(path, &error);
+        inputName = QFileInfo(path).fileName();
+        if (input.isEmpty()) {
+            setStatus(error, 0);
+            return;
+        }
+    }
+
+    const auto *const conversion =
+        std::find_if(std::begin(conversions), std::end(conversions),
+                     [&op](const Conversion &entry) { return op == QLatin1String(entry.key); });
+    if (conversion == std::end(conversions))
+        return;
+
+    QList<std::pair<QString, QByteArray>> extraFiles;
+    if (conversion->extra == Extra::BaseFile && !m_baseKvt.isEmpty())
+        extraFiles.append({QStringLiteral("import"), m_baseKvt});
+    if (conversion->extra == Extra::HeaderAndExport) {
+        extraFiles = {{QStringLiteral("header"), input},
+                      {QStringLiteral("export"), FileTools::readFile(path2)}};
+    }
+    const QString ending = QLatin1String(conversion->name);
+    const QString outName = conversion->naming == Naming::Workspace ? suggestName(ending)
+        : conversion->naming == Naming::Input                       ? inputBaseName(inputName) + ending
+                                                                    : ending;
+    workerConvert(QLatin1String(conversion->operation), input, inputName, {}, extraFiles, outName);
+}
+
+void AppState::pickBaseKvt(const QString &path)
+{
+    QString error;
+    m_baseKvt = FileTools::readFile(path, &error);
+    if (m_baseKvt.isEmpty())
+        setStatus(error, 0);
+    else
+        setStatus(QStringLiteral("Base KVT set: %1").arg(QFileInfo(path).fileName()), 1);
+}
+
+void AppState::toolConvert(const QString &kind, const QString &path, const QString &)
+{
+    const auto *const conversion =
+        std::find_if(std::begin(containerConversions), std::end(containerConversions),
+                     [&kind](const ContainerConversion &entry) { return kind == QLatin1String(entry.kind); });
+    if (conversion == std::end(containerConversions))
+        return;
+    const QString inputName = QFileInfo(path).fileName();
+    const QString ending = QLatin1String(conversion->name);
+    const QString outName = conversion->naming == Naming::Input ? inputBaseName(inputName) + ending : ending;
+    workerConvert(QLatin1String(conversion->operation), FileTools::readFile(path), inputName,
+                  optionFields(conversion->option, m_tools.xcalMode, m_tools.vbfSkipVerify), {}, outName);
 }
 
 void AppState::workerConvert(const QString &operation, const QByteArray &input, const QString &inputName,

@@ -1,9 +1,29 @@
 #include "app/AppState.h"
 
+#include "core/FileTools.h"
 #include "platform/ToolLauncher.h"
 #include "platform/WebToolWindow.h"
 
 #include <QUrl>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+struct Launcher
+{
+    const char *key;
+    bool (*launch)(QString *error);
+};
+
+constexpr Launcher launchers[] = {
+    {"j1939", ToolLauncher::launchJ1939},       {"vbfphf", ToolLauncher::launchVbfPhfBin},
+    {"checksum", ToolLauncher::launchChecksum}, {"delco", ToolLauncher::launchDelcoChecksum},
+    {"efd", ToolLauncher::launchEfdReader},     {"help", ToolLauncher::launchHelpPdf},
+};
+
+} // namespace
 
 void AppState::setVbfSkipVerify(bool skip)
 {
@@ -21,6 +41,31 @@ void AppState::setXcalMode(const QString &mode)
     emit toolsChanged();
 }
 
+void AppState::decodeJ1939(const QString &hex)
+{
+    m_tools.j1939Rows.clear();
+    for (const J1939Fault &fault : FileTools::decodeJ1939(hex)) {
+        const QString line = QStringLiteral("SPN %1  FMI %2 (%3)  OC %4  lamp %5  [%6]")
+                                 .arg(QString::number(fault.spn), QString::number(fault.fmi), fault.fmiText,
+                                      QString::number(fault.oc), QString::number(fault.lamp), fault.raw);
+        m_tools.j1939Rows.append(QVariantMap{{QStringLiteral("text"), line}});
+    }
+    emit toolsChanged();
+    setStatus(QStringLiteral("%1 DTC(s).").arg(m_tools.j1939Rows.size()), 1);
+}
+
+void AppState::launchTool(const QString &name)
+{
+    const auto *const launcher =
+        std::find_if(std::begin(launchers), std::end(launchers),
+                     [&name](const Launcher &entry) { return name == QLatin1String(entry.key); });
+    QString error;
+    if (launcher != std::end(launchers) && launcher->launch(&error))
+        setStatus(QStringLiteral("Launched %1.").arg(name), 1);
+    else
+        setStatus(error, 0);
+}
+
 void AppState::goHelp()
 {
     const QString path = ToolLauncher::findHelpPdf();
@@ -29,6 +74,11 @@ void AppState::goHelp()
         return;
     }
     openWebTool(QUrl::fromLocalFile(path).toString(), QStringLiteral("User Manual"));
+}
+
+QString AppState::serviceUrl(const QString &path) const
+{
+    return m_client->url(path);
 }
 
 void AppState::openWebTool(const QString &url, const QString &title)

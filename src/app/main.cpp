@@ -4,7 +4,6 @@
 #include "core/Version.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
 #include <QIcon>
@@ -14,52 +13,71 @@
 #include <QQmlContext>
 #include <QQuickStyle>
 
-#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
-#include <iterator>
 #include <string_view>
 
 namespace {
 
 void nameApplication()
 {
-    QCoreApplication::setApplicationName(QStringLiteral("KVTeditornew"));
+    QCoreApplication::setApplicationName(QStringLiteral("KVTeditorNew"));
     QCoreApplication::setOrganizationName(QStringLiteral("Voxworks Automotive"));
     QCoreApplication::setApplicationVersion(applicationVersion());
 }
 
-bool asksForText(int argc, char **argv)
+// Which of two texts the command line asks for instead of the window, if any.
+enum class Text
 {
-    constexpr std::string_view options[] = {"--help", "--help-all", "-h", "--version", "-v"};
-    return std::any_of(argv + 1, argv + argc, [&options](const char *argument) {
-        return std::find(std::begin(options), std::end(options), argument) != std::end(options);
-    });
+    None,
+    Help,
+    Version
+};
+
+Text wantedText(int argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument = argv[i];
+        if (argument == "--")
+            break;
+        if (argument == "--help" || argument == "-h")
+            return Text::Help;
+        if (argument == "--version" || argument == "-v")
+            return Text::Version;
+    }
+    return Text::None;
 }
 
-// Answers --help and --version without a display, which the application object of the editor would need.
-int answerWithText(int argc, char **argv)
+// Answers without a display, which the application object of the window would need.
+void answer(Text text)
 {
-    const QCoreApplication app(argc, argv);
-    nameApplication();
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Opens, reads and edits tune files of engine control modules."));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("The tune file to open."),
-                                 QStringLiteral("[file]"));
-    parser.process(app);
-    return EXIT_SUCCESS;
+    if (text == Text::Version) {
+        std::printf("%s %s\n", qPrintable(QCoreApplication::applicationName()),
+                    qPrintable(applicationVersion()));
+        return;
+    }
+    std::printf("Usage: kvteditor [options] [file]\n"
+                "Opens, reads and edits tune files of engine control modules.\n\n"
+                "Options:\n"
+                "  -h, --help     Show this help.\n"
+                "  -v, --version  Show the version.\n\n"
+                "Arguments:\n"
+                "  file           The tune file to open.\n");
 }
 
 // The first argument that the framework left and that is no option, made absolute; empty when there is none.
+// Behind
+// "--" nothing is an option.
 QString fileFromCommandLine()
 {
-    const QStringList arguments = QCoreApplication::arguments().mid(1);
-    const auto file = std::find_if(arguments.begin(), arguments.end(), [](const QString &argument) {
-        return !argument.isEmpty() && !argument.startsWith(QLatin1Char('-'));
-    });
-    return file == arguments.end() ? QString() : QFileInfo(*file).absoluteFilePath();
+    bool options = true;
+    for (const QString &argument : QCoreApplication::arguments().mid(1)) {
+        if (options && argument == QLatin1String("--"))
+            options = false;
+        else if (!argument.isEmpty() && !(options && argument.startsWith(QLatin1Char('-'))))
+            return QFileInfo(argument).absoluteFilePath();
+    }
+    return {};
 }
 
 void loadRootView(QQmlApplicationEngine &engine)
@@ -117,8 +135,11 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
 
 int main(int argc, char **argv)
 {
-    if (asksForText(argc, argv))
-        return answerWithText(argc, argv);
+    if (const Text text = wantedText(argc, argv); text != Text::None) {
+        nameApplication();
+        answer(text);
+        return EXIT_SUCCESS;
+    }
 
     logLine("main: start");
     QApplication app(argc, argv);
@@ -128,13 +149,13 @@ int main(int argc, char **argv)
     qmlRegisterType<HexModel>("KvtEditor", 1, 0, "HexModel");
 
     const QString file = fileFromCommandLine();
-#ifdef Q_OS_UNIX
-    // Paths that come from file dialogs have lost their leading slash; from here they resolve all the same.
-    QDir::setCurrent(QDir::rootPath());
-#endif
-
     logLine("main: constructing AppState");
     AppState state;
+#ifdef Q_OS_UNIX
+    // Paths that come from file dialogs have lost their leading slash; from here they resolve all the same.
+    // Not earlier: the controller has just read its service file, whose name may be relative.
+    QDir::setCurrent(QDir::rootPath());
+#endif
     logLine("main: loading QML");
     return runWindow(app, state, file);
 }

@@ -1,5 +1,7 @@
 #include "core/FileTools.h"
 
+#include "core/ErrorText.h"
+
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
@@ -12,15 +14,9 @@
 
 namespace {
 
-void report(QString *error, const QString &text)
-{
-    if (error)
-        *error = text;
-}
-
 QByteArray refused(QString *error, int systemError)
 {
-    report(error, qt_error_string(systemError));
+    setError(error, qt_error_string(systemError));
     return {};
 }
 
@@ -37,13 +33,13 @@ QByteArray FileTools::readFile(const QString &path, QString *error)
 
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        report(error, file.errorString());
+        setError(error, file.errorString());
         return {};
     }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         // Half a tune must never pass for a whole one.
-        report(error, file.errorString());
+        setError(error, file.errorString());
         return {};
     }
     return bytes;
@@ -57,11 +53,11 @@ bool FileTools::writeFile(const QString &path, const QByteArray &data, QString *
     // Unbuffered, so that the count below is what reached the disk and not what reached a buffer.
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        report(error, file.errorString());
+        setError(error, file.errorString());
         return false;
     }
     if (file.write(data) != data.size()) {
-        report(error, QStringLiteral("Short write."));
+        setError(error, QStringLiteral("Short write."));
         return false;
     }
     return true;

@@ -1,9 +1,29 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 #include <QStringList>
+#include <QVariantList>
 #include <QVariantMap>
+
+#include <atomic>
+
+/// One diagnostic trouble code of a J1939 message.
+struct J1939Fault
+{
+    /// Suspect parameter number, 0 to 524287.
+    int spn = 0;
+    /// Failure mode identifier, 0 to 31.
+    int fmi = 0;
+    /// Occurrence count, 0 to 127.
+    int oc = 0;
+    /// The message's lamp status byte, the same for all of its faults.
+    int lamp = 0;
+    /// The code's four bytes as upper-case hex digits.
+    QString raw;
+    QString fmiText;
+};
 
 /// Stateless rules on files, names and bytes. Everything is re-entrant and may be called from any thread.
 /// Where an `error` pointer is taken it may be null; it is written on failure only.
@@ -55,6 +75,9 @@ public:
     /// The first run of at least six ASCII letters or digits, upper-cased, or an empty string.
     static QString osTokenFromName(const QString &name);
 
+    /// The first four digits in a row that begin with 19 or 20, or an empty string.
+    static QString yearFromName(const QString &name);
+
     /// The identifier record of one control module: "title", "vin", "serial", "mainOs" and "rows", a list of
     /// "label"/"value" maps, one for each pair whose value is not empty. The shorter list bounds the pairs.
     static QVariantMap makeModuleEntry(const QString &title, const QString &vin, const QString &serial,
@@ -71,4 +94,32 @@ public:
 
     /// Clears the lists that are given and returns false; the candidates are not looked at.
     static bool groupGmOsCandidates(const QStringList &candidates, QStringList *groupA, QStringList *groupB);
+
+    // Folder search: FolderScan.cpp
+
+    /// The tune files (.kvt and .ctz) in `root` that pass the filters, in the order in which the disk has
+    /// them; links and hidden files are left out. Each is a map of texts: "name", "os", "year", "make"
+    /// (empty), "size" in bytes and "path" (absolute). An empty filter lets everything pass; `makeFilter` and
+    /// `yearFilter` look at the path, the others at the name. A `limit` below 1 is none. Ends early once
+    /// `cancel` (may be null) is set, with what it has.
+    static QVariantList scanCalFolder(const QString &root, bool recursive, const QString &nameFilter,
+                                      const QString &osFilter, const QString &makeFilter,
+                                      const QString &yearFilter, int limit, const std::atomic<bool> *cancel);
+
+    // Sorter: Sorter.cpp
+
+    /// The folder names that a file is sorted under, one for each key: "os", "year" and "make" (in any case),
+    /// or a key of `meta`. What is not known is named so ("UnknownYear").
+    static QStringList folderParts(const QString &fileName, const QVariantMap &meta, const QStringList &keys);
+
+    /// Copies the files into a tree of folders below `destination`, by the comma-separated keys of `order`
+    /// ("Year, Make,OS" when it names none), over earlier copies. Returns how many were copied; unreadable
+    /// and empty files are passed over. `error` is set when there can be no destination.
+    static int sortCopyKvt(const QStringList &files, const QString &destination, const QString &order,
+                           QString *error = nullptr);
+
+    // Fault codes: J1939.cpp
+
+    /// The faults in a hex dump of a DM1 message, in its order; whatever is no hex digit is passed over.
+    static QList<J1939Fault> decodeJ1939(const QString &text);
 };

@@ -42,6 +42,12 @@ QString FileTools::osTokenFromName(const QString &name)
     return token.match(name.toUpper()).captured(1);
 }
 
+QString FileTools::yearFromName(const QString &name)
+{
+    static const QRegularExpression year(QStringLiteral("(19|20)\\d{2}"));
+    return year.match(name).captured(0);
+}
+
 QVariantMap FileTools::makeModuleEntry(const QString &title, const QString &vin, const QString &serial,
                                        const QString &mainOs, const QStringList &labels,
                                        const QStringList &values)

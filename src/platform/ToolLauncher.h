@@ -2,7 +2,10 @@
 
 #include <QString>
 
-/// Finds the files that are delivered beside the program: the external helper programs and the user manual.
+/// Finds and starts what is delivered beside the program: the external helper programs and the user manual. A
+/// helper is started detached, without arguments, in its own folder; it outlives the editor and is not
+/// watched. Where an `error` pointer is taken it may be null; it is written on failure only, and a start that
+/// the system refuses leaves it untouched.
 class ToolLauncher
 {
 public:
@@ -12,6 +15,14 @@ public:
     /// beside the program, whether it exists or not.
     static QString toolsRoot();
 
+    static bool launchJ1939(QString *error = nullptr);
+    static bool launchVbfPhfBin(QString *error = nullptr);
+    static bool launchChecksum(QString *error = nullptr);
+    static bool launchDelcoChecksum(QString *error = nullptr);
+    static bool launchEfdReader(QString *error = nullptr);
+
     /// Absolute path of the user manual, or an empty string.
     static QString findHelpPdf();
+    /// Opens the manual with the desktop's default program for it.
+    static bool launchHelpPdf(QString *error = nullptr);
 };

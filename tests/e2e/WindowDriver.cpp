@@ -117,15 +117,24 @@ void WindowDriver::key(Qt::Key key, Qt::KeyboardModifiers modifiers) const
 
 void WindowDriver::chooseFile(const QString &fileName) const
 {
-    QQuickItem *const entry = where(
-        [&fileName](const QQuickItem *candidate) {
-            return candidate->objectName().startsWith(QLatin1String("fileDialogDelegate"))
-                && candidate->property("fileName").toString() == fileName;
-        },
-        QStringLiteral("%1 in the file dialog").arg(fileName));
-    click(entry);
-    waitFor([entry] { return entry->property("highlighted").toBool(); },
-            QStringLiteral("the file to be chosen"));
+    const auto isEntry = [&fileName](const QQuickItem *candidate) {
+        return candidate->objectName().startsWith(QLatin1String("fileDialogDelegate"))
+            && candidate->property("fileName").toString() == fileName;
+    };
+    // The first row is marked from the start without being chosen, and the dialog may read its folder again
+    // and make its rows anew: so each look starts from the window, and only a row that was clicked counts.
+    const QQuickItem *clicked = nullptr;
+    const auto choose = [&] {
+        QQuickItem *const entry = search(m_window->contentItem(), isEntry);
+        if (!entry)
+            return false;
+        if (entry == clicked && entry->property("highlighted").toBool())
+            return true;
+        click(entry);
+        clicked = entry;
+        return false;
+    };
+    waitFor(choose, QStringLiteral("%1 to be chosen in the file dialog").arg(fileName));
     click(button(QStringLiteral("Open")));
 }
 

@@ -1,0 +1,103 @@
+#include "app/AppState.h"
+
+#include "app/ScanLink.h"
+#include "core/FileTools.h"
+
+#include <QMetaObject>
+#include <QMutexLocker>
+
+#include <thread>
+
+namespace {
+
+constexpr int hitLimit = 5000;
+
+} // namespace
+
+QString AppState::searchRecursive() const
+{
+    return m_search.recursive ? QStringLiteral("1") : QStringLiteral("0");
+}
+
+void AppState::setSearchRecursive(const QString &text)
+{
+    m_search.recursive = text != QLatin1String("0");
+    emit searchChanged();
+}
+
+void AppState::scanFolder(const QString &root, bool recursive, const QString &nameQ, const QString &osQ,
+                          const QString &makeQ, const QString &yearQ)
+{
+    if (m_search.busy) {
+        setStatus(QStringLiteral("A search is already running."), 0);
+        return;
+    }
+    if (root.isEmpty()) {
+        setStatus(QStringLiteral("Pick a search folder first."), 0);
+        return;
+    }
+    m_search.link->cancel = false;
+    m_search.busy = true;
+    emit searchChanged();
+    setStatus(QStringLiteral("Searching %1 ...").arg(root), -1);
+
+    // The thread never touches the controller: it holds the link, through which it posts its result for as
+    // long as the controller is there to take it. The destructor cancels and takes itself out of the link,
+    // and so never waits for the disk.
+    std::thread([link = m_search.link, root, recursive, nameQ, osQ, makeQ, yearQ] {
+        QVariantList hits;
+        try {
+            hits =
+                FileTools::scanCalFolder(root, recursive, nameQ, osQ, makeQ, yearQ, hitLimit, &link->cancel);
+        } catch (...) {
+            hits.clear();
+        }
+        const bool cancelled = link->cancel;
+        const QMutexLocker lock(&link->mutex);
+        if (AppState *const owner = link->owner) {
+            QMetaObject::invokeMethod(
+                owner, [owner, hits, cancelled] { owner->finishScan(hits, cancelled, hitLimit); },
+                Qt::QueuedConnection);
+        }
+    }).detach();
+}
+
+void AppState::finishScan(const QVariantList &hits, bool cancelled, int limit)
+{
+    m_search.busy = false;
+    m_search.hits = hits;
+    emit searchChanged();
+    if (cancelled)
+        setStatus(QStringLiteral("Search cancelled. %1 file(s) kept.").arg(hits.size()), 0);
+    else if (hits.size() < limit)
+        setStatus(QStringLiteral("Found %1 file(s).").arg(hits.size()), 1);
+    else
+        setStatus(QStringLiteral("Found %1 file(s) (limit reached, narrow the filters).").arg(hits.size()),
+                  1);
+}
+
+void AppState::cancelScan()
+{
+    if (!m_search.busy)
+        return;
+    m_search.link->cancel = true;
+    setStatus(QStringLiteral("Cancelling search ..."), -1);
+}
+
+void AppState::clearSearch()
+{
+    m_search.link->cancel = true;
+    m_search.hits.clear();
+    emit searchChanged();
+}
+
+void AppState::openSearchHit(int index)
+{
+    if (index < 0 || index >= m_search.hits.size())
+        return;
+    const QString path = m_search.hits.at(index).toMap().value(QStringLiteral("path")).toString();
+    if (!path.endsWith(QLatin1String(".kvt"), Qt::CaseInsensitive))
+        return;
+    openKvt(path);
+    setTab(QStringLiteral("main"));
+}

@@ -1,0 +1,14 @@
+#include "app/AppState.h"
+
+#include "core/FileTools.h"
+
+void AppState::sortCopy(const QStringList &files, const QString &dest, const QString &order)
+{
+    QString error;
+    const int copied = FileTools::sortCopyKvt(files, dest, order, &error);
+    if (!error.isEmpty()) {
+        setStatus(error, 0);
+        return;
+    }
+    setStatus(QStringLiteral("Copied %1 of %2 file(s).").arg(copied).arg(files.size()), copied > 0 ? 1 : 0);
+}

@@ -1,0 +1,239 @@
+#include "core/FileTools.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cstddef>
+#include <dirent.h>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <vector>
+
+// Walks with the system's own calls: the framework's iterator asks for the kind, and often the size, of each
+// file, which costs more than all the rest for the many files that no filter lets through.
+
+namespace {
+
+bool isAscii(std::string_view text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
+}
+
+char asciiLower(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+}
+
+/// Looks for a text in names, with or without regard to case. Names in ASCII, which nearly all are, are
+/// searched as they lie; only others are decoded.
+class TextFilter
+{
+public:
+    TextFilter(const QString &text, Qt::CaseSensitivity sensitivity)
+        : m_text(sensitivity == Qt::CaseInsensitive ? text.toLower() : text)
+        , m_bytes(m_text.toStdString())
+        , m_foldCase(sensitivity == Qt::CaseInsensitive)
+    {
+    }
+
+    bool isEmpty() const { return m_text.isEmpty(); }
+
+    bool isIn(std::string_view name) const
+    {
+        if (!isAscii(name)) {
+            const QString decoded =
+                QFile::decodeName(QByteArray(name.data(), static_cast<qsizetype>(name.size())));
+            return (m_foldCase ? decoded.toLower() : decoded).contains(m_text);
+        }
+        const auto matches = [this](char ours, char theirs) {
+            return (m_foldCase ? asciiLower(ours) : ours) == theirs;
+        };
+        return std::search(name.begin(), name.end(), m_bytes.begin(), m_bytes.end(), matches) != name.end();
+    }
+
+private:
+    QString m_text;
+    std::string m_bytes;
+    bool m_foldCase;
+};
+
+bool hasTuneEnding(std::string_view name)
+{
+    constexpr std::string_view endings[] = {".kvt", ".ctz"};
+    return std::any_of(std::begin(endings), std::end(endings), [name](std::string_view ending) {
+        return name.size() >= ending.size()
+            && std::equal(ending.begin(), ending.end(),
+                          name.end() - static_cast<std::ptrdiff_t>(ending.size()),
+                          [](char wanted, char c) { return asciiLower(c) == wanted; });
+    });
+}
+
+enum class Kind
+{
+    Folder,
+    File,
+    Other
+};
+
+struct Entry
+{
+    std::string name;
+    Kind kind;
+};
+
+Kind kindOf(mode_t mode)
+{
+    if (S_ISDIR(mode))
+        return Kind::Folder;
+    return S_ISREG(mode) ? Kind::File : Kind::Other;
+}
+
+Kind kindOf(const dirent &entry, const std::string &folder)
+{
+    switch (entry.d_type) {
+    case DT_DIR:
+        return Kind::Folder;
+    case DT_REG:
+        return Kind::File;
+    case DT_UNKNOWN: {
+        struct stat status;
+        return lstat((folder + entry.d_name).c_str(), &status) == 0 ? kindOf(status.st_mode) : Kind::Other;
+    }
+    default:
+        return Kind::Other;
+    }
+}
+
+class Scan
+{
+public:
+    Scan(bool recursive, const QString &name, const QString &os, const QString &make, const QString &year,
+         int limit, const std::atomic<bool> *cancel)
+        : m_recursive(recursive)
+        , m_name(name, Qt::CaseInsensitive)
+        , m_os(os, Qt::CaseInsensitive)
+        , m_make(make, Qt::CaseInsensitive)
+        , m_year(year, Qt::CaseSensitive)
+        , m_limit(limit)
+        , m_cancel(cancel)
+    {
+    }
+
+    QVariantList run(const std::string &root)
+    {
+        // Folders that are begun, innermost last. A list of names each, so that a tree of any depth needs one
+        // open folder at a time.
+        std::vector<Level> levels;
+        levels.push_back(read(root.ends_with('/') ? root : root + '/'));
+        while (!levels.empty() && !isOver()) {
+            Level &level = levels.back();
+            if (level.next == level.entries.size()) {
+                levels.pop_back();
+                continue;
+            }
+            const Entry &entry = level.entries[level.next++];
+            if (entry.kind == Kind::File)
+                take(level.folder, entry.name);
+            else
+                levels.push_back(read(level.folder + entry.name + '/'));
+        }
+        return std::move(m_hits);
+    }
+
+private:
+    struct Level
+    {
+        std::string folder;
+        std::vector<Entry> entries;
+        size_t next = 0;
+    };
+
+    bool isOver() const { return (m_cancel && *m_cancel) || (m_limit > 0 && m_hits.size() >= m_limit); }
+
+    bool isCancelled() const { return m_cancel && *m_cancel; }
+
+    // The tune files, and the folders to descend into, in the order in which the system has them. Hidden ones
+    // and links are left out. A folder that cannot be read is an empty one.
+    Level read(const std::string &folder) const
+    {
+        Level level{folder, {}};
+        const std::unique_ptr<DIR, int (*)(DIR *)> stream(opendir(folder.c_str()), closedir);
+        if (!stream)
+            return level;
+        while (const dirent *const entry = readdir(stream.get())) {
+            if (isCancelled())
+                break;
+            if (entry->d_name[0] == '.')
+                continue;
+            const Kind kind = kindOf(*entry, folder);
+            if ((kind == Kind::Folder && m_recursive) || (kind == Kind::File && mayPass(entry->d_name)))
+                level.entries.push_back({entry->d_name, kind});
+        }
+        return level;
+    }
+
+    bool mayPass(std::string_view name) const
+    {
+        return hasTuneEnding(name) && (m_name.isEmpty() || m_name.isIn(name));
+    }
+
+    void take(const std::string &folder, const std::string &name)
+    {
+        const std::string path = folder + name;
+        if ((!m_make.isEmpty() && !m_make.isIn(path)) || (!m_year.isEmpty() && !m_year.isIn(path)))
+            return;
+        const QString fileName =
+            QFile::decodeName(QByteArray(name.data(), static_cast<qsizetype>(name.size())));
+        const QString token = FileTools::osTokenFromName(fileName);
+        if (!m_os.isEmpty() && !m_os.isIn(token.toStdString()) && !m_os.isIn(name))
+            return;
+        struct stat status;
+        const qint64 size = lstat(path.c_str(), &status) == 0 ? status.st_size : 0;
+        m_hits.append(hit(path, fileName, token, size));
+    }
+
+    static QVariantMap hit(const std::string &path, const QString &name, const QString &os, qint64 size)
+    {
+        const QString decoded =
+            QFile::decodeName(QByteArray(path.data(), static_cast<qsizetype>(path.size())));
+        const QString absolute = path.starts_with('/') ? decoded : QFileInfo(decoded).absoluteFilePath();
+        // In the order of the keys, so that each goes in at the end without a search.
+        std::map<QString, QVariant> map;
+        const auto add = [&map](const QString &key, const QString &value) {
+            map.emplace_hint(map.end(), key, value);
+        };
+        add(QStringLiteral("make"), QString());
+        add(QStringLiteral("name"), name);
+        add(QStringLiteral("os"), os);
+        add(QStringLiteral("path"), absolute);
+        add(QStringLiteral("size"), QString::number(size));
+        add(QStringLiteral("year"), FileTools::yearFromName(name));
+        return QVariantMap(std::move(map));
+    }
+
+    const bool m_recursive;
+    const TextFilter m_name;
+    const TextFilter m_os;
+    const TextFilter m_make;
+    const TextFilter m_year;
+    const int m_limit;
+    const std::atomic<bool> *const m_cancel;
+    QVariantList m_hits;
+};
+
+} // namespace
+
+QVariantList FileTools::scanCalFolder(const QString &root, bool recursive, const QString &nameFilter,
+                                      const QString &osFilter, const QString &makeFilter,
+                                      const QString &yearFilter, int limit, const std::atomic<bool> *cancel)
+{
+    if (!QFileInfo(root).isDir())
+        return {};
+    Scan scan(recursive, nameFilter, osFilter, makeFilter, yearFilter, limit, cancel);
+    return scan.run(QFile::encodeName(root).toStdString());
+}

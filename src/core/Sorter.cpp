@@ -1,0 +1,84 @@
+#include "core/FileTools.h"
+
+#include "core/ErrorText.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace {
+
+QStringList sortKeys(const QString &order)
+{
+    QStringList keys;
+    for (const QString &piece : order.split(QLatin1Char(','))) {
+        const QString key = piece.trimmed();
+        if (!key.isEmpty())
+            keys.append(key);
+    }
+    if (keys.isEmpty())
+        keys = {QStringLiteral("Year"), QStringLiteral("Make"), QStringLiteral("OS")};
+    return keys;
+}
+
+QString firstNonEmpty(const QString &text, const QString &fallback)
+{
+    return text.isEmpty() ? fallback : text;
+}
+
+QString folderName(const QString &fileName, const QVariantMap &meta, const QString &key)
+{
+    const auto text = [&meta](const QString &name) { return meta.value(name).toString(); };
+    if (key == QLatin1String("os")) {
+        const QString os =
+            firstNonEmpty(text(QStringLiteral("mainOS")), FileTools::osTokenFromName(fileName));
+        return firstNonEmpty(os, QStringLiteral("UnknownOS"));
+    }
+    if (key == QLatin1String("year")) {
+        const QString year = text(QStringLiteral("created")).left(4);
+        return year.size() == 4
+            ? year
+            : firstNonEmpty(FileTools::yearFromName(fileName), QStringLiteral("UnknownYear"));
+    }
+    if (key == QLatin1String("make"))
+        return firstNonEmpty(text(QStringLiteral("system")), QStringLiteral("UnknownMake"));
+    return firstNonEmpty(text(key), QStringLiteral("Unknown"));
+}
+
+// Reads one source and writes its copy below the destination; false when either failed.
+bool sortOne(const QString &file, const QString &destination, const QStringList &keys)
+{
+    const QByteArray bytes = FileTools::readFile(file);
+    if (bytes.isEmpty())
+        return false;
+    const QString fileName = QFileInfo(file).fileName();
+    const QVariantMap meta{{QStringLiteral("mainOS"), FileTools::osTokenFromName(fileName)}};
+    QString folder = destination;
+    for (const QString &part : FileTools::folderParts(fileName, meta, keys))
+        folder = QDir(folder).filePath(part);
+    // Writing makes the folder with all that is missing above it.
+    return FileTools::writeFile(QDir(folder).filePath(fileName), bytes);
+}
+
+} // namespace
+
+QStringList FileTools::folderParts(const QString &fileName, const QVariantMap &meta, const QStringList &keys)
+{
+    QStringList parts;
+    for (const QString &key : keys)
+        parts.append(sanitizeName(folderName(fileName, meta, key.trimmed().toLower())));
+    return parts;
+}
+
+int FileTools::sortCopyKvt(const QStringList &files, const QString &destination, const QString &order,
+                           QString *error)
+{
+    if (!QDir(destination).exists() && !QDir().mkpath(destination)) {
+        setError(error, QStringLiteral("Destination folder is missing."));
+        return 0;
+    }
+    const QStringList keys = sortKeys(order);
+    int copied = 0;
+    for (const QString &file : files)
+        copied += sortOne(file, destination, keys) ? 1 : 0;
+    return copied;
+}
