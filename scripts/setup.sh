@@ -18,6 +18,8 @@ packages=(
   ca-certificates qt6-qpa-plugins libqt6svg6 fontconfig fonts-dejavu-core xdg-utils
   # a display for the tests that want a real window
   xvfb xauth openbox xdotool x11-utils
+  # reads the manual's pages back
+  poppler-utils
   # a public tool that the benchmarks run beside
   fd-find
 )

@@ -10,11 +10,11 @@ cd "$top"
 step() { printf '\n== %s\n' "$*"; }
 
 step "style of the C++ sources"
-find src devservice tests benchmarks \( -name '*.cpp' -o -name '*.h' \) -print0 \
+find src devservice docs tests benchmarks \( -name '*.cpp' -o -name '*.h' \) -print0 \
   | xargs -0 clang-format --dry-run --Werror
 
 step "shell scripts"
-find scripts src devservice tests benchmarks -name '*.sh' -print0 | xargs -0 shellcheck .ci/run
+find scripts src devservice docs tests benchmarks -name '*.sh' -print0 | xargs -0 shellcheck .ci/run
 
 for preset in release asan; do
   step "build: $preset"
