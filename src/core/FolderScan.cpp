@@ -24,6 +24,13 @@ bool isAscii(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
 }
 
+// Every text holds a file's name in UTF-8, so a name that is none could be listed but never opened.
+bool isText(std::string_view name)
+{
+    const QByteArray bytes(name.data(), static_cast<qsizetype>(name.size()));
+    return isAscii(name) || QFile::encodeName(QFile::decodeName(bytes)) == bytes;
+}
+
 char asciiLower(char c)
 {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
@@ -126,6 +133,8 @@ public:
 
     QVariantList run(const std::string &root)
     {
+        const QString absoluteRoot = QFileInfo(QFile::decodeName(root.c_str())).absoluteFilePath();
+        m_pathsAreFinal = QFile::encodeName(absoluteRoot).toStdString() == root;
         // Folders that are begun, innermost last. A list of names each, so that a tree of any depth needs one
         // open folder at a time.
         std::vector<Level> levels;
@@ -171,7 +180,9 @@ private:
             if (entry->d_name[0] == '.')
                 continue;
             const Kind kind = kindOf(*entry, folder);
-            if ((kind == Kind::Folder && m_recursive) || (kind == Kind::File && mayPass(entry->d_name)))
+            const bool isWanted =
+                kind == Kind::Folder ? m_recursive : kind == Kind::File && mayPass(entry->d_name);
+            if (isWanted && isText(entry->d_name))
                 level.entries.push_back({entry->d_name, kind});
         }
         return level;
@@ -197,11 +208,11 @@ private:
         m_hits.append(hit(path, fileName, token, size));
     }
 
-    static QVariantMap hit(const std::string &path, const QString &name, const QString &os, qint64 size)
+    QVariantMap hit(const std::string &path, const QString &name, const QString &os, qint64 size) const
     {
         const QString decoded =
             QFile::decodeName(QByteArray(path.data(), static_cast<qsizetype>(path.size())));
-        const QString absolute = path.starts_with('/') ? decoded : QFileInfo(decoded).absoluteFilePath();
+        const QString absolute = m_pathsAreFinal ? decoded : QFileInfo(decoded).absoluteFilePath();
         // In the order of the keys, so that each goes in at the end without a search.
         std::map<QString, QVariant> map;
         const auto add = [&map](const QString &key, const QString &value) {
@@ -224,6 +235,8 @@ private:
     const int m_limit;
     const std::atomic<bool> *const m_cancel;
     QVariantList m_hits;
+    // Whether the paths, which begin with the root as it was given, are absolute and tidy as they are.
+    bool m_pathsAreFinal = false;
 };
 
 } // namespace

@@ -11,6 +11,8 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -72,13 +74,40 @@ void saveTyped(const WindowDriver &window, const QString &name)
     QFile::remove(folder + QLatin1Char('/') + name);
 }
 
+// A file whose name is no text the dialog can show, and its neighbours.
+void openBesideUndecodable(const WindowDriver &window, const QString &name)
+{
+    const QString folder = TestEnvironment::documents();
+    const std::filesystem::path undecodable =
+        std::filesystem::path(QFile::encodeName(folder).constData()) / "caf\xe9.kvt";
+    check(QDir().mkpath(folder), folder);
+    std::ofstream(undecodable) << "bytes of another";
+    check(std::filesystem::exists(undecodable), QStringLiteral("the file of undecodable name"));
+    for (const QString &neighbour : {QStringLiteral("a ") + name, QStringLiteral("z ") + name}) {
+        QFile file(folder + QLatin1Char('/') + neighbour);
+        check(file.open(QIODevice::WriteOnly), file.errorString());
+        file.write("bytes of " + neighbour.toUtf8());
+        file.close();
+        window.click(QStringLiteral("openFileButton"));
+        window.chooseFile(neighbour);
+        window.waitFor([&] { return window.app()->fileName() == neighbour; },
+                       QStringLiteral("the file to open"));
+        check(window.app()->currentKvtBytes() == "bytes of " + neighbour.toUtf8(),
+              QStringLiteral("the bytes"));
+    }
+    check(std::filesystem::file_size(undecodable) == 16, QStringLiteral("the file of undecodable name"));
+    std::filesystem::remove(undecodable);
+}
+
 int run()
 {
     int failed = 0;
     const WindowDriver window;
     for (const QString &name : names) {
-        for (const auto &step : {openAndSave, saveTyped}) {
+        for (const auto &step : {openAndSave, saveTyped, openBesideUndecodable}) {
             if (step == saveTyped && name.contains(QLatin1Char('\n')))
+                continue;
+            if (step == openBesideUndecodable && name != names.constFirst())
                 continue;
             try {
                 step(window, name);

@@ -3,6 +3,7 @@
 // names.
 
 #include "DevService.h"
+#include "LibraryTour.h"
 #include "SampleData.h"
 #include "WindowDriver.h"
 #include "app/AppState.h"
@@ -11,9 +12,11 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QQuickItem>
+#include <QQuickWindow>
 #include <QTimer>
 
 #include <cstdio>
@@ -21,8 +24,26 @@
 
 namespace {
 
+/// A home of its own like that of every test, but shown where the caller wants it.
+class TourEnvironment
+{
+public:
+    TourEnvironment()
+    {
+        if (platform.isEmpty())
+            qunsetenv("QT_QPA_PLATFORM");
+        else
+            qputenv("QT_QPA_PLATFORM", platform);
+    }
+
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+
+private:
+    TestEnvironment m_environment;
+};
+
 // Before main, so that not even the program's log lands outside.
-const TestEnvironment environment;
+const TourEnvironment environment;
 
 class Tour
 {
@@ -37,6 +58,7 @@ private:
     void findAndPatch();
     void saveAndReopen();
     void openSeveralModules();
+    void shrinkWindow();
 
     void expectStatus(const QString &text);
     void picture(const QString &name);
@@ -93,6 +115,11 @@ int Tour::run()
         findAndPatch();
         saveAndReopen();
         openSeveralModules();
+        LibraryTour(*m_window, m_samples, [this](const QString &name) { picture(name); }).run();
+        check(m_desktop.opened.size() == 1
+                  && m_desktop.opened.constFirst().fileName().endsWith(QLatin1String(".pdf")),
+              QStringLiteral("the manual was not opened"));
+        shrinkWindow();
     } catch (const DriveError &error) {
         std::fprintf(stderr, "tour: %s (status line: %s)\n", error.what(),
                      m_window ? qPrintable(m_window->app()->status()) : "none");
@@ -106,6 +133,9 @@ int Tour::run()
 
 void Tour::start()
 {
+    check(environment.platform.isEmpty()
+              || QGuiApplication::platformName().toLatin1() == environment.platform,
+          QStringLiteral("the window on the platform \"%1\"").arg(QLatin1String(environment.platform)));
     m_window = std::make_unique<WindowDriver>();
     AppState *const app = m_window->app();
     QObject::connect(app, &AppState::statusChanged, app, [app] {
@@ -195,6 +225,24 @@ void Tour::openSeveralModules()
     m_window->waitFor([this] { return m_window->app()->modules().size() > 1; },
                       QStringLiteral("several modules"));
     picture(QStringLiteral("several-modules"));
+}
+
+// Only where a window manager can hold a window to its smallest size.
+void Tour::shrinkWindow()
+{
+    if (QGuiApplication::platformName() != QLatin1String("xcb"))
+        return;
+    QQuickWindow *const window = m_window->window();
+    const QSize usual = window->size();
+    const auto resizeTo = [&](const QSize &size, const QSize &outcome) {
+        window->resize(size);
+        m_window->waitFor([&] { return window->size() == outcome; },
+                          QStringLiteral("a size of %1 x %2").arg(outcome.width()).arg(outcome.height()));
+    };
+    check(usual == QSize(1440, 900), QStringLiteral("the size at the start"));
+    resizeTo(QSize(800, 600), QSize(1100, 720));
+    picture(QStringLiteral("smallest"));
+    resizeTo(usual, usual);
 }
 
 void Tour::expectStatus(const QString &text)

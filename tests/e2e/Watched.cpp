@@ -2,6 +2,9 @@
 //   close   closes the window as soon as the event loop runs
 //   opened  prints the name of the file that the command line opens, and closes the window once the file that
 //           KVTEDITOR_CLOSE_WHEN names exists (at once when it names none)
+//   refused prints the status text with which the command line's file is refused, and the name of the open
+//           file, and closes the window
+//   dialog  closes the window while the file dialog is open in it
 // Whatever it says, a failure box is printed and answered with its button.
 
 #include "WindowDriver.h"
@@ -28,17 +31,39 @@ void answerFailureBox()
     box->button(QMessageBox::Ok)->click();
 }
 
-void closeWindow(bool afterOpening)
+void waitForOpenFile(const WindowDriver &driver)
+{
+    driver.waitFor([&driver] { return !driver.app()->fileName().isEmpty(); },
+                   QStringLiteral("the open file"));
+    std::printf("open: %s\n", qPrintable(driver.app()->fileName()));
+    const QString signal = qEnvironmentVariable("KVTEDITOR_CLOSE_WHEN");
+    driver.waitFor([&signal] { return signal.isEmpty() || QFileInfo::exists(signal); },
+                   QStringLiteral("the signal"));
+}
+
+void waitForRefusal(const WindowDriver &driver)
+{
+    driver.waitFor([&driver] { return driver.app()->statusOK() == 0; }, QStringLiteral("the refusal"));
+    std::printf("refused: %s\nopen: %s\n", qPrintable(driver.app()->status()),
+                qPrintable(driver.app()->fileName()));
+}
+
+void openDialog(const WindowDriver &driver)
+{
+    driver.click(QStringLiteral("openFileButton"));
+    driver.item(QStringLiteral("fileDialogListView"));
+    std::printf("dialog: open\n");
+}
+
+void closeWindow(const QByteArray &wish)
 {
     const WindowDriver driver;
-    if (afterOpening) {
-        driver.waitFor([&driver] { return !driver.app()->fileName().isEmpty(); },
-                       QStringLiteral("the open file"));
-        std::printf("open: %s\n", qPrintable(driver.app()->fileName()));
-        const QString signal = qEnvironmentVariable("KVTEDITOR_CLOSE_WHEN");
-        driver.waitFor([&signal] { return signal.isEmpty() || QFileInfo::exists(signal); },
-                       QStringLiteral("the signal"));
-    }
+    if (wish == "opened")
+        waitForOpenFile(driver);
+    else if (wish == "refused")
+        waitForRefusal(driver);
+    else if (wish == "dialog")
+        openDialog(driver);
     driver.window()->close();
 }
 
@@ -48,8 +73,8 @@ void watch()
     auto *const boxes = new QTimer(QCoreApplication::instance());
     QObject::connect(boxes, &QTimer::timeout, boxes, answerFailureBox);
     boxes->start(20);
-    if (wish == "close" || wish == "opened")
-        QTimer::singleShot(0, boxes, [wish] { closeWindow(wish == "opened"); });
+    if (!wish.isEmpty())
+        QTimer::singleShot(0, boxes, [wish] { closeWindow(wish); });
 }
 
 } // namespace

@@ -82,6 +82,11 @@ void WindowDriver::click(QQuickItem *item) const
 {
     waitFor([item] { return item->isEnabled() && item->width() > 0 && item->height() > 0; },
             QStringLiteral("%1 to be enabled").arg(item->objectName()));
+    tap(item);
+}
+
+void WindowDriver::tap(QQuickItem *item) const
+{
     const QPointF centre = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
     if (!QRectF(QPointF(), m_window->size()).contains(centre))
         fail(QStringLiteral("%1 is out of sight").arg(item->objectName()));
@@ -117,9 +122,20 @@ void WindowDriver::key(Qt::Key key, Qt::KeyboardModifiers modifiers) const
 
 void WindowDriver::chooseFile(const QString &fileName) const
 {
-    const auto isEntry = [&fileName](const QQuickItem *candidate) {
-        return candidate->objectName().startsWith(QLatin1String("fileDialogDelegate"))
-            && candidate->property("fileName").toString() == fileName;
+    chooseRow(QStringLiteral("fileDialogDelegate"), fileName);
+    click(button(QStringLiteral("Open")));
+}
+
+void WindowDriver::chooseFolder(const QString &name) const
+{
+    chooseRow(QStringLiteral("folderDialogDelegate"), name);
+    click(button(QStringLiteral("Open")));
+}
+
+void WindowDriver::chooseRow(const QString &rows, const QString &name) const
+{
+    const auto isEntry = [&](const QQuickItem *candidate) {
+        return candidate->objectName().startsWith(rows) && candidate->property("fileName").toString() == name;
     };
     // The first row is marked from the start without being chosen, and the dialog may read its folder again
     // and make its rows anew: so each look starts from the window, and only a row that was clicked counts.
@@ -134,8 +150,7 @@ void WindowDriver::chooseFile(const QString &fileName) const
         clicked = entry;
         return false;
     };
-    waitFor(choose, QStringLiteral("%1 to be chosen in the file dialog").arg(fileName));
-    click(button(QStringLiteral("Open")));
+    waitFor(choose, QStringLiteral("%1 to be chosen in the dialog").arg(name));
 }
 
 void WindowDriver::saveAs(const QString &fileName) const
@@ -158,6 +173,11 @@ void WindowDriver::waitFor(const std::function<bool()> &condition, const QString
 {
     if (!QTest::qWaitFor(condition, patienceInMilliseconds))
         fail(QStringLiteral("waited in vain for %1").arg(what));
+}
+
+void WindowDriver::waitForStatus(const QString &text) const
+{
+    waitFor([&] { return m_app->status() == text; }, QStringLiteral("the status \"%1\"").arg(text));
 }
 
 void WindowDriver::savePicture(const QString &path) const

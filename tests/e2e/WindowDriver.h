@@ -33,7 +33,10 @@ public:
     QQuickItem *button(const QString &text) const;
     bool isVisible(const QString &objectName) const;
 
+    /// Waits until the control can be used.
     void click(QQuickItem *item) const;
+    /// Clicks at once, whether the control can be used or not.
+    void tap(QQuickItem *item) const;
     void click(const QString &objectName) const { click(item(objectName)); }
     /// Clicks the control, replaces its text and leaves the keyboard there.
     void type(const QString &objectName, const QString &text) const;
@@ -42,13 +45,18 @@ public:
 
     /// Chooses a file by name in the open file dialog.
     void chooseFile(const QString &fileName) const;
+    /// Chooses a folder by name in the open folder dialog.
+    void chooseFolder(const QString &name) const;
     /// Types a name into the save dialog and accepts it.
     void saveAs(const QString &fileName) const;
 
     void waitFor(const std::function<bool()> &condition, const QString &what) const;
+    void waitForStatus(const QString &text) const;
     void savePicture(const QString &path) const;
 
 private:
+    void chooseRow(const QString &rows, const QString &name) const;
+
     QQuickWindow *m_window = nullptr;
     AppState *m_app = nullptr;
 };

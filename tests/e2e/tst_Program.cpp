@@ -5,13 +5,20 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHostAddress>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QSignalSpy>
+#include <QRegularExpression>
+#include <QScopeGuard>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
 
 namespace {
@@ -20,6 +27,8 @@ constexpr int patience = 120000;
 
 const QStringList milestones{QStringLiteral("main: start"), QStringLiteral("main: constructing AppState"),
                              QStringLiteral("main: loading QML"), QStringLiteral("main: event loop")};
+
+const QString worker = QStringLiteral("kvt_worker/process.aspx");
 
 struct Outcome
 {
@@ -43,13 +52,20 @@ private slots:
     void answersWithoutDisplay();
     void refusesToStartWithoutDisplay();
     void logsFourMilestones();
+    void startsAloneInAFolder();
     void secondRunAppendsToTheLog();
     void brokenRootViewShowsTheBox();
     void unwritableLogDoesNotStopIt_data();
     void unwritableLogDoesNotStopIt();
     void fileFromTheCommandLineOpens_data();
     void fileFromTheCommandLineOpens();
+    void undecodableFileNameIsRefused_data();
+    void undecodableFileNameIsRefused();
+    void relativeServiceFileIsFound_data();
+    void relativeServiceFileIsFound();
     void closesCleanlyWithARequestInFlight();
+    void closesCleanlyDuringAnUpload();
+    void closesCleanlyWithTheFileDialogOpen();
     void wrongServiceFileIsReportedAndPassedOver();
 
 private:
@@ -57,7 +73,11 @@ private:
                 const std::function<void()> &meanwhile = {});
     QStringList logLines() const;
     QString logPath() const { return m_folder->filePath(QStringLiteral("tmp/kvteditornew-qt.log")); }
-    void useService(const DevService &service);
+    /// A file in the test's own folder.
+    void makeFile(const QString &name, const QByteArray &content);
+    void withoutDisplay();
+    void useService(const QString &apiBase);
+    void useService(const DevService &service) { useService(service.apiBase()); }
 
     std::unique_ptr<QTemporaryDir> m_folder;
     QProcessEnvironment m_environment;
@@ -105,46 +125,75 @@ QStringList TestProgram::logLines() const
     return lines;
 }
 
-void TestProgram::useService(const DevService &service)
+void TestProgram::useService(const QString &apiBase)
 {
-    QFile file(m_folder->filePath(QStringLiteral("service.json")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(QJsonDocument(QJsonObject{{QStringLiteral("apiBase"), service.apiBase()}}).toJson());
-    m_environment.insert(QStringLiteral("KVTEDITOR_SERVICE_CONFIG"), file.fileName());
+    makeFile(QStringLiteral("service.json"),
+             QJsonDocument(QJsonObject{{QStringLiteral("apiBase"), apiBase}}).toJson());
+    m_environment.insert(QStringLiteral("KVTEDITOR_SERVICE_CONFIG"),
+                         m_folder->filePath(QStringLiteral("service.json")));
+}
+
+void TestProgram::makeFile(const QString &name, const QByteArray &content)
+{
+    QFile file(m_folder->filePath(name));
+    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(file.errorString()));
+    QCOMPARE(file.write(content), content.size());
+}
+
+void TestProgram::withoutDisplay()
+{
+    m_environment.remove(QStringLiteral("DISPLAY"));
+    m_environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    m_environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
 }
 
 void TestProgram::answersWithoutDisplay_data()
 {
-    QTest::addColumn<QString>("option");
+    QTest::addColumn<QString>("arguments");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("version-long") << QStringLiteral("--version") << QStringLiteral("KVTeditornew 4.0.2\n");
-    QTest::newRow("version-short") << QStringLiteral("-v") << QStringLiteral("KVTeditornew 4.0.2\n");
-    QTest::newRow("help-long") << QStringLiteral("--help") << QStringLiteral("[file]");
-    QTest::newRow("help-short") << QStringLiteral("-h") << QStringLiteral("[file]");
+    const QString version = QStringLiteral("KVTeditorNew 4.0.2\n");
+    const QString help = QStringLiteral("[file]");
+    const auto row = [](const char *arguments, const QString &expected) {
+        QTest::newRow(arguments) << QString::fromLatin1(arguments) << expected;
+    };
+    row("--version", version);
+    row("-v", version);
+    row("--help", help);
+    row("-h", help);
+    row("-platform offscreen --version", version);
+    row("--version -platform offscreen", version);
+    row("-platform offscreen --help", help);
+    row("--help -platform offscreen", help);
+    row("--no-such-option --version", version);
+    row("-v --no-such-option", version);
+    row("--no-such-option -h", help);
+    row("--help --no-such-option", help);
+    row("truck.kvt --version", version);
+    row("truck.kvt -h", help);
 }
 
 void TestProgram::answersWithoutDisplay()
 {
-    QFETCH(QString, option);
+    QFETCH(QString, arguments);
     QFETCH(QString, expected);
-    m_environment.remove(QStringLiteral("DISPLAY"));
-    m_environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
-    m_environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    const Outcome outcome = run(QStringLiteral(KVTEDITOR_PROGRAM), {option});
+    withoutDisplay();
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_PROGRAM), arguments.split(QLatin1Char(' ')));
     QVERIFY(!outcome.crashed);
     QCOMPARE(outcome.exitCode, 0);
     QVERIFY2(outcome.out.contains(expected), qPrintable(outcome.out));
+    QVERIFY(outcome.out == expected || !expected.endsWith(QLatin1Char('\n')));
+    QCOMPARE(outcome.errors, QString());
     QVERIFY(!QFileInfo::exists(logPath()));
 }
 
 void TestProgram::refusesToStartWithoutDisplay()
 {
-    m_environment.remove(QStringLiteral("DISPLAY"));
-    m_environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
-    m_environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    withoutDisplay();
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_PROGRAM), {});
     QVERIFY(outcome.crashed || outcome.exitCode != 0);
-    QVERIFY2(outcome.errors.contains(QLatin1String("display")), qPrintable(outcome.errors));
+    QVERIFY2(outcome.errors.contains(QLatin1String("could not connect to display")),
+             qPrintable(outcome.errors));
+    QCOMPARE(logLines(), milestones.first(1));
 }
 
 void TestProgram::logsFourMilestones()
@@ -154,6 +203,21 @@ void TestProgram::logsFourMilestones()
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(logLines(), milestones);
+}
+
+void TestProgram::startsAloneInAFolder()
+{
+    const QString folder = m_folder->filePath(QStringLiteral("alone"));
+    const QString program = folder + QStringLiteral("/kvteditor");
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(QFile::copy(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), program));
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    const Outcome outcome = run(program, {}, folder);
+    QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(logLines(), milestones);
+    QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             QStringList{QStringLiteral("kvteditor")});
 }
 
 void TestProgram::secondRunAppendsToTheLog()
@@ -221,16 +285,25 @@ void TestProgram::unwritableLogDoesNotStopIt()
 void TestProgram::fileFromTheCommandLineOpens_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::newRow("plain") << QStringLiteral("truck.kvt");
-    QTest::newRow("blanks-and-signs") << QStringLiteral("my truck #1 100% ?&<b>[x].kvt");
-    QTest::newRow("percent-escape") << QStringLiteral("a%20b.kvt");
-    QTest::newRow("umlaut") << QStringLiteral("größe.kvt");
-    QTest::newRow("newline") << QStringLiteral("two\nlines.kvt");
+    QTest::addColumn<QStringList>("before");
+    const QStringList nothing;
+    QTest::newRow("plain") << QStringLiteral("truck.kvt") << nothing;
+    QTest::newRow("blanks-and-signs") << QStringLiteral("my truck #1 100% ?&<b>[x].kvt") << nothing;
+    QTest::newRow("percent-escape") << QStringLiteral("a%20b.kvt") << nothing;
+    QTest::newRow("umlaut") << QStringLiteral("größe.kvt") << nothing;
+    QTest::newRow("newline") << QStringLiteral("two\nlines.kvt") << nothing;
+    QTest::newRow("behind-an-unknown-option")
+        << QStringLiteral("truck.kvt") << QStringList{QStringLiteral("--no-such-option")};
+    QTest::newRow("behind-the-end-of-options")
+        << QStringLiteral("truck.kvt") << QStringList{QStringLiteral("--")};
+    QTest::newRow("like-an-option") << QStringLiteral("-x.kvt") << QStringList{QStringLiteral("--")};
+    QTest::newRow("like-a-known-option") << QStringLiteral("--help") << QStringList{QStringLiteral("--")};
 }
 
 void TestProgram::fileFromTheCommandLineOpens()
 {
     QFETCH(QString, name);
+    QFETCH(QStringList, before);
     DevService service;
     QString error;
     QVERIFY2(service.start(&error), qPrintable(error));
@@ -242,19 +315,86 @@ void TestProgram::fileFromTheCommandLineOpens()
     // It ends only when the window shows the file; the name is relative to the folder the program starts
     // in.
     m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("opened"));
-    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {name}, m_folder->path());
+    const Outcome outcome =
+        run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), before + QStringList{name}, m_folder->path());
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(outcome.out, QStringLiteral("open: %1\n").arg(name));
 }
 
+void TestProgram::undecodableFileNameIsRefused_data()
+{
+    QTest::addColumn<bool>("exists");
+    QTest::newRow("missing") << false;
+    QTest::newRow("there") << true;
+}
+
+void TestProgram::undecodableFileNameIsRefused()
+{
+    QFETCH(bool, exists);
+    const QString folder = m_folder->filePath(QStringLiteral("work"));
+    QVERIFY(QDir().mkpath(folder));
+    const std::filesystem::path file =
+        std::filesystem::path(QFile::encodeName(folder).constData()) / "caf\xe9.kvt";
+    if (exists)
+        std::ofstream(file) << "bytes";
+    // The framework cannot remove it.
+    const auto remove = qScopeGuard([&file] { std::filesystem::remove(file); });
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("refused"));
+    const Outcome outcome =
+        run(QStringLiteral("/bin/sh"),
+            {QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$(printf 'caf\\351.kvt')\""),
+             QStringLiteral(KVTEDITOR_WATCHED_PROGRAM)},
+            folder);
+    QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
+    QCOMPARE(outcome.exitCode, 0);
+    // Some reason, and no file is open.
+    static const QRegularExpression refusal(QStringLiteral("^refused: .+\nopen: \n$"));
+    QVERIFY2(refusal.match(outcome.out).hasMatch(), qPrintable(outcome.out));
+    QCOMPARE(logLines(), milestones);
+    const std::filesystem::directory_iterator entries(file.parent_path());
+    QCOMPARE(std::distance(begin(entries), end(entries)), exists ? 1 : 0);
+    QCOMPARE(std::filesystem::exists(file), exists);
+}
+
+void TestProgram::relativeServiceFileIsFound_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("startFolder");
+    QTest::newRow("beside") << QStringLiteral("service.json") << QStringLiteral(".");
+    QTest::newRow("above") << QStringLiteral("../service.json") << QStringLiteral("work");
+}
+
+void TestProgram::relativeServiceFileIsFound()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, startFolder);
+    DevService service;
+    QVERIFY(service.start());
+    useService(service);
+    m_environment.insert(QStringLiteral("KVTEDITOR_SERVICE_CONFIG"), path);
+    const QString folder = m_folder->filePath(startFolder);
+    QVERIFY(QDir().mkpath(folder));
+    makeFile(QStringLiteral("truck.kvt"), "bytes");
+    const QString signal = m_folder->filePath(QStringLiteral("close-now"));
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("opened"));
+    m_environment.insert(QStringLiteral("KVTEDITOR_CLOSE_WHEN"), signal);
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM),
+                                {m_folder->filePath(QStringLiteral("truck.kvt"))}, folder, [&] {
+                                    QTRY_COMPARE_WITH_TIMEOUT(service.requestCount(worker), 1, patience);
+                                    makeFile(QStringLiteral("close-now"), {});
+                                });
+    QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(outcome.errors, QString());
+}
+
 void TestProgram::closesCleanlyWithARequestInFlight()
 {
-    const QString endpoint = QStringLiteral("kvt_worker/process.aspx");
     DevService service;
     QString error;
     QVERIFY2(service.start(&error), qPrintable(error));
-    QVERIFY(service.setFault(endpoint, QStringLiteral("hold")));
+    QVERIFY(service.setFault(worker, QStringLiteral("hold")));
     useService(service);
     QFile file(m_folder->filePath(QStringLiteral("truck.kvt")));
     QVERIFY(file.open(QIODevice::WriteOnly));
@@ -271,7 +411,51 @@ void TestProgram::closesCleanlyWithARequestInFlight()
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(logLines(), milestones);
-    QCOMPARE(service.requestCount(endpoint), 1);
+    QCOMPARE(service.requestCount(worker), 1);
+}
+
+void TestProgram::closesCleanlyDuringAnUpload()
+{
+    constexpr qint64 size = 64 * 1024 * 1024;
+    makeFile(QStringLiteral("truck.kvt"), QByteArray(size, 'x'));
+    // Takes the request's head and then nothing more, so that the upload comes to a stand.
+    QTcpServer server;
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    useService(QStringLiteral("http://127.0.0.1:%1/api/").arg(server.serverPort()));
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("opened"));
+    m_environment.insert(QStringLiteral("KVTEDITOR_CLOSE_WHEN"),
+                         m_folder->filePath(QStringLiteral("close-now")));
+    const QString file = m_folder->filePath(QStringLiteral("truck.kvt"));
+    QTcpSocket *connection = nullptr;
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {file}, {}, [&] {
+        QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), patience);
+        connection = server.nextPendingConnection();
+        connection->setReadBufferSize(4096);
+        QTRY_VERIFY_WITH_TIMEOUT(connection->peek(4096).contains("\r\n\r\n"), patience);
+        makeFile(QStringLiteral("close-now"), {});
+    });
+    QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(logLines(), milestones);
+    QVERIFY(connection);
+    connection->setReadBufferSize(0);
+    QByteArray received = connection->readAll();
+    QTRY_VERIFY_WITH_TIMEOUT(
+        (received += connection->readAll(), connection->state() == QAbstractSocket::UnconnectedState),
+        patience);
+    received += connection->readAll();
+    QVERIFY(received.startsWith("POST /api/kvt_worker/process.aspx HTTP/1.1\r\n"));
+    QVERIFY2(received.size() < size, "the upload was over before the window closed");
+}
+
+void TestProgram::closesCleanlyWithTheFileDialogOpen()
+{
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("dialog"));
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
+    QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(outcome.out, QStringLiteral("dialog: open\n"));
+    QCOMPARE(logLines(), milestones);
 }
 
 void TestProgram::wrongServiceFileIsReportedAndPassedOver()

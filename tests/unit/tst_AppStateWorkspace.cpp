@@ -62,6 +62,8 @@ private slots:
     void moduleOneOs_isTheFirstModules();
 
     void currentBytes_hexEditsCountAtOnce();
+    void dialogFolder_isWhereTheOpenFileIs();
+    void dialogFolder_withoutFile();
     void suggestName_data();
     void suggestName();
 
@@ -435,6 +437,41 @@ void TestAppStateWorkspace::currentBytes_hexEditsCountAtOnce()
     QCOMPARE(m_state->currentKvtBytes(), QByteArray("Bytes"));
     m_state->hexModel()->setBytes({});
     QCOMPARE(m_state->currentKvtBytes(), QByteArray("bytes"));
+}
+
+void TestAppStateWorkspace::dialogFolder_isWhereTheOpenFileIs()
+{
+    const QString folder = u"a b #1 100% \u00e9"_s;
+    const QString otherFolder = u"other"_s;
+    QVERIFY(QDir(m_dir->path()).mkpath(folder));
+    QVERIFY(QDir(m_dir->path()).mkpath(otherFolder));
+    QVERIFY(makeFile(inDir(folder + u"/truck.kvt"_s), "bytes"));
+    m_state->openKvt(inDir(folder + u"/truck.kvt"_s));
+    QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(inDir(folder)));
+    QCOMPARE(m_state->dialogFolder().toLocalFile(), inDir(folder));
+
+    // A save moves it, a failed open does not; it need not be there any more.
+    m_state->saveKvt(inDir(otherFolder + u"/truck.kvt"_s));
+    QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(inDir(otherFolder)));
+    m_state->openKvt(inDir(folder + u"/missing.kvt"_s));
+    QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(inDir(otherFolder)));
+    QVERIFY(QDir(inDir(otherFolder)).removeRecursively());
+    QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(inDir(otherFolder)));
+}
+
+void TestAppStateWorkspace::dialogFolder_withoutFile()
+{
+    const QString home = TestEnvironment::home();
+    const QString documents = TestEnvironment::documents();
+    QVERIFY(QDir(documents).removeRecursively());
+    QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(home));
+    // A file of that name is no folder to start in.
+    QVERIFY(makeFile(documents, "bytes"));
+    QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(home));
+    QVERIFY(QFile::remove(documents));
+    QVERIFY(QDir().mkpath(documents));
+    QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(documents));
+    QVERIFY(QDir(documents).removeRecursively());
 }
 
 void TestAppStateWorkspace::suggestName_data()

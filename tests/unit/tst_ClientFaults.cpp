@@ -1,35 +1,23 @@
-#include "api/VoxApiClient.h"
-#include "support/FormData.h"
+#include "ClientCall.h"
+#include "DevService.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
 
 #include <QHostAddress>
 #include <QJsonArray>
 #include <QNetworkAccessManager>
+#include <QNetworkProxy>
+#include <QScopeGuard>
 #include <QTcpServer>
 #include <QTest>
 #include <QTimer>
 
 #include <memory>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-
-enum class Primitive
-{
-    PostJson,
-    GetJson,
-    PostMultipart,
-    DownloadFile,
-    KvtWorker
-};
-
-constexpr std::pair<Primitive, const char *> primitives[] = {
-    {Primitive::PostJson, "postJson"},           {Primitive::GetJson, "getJson"},
-    {Primitive::PostMultipart, "postMultipart"}, {Primitive::DownloadFile, "downloadFile"},
-    {Primitive::KvtWorker, "kvtWorker"},
-};
 
 /// What has to come of a faulty answer.
 enum class Expect
@@ -45,52 +33,6 @@ enum class Expect
     /// The network library's release decides; one callback that fits the rules, whatever it says.
     Either,
 };
-
-struct Outcome
-{
-    int calls = 0;
-    QByteArray bytes;
-    QJsonObject object;
-    QString error;
-    WorkerResult worker;
-};
-
-void start(VoxApiClient &client, Primitive primitive, Outcome &outcome, qsizetype bodySize = 10)
-{
-    const auto json = [&outcome](const QJsonObject &object, const QString &error) {
-        ++outcome.calls;
-        outcome.object = object;
-        outcome.error = error;
-    };
-    const auto body = [&outcome](const QByteArray &bytes, const QJsonObject &object, const QString &error) {
-        ++outcome.calls;
-        outcome.bytes = bytes;
-        outcome.object = object;
-        outcome.error = error;
-    };
-    const auto worker = [&outcome](const WorkerResult &result) {
-        ++outcome.calls;
-        outcome.worker = result;
-    };
-    const QList<WorkerFile> files{{u"file"_s, u"in.kvt"_s, QByteArray(bodySize, 'x')}};
-    switch (primitive) {
-    case Primitive::PostJson:
-        client.postJson(u"x"_s, {{u"a"_s, QString(bodySize, u'x')}}, json);
-        break;
-    case Primitive::GetJson:
-        client.getJson(u"x"_s, json);
-        break;
-    case Primitive::PostMultipart:
-        client.postMultipart(u"x"_s, {{u"a"_s, 1}}, files, body);
-        break;
-    case Primitive::DownloadFile:
-        client.downloadFile(client.url(u"x"_s), body);
-        break;
-    case Primitive::KvtWorker:
-        client.kvtWorker(u"4.0.2"_s, u"op"_s, {}, files, worker);
-        break;
-    }
-}
 
 void addPrimitiveRows(const char *fault, const RawAnswer &answer, Expect expect, const QByteArray &body,
                       bool isObject)
@@ -115,6 +57,19 @@ QByteArray manyHeaders()
     return lines;
 }
 
+/// A loopback port at which nothing listens.
+quint16 closedPort()
+{
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost);
+    return server.serverPort();
+}
+
+bool isPost(Primitive primitive)
+{
+    return primitive != Primitive::GetJson && primitive != Primitive::DownloadFile;
+}
+
 // {"status":"ok"} as gzip.
 const QByteArray gzippedObject =
     QByteArray::fromHex("1f8b0800000000000203ab562a2e492c292d56b252cacf56aa0500dded131d0f000000");
@@ -133,7 +88,14 @@ private slots:
     void answer();
     void sentOnce_data();
     void sentOnce();
+    void sentOnceToARealServer_data();
+    void sentOnceToARealServer();
+    void postIsRedirected_data();
+    void postIsRedirected();
+    void postRedirectLoopEnds_data();
+    void postRedirectLoopEnds();
     void refusedConnection();
+    void refusedProxy();
     void hostNotFound();
     void secureAddressOnPlainPort();
     void plainAddressOnSecurePort();
@@ -348,8 +310,7 @@ void TestClientFaults::sentOnce_data()
         {RawAnswer::Moment::AfterHead, "after-head"}, {RawAnswer::Moment::AfterRequest, "after-request"}};
     const std::pair<int, const char *> sizes[] = {{10, "small"}, {20'000'000, "20-mb"}};
     for (const auto &[primitive, primitiveName] : primitives) {
-        const bool isPost = primitive != Primitive::GetJson && primitive != Primitive::DownloadFile;
-        if (!isPost) {
+        if (!isPost(primitive)) {
             continue;
         }
         for (const auto &[ending, endingName] : endings) {
@@ -385,13 +346,122 @@ void TestClientFaults::sentOnce()
     QCOMPARE(m_outcome->calls, 1);
 }
 
+void TestClientFaults::sentOnceToARealServer_data()
+{
+    QTest::addColumn<int>("primitive");
+    QTest::addColumn<QString>("fault");
+    QTest::addColumn<int>("size");
+
+    for (const auto &[primitive, name] : primitives) {
+        if (!isPost(primitive)) {
+            continue;
+        }
+        for (const char *fault : {"close", "close-early", "reset", "reset-early"}) {
+            QTest::addRow("%s-%s-small", name, fault) << int(primitive) << QString::fromLatin1(fault) << 10;
+            QTest::addRow("%s-%s-20-mb", name, fault)
+                << int(primitive) << QString::fromLatin1(fault) << 20'000'000;
+        }
+    }
+}
+
+void TestClientFaults::sentOnceToARealServer()
+{
+    QFETCH(int, primitive);
+    QFETCH(QString, fault);
+    QFETCH(int, size);
+    DevService service;
+    QVERIFY(service.start());
+    QVERIFY(service.setFault(u"*"_s, fault));
+    m_client->setApiBase(service.apiBase());
+    start(*m_client, Primitive(primitive), *m_outcome, size);
+    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
+    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    QVERIFY(m_outcome->failed());
+    // Joins every thread of the service: nothing can arrive any more.
+    service.stop();
+    QCOMPARE(service.requestCount(), 1);
+    QCOMPARE(m_outcome->calls, 1);
+}
+
+void TestClientFaults::postIsRedirected_data()
+{
+    QTest::addColumn<int>("primitive");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<bool>("followed");
+
+    // Followed by a GET that carries nothing, or, where the body would have to go out again, not at all.
+    const std::pair<int, bool> statuses[] = {
+        {301, true}, {302, true}, {303, true}, {307, false}, {308, false}};
+    for (const auto &[primitive, name] : primitives) {
+        if (!isPost(primitive)) {
+            continue;
+        }
+        for (const auto &[status, followed] : statuses) {
+            QTest::addRow("%s-%d", name, status) << int(primitive) << status << followed;
+        }
+    }
+}
+
+void TestClientFaults::postIsRedirected()
+{
+    QFETCH(int, primitive);
+    QFETCH(int, status);
+    QFETCH(bool, followed);
+    m_server->answerNext({httpAnswer(status, {}, "Location: /elsewhere\r\n")});
+    m_server->answerAlways(answerWith(R"({"status":"ok"})"));
+    start(*m_client, Primitive(primitive), *m_outcome);
+    QTRY_COMPARE(m_outcome->calls, 1);
+    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    QCOMPARE(m_outcome->calls, 1);
+    QCOMPARE(m_outcome->failed(), !followed);
+    QCOMPARE(m_outcome->worker.ok, followed && Primitive(primitive) == Primitive::KvtWorker);
+
+    Outcome after;
+    start(*m_client, Primitive::GetJson, after);
+    QTRY_COMPARE(after.calls, 1);
+    QByteArrayList lines;
+    for (int i = 0; i < m_server->requestCount(); ++i) {
+        lines.append(m_server->request(i).requestLine());
+    }
+    QVERIFY(lines.first().startsWith("POST /api/"));
+    QCOMPARE(lines.sliced(1),
+             followed ? QByteArrayList({"GET /elsewhere HTTP/1.1", "GET /api/x HTTP/1.1"})
+                      : QByteArrayList({"GET /api/x HTTP/1.1"}));
+    QCOMPARE(m_server->request(1).body, QByteArray());
+}
+
+void TestClientFaults::postRedirectLoopEnds_data()
+{
+    QTest::addColumn<int>("primitive");
+    for (const auto &[primitive, name] : primitives) {
+        if (isPost(primitive)) {
+            QTest::newRow(name) << int(primitive);
+        }
+    }
+}
+
+void TestClientFaults::postRedirectLoopEnds()
+{
+    QFETCH(int, primitive);
+    m_server->answerAlways({httpAnswer(302, {}, "Location: /api/x\r\n")});
+    start(*m_client, Primitive(primitive), *m_outcome);
+    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
+    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    QCOMPARE(m_outcome->calls, 1);
+    QVERIFY(m_outcome->failed());
+    int posts = 0;
+    for (int i = 0; i < m_server->requestCount(); ++i) {
+        posts += m_server->request(i).requestLine().startsWith("POST ");
+    }
+    QCOMPARE(posts, 1);
+    QVERIFY(m_server->request(0).requestLine().startsWith("POST "));
+    // The library gives up after fifty.
+    QVERIFY(m_server->requestCount() <= 52);
+}
+
 void TestClientFaults::refusedConnection()
 {
-    QTcpServer closed;
-    QVERIFY(closed.listen(QHostAddress::LocalHost));
-    const quint16 port = closed.serverPort();
-    closed.close();
-    m_client->setApiBase(u"http://127.0.0.1:%1/api/"_s.arg(port));
+    m_client->setApiBase(u"http://127.0.0.1:%1/api/"_s.arg(closedPort()));
     for (const auto &[primitive, name] : primitives) {
         Outcome outcome;
         start(*m_client, primitive, outcome);
@@ -400,6 +470,36 @@ void TestClientFaults::refusedConnection()
         QVERIFY2(!outcome.error.isEmpty() || !outcome.worker.error.isEmpty(), name);
         QVERIFY2(!outcome.worker.ok, name);
     }
+}
+
+void TestClientFaults::refusedProxy()
+{
+    const QNetworkProxy before = QNetworkProxy::applicationProxy();
+    const auto restore = qScopeGuard([&before] { QNetworkProxy::setApplicationProxy(before); });
+    // The proxy is the one to look up the host; loopback addresses are never asked for through one.
+    const auto useProxy = [](quint16 port) {
+        QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, port));
+    };
+    useProxy(m_server->port());
+    m_client->setApiBase(u"http://service.example/api/"_s);
+    start(*m_client, Primitive::GetJson, *m_outcome);
+    QTRY_COMPARE(m_outcome->calls, 1);
+    QCOMPARE(m_server->request(0).requestLine(), QByteArray("GET http://service.example/api/x HTTP/1.1"));
+
+    useProxy(closedPort());
+    for (const QString &scheme : {u"http"_s, u"https"_s}) {
+        m_client->setApiBase(scheme + u"://service.example/api/"_s);
+        for (const auto &[primitive, name] : primitives) {
+            Outcome outcome;
+            start(*m_client, primitive, outcome);
+            QTRY_COMPARE(outcome.calls, 1);
+            QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+            QVERIFY2(outcome.failed(), name);
+            QVERIFY2(!outcome.worker.ok, name);
+            QCOMPARE(outcome.bytes, QByteArray());
+        }
+    }
+    QCOMPARE(m_server->connectionCount(), 1);
 }
 
 void TestClientFaults::hostNotFound()

@@ -16,6 +16,8 @@ private slots:
     void isWeakNumericOs();
     void osTokenFromName_data();
     void osTokenFromName();
+    void yearFromName_data();
+    void yearFromName();
     void makeModuleEntry_data();
     void makeModuleEntry();
     void sanitizeName_data();
@@ -111,6 +113,36 @@ void TestOsRules::osTokenFromName()
 {
     QFETCH(QString, name);
     QTEST(FileTools::osTokenFromName(name), "token");
+}
+
+void TestOsRules::yearFromName_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("year");
+
+    QTest::newRow("last-century") << u"tune_1999.kvt"_s << u"1999"_s;
+    QTest::newRow("first-of-all") << u"1900"_s << u"1900"_s;
+    QTest::newRow("last-of-all") << u"2099"_s << u"2099"_s;
+    QTest::newRow("next-century") << u"tune_2105.kvt"_s << QString();
+    QTest::newRow("century-before") << u"tune_1899.kvt"_s << QString();
+    QTest::newRow("between-letters") << u"x1920y"_s << u"1920"_s;
+    QTest::newRow("first-of-two") << u"2019_2020.kvt"_s << u"2019"_s;
+    QTest::newRow("inside-a-number") << u"A123201999"_s << u"2019"_s;
+    QTest::newRow("earlier-though-unlikely") << u"12006543_2015.kvt"_s << u"2006"_s;
+    QTest::newRow("three-digits") << u"tune_199.kvt"_s << QString();
+    QTest::newRow("digits-apart") << u"20 15, 20-16"_s << QString();
+    QTest::newRow("in-the-ending") << u"tune.2015"_s << u"2015"_s;
+    QTest::newRow("full-width-digits") << u"tune_20\uff11\uff15.kvt"_s << QString();
+    QTest::newRow("arabic-indic-digits") << u"tune_\u0662\u0660\u0661\u0665.kvt"_s << QString();
+    QTest::newRow("full-width-before-ascii") << u"\uff12\uff10152016"_s << u"2016"_s;
+    QTest::newRow("line-feed-in-front") << u"a\n2015"_s << u"2015"_s;
+    QTest::newRow("empty") << QString() << QString();
+}
+
+void TestOsRules::yearFromName()
+{
+    QFETCH(QString, name);
+    QTEST(FileTools::yearFromName(name), "year");
 }
 
 void TestOsRules::makeModuleEntry_data()

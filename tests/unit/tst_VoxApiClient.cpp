@@ -109,6 +109,9 @@ private slots:
     void kvtWorker_laterFieldReplacesEarlier();
     void kvtWorker_refusesMissingInput_data();
     void kvtWorker_refusesMissingInput();
+    void uploadToDev_wire();
+    void uploadToDev_answers_data();
+    void uploadToDev_answers();
     void feedbackSubmit_wire();
     void checkUpdate_wire();
 
@@ -422,6 +425,48 @@ void TestVoxApiClient::kvtWorker_refusesMissingInput()
     QTRY_COMPARE(m_outcome->calls, 2);
     QCOMPARE(m_server->requestCount(), 1);
     QCOMPARE(m_server->connectionCount(), 1);
+}
+
+void TestVoxApiClient::uploadToDev_wire()
+{
+    m_client->uploadToDev({{u"b"_s, 1}, {u"a"_s, u"\u00e9"_s}}, m_outcome->body());
+    QTRY_COMPARE(m_outcome->calls, 1);
+    QCOMPARE(onlyRequest().requestLine(), QByteArray("POST /api/upload.aspx HTTP/1.1"));
+    QCOMPARE(onlyRequest().header("content-type"), QByteArray("application/json; charset=utf-8"));
+    QCOMPARE(onlyRequest().headerNames(),
+             sorted(libraryHeaders + QByteArrayList{"content-length", "content-type"}));
+    QCOMPARE(onlyRequest().body, QByteArray("{\"a\":\"\xc3\xa9\",\"b\":1}"));
+}
+
+void TestVoxApiClient::uploadToDev_answers_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<bool>("failed");
+    QTest::addColumn<QString>("error");
+    QTest::addColumn<QJsonObject>("object");
+
+    const QJsonObject one{{u"a"_s, 1}};
+    QTest::newRow("object") << 200 << QByteArray(R"({"a":1})") << false << QString() << one;
+    QTest::newRow("text") << 200 << QByteArray("OK") << true << u"HTTP 200: OK"_s << QJsonObject();
+    QTest::newRow("500-object") << 500 << QByteArray(R"({"a":1})") << true << QString() << one;
+}
+
+void TestVoxApiClient::uploadToDev_answers()
+{
+    QFETCH(int, status);
+    QFETCH(QByteArray, body);
+    QFETCH(bool, failed);
+    QFETCH(QString, error);
+    QFETCH(QJsonObject, object);
+    m_server->answerAlways({httpAnswer(status, body)});
+    m_outcome->bytes = "of before";
+    m_client->uploadToDev({}, m_outcome->body());
+    QTRY_COMPARE(m_outcome->calls, 1);
+    QCOMPARE(m_outcome->bytes, QByteArray());
+    QCOMPARE(m_outcome->object, object);
+    QCOMPARE(!m_outcome->error.isEmpty(), failed);
+    QVERIFY(error.isEmpty() || m_outcome->error == error);
 }
 
 void TestVoxApiClient::feedbackSubmit_wire()

@@ -1,0 +1,315 @@
+#include "app/MessageLog.h"
+#include "support/TestMain.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
+#include <QTest>
+
+#include <algorithm>
+#include <cstdio>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+/// Catches what reaches the two output streams of the process while it lives.
+class Console
+{
+public:
+    Console()
+    {
+        m_file.open();
+        std::fflush(nullptr);
+        ::dup2(m_file.handle(), STDOUT_FILENO);
+        ::dup2(m_file.handle(), STDERR_FILENO);
+    }
+    ~Console()
+    {
+        restore();
+        ::close(m_out);
+        ::close(m_err);
+    }
+    Console(const Console &) = delete;
+    Console &operator=(const Console &) = delete;
+
+    /// Ends the catching.
+    QByteArray printed()
+    {
+        restore();
+        m_file.seek(0);
+        return m_file.readAll();
+    }
+
+private:
+    void restore()
+    {
+        std::fflush(nullptr);
+        ::dup2(m_out, STDOUT_FILENO);
+        ::dup2(m_err, STDERR_FILENO);
+    }
+
+    QTemporaryFile m_file;
+    int m_out = ::dup(STDOUT_FILENO);
+    int m_err = ::dup(STDERR_FILENO);
+};
+
+QString logPath()
+{
+    return qEnvironmentVariable("TMPDIR") + u"/kvteditornew-qt.log"_s;
+}
+
+QByteArray logContent()
+{
+    QFile file(logPath());
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestMessageLog : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void debugGoesNowhere();
+    void otherMessagesAreCapturedAndLogged_data();
+    void otherMessagesAreCapturedAndLogged();
+    void messagesStandInOrder();
+    void messageOfManyLinesIsOneText();
+    void nothingReachesTheConsole();
+    void logLine_writesTheBytesAndALineFeed_data();
+    void logLine_writesTheBytesAndALineFeed();
+    void logLine_isNotCaptured();
+    void logIsAppendedTo();
+    void eachLineIsThereAtOnce();
+    void manyThreads();
+    void unwritableLogIsPassedOver_data();
+    void unwritableLogIsPassedOver();
+    void loadFailureText_data();
+    void loadFailureText();
+
+private:
+    /// The captured list only grows: what came since init().
+    QStringList captured() const { return capturedMessages().sliced(m_before); }
+
+    qsizetype m_before = 0;
+    QtMessageHandler m_ofTheTest = nullptr;
+    QByteArray m_temporaryFolder = qgetenv("TMPDIR");
+};
+
+void TestMessageLog::init()
+{
+    QFile::remove(logPath());
+    m_before = capturedMessages().size();
+    m_ofTheTest = qInstallMessageHandler(nullptr);
+    installMessageLog();
+}
+
+void TestMessageLog::cleanup()
+{
+    qInstallMessageHandler(m_ofTheTest);
+    qputenv("TMPDIR", m_temporaryFolder);
+    QDir(logPath()).removeRecursively();
+}
+
+void TestMessageLog::debugGoesNowhere()
+{
+    Console console;
+    qDebug("one");
+    qDebug() << "two";
+    const QByteArray printed = console.printed();
+    QCOMPARE(printed, QByteArray());
+    QCOMPARE(captured(), QStringList());
+    QVERIFY(!QFileInfo::exists(logPath()));
+}
+
+void TestMessageLog::otherMessagesAreCapturedAndLogged_data()
+{
+    QTest::addColumn<QtMsgType>("type");
+    QTest::newRow("info") << QtInfoMsg;
+    QTest::newRow("warning") << QtWarningMsg;
+    QTest::newRow("critical") << QtCriticalMsg;
+    QTest::newRow("fatal") << QtFatalMsg;
+}
+
+void TestMessageLog::otherMessagesAreCapturedAndLogged()
+{
+    QFETCH(QtMsgType, type);
+    // Called as the framework calls it, which ends the process after a fatal one.
+    const QtMessageHandler handler = qInstallMessageHandler(m_ofTheTest);
+    const QString text = u"größe \u20ac \U0001f69a 100% <b>"_s;
+    handler(type, QMessageLogContext("file.cpp", 12, "function", "category"), text);
+    QCOMPARE(captured(), QStringList{text});
+    QCOMPARE(logContent(),
+             QByteArray("gr\xc3\xb6\xc3\x9f"
+                        "e \xe2\x82\xac \xf0\x9f\x9a\x9a 100% <b>\n"));
+}
+
+void TestMessageLog::messagesStandInOrder()
+{
+    qCritical("first");
+    qInfo("second");
+    qDebug("nowhere");
+    qWarning("third");
+    qInfo("%s", "");
+    qWarning("third");
+    QCOMPARE(captured(), QStringList({u"first"_s, u"second"_s, u"third"_s, QString(), u"third"_s}));
+    QCOMPARE(logContent(), QByteArray("first\nsecond\nthird\n\nthird\n"));
+}
+
+void TestMessageLog::messageOfManyLinesIsOneText()
+{
+    qWarning("a\nb");
+    QCOMPARE(captured(), QStringList{u"a\nb"_s});
+    QCOMPARE(logContent(), QByteArray("a\nb\n"));
+}
+
+void TestMessageLog::nothingReachesTheConsole()
+{
+    Console console;
+    qInfo("info");
+    qWarning("warning");
+    qCritical("critical");
+    logLine("line");
+    const QByteArray printed = console.printed();
+    QCOMPARE(printed, QByteArray());
+    QCOMPARE(logContent(), QByteArray("info\nwarning\ncritical\nline\n"));
+}
+
+void TestMessageLog::logLine_writesTheBytesAndALineFeed_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::newRow("plain") << QByteArray("main: start");
+    QTest::newRow("empty") << QByteArray("");
+    QTest::newRow("carriage-return") << QByteArray("a\r");
+    QTest::newRow("not-utf8") << QByteArray("caf\xe9");
+    QTest::newRow("long") << QByteArray(100'000, 'x');
+}
+
+void TestMessageLog::logLine_writesTheBytesAndALineFeed()
+{
+    QFETCH(QByteArray, text);
+    logLine(text);
+    QCOMPARE(logContent(), text + '\n');
+}
+
+void TestMessageLog::logLine_isNotCaptured()
+{
+    logLine("main: start");
+    QCOMPARE(captured(), QStringList());
+}
+
+void TestMessageLog::logIsAppendedTo()
+{
+    QFile earlier(logPath());
+    QVERIFY(earlier.open(QIODevice::WriteOnly));
+    earlier.write("of an earlier run\n");
+    earlier.close();
+    logLine("main: start");
+    qWarning("warned");
+    QCOMPARE(logContent(), QByteArray("of an earlier run\nmain: start\nwarned\n"));
+}
+
+void TestMessageLog::eachLineIsThereAtOnce()
+{
+    for (int count = 1; count <= 3; ++count) {
+        logLine("main: start");
+        QCOMPARE(logContent(), QByteArray("main: start\n").repeated(count));
+    }
+    // Opened for each line: a log that was taken away is begun again.
+    QVERIFY(QFile::remove(logPath()));
+    logLine("main: start");
+    QCOMPARE(logContent(), QByteArray("main: start\n"));
+}
+
+void TestMessageLog::manyThreads()
+{
+    constexpr int threadCount = 8;
+    constexpr int messageCount = 250;
+    // Long enough for a torn line to be likely when nothing guards it.
+    const QString filling = u"\u00e9"_s.repeated(3000);
+    QStringList expected;
+    for (int thread = 0; thread < threadCount; ++thread)
+        for (int message = 0; message < messageCount; ++message)
+            expected.append(u"%1 %2 "_s.arg(thread).arg(message) + filling);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < threadCount; ++thread) {
+        threads.emplace_back([&expected, thread] {
+            for (int message = 0; message < messageCount; ++message)
+                qWarning("%s", qUtf8Printable(expected.at(thread * messageCount + message)));
+        });
+    }
+    for (std::thread &thread : threads)
+        thread.join();
+
+    QStringList texts = captured();
+    QCOMPARE(texts.size(), threadCount * messageCount);
+    QVERIFY(logContent() == texts.join(u'\n').toUtf8() + '\n');
+    // Each thread's own messages keep their order.
+    for (int thread = 0; thread < threadCount; ++thread) {
+        const QString start = u"%1 "_s.arg(thread);
+        QStringList own;
+        std::copy_if(texts.cbegin(), texts.cend(), std::back_inserter(own),
+                     [&start](const QString &text) { return text.startsWith(start); });
+        QVERIFY(own == expected.sliced(thread * messageCount, messageCount));
+    }
+}
+
+void TestMessageLog::unwritableLogIsPassedOver_data()
+{
+    QTest::addColumn<bool>("folderInItsPlace");
+    QTest::newRow("log-is-a-folder") << true;
+    QTest::newRow("temporary-folder-missing") << false;
+}
+
+void TestMessageLog::unwritableLogIsPassedOver()
+{
+    QFETCH(bool, folderInItsPlace);
+    QTemporaryDir current;
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(current.path()));
+    Console console;
+    if (folderInItsPlace)
+        QDir().mkpath(logPath());
+    else
+        qputenv("TMPDIR", m_temporaryFolder + "/missing");
+    logLine("main: start");
+    qWarning("warned");
+    const QByteArray printed = console.printed();
+    QDir::setCurrent(before);
+    QCOMPARE(printed, QByteArray());
+    QCOMPARE(captured(), QStringList{u"warned"_s});
+    QVERIFY(QDir(current.path()).isEmpty());
+    QCOMPARE(QFileInfo::exists(logPath()), folderInItsPlace);
+}
+
+void TestMessageLog::loadFailureText_data()
+{
+    QTest::addColumn<QStringList>("messages");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("none") << QStringList() << u"The editor window failed to load.\n"_s;
+    QTest::newRow("one") << QStringList{u"a"_s} << u"The editor window failed to load.\na"_s;
+    QTest::newRow("two") << QStringList{u"a"_s, u"b"_s} << u"The editor window failed to load.\na\nb"_s;
+    QTest::newRow("empty-texts-count")
+        << QStringList{QString(), QString()} << u"The editor window failed to load.\n\n"_s;
+    QTest::newRow("as-they-are") << QStringList{u"%1 <b>&"_s}
+                                 << u"The editor window failed to load.\n%1 <b>&"_s;
+}
+
+void TestMessageLog::loadFailureText()
+{
+    QFETCH(QStringList, messages);
+    QTEST(::loadFailureText(messages), "expected");
+}
+
+KVTEDITOR_TEST_MAIN(TestMessageLog)
+#include "tst_MessageLog.moc"
