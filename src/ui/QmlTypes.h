@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "core/HexModel.h"
+#include "core/ModuleLines.h"
 
 #include <QtQml/qqml.h>
 
@@ -21,4 +22,11 @@ struct HexModelForeign
     Q_GADGET
     QML_FOREIGN(HexModel)
     QML_NAMED_ELEMENT(HexModel)
+};
+
+struct ModuleLinesForeign
+{
+    Q_GADGET
+    QML_FOREIGN(ModuleLines)
+    QML_NAMED_ELEMENT(ModuleLines)
 };

@@ -1,9 +1,12 @@
 #include "TestBed.h"
 
+#include <QDir>
+#include <QDragEnterEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMimeData>
 #include <QQmlContext>
 
 TestBed::TestBed(const UrlRecorder *opened)
@@ -41,6 +44,31 @@ void TestBed::openFile(const QString &name, int size, const QString &tail)
     file.write(QByteArray(size - end.size(), '\0') + end);
     file.close();
     m_app->openKvt(file.fileName());
+}
+
+void TestBed::writeFile(const QString &name, int size)
+{
+    const QString path = tempPath(name);
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray(size, '\0')) != size)
+        qFatal("Cannot write %s", qPrintable(path));
+}
+
+bool TestBed::drop(QObject *window, const QPointF &place, const QList<QUrl> &urls)
+{
+    QMimeData data;
+    data.setUrls(urls);
+    QDragEnterEvent enter(place.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &enter);
+    if (!enter.isAccepted()) {
+        QDragLeaveEvent leave;
+        QCoreApplication::sendEvent(window, &leave);
+        return false;
+    }
+    QDropEvent dropped(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(window, &dropped);
+    return dropped.isAccepted();
 }
 
 void TestBed::fillHex(int size)

@@ -4,7 +4,9 @@
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
 
+#include <QList>
 #include <QObject>
+#include <QPointF>
 #include <QQmlEngine>
 #include <QString>
 #include <QStringList>
@@ -28,6 +30,10 @@ public:
     Q_INVOKABLE void reset();
     /// Writes a file of zeros that ends in `tail`, and opens it in the workspace.
     Q_INVOKABLE void openFile(const QString &name, int size, const QString &tail = {});
+    /// Writes a file of zeros into the bed's folder, or a folder below it.
+    Q_INVOKABLE void writeFile(const QString &name, int size = 32);
+    /// Drags what is at these addresses into the window and lets go of it there; tells whether it was taken.
+    Q_INVOKABLE bool drop(QObject *window, const QPointF &place, const QList<QUrl> &urls);
     /// Fills the hex editor's buffer with bytes that count from 0.
     Q_INVOKABLE void fillHex(int size);
     Q_INVOKABLE void applyInfo(const QVariantMap &answer);

@@ -198,7 +198,12 @@ ViewTest {
 
     function test_clickBelowTheLastRowIsHarmless() {
         const rows = openEditor(17);
+        compare(app.hexModel.currentRow, 0);
         mouseClick(rows, 200, rows.height - 5);
+        compare(app.hexModel.currentRow, 0);
+        mouseClick(rows, 200, 2 * rows.rowHeight + 1);
+        compare(app.hexModel.currentRow, 0);
+        mouseClick(rows, 200, 2 * rows.rowHeight - 1);
         compare(app.hexModel.currentRow, 1);
     }
 

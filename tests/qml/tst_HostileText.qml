@@ -91,15 +91,18 @@ ViewTest {
         const rows = [{ label: text, value: text }];
         const module = { title: text, vin: text, serial: text, mainOs: text, rows: rows };
         bed.applyInfo({ modules: [module, module] });
-        const block = find("module1");
-        const held = app.modules[1];
-        compare(find("moduleTitle", block).text, held.title.slice(0, 200));
-        compareShown(find("moduleVin", block).text, held.vin);
-        const row = find("moduleRow0", block);
-        compare(find("caption", row).text, held.rows[0].label.slice(0, 200).toUpperCase());
-        compareShown(row.text, held.rows[0].value);
         render();
-        verify(find("moduleTitle", block).width <= find("identifiersPanel").width);
+        const lines = find("lines", find("moduleList"));
+        const held = app.modules[1];
+        // The second module's five lines, in a list that scrolls.
+        lines.positionViewAtIndex(9, ListView.End);
+        const shown = [5, 6, 9].map(line => lines.itemAtIndex(line));
+        compare(find("moduleTitle", shown[0]).text, held.title.slice(0, 200));
+        compareShown(find("field", shown[1]).text, held.vin);
+        compare(find("caption", shown[2]).text, held.rows[0].label.slice(0, 200).toUpperCase());
+        compareShown(find("field", shown[2]).text, held.rows[0].value);
+        render();
+        verify(find("moduleTitle", shown[0]).width <= find("identifiersPanel").width);
         compare(bed.connectionCount(), connections);
     }
 

@@ -12,19 +12,60 @@ ViewTest {
           rows: [{ label: "Segment", value: "T1" }, { label: "Cal", value: "T2" }] }
     ]
 
-    function shownFields(within: var): var {
-        const found = [];
-        const collect = item => {
-            for (let i = 0; i < item.children.length; ++i) {
-                const child = item.children[i];
-                if (child.locked !== undefined && child.visible)
-                    found.push(child.title + "=" + child.text);
-                else
-                    collect(child);
-            }
-        };
-        collect(within);
-        return found;
+    function show(answer: var): void {
+        bed.applyInfo(answer);
+        render();
+    }
+
+    function list(): var {
+        return find("lines", find("moduleList"));
+    }
+
+    // What a line shows, its caption aside from its value; nothing for one that shows nothing.
+    function shown(line: var): string {
+        const title = find("moduleTitle", line);
+        if (title.visible)
+            return title.text;
+        const caption = find("caption", line);
+        return caption.visible ? caption.text + "=" + find("field", line).text : "";
+    }
+
+    function lineText(index: int): string {
+        const line = list().itemAtIndex(index);
+        verify(line, "line " + index + " does not exist");
+        return shown(line);
+    }
+
+    function allLines(): var {
+        return Array.from({ length: list().count }, (_, index) => lineText(index));
+    }
+
+    function lineWithKeyboard(): int {
+        const line = list().currentItem;
+        return line && find("field", line).activeFocus ? list().currentIndex : -1;
+    }
+
+    function isInSight(line: int): bool {
+        const lines = list();
+        const place = inItem(lines, lines.itemAtIndex(line));
+        return place.y >= -0.5 && place.y + place.height <= lines.height + 0.5;
+    }
+
+    function isAtTheTop(): bool {
+        return inItem(list(), list().itemAtIndex(0)).y === 0;
+    }
+
+    function inItem(outer: var, item: var): rect {
+        return item.mapToItem(outer, 0, 0, item.width, item.height);
+    }
+
+    function manyModules(count: int): var {
+        const module = index => ({ title: "Module " + index, mainOs: "OS" + index });
+        return Array.from({ length: count }, (_, index) => module(index));
+    }
+
+    function rowsOf(count: int): var {
+        return Array.from({ length: count }, (_, index) => ({ label: "Row " + index, value: "V" + index }));
     }
 
     function test_field_data() {
@@ -89,36 +130,226 @@ ViewTest {
     }
 
     function test_everyModuleShowsItsOwn() {
-        bed.applyInfo({ modules: twoModules, interfaceId: "77" });
-        const list = find("moduleList");
-        compare(find("moduleTitle", find("module0")).text, "Engine");
-        compare(find("moduleTitle", find("module0")).color, VOXTheme.orange);
-        compare(find("moduleTitle", find("module1")).text, "Transmission");
-        compare(shownFields(find("module0")), ["VIN=VIN1", "Serial Number=S1", "Main OS=111", "Segment=E1"]);
-        compare(shownFields(find("module1")), ["Main OS=222", "Segment=T1", "Cal=T2"]);
-        compare(shownFields(list).pop(), "Interface ID=77");
-        verify(find("moduleRow0", find("module1")).locked);
+        show({ modules: twoModules, interfaceId: "77" });
+        compare(allLines(), ["Engine", "VIN=VIN1", "SERIAL NUMBER=S1", "MAIN OS=111", "SEGMENT=E1",
+            "Transmission", "MAIN OS=222", "SEGMENT=T1", "CAL=T2", "INTERFACE ID=77"]);
+    }
+
+    function test_mainOsIsShownEvenWhenEmpty() {
+        show({ modules: [{ title: "A" }, { title: "B" }] });
+        compare(allLines(), ["A", "MAIN OS=", "B", "MAIN OS=", ""]);
+    }
+
+    function test_linesLooks() {
+        show({ modules: twoModules, interfaceId: "77" });
+        const line = index => list().itemAtIndex(index);
+        const title = find("moduleTitle", line(5));
+        compare(title.color, VOXTheme.orange);
+        compare(title.font.bold, true);
+        compare(title.font.pixelSize, 13);
+        compare(title.Accessible.role, Accessible.Heading);
+        compare(title.Accessible.name, "Transmission");
+        const rule = find("rule", line(5));
+        compare(rule.height, 1);
+        compare(rule.color, VOXTheme.border);
+        const field = find("field", line(6));
+        compare(field.readOnly, true);
+        compare(field.Accessible.role, Accessible.EditableText);
+        compare(field.Accessible.name, "Main OS");
+        compare(list().Accessible.role, Accessible.List);
+
+        // Blocks stand further apart than the lines of one.
+        const top = (index, name) => inItem(list(), find(name, line(index))).y;
+        const bottom = index => top(index, "field") + find("field", line(index)).height;
+        compare(top(0, "moduleTitle"), 0);
+        compare(top(5, "moduleTitle") - bottom(4), 18);
+        compare(top(5, "rule") - top(5, "moduleTitle") - title.height, 10);
+        compare(top(6, "caption") - top(5, "rule") - 1, 10);
+        compare(top(7, "caption") - bottom(6), 10);
+        compare(top(9, "caption") - bottom(8), 18);
     }
 
     function test_interfaceIdOfSeveralModulesOnlyWhenThereIsOne() {
-        bed.applyInfo({ modules: twoModules });
-        compare(find("sharedInterfaceIDField").visible, false);
+        show({ modules: twoModules });
+        const before = list().contentHeight;
+        compare(lineText(9), "");
         app.interfaceID = "77";
-        compare(find("sharedInterfaceIDField").visible, true);
+        render();
+        compare(lineText(9), "INTERFACE ID=77");
+        tryVerify(() => list().contentHeight > before + 18);
     }
 
     function test_moduleListKeepsItsPlace() {
         window.height = 720;
-        bed.applyInfo({ modules: twoModules.concat(twoModules) });
-        const list = find("moduleList");
-        const view = find("scrollView", list);
-        tryVerify(() => view.contentHeight > view.height + 50);
-        list.contentY = 50;
+        show({ modules: twoModules.concat(twoModules) });
+        const lines = list();
+        tryVerify(() => lines.contentHeight > lines.height + 50);
+        lines.contentY = 50;
         app.fuel = "Diesel";
-        compare(list.contentY, 50);
-        const block = find("module0");
+        app.interfaceID = "77";
+        const first = lines.itemAtIndex(1);
         bed.applyInfo({ fuel: "Petrol" });
-        compare(find("module0"), block);
+        const others = JSON.parse(JSON.stringify(twoModules.concat(twoModules)));
+        others[0].vin = "VIN2";
+        show({ modules: others });
+        compare(lines.contentY, 50);
+        compare(lines.itemAtIndex(1), first);
+        compare(shown(first), "VIN=VIN2");
+    }
+
+    function test_listOfAnotherShapeStartsAtItsTop() {
+        window.height = 720;
+        show({ modules: manyModules(40) });
+        list().contentY = 500;
+        show({ modules: manyModules(50) });
+        compare(list().contentY, 0);
+        compare(lineText(0), "Module 0");
+    }
+
+    function test_placeOutlivesAnotherView() {
+        show({ modules: manyModules(40) });
+        list().contentY = 500;
+        app.tab = "tools";
+        bed.applyInfo({ modules: manyModules(40).reverse() });
+        app.tab = "main";
+        render();
+        compare(list().contentY, 500);
+        list().positionViewAtBeginning();
+        compare(lineText(0), "Module 39");
+    }
+
+    function test_onlyLinesInSightExist_data() {
+        const large = { title: "Long", mainOs: "1", rows: rowsOf(100000) };
+        const small = { title: "Short", mainOs: "2" };
+        return [
+            { tag: "modules", modules: manyModules(100000), count: 200001,
+              start: ["Module 0", "MAIN OS=OS0"], end: ["Module 99999", "MAIN OS=OS99999"] },
+            { tag: "rows", modules: [small, large], count: 100005,
+              start: ["Short", "MAIN OS=2"], end: ["ROW 99998=V99998", "ROW 99999=V99999"] },
+            { tag: "rows-first", modules: [large, small], count: 100005,
+              start: ["Long", "MAIN OS=1"], end: ["Short", "MAIN OS=2"] }
+        ];
+    }
+
+    function test_onlyLinesInSightExist(data) {
+        show({ modules: data.modules, interfaceId: "77" });
+        const lines = list();
+        const existing = () => lines.contentItem.children.length;
+        compare(lines.count, data.count);
+        compare([lineText(0), lineText(1)], data.start);
+        verify(existing() < 80, existing() + " lines");
+        lines.positionViewAtIndex(Math.floor(data.count / 2), ListView.Center);
+        render();
+        verify(existing() < 80, existing() + " lines");
+        lines.currentItem.forceActiveFocus();
+        keyClick(Qt.Key_End, Qt.ControlModifier);
+        render();
+        const last = data.count - 1;
+        compare([lineText(last - 2), lineText(last - 1)], data.end);
+        compare(lineText(last), "INTERFACE ID=77");
+        verify(isInSight(last));
+        verify(existing() < 80, existing() + " lines");
+        lines.positionViewAtBeginning();
+        render();
+        compare([lineText(0), lineText(1)], data.start);
+        verify(isAtTheTop());
+        verify(existing() < 80, existing() + " lines");
+    }
+
+    function test_reusedLinesShowWhatTheyBecome() {
+        const vin = index => index % 2 ? "V" + index : "";
+        const module = index => ({ title: "M" + index, vin: vin(index), mainOs: "OS" + index });
+        show({ modules: Array.from({ length: 200 }, (_, index) => module(index)) });
+        const lines = list();
+        // Half of the modules have a VIN: five lines for two of them.
+        for (const line of [0, 250, 498, 120, 5]) {
+            lines.positionViewAtIndex(line, ListView.Beginning);
+            render();
+            const first = Math.floor(line / 5) * 2;
+            const expected = ["M" + first, "MAIN OS=OS" + first, "M" + (first + 1), "VIN=V" + (first + 1),
+                "MAIN OS=OS" + (first + 1)];
+            compare(lineText(line), expected[line % 5]);
+            verify(isInSight(line));
+        }
+    }
+
+    function test_tabWalksTheFieldsAndLeaves() {
+        window.height = 720;
+        show({ modules: twoModules.concat(twoModules) });
+        find("sendToDevButton").forceActiveFocus();
+        const visited = [];
+        for (let i = 0; i < 14; ++i) {
+            keyClick(Qt.Key_Tab);
+            const line = lineWithKeyboard();
+            visited.push(line);
+            verify(isInSight(line));
+        }
+        compare(visited, [1, 2, 3, 4, 6, 7, 8, 10, 11, 12, 13, 15, 16, 17]);
+        keyClick(Qt.Key_Tab);
+        compare(lineWithKeyboard(), -1);
+        keyClick(Qt.Key_Tab, Qt.ShiftModifier);
+        compare(lineWithKeyboard(), 17);
+        for (let i = 0; i < 13; ++i)
+            keyClick(Qt.Key_Tab, Qt.ShiftModifier);
+        compare(lineWithKeyboard(), 1);
+        verify(isAtTheTop());
+        keyClick(Qt.Key_Tab, Qt.ShiftModifier);
+        verify(find("sendToDevButton").activeFocus);
+    }
+
+    function test_keysScroll() {
+        show({ modules: manyModules(1000), interfaceId: "77" });
+        find("sendToDevButton").forceActiveFocus();
+        keyClick(Qt.Key_Tab);
+        compare(lineWithKeyboard(), 1);
+        keyClick(Qt.Key_Tab);
+        keyClick(Qt.Key_Backtab);
+        compare(lineWithKeyboard(), 1);
+        keyClick(Qt.Key_Down);
+        compare(lineWithKeyboard(), 3);
+        keyClick(Qt.Key_Up);
+        compare(lineWithKeyboard(), 1);
+        keyClick(Qt.Key_Up);
+        compare(lineWithKeyboard(), 1);
+        keyClick(Qt.Key_PageDown);
+        const page = lineWithKeyboard();
+        verify(page > 3);
+        keyClick(Qt.Key_PageDown);
+        compare(lineWithKeyboard(), 2 * page - 1);
+        verify(list().contentY > 0);
+        keyClick(Qt.Key_End, Qt.ControlModifier);
+        compare(lineWithKeyboard(), 2000);
+        verify(isInSight(2000));
+        keyClick(Qt.Key_Home, Qt.ControlModifier);
+        compare(lineWithKeyboard(), 1);
+        verify(isAtTheTop());
+    }
+
+    function test_keyboardStaysWithItsLine() {
+        show({ modules: manyModules(1000) });
+        mouseClick(find("field", list().itemAtIndex(3)));
+        compare(lineWithKeyboard(), 3);
+        list().positionViewAtIndex(1500, ListView.Beginning);
+        render();
+        compare(lineWithKeyboard(), 3);
+        keyClick(Qt.Key_Tab);
+        compare(lineWithKeyboard(), 5);
+        verify(isInSight(5));
+    }
+
+    function test_wheelAndBarScroll() {
+        show({ modules: manyModules(1000) });
+        render();
+        const lines = list();
+        const bar = find("scrollBar", find("moduleList"));
+        verify(bar.visible);
+        compare(bar.background.color, VOXTheme.input);
+        mouseWheel(lines, 50, 50, 0, -120);
+        tryVerify(() => lines.contentY > 0);
+        mouseDrag(bar, bar.width / 2, 10, 0, bar.height, Qt.LeftButton, Qt.NoModifier);
+        render();
+        compare(lineText(1999), "MAIN OS=OS999");
+        verify(isInSight(1999));
     }
 
     function test_anotherFileBringsTheFieldsBack() {

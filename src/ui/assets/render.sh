@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Makes the pictures that the program carries from their drawings: vox-logo.png and kvtedit.ico.
+# Makes the pictures that the program carries from their drawings: vox-logo.png, kvtedit.ico and the icons of
+# the tools.
 # Needs rsvg-convert (Debian: librsvg2-bin) and python3.
 set -euo pipefail
 
@@ -8,6 +9,11 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
 rsvg-convert --width 800 --output vox-logo.png vox-logo.svg
+
+# Three times the size at which they are shown, for displays with small pixels.
+for drawing in tools/*.svg; do
+  rsvg-convert --width 180 --height 180 --output "${drawing%.svg}.png" "$drawing"
+done
 
 sizes=(16 24 32 48 64 128 256)
 for size in "${sizes[@]}"; do

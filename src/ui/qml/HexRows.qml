@@ -106,7 +106,11 @@ Rectangle {
     MouseArea {
         anchors { fill: parent; rightMargin: bar.width }
         onPressed: root.forceActiveFocus(Qt.MouseFocusReason)
-        onClicked: mouse => root.moveTo(Math.floor(root.topRow + mouse.y / root.rowHeight))
+        onClicked: mouse => {
+            const row = Math.floor(root.topRow + mouse.y / root.rowHeight);
+            if (row < root.rowCount)
+                root.moveTo(row);
+        }
         onWheel: wheel => {
             const pixels = wheel.pixelDelta.y;
             root.scrollTo(root.topRow - (pixels !== 0 ? pixels / root.rowHeight : wheel.angleDelta.y / 40));

@@ -9,14 +9,15 @@ VOXCard {
     id: root
 
     readonly property AppState appState: app // qmllint disable unqualified
-    // The blocks are made anew with the list, which loses the place in it, and every identifier's change
-    // announces the list: by way of its text, only a list that differs arrives.
-    readonly property string modulesText: JSON.stringify(appState.modules)
-    readonly property var modules: JSON.parse(modulesText)
-    readonly property bool severalModules: modules.length > 1
+    readonly property bool severalModules: moduleLines.moduleCount > 1
 
     objectName: "identifiersPanel"
     title: "Identifiers"
+
+    ModuleLines {
+        id: moduleLines
+        modules: root.appState.modules
+    }
 
     VOXScroll {
         objectName: "identifierFields"
@@ -29,27 +30,10 @@ VOXCard {
         }
     }
 
-    VOXScroll {
+    ModuleList {
         objectName: "moduleList"
         visible: root.severalModules
-        spacing: 18
-
-        Repeater {
-            model: root.severalModules ? root.modules : []
-
-            ModuleBlock {}
-        }
-
-        VOXTextField {
-            objectName: "sharedInterfaceIDField"
-            visible: text !== ""
-            title: "Interface ID"
-            text: root.appState.interfaceID
-            locked: true
-        }
-
-        Item {
-            Layout.fillHeight: true
-        }
+        lines: moduleLines
+        interfaceID: root.appState.interfaceID
     }
 }

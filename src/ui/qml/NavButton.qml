@@ -32,18 +32,9 @@ Button {
         elide: Text.ElideRight
     }
 
-    background: Rectangle {
-        radius: 8
+    background: ButtonFace {
+        button: root
         color: root.current ? VOXTheme.accent(0.15) : VOXTheme.buttonFill
-        border.width: root.visualFocus ? 2 : root.current ? 1 : 0
-        border.color: root.visualFocus ? VOXTheme.focusRing : VOXTheme.orange
-
-        Rectangle {
-            anchors.fill: parent
-            radius: parent.radius
-            color: VOXTheme.accentText
-            opacity: 0.06
-            visible: root.hovered && root.enabled
-        }
+        edge: root.current ? 1 : 0
     }
 }

@@ -73,11 +73,17 @@ VOXWindow {
                     }
                     Item {}
                     Item {}
+                    SearchView {
+                        objectName: "searchView"
+                    }
+                    SorterView {
+                        objectName: "sorterView"
+                    }
                     Item {}
                     Item {}
-                    Item {}
-                    Item {}
-                    Item {}
+                    ToolsView {
+                        objectName: "toolsView"
+                    }
                     Item {}
                     Item {}
                 }

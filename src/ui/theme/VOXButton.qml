@@ -27,20 +27,10 @@ Button {
         elide: Text.ElideRight
     }
 
-    background: Rectangle {
+    background: ButtonFace {
         implicitHeight: 38
-        radius: VOXTheme.radiusControl
+        button: root
         color: root.orange ? VOXTheme.orange : VOXTheme.buttonFill
         opacity: !root.enabled ? 0.45 : root.down ? 0.85 : 1
-        border.width: root.visualFocus ? 2 : 0
-        border.color: VOXTheme.focusRing
-
-        Rectangle {
-            anchors.fill: parent
-            radius: parent.radius
-            color: VOXTheme.accentText
-            opacity: 0.06
-            visible: root.hovered && root.enabled
-        }
     }
 }

@@ -57,7 +57,7 @@ RowLayout {
         Layout.fillWidth: true
         Layout.alignment: Qt.AlignVCenter
         textFormat: Text.PlainText
-        wrapMode: Text.Wrap
+        wrapMode: Text.WordWrap
         color: enabled ? VOXTheme.text : VOXTheme.disabledText
         Accessible.ignored: true
     }

@@ -10,6 +10,7 @@ ColumnLayout {
 
     property string title
     property alias text: field.text
+    property alias input: field
     property bool locked: false
     property bool secret: false
 

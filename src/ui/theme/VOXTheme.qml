@@ -38,6 +38,9 @@ QtObject {
     readonly property color bar: Qt.rgba(18 / 255, 21 / 255, 28 / 255, 0.85)
     readonly property color veil: Qt.rgba(10 / 255, 12 / 255, 16 / 255, 0.92)
 
+    // Over a tile that cannot be used yet.
+    readonly property color scrim: Qt.rgba(6 / 255, 7 / 255, 10 / 255, 0.6)
+
     // Columns of bytes line up in a fixed pitch only, and not every system has the first choice.
     readonly property string fixedFamily: firstFamily(["Consolas", "DejaVu Sans Mono", "Liberation Mono",
         "Menlo", "Courier New"])

@@ -1,0 +1,61 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import KvtEditor
+
+// One line of the list of modules: a module's heading over a thin rule, or one of its fields. It says which
+// of them `line` tells, for a line that scrolls out of sight comes back as another.
+FocusScope {
+    id: root
+
+    required property int index
+    required property var line
+    readonly property bool heading: line.heading ?? false
+    // Blocks stand further apart than the lines of one.
+    readonly property int gap: index === 0 ? 0 : heading || line.apart ? 18 : 10
+    readonly property string title: line.title
+    readonly property string text: line.value ?? ""
+
+    visible: !line.hidden
+    implicitHeight: !visible ? 0 : heading ? rule.y + rule.height : field.y + field.implicitHeight
+
+    Label {
+        id: label
+        objectName: "moduleTitle"
+        anchors { left: parent.left; right: parent.right }
+        y: root.gap
+        visible: root.heading
+        // Of a title without end only so much is laid out as could ever be in sight.
+        text: root.heading ? root.title.slice(0, 200) : ""
+        textFormat: Text.PlainText
+        wrapMode: Text.Wrap
+        maximumLineCount: 2
+        elide: Text.ElideRight
+        color: VOXTheme.orange
+        font { pixelSize: 13; bold: true }
+        Accessible.role: Accessible.Heading
+        Accessible.name: root.title
+    }
+
+    Rectangle {
+        id: rule
+        objectName: "rule"
+        anchors { left: parent.left; right: parent.right }
+        y: label.y + label.height + 10
+        height: 1
+        visible: root.heading
+        color: VOXTheme.border
+    }
+
+    VOXTextField {
+        id: field
+        anchors { left: parent.left; right: parent.right }
+        y: root.gap
+        visible: !root.heading
+        enabled: visible
+        title: root.heading ? "" : root.title
+        text: root.text
+        locked: true
+        input.focus: true
+        input.activeFocusOnTab: false
+    }
+}

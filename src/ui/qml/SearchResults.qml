@@ -1,0 +1,82 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import KvtEditor
+
+// The hits of the last folder search.
+VOXCard {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+
+    title: "Identifiers"
+
+    SearchColumns {
+        id: columns
+        rowWidth: hits.rowWidth
+    }
+
+    Row {
+        spacing: columns.gap
+        Layout.leftMargin: columns.margin
+
+        ListCaption {
+            objectName: "headingFile"
+            text: "File"
+            width: columns.file
+        }
+
+        ListCaption {
+            objectName: "headingOS"
+            text: "OS"
+            width: columns.os
+        }
+
+        ListCaption {
+            objectName: "headingYear"
+            text: "Year"
+            width: columns.year
+        }
+
+        ListCaption {
+            objectName: "headingMake"
+            text: "Make"
+            width: columns.make
+        }
+    }
+
+    VOXList {
+        id: hits
+        objectName: "searchList"
+        name: "Files found"
+        model: root.appState.searchHits
+        onChosen: row => root.appState.openSearchHit(row)
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+
+        delegate: SearchHitRow {
+            columns: columns
+            onClicked: {
+                hits.forceActiveFocus(Qt.MouseFocusReason);
+                hits.currentIndex = index;
+                root.appState.openSearchHit(index);
+            }
+        }
+
+        Label {
+            objectName: "searchEmptyLine"
+            parent: hits
+            x: columns.margin
+            y: 10
+            visible: hits.count === 0
+            text: root.appState.searchBusy ? "Scanning folder ..." : "No results yet."
+            textFormat: Text.PlainText
+            color: VOXTheme.muted
+            font.pixelSize: 12
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
+        }
+    }
+}

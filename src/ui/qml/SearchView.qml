@@ -1,0 +1,149 @@
+import QtQuick
+import QtQuick.Dialogs
+import QtQuick.Layouts
+import KvtEditor
+
+// Looks for tune files in a folder; a click on a hit opens it in the workspace.
+Item {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+    property string folder
+
+    function showFolderDialog(): void {
+        if (folder === "")
+            folderDialog.currentFolder = appState.dialogFolder();
+        folderDialog.open();
+    }
+
+    function search(): void {
+        if (folder === "")
+            showFolderDialog();
+        else
+            appState.scanFolder(folder, appState.searchRecursive !== "0", nameField.text, osField.text,
+                makeField.text, yearField.text);
+    }
+
+    FolderDialog {
+        id: folderDialog
+        objectName: "searchFolderDialog"
+        title: "Search Folder"
+        onAccepted: {
+            root.folder = FilePaths.pathFromUrl(selectedFolder);
+            root.search();
+        }
+    }
+
+    RowLayout {
+        anchors { fill: parent; margins: 20 }
+        spacing: 16
+
+        VOXCard {
+            title: "Workspace"
+            Layout.fillWidth: false
+            Layout.preferredWidth: Math.max(330, Math.min(380, root.width * 0.32))
+            Layout.fillHeight: true
+
+            VOXScroll {
+                RowLayout {
+                    spacing: 10
+
+                    VOXTextField {
+                        id: folderField
+                        objectName: "searchFolderField"
+                        title: "Search Folder"
+                        text: root.folder
+                        locked: true
+                    }
+
+                    VOXButton {
+                        objectName: "searchBrowseButton"
+                        text: "Browse..."
+                        Layout.fillWidth: false
+                        Layout.preferredWidth: 100
+                        Layout.preferredHeight: folderField.input.height
+                        Layout.alignment: Qt.AlignBottom
+                        onClicked: root.showFolderDialog()
+                    }
+                }
+
+                VOXCheckBox {
+                    objectName: "searchRecursiveBox"
+                    text: "Include subfolders"
+                    checked: root.appState.searchRecursive !== "0"
+                    onToggled: checked => root.appState.searchRecursive = checked ? "1" : "0"
+                }
+
+                ColumnLayout {
+                    spacing: 10
+                    Layout.fillWidth: true
+                    Keys.onReturnPressed: root.search()
+                    Keys.onEnterPressed: root.search()
+
+                    VOXTextField {
+                        id: nameField
+                        objectName: "searchNameField"
+                        title: "Name"
+                    }
+
+                    VOXTextField {
+                        id: osField
+                        objectName: "searchOsField"
+                        title: "OS"
+                    }
+
+                    VOXTextField {
+                        id: makeField
+                        objectName: "searchMakeField"
+                        title: "Make"
+                    }
+
+                    VOXTextField {
+                        id: yearField
+                        objectName: "searchYearField"
+                        title: "Year"
+                    }
+                }
+
+                RowLayout {
+                    spacing: 10
+
+                    VOXButton {
+                        objectName: "searchButton"
+                        text: root.appState.searchBusy ? "SEARCHING..." : "SEARCH"
+                        orange: true
+                        enabled: !root.appState.searchBusy
+                        Layout.preferredWidth: 160
+                        Layout.minimumWidth: implicitWidth
+                        onClicked: root.search()
+                    }
+
+                    VOXButton {
+                        objectName: "searchCancelButton"
+                        text: "CANCEL"
+                        enabled: root.appState.searchBusy
+                        Layout.preferredWidth: 80
+                        Layout.minimumWidth: implicitWidth
+                        onClicked: root.appState.cancelScan()
+                    }
+
+                    VOXButton {
+                        objectName: "searchClearButton"
+                        text: "CLEAR"
+                        Layout.preferredWidth: 80
+                        Layout.minimumWidth: implicitWidth
+                        onClicked: root.appState.clearSearch()
+                    }
+                }
+
+                Item {
+                    Layout.fillHeight: true
+                }
+            }
+        }
+
+        SearchResults {
+            Layout.fillHeight: true
+        }
+    }
+}

@@ -1,0 +1,186 @@
+import QtQuick
+import QtQuick.Dialogs
+import QtQuick.Layouts
+import KvtEditor
+
+// Copies chosen tune files into a tree of folders, one level for each sort key.
+Item {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+    property var files: []
+    property string folder
+    // From the click until the copies are made.
+    property bool sorting: false
+
+    function chooseFiles(urls: var): void {
+        files = Array.from(urls, url => FilePaths.pathFromUrl(url));
+    }
+
+    function showFilesDialog(): void {
+        if (files.length === 0)
+            filesDialog.currentFolder = appState.dialogFolder();
+        filesDialog.open();
+    }
+
+    function showFolderDialog(): void {
+        if (folder === "")
+            folderDialog.currentFolder = appState.dialogFolder();
+        folderDialog.open();
+    }
+
+    function forget(): void {
+        files = [];
+        folder = "";
+    }
+
+    // Copying blocks the window, so that it must be seen to work before.
+    function start(): void {
+        sorting = true;
+        frameWait.start();
+    }
+
+    FileDialog {
+        id: filesDialog
+        objectName: "sorterFilesDialog"
+        title: "Source Files"
+        fileMode: FileDialog.OpenFiles
+        nameFilters: ["KVT (*.kvt)"]
+        onAccepted: root.chooseFiles(selectedFiles)
+    }
+
+    FolderDialog {
+        id: folderDialog
+        objectName: "sorterFolderDialog"
+        title: "Output Folder"
+        onAccepted: root.folder = FilePaths.pathFromUrl(selectedFolder)
+    }
+
+    FrameWait {
+        id: frameWait
+        onDrawn: {
+            root.appState.sortCopy(root.files, root.folder, orderField.text);
+            waitingClicks.start();
+        }
+    }
+
+    // Clicks made while the window was blocked arrive now; they must not start over.
+    Timer {
+        id: waitingClicks
+        interval: 50
+        onTriggered: root.sorting = false
+    }
+
+    RowLayout {
+        anchors { fill: parent; margins: 20 }
+        spacing: 16
+        enabled: !root.sorting
+
+        VOXCard {
+            title: "Sorter Options"
+            Layout.fillWidth: false
+            Layout.preferredWidth: Math.max(330, Math.min(380, root.width * 0.32))
+            Layout.fillHeight: true
+
+            VOXScroll {
+                RowLayout {
+                    spacing: 10
+
+                    SorterFilesField {
+                        id: filesField
+                        objectName: "sorterFilesField"
+                        text: root.files.length > 0 ? root.files.length + " file(s)" : ""
+                        onFilesDropped: urls => root.chooseFiles(urls)
+                        Layout.fillWidth: true
+                    }
+
+                    VOXButton {
+                        objectName: "sorterBrowseFilesButton"
+                        text: "Browse..."
+                        Layout.fillWidth: false
+                        Layout.preferredWidth: 100
+                        Layout.preferredHeight: filesField.input.height
+                        Layout.alignment: Qt.AlignBottom
+                        Accessible.name: "Browse source files"
+                        onClicked: root.showFilesDialog()
+                    }
+                }
+
+                RowLayout {
+                    spacing: 10
+
+                    VOXTextField {
+                        id: folderField
+                        objectName: "sorterFolderField"
+                        title: "Output Folder"
+                        text: root.folder
+                        locked: true
+                    }
+
+                    VOXButton {
+                        objectName: "sorterBrowseFolderButton"
+                        text: "Browse..."
+                        Layout.fillWidth: false
+                        Layout.preferredWidth: 100
+                        Layout.preferredHeight: folderField.input.height
+                        Layout.alignment: Qt.AlignBottom
+                        Accessible.name: "Browse output folder"
+                        onClicked: root.showFolderDialog()
+                    }
+                }
+
+                VOXTextField {
+                    id: orderField
+                    objectName: "sorterOrderField"
+                    title: "Sort by / Then"
+                    text: "Year,Make,OS"
+                }
+
+                VOXCheckBox {
+                    objectName: "sorterSubfoldersBox"
+                    text: "Include subfolders"
+                    checked: true
+                }
+
+                RowLayout {
+                    spacing: 10
+
+                    VOXButton {
+                        objectName: "sorterStartButton"
+                        text: root.sorting ? "SORTING..." : "START SORT"
+                        orange: true
+                        Layout.preferredWidth: 140
+                        onClicked: root.start()
+                    }
+
+                    VOXButton {
+                        objectName: "sorterCancelButton"
+                        text: "CANCEL"
+                        Layout.preferredWidth: 140
+                        onClicked: root.forget()
+                    }
+                }
+
+                Item {
+                    Layout.fillHeight: true
+                }
+            }
+        }
+
+        SorterResults {
+            files: root.files
+            folder: root.folder
+            Layout.fillHeight: true
+        }
+    }
+
+    MouseArea {
+        objectName: "sorterWaitArea"
+        anchors.fill: parent
+        visible: root.sorting
+        hoverEnabled: true
+        acceptedButtons: Qt.AllButtons
+        cursorShape: Qt.WaitCursor
+        onWheel: wheel => wheel.accepted = true
+    }
+}

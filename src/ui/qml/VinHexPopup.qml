@@ -1,0 +1,77 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import KvtEditor
+
+// Characters to hex digits and back, for a VIN that is to be typed into a hex editor.
+Popup {
+    id: root
+
+    parent: T.Overlay.overlay
+    anchors.centerIn: parent
+    width: 480
+    padding: 20
+    modal: true
+    focus: true
+    closePolicy: Popup.CloseOnEscape
+    onOpened: vinText.input.forceActiveFocus(Qt.TabFocusReason)
+
+    background: Rectangle {
+        radius: VOXTheme.radiusCard
+        color: VOXTheme.panel
+        border.width: 1
+        border.color: VOXTheme.border
+    }
+
+    ColumnLayout {
+        width: root.availableWidth
+        spacing: 12
+
+        Accessible.role: Accessible.Dialog
+        Accessible.name: "VIN2HEX / ASCII"
+
+        Label {
+            text: "VIN2HEX / ASCII"
+            textFormat: Text.PlainText
+            color: VOXTheme.orange
+            font { pixelSize: 16; bold: true }
+            Layout.fillWidth: true
+            Accessible.role: Accessible.Heading
+            Accessible.name: text
+        }
+
+        VOXTextField {
+            id: vinText
+            objectName: "vinTextField"
+            title: "Text / VIN"
+        }
+
+        VOXTextField {
+            objectName: "vinHexField"
+            title: "Hex bytes"
+            text: VinHex.hexOf(vinText.text)
+            locked: true
+        }
+
+        VOXTextField {
+            id: hexIn
+            objectName: "hexInField"
+            title: "Hex in"
+        }
+
+        VOXTextField {
+            objectName: "asciiOutField"
+            title: "ASCII out"
+            text: VinHex.asciiOf(hexIn.text)
+            locked: true
+        }
+
+        VOXButton {
+            objectName: "vinHexCloseButton"
+            text: "Close"
+            Layout.topMargin: 4
+            onClicked: root.close()
+        }
+    }
+}

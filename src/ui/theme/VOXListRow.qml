@@ -1,0 +1,49 @@
+import QtQuick
+import KvtEditor
+
+// The ground of one row of a VOXList: its highlight, and the pointer over it.
+Rectangle {
+    id: root
+
+    // The text that the row may have to shorten, and whether it did.
+    property string fullText
+    property bool shortened: false
+    property bool clickable: false
+    readonly property bool hovered: pointer.containsMouse
+    // A VOXList, which knows this type and so cannot be known here.
+    readonly property var list: ListView.view
+
+    signal clicked()
+
+    width: list ? list.rowWidth : 0
+    radius: 6
+    color: ListView.isCurrentItem ? VOXTheme.accent(0.22)
+        : hovered && clickable ? VOXTheme.accent(0.12) : "transparent"
+
+    Accessible.role: Accessible.ListItem
+    Accessible.name: fullText
+    Accessible.selectable: true
+    Accessible.selected: ListView.isCurrentItem
+
+    onHoveredChanged: {
+        if (hovered)
+            list.hoveredRow = root;
+        else if (list && list.hoveredRow === root)
+            list.hoveredRow = null;
+    }
+
+    MouseArea {
+        id: pointer
+        anchors.fill: parent
+        hoverEnabled: true
+        cursorShape: root.clickable ? Qt.PointingHandCursor : Qt.ArrowCursor
+        onClicked: root.clicked()
+    }
+
+    Rectangle {
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        height: 1
+        color: VOXTheme.border
+        opacity: 0.5
+    }
+}
