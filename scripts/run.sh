@@ -39,12 +39,12 @@ if [[ -n $tour ]]; then
   if [[ -z ${DISPLAY-} && -z ${WAYLAND_DISPLAY-} ]]; then
     export QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software
   fi
-  KVTEDITOR_TOUR_DIR=$tour "$build/tests/e2e/kvteditor_tour"
+  KVTEDITOR_TOUR_DIR=$tour "$build/kvteditor_tour"
   printf 'run: the pictures of the tour are in %s\n' "$tour"
   exit 0
 fi
 
-cmake --build --preset release --target kvteditor kvteditor_devservice_program
+cmake --build --preset release --target kvteditor kvteditor_manual_pdf kvteditor_devservice_program
 work=$(mktemp -d)
 service=
 trap '[[ -z $service ]] || kill "$service" 2>/dev/null || true; rm -rf "$work"' EXIT

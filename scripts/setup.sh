@@ -16,6 +16,8 @@ packages=(
   qml6-module-qttest
   # run time: TLS roots, window system plug-ins, fonts, the default handler of a desktop
   ca-certificates qt6-qpa-plugins libqt6svg6 fontconfig fonts-dejavu-core xdg-utils
+  # native file dialogs, which choose several files at once, where the desktop is one of GTK's
+  qt6-gtk-platformtheme
   # a display for the tests that want a real window
   xvfb xauth openbox xdotool x11-utils
   # reads the manual's pages back

@@ -117,6 +117,8 @@ void LibraryTour::sort()
     m_window.chooseFolder(QStringLiteral("sorted"));
     m_window.click(QStringLiteral("sorterStartButton"));
     m_window.waitForStatus(QStringLiteral("Copied 1 of 1 file(s)."));
+    m_window.waitFor([this] { return m_window.item(QStringLiteral("sorterStartButton"))->isEnabled(); },
+                     QStringLiteral("the sorter to be ready again"));
     m_picture(QStringLiteral("sorter"));
     check(contents(m_samples + QStringLiteral("/sorted/2014/UnknownMake/12654321/e38_12654321_2014.kvt"))
               == contents(source),

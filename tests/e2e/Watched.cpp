@@ -5,6 +5,7 @@
 //   refused prints the status text with which the command line's file is refused, and the name of the open
 //           file, and closes the window
 //   dialog  closes the window while the file dialog is open in it
+//   scan    closes the window right after a search of the folder that KVTEDITOR_SCAN_ROOT names has begun
 // Whatever it says, a failure box is printed and answered with its button.
 
 #include "WindowDriver.h"
@@ -55,6 +56,14 @@ void openDialog(const WindowDriver &driver)
     std::printf("dialog: open\n");
 }
 
+void beginScan(const WindowDriver &driver)
+{
+    // A name that nothing has, so that the scan goes through the whole tree.
+    driver.app()->scanFolder(qEnvironmentVariable("KVTEDITOR_SCAN_ROOT"), true,
+                             QStringLiteral("no such name"), {}, {}, {});
+    std::printf("%s\n", driver.app()->searchBusy() ? "scan: running" : "scan: not running");
+}
+
 void closeWindow(const QByteArray &wish)
 {
     const WindowDriver driver;
@@ -64,6 +73,8 @@ void closeWindow(const QByteArray &wish)
         waitForRefusal(driver);
     else if (wish == "dialog")
         openDialog(driver);
+    else if (wish == "scan")
+        beginScan(driver);
     driver.window()->close();
 }
 

@@ -66,6 +66,7 @@ private slots:
     void closesCleanlyWithARequestInFlight();
     void closesCleanlyDuringAnUpload();
     void closesCleanlyWithTheFileDialogOpen();
+    void closesCleanlyDuringAScan();
     void wrongServiceFileIsReportedAndPassedOver();
 
 private:
@@ -455,6 +456,29 @@ void TestProgram::closesCleanlyWithTheFileDialogOpen()
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(outcome.out, QStringLiteral("dialog: open\n"));
+    QCOMPARE(logLines(), milestones);
+}
+
+// The size of the tree is KVTEDITOR_SCAN_FILES where a machine is given the time for a larger one.
+void TestProgram::closesCleanlyDuringAScan()
+{
+    const int files = qEnvironmentVariableIsSet("KVTEDITOR_SCAN_FILES")
+        ? qEnvironmentVariableIntValue("KVTEDITOR_SCAN_FILES")
+        : 20000;
+    QTemporaryDir tree;
+    for (int i = 0; i < files; ++i) {
+        const QString folder = QStringLiteral("%1/%2").arg(tree.path()).arg(i / 1000);
+        if (i % 1000 == 0)
+            QVERIFY(QDir().mkpath(folder));
+        QFile file(QStringLiteral("%1/e38_%2.kvt").arg(folder).arg(i));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+    }
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("scan"));
+    m_environment.insert(QStringLiteral("KVTEDITOR_SCAN_ROOT"), tree.path());
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
+    QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(outcome.out, QStringLiteral("scan: running\n"));
     QCOMPARE(logLines(), milestones);
 }
 
