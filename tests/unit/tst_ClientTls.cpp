@@ -156,7 +156,8 @@ void TestClientTls::badCertificateIsRefusedBeforeAnyByte_data()
     QTest::addColumn<QString>("name");
     for (const char *name : {"self-signed", "other-host", "expired", "unknown-ca"}) {
         for (const auto &[primitive, primitiveName] : primitives) {
-            QTest::addRow("%s-%s", name, primitiveName) << int(primitive) << QString::fromLatin1(name);
+            const QByteArray row = QByteArray(name) + '-' + primitiveName;
+            QTest::newRow(row.constData()) << int(primitive) << QString::fromLatin1(name);
         }
     }
 }
