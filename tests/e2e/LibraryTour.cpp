@@ -12,19 +12,6 @@ namespace {
 constexpr int manyFiles = 20000;
 constexpr int attempts = 200;
 
-void check(bool holds, const QString &what)
-{
-    if (!holds)
-        throw DriveError(what.toStdString());
-}
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    check(file.open(QIODevice::ReadOnly), QStringLiteral("cannot read %1").arg(path));
-    return file.readAll();
-}
-
 void makeFiles(const QString &folder, int count)
 {
     check(QDir().mkpath(folder), folder);

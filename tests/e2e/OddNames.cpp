@@ -25,12 +25,6 @@ const QStringList names{
     QStringLiteral("<b>bold.kvt"),   QStringLiteral("two\nlines.kvt"),
 };
 
-void check(bool holds, const QString &what)
-{
-    if (!holds)
-        throw DriveError(what.toStdString());
-}
-
 QStringList files(const QString &folder)
 {
     return QDir(folder).entryList(QDir::Files);

@@ -74,19 +74,6 @@ private:
     int m_pictureCount = 0;
 };
 
-void check(bool holds, const QString &what)
-{
-    if (!holds)
-        throw DriveError(what.toStdString());
-}
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    check(file.open(QIODevice::ReadOnly), QStringLiteral("cannot read %1").arg(path));
-    return file.readAll();
-}
-
 const QString sampleName = QStringLiteral("one-module.kvt");
 const QString severalModulesName = QStringLiteral("two-modules.kvt");
 const QString patchedName = QStringLiteral("patched copy #1.kvt");

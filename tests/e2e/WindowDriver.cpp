@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
@@ -47,6 +48,19 @@ QQuickWindow *shownWindow()
 }
 
 } // namespace
+
+void check(bool holds, const QString &what)
+{
+    if (!holds)
+        throw DriveError(what.toStdString());
+}
+
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    check(file.open(QIODevice::ReadOnly), QStringLiteral("cannot read %1").arg(path));
+    return file.readAll();
+}
 
 WindowDriver::WindowDriver()
 {

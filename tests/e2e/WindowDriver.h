@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <functional>
@@ -15,6 +16,12 @@ class DriveError : public std::runtime_error
 public:
     using std::runtime_error::runtime_error;
 };
+
+/// Throws, saying what is wrong, unless it holds.
+void check(bool holds, const QString &what);
+
+/// The whole file; throws when it cannot be read.
+QByteArray contents(const QString &path);
 
 /// Acts on the program's window as a person would: looks for controls that are in sight, clicks and types.
 class WindowDriver
