@@ -6,6 +6,7 @@
 #include "HttpReading.h"
 #include "Listener.h"
 #include "RequestLog.h"
+#include "StoreAccount.h"
 
 #include <QFile>
 
@@ -254,6 +255,10 @@ DevService::DevService(Options options)
     : d(std::make_unique<Private>(std::move(options)))
 {
     addWorkerEndpoints(d->endpoints);
+    const auto account = std::make_shared<StoreAccount>();
+    addXdfEndpoints(d->endpoints, account);
+    addPatchEndpoints(d->endpoints, account);
+    addStockEndpoints(d->endpoints);
     addFeedbackEndpoints(d->endpoints);
     addUpdateEndpoints(d->endpoints, d->options.updateVersion,
                        [this] { return d->origin(d->usesTls()) + "/download"_L1; });

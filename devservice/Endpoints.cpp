@@ -40,12 +40,43 @@ ServiceAnswer errorAnswer(const QString &message, int status)
                       status);
 }
 
+ServiceAnswer bytesAnswer(const QByteArray &bytes)
+{
+    return {200, "application/octet-stream", bytes, {}};
+}
+
 std::optional<QJsonObject> jsonBody(const ServiceRequest &request)
 {
     const QJsonDocument document = QJsonDocument::fromJson(request.body);
     if (!document.isObject())
         return std::nullopt;
     return document.object();
+}
+
+std::optional<QJsonObject> textBody(const ServiceRequest &request,
+                                    std::initializer_list<QLatin1StringView> members, QString *error)
+{
+    const std::optional<QJsonObject> body = jsonBody(request);
+    if (!body) {
+        *error = QStringLiteral("Not a JSON object");
+        return std::nullopt;
+    }
+    for (const QLatin1StringView member : members) {
+        if (!body->value(member).isString()) {
+            *error = QStringLiteral("No %1").arg(member);
+            return std::nullopt;
+        }
+    }
+    return body;
+}
+
+QString missingField(const ServiceRequest &request, std::initializer_list<QLatin1StringView> fields)
+{
+    for (const QLatin1StringView field : fields) {
+        if (!request.part(field))
+            return QStringLiteral("No %1").arg(field);
+    }
+    return {};
 }
 
 QByteArray ServiceRequest::header(const QByteArray &name) const

@@ -6,6 +6,8 @@
 #include <QJsonObject>
 
 #include <functional>
+#include <initializer_list>
+#include <memory>
 #include <mutex>
 #include <optional>
 
@@ -31,11 +33,24 @@ QString apiRoot();
 ServiceAnswer jsonAnswer(const QJsonObject &object, int status = 200);
 /// {"status":"error","message":...,"error":...}: the editor's features read one or the other.
 ServiceAnswer errorAnswer(const QString &message, int status = 200);
+/// A file, as it is.
+ServiceAnswer bytesAnswer(const QByteArray &bytes);
 std::optional<QJsonObject> jsonBody(const ServiceRequest &request);
+/// A JSON body that has all these members as texts, empty ones included; nothing, with the reason in `error`,
+/// when one is not there.
+std::optional<QJsonObject> textBody(const ServiceRequest &request,
+                                    std::initializer_list<QLatin1StringView> members, QString *error);
+/// Empty when the form has all these fields.
+QString missingField(const ServiceRequest &request, std::initializer_list<QLatin1StringView> fields);
 
 // The groups, each in a source of its own
 
 void addWorkerEndpoints(EndpointTable &table);
+class StoreAccount;
+/// Definition files and patches are paid with the credits of the same account.
+void addXdfEndpoints(EndpointTable &table, std::shared_ptr<StoreAccount> account);
+void addPatchEndpoints(EndpointTable &table, std::shared_ptr<StoreAccount> account);
+void addStockEndpoints(EndpointTable &table);
 void addFeedbackEndpoints(EndpointTable &table);
 /// `downloadUrl` is asked at each request: the port is not known before.
 void addUpdateEndpoints(EndpointTable &table, const QString &latestVersion,

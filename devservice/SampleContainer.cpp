@@ -74,6 +74,7 @@ public:
 
     std::optional<SampleTune> read();
     QString error() const { return m_error; }
+    QList<qsizetype> segmentOffsets() const { return m_segmentOffsets; }
 
 private:
     bool fail(const QString &reason);
@@ -86,6 +87,7 @@ private:
     const QByteArray &m_bytes;
     qsizetype m_position = 0;
     SampleTune m_tune;
+    QList<qsizetype> m_segmentOffsets;
     QString m_error;
 };
 
@@ -130,6 +132,7 @@ bool Reader::takeSegment(const QByteArray &value)
     if (size >= m_bytes.size() - m_position || m_bytes.at(m_position + size) != '\n')
         return fail(QStringLiteral("A segment does not end where it says"));
     segments.append({QString::fromUtf8(value.left(split).trimmed()), m_bytes.mid(m_position, size)});
+    m_segmentOffsets.append(m_position);
     m_position += size + 1;
     return true;
 }
@@ -223,4 +226,10 @@ std::optional<SampleTune> SampleContainer::read(const QByteArray &bytes, QString
     if (!tune && error)
         *error = reader.error();
     return tune;
+}
+
+QList<qsizetype> SampleContainer::segmentOffsets(const QByteArray &bytes)
+{
+    Reader reader(bytes);
+    return reader.read() ? reader.segmentOffsets() : QList<qsizetype>();
 }

@@ -63,4 +63,8 @@ QByteArray write(const SampleTune &tune);
 /// input.
 std::optional<SampleTune> read(const QByteArray &bytes, QString *error = nullptr);
 
+/// Where the bytes of each segment begin, those of all modules in their order; empty when the bytes are no
+/// sample container.
+QList<qsizetype> segmentOffsets(const QByteArray &bytes);
+
 } // namespace SampleContainer

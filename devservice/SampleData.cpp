@@ -37,6 +37,18 @@ constexpr SegmentKind segmentKinds[] = {
     {"Speedometer"_L1, 256}, {"Diagnostics"_L1, 640},
 };
 
+struct TuneFile
+{
+    QLatin1StringView name;
+    int modules;
+    int seed;
+};
+constexpr TuneFile tuneFiles[] = {
+    {"one-module.kvt"_L1, 1, 1}, {"two-modules.kvt"_L1, 2, 2}, {"five-modules.kvt"_L1, 5, 3},
+    {"donor.kvt"_L1, 1, 4},      {"one-module.ctz"_L1, 1, 5},
+};
+constexpr int flashSeed = 6;
+
 struct Vehicle
 {
     QLatin1StringView make;
@@ -46,16 +58,6 @@ constexpr Vehicle vehicles[] = {
     {"CHEVROLET"_L1, "SILVERADO"_L1}, {"GMC"_L1, "SIERRA"_L1},   {"RAM"_L1, "2500"_L1},
     {"FORD"_L1, "F150"_L1},           {"CADILLAC"_L1, "CTS"_L1},
 };
-
-QByteArray noise(int size, int seed)
-{
-    // The engine's output is fixed by the standard, a distribution's is not.
-    std::mt19937 engine(static_cast<std::mt19937::result_type>(seed));
-    QByteArray bytes(size, Qt::Uninitialized);
-    for (char &byte : bytes)
-        byte = static_cast<char>(engine() & 0xff);
-    return bytes;
-}
 
 QString digits(int number, int count)
 {
@@ -78,7 +80,7 @@ SampleModule module(int index, int seed)
                    {u"Hardware"_s, u"HW-%1"_s.arg(digits(index + 1, 3))}};
     int segmentSeed = seed * 1000 + index * 10;
     for (const SegmentKind &segment : segmentKinds)
-        result.segments.append({segment.name, noise(segment.size, segmentSeed++)});
+        result.segments.append({segment.name, SampleData::noise(segment.size, segmentSeed++)});
     return result;
 }
 
@@ -138,15 +140,41 @@ SampleTune SampleData::tune(int modules, int seed)
     return result;
 }
 
+SampleTune SampleData::imported(const QString &title, const QList<SampleSegment> &segments)
+{
+    SampleTune result = tune(1, 0);
+    result.modules.first().title = title;
+    result.modules.first().segments = segments;
+    return result;
+}
+
+QByteArray SampleData::noise(int size, int seed)
+{
+    // The engine's output is fixed by the standard, a distribution's is not.
+    std::mt19937 engine(static_cast<std::mt19937::result_type>(seed));
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (char &byte : bytes)
+        byte = static_cast<char>(engine() & 0xff);
+    return bytes;
+}
+
+const QStringList &SampleData::mainOsNumbers()
+{
+    static const QStringList numbers = [] {
+        QStringList made;
+        for (const TuneFile &file : tuneFiles)
+            made.append(tune(1, file.seed).modules.first().mainOs);
+        return made;
+    }();
+    return numbers;
+}
+
 bool SampleData::generate(const QString &folderPath, QString *error)
 {
     const QDir folder(folderPath);
-    bool done = save(folder, u"one-module.kvt"_s, SampleContainer::write(tune(1, 1)), error)
-        && save(folder, u"two-modules.kvt"_s, SampleContainer::write(tune(2, 2)), error)
-        && save(folder, u"five-modules.kvt"_s, SampleContainer::write(tune(5, 3)), error)
-        && save(folder, u"donor.kvt"_s, SampleContainer::write(tune(1, 4)), error)
-        && save(folder, u"one-module.ctz"_s, SampleContainer::write(tune(1, 5)), error)
-        && save(folder, u"flash.bin"_s, noise(flashSize, 6), error);
+    bool done = save(folder, u"flash.bin"_s, noise(flashSize, flashSeed), error);
+    for (const TuneFile &file : tuneFiles)
+        done = done && save(folder, file.name, SampleContainer::write(tune(file.modules, file.seed)), error);
     for (int i = 0; done && i < libraryFiles; ++i)
         done = saveLibraryFile(folder, i, error);
     return done;

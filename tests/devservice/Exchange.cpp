@@ -45,9 +45,32 @@ Outcome awaited(QNetworkReply *reply)
     if (!reply->isFinished() && !finished.wait(waitMs))
         qFatal("No end of a request");
     outcome.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    outcome.contentType = reply->rawHeader("Content-Type");
     outcome.body = reply->readAll();
     outcome.error = reply->error();
     return outcome;
+}
+
+const QByteArray boundary = "boundary-of-the-test";
+
+QByteArray fieldParts(const Fields &fields)
+{
+    QByteArray parts;
+    for (const auto &[name, value] : fields)
+        parts += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value
+            + "\r\n";
+    return parts;
+}
+
+QByteArray filePart(const QByteArray &name, const QByteArray &fileName, const QByteArray &bytes)
+{
+    return "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"; filename=\""
+        + fileName + "\"\r\nContent-Type: application/octet-stream\r\n\r\n" + bytes + "\r\n";
+}
+
+Outcome postBody(const QString &url, const QByteArray &parts)
+{
+    return post(url, parts + "--" + boundary + "--\r\n", "multipart/form-data; boundary=\"" + boundary + '"');
 }
 
 } // namespace
@@ -73,16 +96,22 @@ Outcome post(const QString &url, const QByteArray &body, const QByteArray &type,
 
 Outcome postForm(const QString &url, const Fields &fields, const QByteArray &file, const QByteArray &fileName)
 {
-    const QByteArray boundary = "boundary-of-the-test";
-    QByteArray body;
-    for (const auto &[name, value] : fields)
-        body += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name + "\"\r\n\r\n" + value
-            + "\r\n";
-    if (!file.isNull())
-        body += "--" + boundary + "\r\nContent-Disposition: form-data; name=\"file\"; filename=\"" + fileName
-            + "\"\r\nContent-Type: application/octet-stream\r\n\r\n" + file + "\r\n";
-    body += "--" + boundary + "--\r\n";
-    return post(url, body, "multipart/form-data; boundary=\"" + boundary + '"');
+    return postBody(url,
+                    fieldParts(fields) + (file.isNull() ? QByteArray() : filePart("file", fileName, file)));
+}
+
+Outcome postParts(const QString &url, const Fields &fields, const QList<FilePart> &files)
+{
+    QByteArray parts = fieldParts(fields);
+    for (const FilePart &file : files)
+        parts += filePart(file.name, file.name + ".bin", file.bytes);
+    return postBody(url, parts);
+}
+
+QByteArray ticketOf(const QByteArray &type)
+{
+    return "{\"type\":\"" + type
+        + R"(","name":"A","email":"a@b.invalid","description":"x","version":"4.0.2","os":"Windows"})";
 }
 
 RawOutcome rawExchange(const DevService &service, const QByteArray &request)

@@ -15,6 +15,7 @@ class DevService;
 struct Outcome
 {
     int status = 0;
+    QByteArray contentType;
     QByteArray body;
     QNetworkReply::NetworkError error = QNetworkReply::NoError;
     QList<QSslError::SslError> tlsErrors;
@@ -32,6 +33,17 @@ Outcome post(const QString &url, const QByteArray &body, const QByteArray &type 
 /// The fields, and the file as the part "file" when it is not null.
 Outcome postForm(const QString &url, const Fields &fields, const QByteArray &file,
                  const QByteArray &fileName = "tune.kvt");
+
+struct FilePart
+{
+    QByteArray name;
+    QByteArray bytes;
+};
+/// The fields, then the files, each under the file name NAME.bin.
+Outcome postParts(const QString &url, const Fields &fields, const QList<FilePart> &files);
+
+/// A ticket with all that the service asks for, as the body of a request.
+QByteArray ticketOf(const QByteArray &type);
 
 /// All that comes back for bytes that are sent once, and how it ended.
 struct RawOutcome

@@ -18,7 +18,7 @@ namespace {
 const QString update = u"updates/kvteditornew/update.json"_s;
 const QByteArray updatePath = "/api/updates/kvteditornew/update.json";
 const QByteArray okJson = R"({"status":"ok"})";
-const QByteArray ticket = R"({"type":"dev"})";
+const QByteArray ticket = ticketOf("dev");
 
 QByteArray headOf(const QByteArray &answer)
 {
@@ -70,6 +70,8 @@ private slots:
     void gzipFaults();
     void timesCountDown();
     void faultOfEveryEndpoint();
+    void everyEndpointTakesFaults_data();
+    void everyEndpointTakesFaults();
     void faultsOverHttp();
     void wrongOrdersOverHttp();
 
@@ -413,6 +415,29 @@ void TestDevFaults::faultOfEveryEndpoint()
     QVERIFY(m_service->setFault(u"*"_s, u"none"_s));
     QCOMPARE(get(url(update)).status, 200);
     QCOMPARE(post(url(u"feedback.aspx"_s), ticket).status, 404);
+}
+
+void TestDevFaults::everyEndpointTakesFaults_data()
+{
+    QTest::addColumn<QString>("endpoint");
+    for (const char *endpoint :
+         {"kvt_worker/process.aspx", "xdf/login.aspx", "xdf/catalog.aspx", "xdf/download.aspx",
+          "patches/patches.aspx", "patches/patch_process.aspx", "stock/list.aspx", "stock/download.aspx",
+          "feedback.aspx", "feedback_reply.aspx", "upload.aspx"})
+        QTest::newRow(endpoint) << QString::fromLatin1(endpoint);
+}
+
+void TestDevFaults::everyEndpointTakesFaults()
+{
+    QFETCH(QString, endpoint);
+    QVERIFY(!post(url(endpoint), "{}").body.contains("No such endpoint"));
+    QVERIFY(m_service->setFault(endpoint, u"status:503:html"_s, 1));
+    const Outcome switched = post(url(endpoint), "{}");
+    QCOMPARE(switched.status, 503);
+    QVERIFY(switched.body.startsWith("<!DOCTYPE html>"));
+    QVERIFY(post(url(endpoint), "{}").body.startsWith('{'));
+    QVERIFY(m_service->setFault(endpoint, u"short-body"_s));
+    QVERIFY(post(url(endpoint), "{}").error != QNetworkReply::NoError);
 }
 
 void TestDevFaults::faultsOverHttp()

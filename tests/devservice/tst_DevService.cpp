@@ -33,9 +33,6 @@ private slots:
     void secondModuleFillsTheSecondKeys();
     void workerRefuses_data();
     void workerRefuses();
-    void ticketsCountUp();
-    void feedbackRefusesWhatIsNoTicket_data();
-    void feedbackRefusesWhatIsNoTicket();
     void updateNamesVersionAndReachableDownload();
     void unknownPathAndMethodAreJsonErrors();
     void requestsAreRecordedAsSent();
@@ -137,39 +134,6 @@ void TestDevService::workerRefuses()
     QCOMPARE(outcome.status, 200);
     QCOMPARE(outcome.json().value("status"_L1).toString(), u"error"_s);
     QCOMPARE(outcome.json().value("message"_L1).toString(), message);
-}
-
-void TestDevService::ticketsCountUp()
-{
-    DevService service;
-    QVERIFY(service.start());
-    const QString url = service.apiBase() + "feedback.aspx"_L1;
-    const QByteArray ticket = R"({"type":"dev","email":"a@b.invalid","description":"x"})";
-    const QJsonObject first = post(url, ticket).json();
-    QCOMPARE(first.value("status"_L1).toString(), u"ok"_s);
-    QCOMPARE(first.value("ticket_id"_L1).toString(), u"T-1001"_s);
-    QCOMPARE(post(url, ticket).json().value("ticket_id"_L1).toString(), u"T-1002"_s);
-    QCOMPARE(service.requests().last().body, ticket);
-}
-
-void TestDevService::feedbackRefusesWhatIsNoTicket_data()
-{
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QString>("error");
-    QTest::newRow("no-json") << QByteArray("type=dev") << u"Not a ticket"_s;
-    QTest::newRow("array") << QByteArray("[]") << u"Not a ticket"_s;
-    QTest::newRow("no-type") << QByteArray(R"({"email":"a"})") << u"No ticket type"_s;
-}
-
-void TestDevService::feedbackRefusesWhatIsNoTicket()
-{
-    QFETCH(QByteArray, body);
-    QFETCH(QString, error);
-    DevService service;
-    QVERIFY(service.start());
-    const QJsonObject json = post(service.apiBase() + "feedback.aspx"_L1, body).json();
-    QCOMPARE(json.value("status"_L1).toString(), u"error"_s);
-    QCOMPARE(json.value("error"_L1).toString(), error);
 }
 
 void TestDevService::updateNamesVersionAndReachableDownload()
@@ -311,11 +275,11 @@ void TestDevService::setAnswerReplacesTheAnswer()
     QVERIFY(service.start());
     service.setAnswer(u"feedback.aspx"_s, {418, "text/plain", "short and stout", {{"X-Pot", "tea"}}});
     const QString url = service.apiBase() + "feedback.aspx"_L1;
-    const Outcome replaced = post(url, R"({"type":"dev"})");
+    const Outcome replaced = post(url, ticketOf("dev"));
     QCOMPARE(replaced.status, 418);
     QCOMPARE(replaced.body, "short and stout");
     service.clearAnswers();
-    QCOMPARE(post(url, R"({"type":"dev"})").json().value("ticket_id"_L1).toString(), u"T-1001"_s);
+    QCOMPARE(post(url, ticketOf("dev")).json().value("ticket_id"_L1).toString(), u"T-1001"_s);
 }
 
 void TestDevService::stopIsIdempotentAndStartsAgain()

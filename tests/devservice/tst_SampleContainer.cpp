@@ -27,6 +27,7 @@ private slots:
     void layoutIsAsDocumented();
     void whatIsWrittenReadsBack_data();
     void whatIsWrittenReadsBack();
+    void segmentOffsetsFindTheBytes();
     void overwrittenVinReadsBackOverwritten();
     void hostileTextsAreMadeHarmless();
     void longTextsAreCut();
@@ -77,6 +78,19 @@ void TestSampleContainer::whatIsWrittenReadsBack()
     QVERIFY2(read, qPrintable(error));
     QVERIFY(*read == tune);
     QCOMPARE(error, QString());
+}
+
+void TestSampleContainer::segmentOffsetsFindTheBytes()
+{
+    SampleTune tune = smallTune();
+    tune.modules.append(SampleModule{u"Gearbox"_s, {}, {}, {}, {}, {{u"Shift"_s, "xyz"}}});
+    const QByteArray bytes = SampleContainer::write(tune);
+    const QList<qsizetype> offsets = SampleContainer::segmentOffsets(bytes);
+    QCOMPARE(offsets.size(), 3);
+    QCOMPARE(bytes.mid(offsets[0], 7), QByteArray("\n\0end\n\xff", 7));
+    QVERIFY(bytes.first(offsets[1]).endsWith("None=00000000\n"));
+    QCOMPARE(bytes.mid(offsets[2]), "xyz\nend\n");
+    QCOMPARE(SampleContainer::segmentOffsets(bytes.chopped(1)), QList<qsizetype>());
 }
 
 void TestSampleContainer::overwrittenVinReadsBackOverwritten()
