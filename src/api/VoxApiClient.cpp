@@ -2,6 +2,7 @@
 
 #include "api/JsonReading.h"
 #include "api/ServiceConfig.h"
+#include "api/TransferMeter.h"
 #include "api/UploadBody.h"
 
 #include <QHttpMultiPart>
@@ -17,6 +18,11 @@
 namespace {
 
 constexpr qsizetype shownBodyBytes = 300;
+
+const QString sessionTokenKey = QStringLiteral("session_token");
+const QString calIdKey = QStringLiteral("cal_id");
+const QString ticketIdKey = QStringLiteral("ticket_id");
+const QString ticketPath = QStringLiteral("feedback_reply.aspx");
 
 QNetworkRequest requestTo(const QString &address)
 {
@@ -127,6 +133,7 @@ WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &obj
 VoxApiClient::VoxApiClient(QObject *parent)
     : QObject(parent)
     , m_apiBase(serviceConfig().apiBase)
+    , m_transfers(new TransferMeter(this))
 {
 }
 
@@ -230,9 +237,70 @@ void VoxApiClient::uploadToDev(const QJsonObject &object, BytesCallback callback
              });
 }
 
+void VoxApiClient::xdfLogin(const QString &email, const QString &password, JsonCallback callback)
+{
+    postJson(QStringLiteral("xdf/login.aspx"),
+             {{QStringLiteral("email"), email}, {QStringLiteral("password"), password}}, std::move(callback));
+}
+
+void VoxApiClient::xdfCatalog(const QString &sessionToken, const QString &osId, JsonCallback callback)
+{
+    postJson(QStringLiteral("xdf/catalog.aspx"),
+             {{sessionTokenKey, sessionToken}, {QStringLiteral("os_id"), osId}}, std::move(callback));
+}
+
+void VoxApiClient::xdfDownload(const QString &sessionToken, const QString &id, BytesCallback callback)
+{
+    postMultipart(QStringLiteral("xdf/download.aspx"),
+                  {{sessionTokenKey, sessionToken}, {QStringLiteral("id"), id}}, {}, std::move(callback));
+}
+
+void VoxApiClient::patches(const QString &sessionToken, const QString &calId, JsonCallback callback)
+{
+    postJson(QStringLiteral("patches/patches.aspx"), {{sessionTokenKey, sessionToken}, {calIdKey, calId}},
+             std::move(callback));
+}
+
+void VoxApiClient::applyPatch(const QString &sessionToken, int patchId, const QByteArray &binBytes,
+                              const QString &calId, JsonCallback callback)
+{
+    postJson(QStringLiteral("patches/patch_process.aspx"),
+             {{sessionTokenKey, sessionToken},
+              {QStringLiteral("patch_id"), QString::number(patchId)},
+              {QStringLiteral("file_data"), QString::fromLatin1(binBytes.toBase64())},
+              {calIdKey, calId}},
+             std::move(callback));
+}
+
+void VoxApiClient::stockList(const QVariantMap &filters, JsonCallback callback)
+{
+    postJson(QStringLiteral("stock/list.aspx"), QJsonObject::fromVariantMap(filters), std::move(callback));
+}
+
+void VoxApiClient::stockDownload(const QString &id, BytesCallback callback)
+{
+    postMultipart(QStringLiteral("stock/download.aspx"), {{QStringLiteral("id"), id}}, {},
+                  std::move(callback));
+}
+
 void VoxApiClient::feedbackSubmit(const QJsonObject &ticket, JsonCallback callback)
 {
     postJson(QStringLiteral("feedback.aspx"), ticket, std::move(callback));
+}
+
+void VoxApiClient::feedbackHistory(const QString &ticketId, JsonCallback callback)
+{
+    postJson(ticketPath, {{QStringLiteral("action"), QStringLiteral("history")}, {ticketIdKey, ticketId}},
+             std::move(callback));
+}
+
+void VoxApiClient::feedbackReply(const QString &ticketId, const QString &message, JsonCallback callback)
+{
+    postJson(ticketPath,
+             {{QStringLiteral("action"), QStringLiteral("reply")},
+              {ticketIdKey, ticketId},
+              {QStringLiteral("message"), message}},
+             std::move(callback));
 }
 
 void VoxApiClient::checkUpdate(JsonCallback callback)
@@ -248,6 +316,7 @@ QNetworkAccessManager *VoxApiClient::newManager()
 // The manager belongs to the client and the reply to the manager; both go once the answer was handed over.
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
+    m_transfers->watch(reply);
     connect(reply, &QNetworkReply::finished, this, [reply, manager, finished = std::move(finished)] {
         const QByteArray body = reply->readAll();
         const QString error = reply->error() == QNetworkReply::NoError ? QString() : reply->errorString();

@@ -13,6 +13,7 @@
 class QNetworkAccessManager;
 class QNetworkReply;
 class QNetworkRequest;
+class TransferMeter;
 
 /// One file part of a multipart request.
 struct WorkerFile
@@ -58,6 +59,8 @@ public:
     void setApiBase(const QString &base);
     /// The absolute URL of a path below the API base; one leading "/" of `path` is dropped.
     QString url(const QString &path) const;
+    /// How far the requests under way are. Belongs to the client.
+    TransferMeter *transfers() const { return m_transfers; }
 
     // The primitives that every endpoint uses
 
@@ -78,7 +81,18 @@ public:
     void kvtWorker(const QString &version, const QString &operation, const FieldList &fields,
                    const QList<WorkerFile> &files, WorkerCallback callback);
     void uploadToDev(const QJsonObject &object, BytesCallback callback);
+    void xdfLogin(const QString &email, const QString &password, JsonCallback callback);
+    void xdfCatalog(const QString &sessionToken, const QString &osId, JsonCallback callback);
+    void xdfDownload(const QString &sessionToken, const QString &id, BytesCallback callback);
+    void patches(const QString &sessionToken, const QString &calId, JsonCallback callback);
+    void applyPatch(const QString &sessionToken, int patchId, const QByteArray &binBytes,
+                    const QString &calId, JsonCallback callback);
+    /// One member per filter, of the JSON type that its value has.
+    void stockList(const QVariantMap &filters, JsonCallback callback);
+    void stockDownload(const QString &id, BytesCallback callback);
     void feedbackSubmit(const QJsonObject &ticket, JsonCallback callback);
+    void feedbackHistory(const QString &ticketId, JsonCallback callback);
+    void feedbackReply(const QString &ticketId, const QString &message, JsonCallback callback);
     void checkUpdate(JsonCallback callback);
 
 private:
@@ -87,4 +101,5 @@ private:
     QNetworkAccessManager *newManager();
 
     QString m_apiBase;
+    TransferMeter *m_transfers;
 };

@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 
 #include "app/ScanLink.h"
+#include "core/FileTools.h"
 #include "core/Version.h"
 #include "platform/WebToolWindow.h"
 
@@ -59,18 +60,13 @@ void AppState::setBusy(bool busy)
     emit busyChanged();
 }
 
-void AppState::setXdfEmail(const QString &email)
+QString AppState::saveToDocuments(const QByteArray &bytes, const QString &name)
 {
-    if (m_xdf.email == email)
-        return;
-    m_xdf.email = email;
-    emit xdfChanged();
-}
-
-void AppState::setXdfPassword(const QString &password)
-{
-    if (m_xdf.password == password)
-        return;
-    m_xdf.password = password;
-    emit xdfChanged();
+    QString error;
+    const QString path = FileTools::exportToDocuments(bytes, name, &error);
+    if (path.isEmpty())
+        setStatus(error, 0);
+    else
+        FileTools::revealInExplorer(path);
+    return path;
 }

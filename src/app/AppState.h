@@ -1,5 +1,6 @@
 #pragma once
 
+#include "api/TransferMeter.h"
 #include "api/VoxApiClient.h"
 #include "core/HexModel.h"
 
@@ -52,7 +53,7 @@ class AppState : public QObject
     Q_PROPERTY(bool showHex READ showHex WRITE setShowHex NOTIFY showHexChanged FINAL)
     Q_PROPERTY(HexModel *hexModel READ hexModel CONSTANT FINAL)
 
-    // XDF store
+    // XDF store: AppStateXdf.cpp
     Q_PROPERTY(QString xdfEmail READ xdfEmail WRITE setXdfEmail NOTIFY xdfChanged FINAL)
     Q_PROPERTY(QString xdfPassword READ xdfPassword WRITE setXdfPassword NOTIFY xdfChanged FINAL)
     Q_PROPERTY(QString xdfToken READ xdfToken NOTIFY xdfChanged FINAL)
@@ -63,7 +64,7 @@ class AppState : public QObject
     Q_PROPERTY(QVariantList searchHits READ searchHits NOTIFY searchChanged FINAL)
     Q_PROPERTY(bool searchBusy READ searchBusy NOTIFY searchChanged FINAL)
 
-    // Segment swap, patches, stock files
+    // Segment swap, patches, stock files: AppStateSegments.cpp, AppStatePatches.cpp, AppStateStock.cpp
     Q_PROPERTY(QVariantList swapCandidates READ swapCandidates NOTIFY segmentsChanged FINAL)
     Q_PROPERTY(QVariantList patchItems READ patchItems NOTIFY patcherChanged FINAL)
     Q_PROPERTY(QVariantList stockRows READ stockRows NOTIFY stockChanged FINAL)
@@ -97,6 +98,8 @@ public:
     Q_INVOKABLE void copyText(const QString &text, const QString &label);
     /// Does nothing; views may call it.
     Q_INVOKABLE void openEditorDebug();
+    /// How far the requests to the service are. Belongs to the controller.
+    Q_INVOKABLE TransferMeter *transfers() const { return m_client->transfers(); }
 
     // Workspace and identifiers: AppStateWorkspace.cpp
     QString fileName() const { return m_file.name; }
@@ -166,7 +169,18 @@ public:
     /// Makes the edited buffer the file's held bytes and closes the hex editor; nothing goes to disk.
     Q_INVOKABLE void hexWriteBack();
 
-    // XDF store
+    // Segment swap: AppStateSegments.cpp
+    QVariantList swapCandidates() const { return m_swap.candidates; }
+    /// Remembers the file as the base when `which` is "base", else as the donor; it is read when it is sent.
+    Q_INVOKABLE void pickSegmentFile(const QString &which, const QString &path);
+    /// Asks the service which segments can be swapped; a failure keeps the candidates that there are.
+    Q_INVOKABLE void previewSegments();
+    /// Has the selected candidates swapped; the result is saved and opened as "swapped.kvt".
+    Q_INVOKABLE void applySegments();
+    Q_INVOKABLE void setCandidateSelected(int index, bool selected);
+    Q_INVOKABLE void selectAllCandidates(bool selected);
+
+    // XDF store: AppStateXdf.cpp
     QString xdfEmail() const { return m_xdf.email; }
     QString xdfPassword() const { return m_xdf.password; }
     QString xdfToken() const { return m_xdf.token; }
@@ -175,6 +189,11 @@ public:
     QString catalogText() const { return m_xdf.catalogText; }
     void setXdfEmail(const QString &email);
     void setXdfPassword(const QString &password);
+    /// Signs in with the address and password that the properties hold.
+    Q_INVOKABLE void xdfLogin();
+    /// Loads the items for the first module's OS.
+    Q_INVOKABLE void xdfCatalog();
+    Q_INVOKABLE void xdfDownload(int index);
 
     // Folder search: AppStateSearch.cpp
     QVariantList searchHits() const { return m_search.hits; }
@@ -195,10 +214,22 @@ public:
     // Sorter: AppStateSorter.cpp
     Q_INVOKABLE void sortCopy(const QStringList &files, const QString &dest, const QString &order);
 
-    // Segment swap, patches, stock files
-    QVariantList swapCandidates() const { return m_swapCandidates; }
-    QVariantList patchItems() const { return m_patchItems; }
+    // BIN patches: AppStatePatches.cpp
+    QVariantList patchItems() const { return m_patches.items; }
+    /// Lists the patches for an identifier, the first module's OS when it is empty.
+    Q_INVOKABLE void loadPatches(const QString &calId);
+    /// Has a copy of the BIN at `path` patched; the copy is saved in the documents folder.
+    Q_INVOKABLE void applyPatchToBin(int index, const QString &path);
+
+    // Stock files: AppStateStock.cpp
     QVariantList stockRows() const { return m_stockRows; }
+    Q_INVOKABLE void stockSearch(const QVariantMap &filters);
+    Q_INVOKABLE void stockSearchFields(const QString &make, const QString &fileType, const QString &folder,
+                                       const QString &module, const QString &model, const QString &os,
+                                       const QString &keyword, const QString &sort, const QString &sortDir);
+    Q_INVOKABLE void clearStock();
+    /// Saves the file in the documents folder, or with `openKvt` opens it if it is a tune file.
+    Q_INVOKABLE void stockDownload(int index, bool openKvt);
 
     // Tools and conversion options: AppStateTools.cpp
     QVariantList j1939Rows() const { return m_tools.j1939Rows; }
@@ -214,12 +245,19 @@ public:
     Q_INVOKABLE void goHelp();
     /// The service's full address of a path below its API base.
     Q_INVOKABLE QString serviceUrl(const QString &path) const;
+    /// The address of the store's web site.
+    Q_INVOKABLE QString storeUrl() const;
     /// Hands an address to the desktop; whether anything could open it is not known.
     Q_INVOKABLE void openWebTool(const QString &url, const QString &title);
 
     // Tickets and updates: AppStateFeedback.cpp
     QString threadText() const { return m_threadText; }
     Q_INVOKABLE void sendToDev(const QString &email, const QString &notes);
+    Q_INVOKABLE void submitTicket(const QString &type, const QString &name, const QString &email,
+                                  const QString &desc);
+    Q_INVOKABLE void loadTicket(const QString &ticket);
+    /// Loads the conversation again once the reply was taken.
+    Q_INVOKABLE void replyTicket(const QString &ticket, const QString &message);
     Q_INVOKABLE void checkUpdate();
 
 signals:
@@ -240,6 +278,9 @@ signals:
 private:
     // Shell
     void setBusy(bool busy);
+    /// Saves a file in the documents folder and shows the folder. The file's path; when it could not be
+    /// saved, an empty one, with the reason on the status line.
+    QString saveToDocuments(const QByteArray &bytes, const QString &name);
 
     VoxApiClient *m_client;
     HexModel *m_hexModel;
@@ -291,9 +332,28 @@ private:
         std::shared_ptr<ScanLink> link;
     } m_search;
 
-    // Segment swap, patches, stock files
-    QVariantList m_swapCandidates;
-    QVariantList m_patchItems;
+    // Segment swap
+    /// The file to swap into; empty, with a word on the status line, unless there is one and a donor.
+    QString swapBase();
+
+    struct SwapState
+    {
+        QString basePath;
+        QString donorPath;
+        QVariantList candidates;
+    } m_swap;
+
+    // BIN patches
+    struct PatchState
+    {
+        QVariantList items;
+        /// What the list was asked for; sent again with every patch.
+        QString calId;
+    } m_patches;
+
+    // Stock files
+    void finishStockDownload(const QByteArray &bytes, const QString &filename, bool open);
+
     QVariantList m_stockRows;
 
     // Tools and conversion options

@@ -186,13 +186,9 @@ void AppState::finishConversion(const WorkerResult &result, const QString &outNa
         setStatus(result.text.left(shownAnswerLength), 1);
         return;
     }
-    QString error;
-    const QString path = FileTools::exportToDocuments(result.data, outName, &error);
-    if (path.isEmpty()) {
-        setStatus(error, 0);
+    const QString path = saveToDocuments(result.data, outName);
+    if (path.isEmpty())
         return;
-    }
-    FileTools::revealInExplorer(path);
     if (outName.endsWith(QLatin1String(".kvt"), Qt::CaseInsensitive))
         openKvt(path);
     setStatus(QStringLiteral("Saved %1").arg(outName), 1);

@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 
+#include "api/ServiceConfig.h"
 #include "core/FileTools.h"
 #include "platform/ToolLauncher.h"
 #include "platform/WebToolWindow.h"
@@ -79,6 +80,11 @@ void AppState::goHelp()
 QString AppState::serviceUrl(const QString &path) const
 {
     return m_client->url(path);
+}
+
+QString AppState::storeUrl() const
+{
+    return serviceConfig().storeUrl;
 }
 
 void AppState::openWebTool(const QString &url, const QString &title)

@@ -1,15 +1,31 @@
 #include "core/FileTools.h"
 
-#include <QRegularExpression>
 #include <QVariantList>
 
 #include <algorithm>
 
+// Characters are looked at one by one: a regular expression matches nothing at all in a text that holds half
+// of a surrogate pair, and a service can send one.
+
 namespace {
+
+constexpr qsizetype shortestToken = 6;
+constexpr qsizetype yearLength = 4;
 
 bool isAsciiCapital(QChar c)
 {
     return c >= QLatin1Char('A') && c <= QLatin1Char('Z');
+}
+
+bool isAsciiDigit(QChar c)
+{
+    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+}
+
+bool isYear(QStringView text)
+{
+    return (text.startsWith(QLatin1String("19")) || text.startsWith(QLatin1String("20")))
+        && std::all_of(text.begin(), text.end(), isAsciiDigit);
 }
 
 // Any script's decimal digits count, while letters are ASCII only: that is how the numbers are told apart.
@@ -38,14 +54,27 @@ bool FileTools::isWeakNumericOs(const QString &text)
 
 QString FileTools::osTokenFromName(const QString &name)
 {
-    static const QRegularExpression token(QStringLiteral("([A-Z0-9]{6,})"));
-    return token.match(name.toUpper()).captured(1);
+    const QString upper = name.toUpper();
+    const auto isPart = [](QChar c) { return isAsciiCapital(c) || isAsciiDigit(c); };
+    for (auto begin = upper.begin(); begin != upper.end();) {
+        begin = std::find_if(begin, upper.end(), isPart);
+        const auto end = std::find_if_not(begin, upper.end(), isPart);
+        if (end - begin >= shortestToken)
+            return QStringView(begin, end).toString();
+        begin = end;
+    }
+    return {};
 }
 
 QString FileTools::yearFromName(const QString &name)
 {
-    static const QRegularExpression year(QStringLiteral("(19|20)\\d{2}"));
-    return year.match(name).captured(0);
+    const QStringView view(name);
+    for (qsizetype at = 0; at + yearLength <= view.size(); ++at) {
+        const QStringView four = view.sliced(at, yearLength);
+        if (isYear(four))
+            return four.toString();
+    }
+    return {};
 }
 
 QVariantMap FileTools::makeModuleEntry(const QString &title, const QString &vin, const QString &serial,
@@ -69,9 +98,12 @@ QVariantMap FileTools::makeModuleEntry(const QString &title, const QString &vin,
 
 QString FileTools::sanitizeName(const QString &text)
 {
-    static const QRegularExpression reserved(QStringLiteral(R"([\\/:*?"<>|])"));
+    static const QString reserved = QStringLiteral(R"(\/:*?"<>|)");
     QString name = text;
-    name.replace(reserved, QStringLiteral("_"));
+    for (QChar &c : name) {
+        if (reserved.contains(c))
+            c = QLatin1Char('_');
+    }
     return name.trimmed().isEmpty() ? QStringLiteral("file") : name;
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "api/TransferMeter.h"
 #include "app/AppState.h"
 #include "core/HexModel.h"
 #include "core/ModuleLines.h"
+#include "core/RowModel.h"
+#include "core/TextLines.h"
 
 #include <QtQml/qqml.h>
 
@@ -29,4 +32,26 @@ struct ModuleLinesForeign
     Q_GADGET
     QML_FOREIGN(ModuleLines)
     QML_NAMED_ELEMENT(ModuleLines)
+};
+
+struct RowModelForeign
+{
+    Q_GADGET
+    QML_FOREIGN(RowModel)
+    QML_NAMED_ELEMENT(RowModel)
+};
+
+struct TextLinesForeign
+{
+    Q_GADGET
+    QML_FOREIGN(TextLines)
+    QML_NAMED_ELEMENT(TextLines)
+};
+
+struct TransferMeterForeign
+{
+    Q_GADGET
+    QML_FOREIGN(TransferMeter)
+    QML_NAMED_ELEMENT(TransferMeter)
+    QML_UNCREATABLE("It belongs to the controller, which hands it out")
 };

@@ -1,0 +1,94 @@
+#include "api/TransferMeter.h"
+
+#include <QLocale>
+#include <QNetworkReply>
+#include <QTimer>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr int updateInterval = 100;
+
+QString size(qint64 bytes)
+{
+    return QLocale::c().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
+}
+
+QString progress(const QString &what, qint64 done, qint64 total)
+{
+    return total > 0 ? QStringLiteral("%1 %2 of %3").arg(what, size(done), size(total))
+                     : QStringLiteral("%1 %2").arg(what, size(done));
+}
+
+/// The sum of two totals is known when both are.
+qint64 totalOf(qint64 one, qint64 other)
+{
+    return one < 0 || other < 0 ? -1 : one + other;
+}
+
+} // namespace
+
+QString transferText(const TransferBytes &bytes)
+{
+    if (bytes.sent < bytes.toSend)
+        return progress(QStringLiteral("Sending"), bytes.sent, bytes.toSend);
+    if (bytes.received > 0)
+        return progress(QStringLiteral("Receiving"), bytes.received, bytes.toReceive);
+    return {};
+}
+
+TransferMeter::TransferMeter(QObject *parent)
+    : QObject(parent)
+    , m_timer(new QTimer(this))
+{
+    m_timer->setInterval(updateInterval);
+    connect(m_timer, &QTimer::timeout, this, &TransferMeter::update);
+}
+
+void TransferMeter::watch(QNetworkReply *reply)
+{
+    m_transfers[reply].age.start();
+    m_timer->start();
+    // The library does not know how long a body is that it can read but once: each of its totals is what was
+    // sent so far, and nothing of nothing at the end.
+    const qint64 length = reply->request().header(QNetworkRequest::ContentLengthHeader).toLongLong();
+    connect(reply, &QNetworkReply::uploadProgress, this, [this, reply, length](qint64 sent, qint64 total) {
+        if (total > 0) {
+            m_transfers[reply].bytes.sent = sent;
+            m_transfers[reply].bytes.toSend = std::max(length, total);
+        }
+    });
+    connect(reply, &QNetworkReply::downloadProgress, this, [this, reply](qint64 received, qint64 total) {
+        m_transfers[reply].bytes.received = received;
+        m_transfers[reply].bytes.toReceive = total;
+    });
+    const auto forget = [this, reply] {
+        m_transfers.remove(reply);
+        update();
+    };
+    // No progress comes behind the end.
+    connect(reply, &QNetworkReply::finished, this, forget);
+    connect(reply, &QObject::destroyed, this, forget);
+}
+
+void TransferMeter::update()
+{
+    TransferBytes sum;
+    for (const Transfer &transfer : std::as_const(m_transfers)) {
+        if (!transfer.age.hasExpired(m_patience))
+            continue;
+        sum.sent += transfer.bytes.sent;
+        sum.toSend = totalOf(sum.toSend, transfer.bytes.toSend);
+        sum.received += transfer.bytes.received;
+        sum.toReceive = totalOf(sum.toReceive, transfer.bytes.toReceive);
+    }
+    if (m_transfers.isEmpty())
+        m_timer->stop();
+    const QString text = transferText(sum);
+    if (text == m_text)
+        return;
+    m_text = text;
+    emit textChanged();
+}

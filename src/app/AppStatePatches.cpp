@@ -1,0 +1,52 @@
+#include "app/AppState.h"
+
+#include "api/StoreAnswers.h"
+#include "core/FileTools.h"
+
+void AppState::loadPatches(const QString &calId)
+{
+    m_patches.calId = calId.isEmpty() ? moduleOneOs() : calId;
+    m_client->patches(m_xdf.token, m_patches.calId, [this](const QJsonObject &answer, const QString &error) {
+        if (!error.isEmpty()) {
+            setStatus(error, 0);
+            return;
+        }
+        PatchList list = decodePatchList(answer);
+        if (!list.credits.isEmpty())
+            m_xdf.credits = list.credits;
+        m_patches.items = std::move(list.items);
+        emit xdfChanged();
+        emit patcherChanged();
+        setStatus(QStringLiteral("%1 patch(es) for %2.")
+                      .arg(QString::number(m_patches.items.size()), m_patches.calId),
+                  1);
+    });
+}
+
+void AppState::applyPatchToBin(int index, const QString &path)
+{
+    if (index < 0 || index >= m_patches.items.size())
+        return;
+    QString error;
+    const QByteArray bin = FileTools::readFile(path, &error);
+    if (bin.isEmpty()) {
+        setStatus(error, 0);
+        return;
+    }
+    const int patchId = m_patches.items.at(index).toMap().value(QStringLiteral("id")).toInt();
+    m_client->applyPatch(m_xdf.token, patchId, bin, m_patches.calId,
+                         [this, path](const QJsonObject &answer, const QString &failure) {
+                             if (!failure.isEmpty()) {
+                                 setStatus(failure, 0);
+                                 return;
+                             }
+                             const PatchOutcome outcome = decodePatchOutcome(answer);
+                             if (!outcome.file.isEmpty()) {
+                                 const QString saved =
+                                     FileTools::exportToDocuments(outcome.file, patchedName(path));
+                                 if (!saved.isEmpty())
+                                     FileTools::revealInExplorer(saved);
+                             }
+                             setStatus(outcome.status, outcome.level);
+                         });
+}

@@ -1,0 +1,81 @@
+#include "app/AppState.h"
+
+#include "api/SegmentSwap.h"
+#include "core/FileTools.h"
+#include "core/Version.h"
+
+#include <QFileInfo>
+
+namespace {
+
+const QString selectedKey = QStringLiteral("selected");
+
+} // namespace
+
+void AppState::pickSegmentFile(const QString &which, const QString &path)
+{
+    (which == QLatin1String("base") ? m_swap.basePath : m_swap.donorPath) = path;
+    setStatus(QStringLiteral("%1 set: %2").arg(which, QFileInfo(path).fileName()), 1);
+    emit segmentsChanged();
+}
+
+QString AppState::swapBase()
+{
+    const QString base = m_swap.basePath.isEmpty() ? m_file.path : m_swap.basePath;
+    if (!base.isEmpty() && !m_swap.donorPath.isEmpty())
+        return base;
+    setStatus(QStringLiteral("Pick a base KVT and a donor KVT."), 0);
+    return {};
+}
+
+void AppState::previewSegments()
+{
+    const QString base = swapBase();
+    if (base.isEmpty())
+        return;
+    // A file that cannot be read goes out empty: the client refuses an empty base, the service an empty
+    // donor.
+    const QList<WorkerFile> files{
+        {QStringLiteral("file"), QFileInfo(base).fileName(), FileTools::readFile(base)},
+        {QStringLiteral("donor"), QFileInfo(m_swap.donorPath).fileName(),
+         FileTools::readFile(m_swap.donorPath)}};
+    m_client->kvtWorker(applicationVersion(), QStringLiteral("segment_swap_preview"), {}, files,
+                        [this](const WorkerResult &result) {
+                            if (!result.ok) {
+                                setStatus(result.error, 0);
+                                return;
+                            }
+                            applyKvtInfoJson(result.text);
+                            m_swap.candidates = decodeSwapCandidates(result.text);
+                            emit segmentsChanged();
+                            setStatus(QStringLiteral("%1 swap candidate(s).").arg(m_swap.candidates.size()),
+                                      1);
+                        });
+}
+
+void AppState::applySegments()
+{
+    const QString base = swapBase();
+    if (base.isEmpty())
+        return;
+    workerConvert(QStringLiteral("segment_swap"), FileTools::readFile(base), QFileInfo(base).fileName(),
+                  {{QStringLiteral("swap_candidate_indices"), selectedCandidateIndices(m_swap.candidates)}},
+                  {{QStringLiteral("donor"), FileTools::readFile(m_swap.donorPath)}},
+                  QStringLiteral("swapped.kvt"));
+}
+
+void AppState::setCandidateSelected(int index, bool selected)
+{
+    if (index < 0 || index >= m_swap.candidates.size())
+        return;
+    QVariantMap candidate = m_swap.candidates.at(index).toMap();
+    candidate.insert(selectedKey, selected);
+    m_swap.candidates[index] = candidate;
+    emit segmentsChanged();
+}
+
+void AppState::selectAllCandidates(bool selected)
+{
+    for (int i = 0; i < m_swap.candidates.size(); ++i)
+        setCandidateSelected(i, selected);
+}

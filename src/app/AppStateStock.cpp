@@ -1,0 +1,66 @@
+#include "app/AppState.h"
+
+#include "api/JsonReading.h"
+#include "api/StoreAnswers.h"
+#include "core/FileTools.h"
+
+#include <QDir>
+
+void AppState::stockSearch(const QVariantMap &filters)
+{
+    m_client->stockList(filters, [this](const QJsonObject &answer, const QString &error) {
+        if (!error.isEmpty()) {
+            setStatus(error, 0);
+            return;
+        }
+        m_stockRows = decodeStockList(answer);
+        emit stockChanged();
+        setStatus(QStringLiteral("%1 stock file(s).").arg(m_stockRows.size()), 1);
+    });
+}
+
+void AppState::stockSearchFields(const QString &make, const QString &fileType, const QString &folder,
+                                 const QString &module, const QString &model, const QString &os,
+                                 const QString &keyword, const QString &sort, const QString &sortDir)
+{
+    stockSearch(stockFilters(make, fileType, folder, module, model, os, keyword, sort, sortDir));
+}
+
+void AppState::clearStock()
+{
+    m_stockRows.clear();
+    emit stockChanged();
+}
+
+void AppState::stockDownload(int index, bool openKvt)
+{
+    if (index < 0 || index >= m_stockRows.size())
+        return;
+    const QVariantMap row = m_stockRows.at(index).toMap();
+    m_client->stockDownload(row.value(QStringLiteral("id")).toString(),
+                            [this, openKvt, filename = row.value(QStringLiteral("filename")).toString()](
+                                const QByteArray &bytes, const QJsonObject &answer, const QString &error) {
+                                const QString refusal = jsonString(answer, QStringLiteral("error"));
+                                if (!refusal.isEmpty() || (!error.isEmpty() && bytes.isEmpty())) {
+                                    setStatus(refusal.isEmpty() ? error : refusal, 0);
+                                    return;
+                                }
+                                finishStockDownload(bytes, filename, openKvt);
+                            });
+}
+
+void AppState::finishStockDownload(const QByteArray &bytes, const QString &filename, bool open)
+{
+    const QString bare = bareFileName(filename);
+    const QString name = bare.isEmpty() ? QStringLiteral("stock.bin") : bare;
+    if (!open || !name.endsWith(QLatin1String(".kvt"), Qt::CaseInsensitive)) {
+        if (!saveToDocuments(bytes, name).isEmpty())
+            setStatus(QStringLiteral("Downloaded %1").arg(name), 1);
+        return;
+    }
+    const QString path = QDir::tempPath() + QLatin1Char('/') + name;
+    // The open that follows has its own words for a file that could not be written.
+    FileTools::writeFile(path, bytes);
+    openKvt(path);
+    setTab(QStringLiteral("main"));
+}

@@ -1,0 +1,74 @@
+#include "app/AppState.h"
+
+#include "api/StoreAnswers.h"
+#include "core/FileTools.h"
+
+void AppState::setXdfEmail(const QString &email)
+{
+    if (m_xdf.email == email)
+        return;
+    m_xdf.email = email;
+    emit xdfChanged();
+}
+
+void AppState::setXdfPassword(const QString &password)
+{
+    if (m_xdf.password == password)
+        return;
+    m_xdf.password = password;
+    emit xdfChanged();
+}
+
+void AppState::xdfLogin()
+{
+    m_client->xdfLogin(m_xdf.email, m_xdf.password, [this](const QJsonObject &answer, const QString &error) {
+        if (!error.isEmpty()) {
+            setStatus(error, 0);
+            return;
+        }
+        const XdfLogin login = decodeXdfLogin(answer);
+        if (login.token.isEmpty()) {
+            setStatus(login.error, 0);
+            return;
+        }
+        m_xdf.token = login.token;
+        m_xdf.credits = login.credits;
+        emit xdfChanged();
+        setStatus(QStringLiteral("XDF signed in."), 1);
+    });
+}
+
+void AppState::xdfCatalog()
+{
+    m_client->xdfCatalog(m_xdf.token, moduleOneOs(), [this](const QJsonObject &answer, const QString &error) {
+        if (!error.isEmpty()) {
+            setStatus(error, 0);
+            return;
+        }
+        XdfCatalog catalog = decodeXdfCatalog(answer);
+        m_xdf.items = std::move(catalog.items);
+        m_xdf.catalogText = std::move(catalog.text);
+        emit xdfChanged();
+        setStatus(QStringLiteral("Catalog: %1 item(s).").arg(m_xdf.items.size()), 1);
+    });
+}
+
+void AppState::xdfDownload(int index)
+{
+    if (index < 0 || index >= m_xdf.items.size())
+        return;
+    const QVariantMap item = m_xdf.items.at(index).toMap();
+    const QString name =
+        FileTools::sanitizeName(item.value(QStringLiteral("title")).toString()) + QStringLiteral(".xdf");
+    m_client->xdfDownload(m_xdf.token, item.value(QStringLiteral("id")).toString(),
+                          [this, name](const QByteArray &bytes, const QJsonObject &, const QString &error) {
+                              // The store is known to send whole files together with an error; the bytes
+                              // count.
+                              if (!error.isEmpty() && bytes.isEmpty()) {
+                                  setStatus(error, 0);
+                                  return;
+                              }
+                              if (!saveToDocuments(bytes, bareFileName(name)).isEmpty())
+                                  setStatus(QStringLiteral("Downloaded XDF."), 1);
+                          });
+}

@@ -1,0 +1,40 @@
+#include "core/RowModel.h"
+
+namespace {
+
+constexpr int rowRole = Qt::UserRole + 1;
+
+} // namespace
+
+int RowModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
+}
+
+QVariant RowModel::data(const QModelIndex &index, int role) const
+{
+    return role == rowRole ? m_rows.value(index.row()) : QVariant();
+}
+
+QHash<int, QByteArray> RowModel::roleNames() const
+{
+    return {{rowRole, QByteArrayLiteral("row")}};
+}
+
+void RowModel::setRows(const QVariantList &rows)
+{
+    if (rows.size() != m_rows.size()) {
+        beginResetModel();
+        m_rows = rows;
+        endResetModel();
+        emit rowsChanged();
+        return;
+    }
+    for (int i = 0; i < rowCount(); ++i) {
+        if (m_rows.at(i) == rows.at(i))
+            continue;
+        m_rows[i] = rows.at(i);
+        emit dataChanged(index(i), index(i), {rowRole});
+    }
+    emit rowsChanged();
+}

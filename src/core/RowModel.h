@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QVariantList>
+
+/// A list of maps as a list view's model. Setting a list of the same length changes only the rows that
+/// differ, so that a view keeps its place, its rows and the keyboard's; any other list resets it.
+class RowModel : public QAbstractListModel
+{
+    Q_OBJECT
+    Q_PROPERTY(QVariantList rows READ rows WRITE setRows NOTIFY rowsChanged FINAL)
+
+public:
+    using QAbstractListModel::QAbstractListModel;
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    /// One role, "row": the map.
+    QVariant data(const QModelIndex &index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    QVariantList rows() const { return m_rows; }
+    void setRows(const QVariantList &rows);
+
+signals:
+    void rowsChanged();
+
+private:
+    QVariantList m_rows;
+};
