@@ -206,6 +206,8 @@ void TestOsRules::sanitizeName_data()
     QTest::newRow("control-characters-kept") << u"a\tb\nc\u0001"_s << u"a\tb\nc\u0001"_s;
     QTest::newRow("accent-kept") << u"caf\u00e9"_s << u"caf\u00e9"_s;
     QTest::newRow("other-punctuation-kept") << u"a&b#c%d'e"_s << u"a&b#c%d'e"_s;
+    QTest::newRow("half-a-character")
+        << u"../"_s + QChar(0xD800) + u"/x"_s << u".._"_s + QChar(0xD800) + u"_x"_s;
     QTest::newRow("nul-kept") << QString(QChar(u'\0')) + u"/"_s << QString(QChar(u'\0')) + u"_"_s;
 }
 
