@@ -1,12 +1,15 @@
-// The real program with a file of 256 MiB: how long until the window is drawn with it, and how far the
-// resident memory grows, before and after the first patch. Prints one line each.
+// The real program with a large file: how long until the window is drawn with it, how far the resident memory
+// grows, before and after the first patch, and the process's peak once the file was sent to the service.
+// Prints one line each.
 //   BENCH_FILE=/absolute/path QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software bench_open
 
+#include "api/VoxApiClient.h"
 #include "app/AppState.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
+#include <QNetworkAccessManager>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickWindow>
@@ -14,6 +17,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -25,6 +29,24 @@ double residentMiB()
         return 0;
     return file.readAll().split(' ').value(1).toDouble() * static_cast<double>(sysconf(_SC_PAGESIZE))
         / 1048576;
+}
+
+double peakMiB()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_maxrss) / 1024;
+}
+
+// Waits until the identifiers of the file were asked for and answered.
+void finishUpload(const AppState *state, double size)
+{
+    if (!state->findChild<VoxApiClient *>()->findChildren<QNetworkAccessManager *>().isEmpty()) {
+        QTimer::singleShot(10, state, [=] { finishUpload(state, size); });
+        return;
+    }
+    std::printf("peak memory of the process %.2f times the size\n", peakMiB() / size);
+    QCoreApplication::quit();
 }
 
 QQuickWindow *window()
@@ -69,7 +91,7 @@ void measure(const QString &path)
         state->hexPatch(QStringLiteral("FF 00"));
         afterNextFrame(target, [=] {
             std::printf("memory after a patch %.2f times the size\n", (residentMiB() - before) / size);
-            QCoreApplication::quit();
+            finishUpload(state, size);
         });
     });
 }

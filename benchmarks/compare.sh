@@ -8,7 +8,12 @@ build=$(cd "${1:-$top/build/release}" && pwd)
 once=$build/benchmarks/bench_once
 [[ -x $once ]] || { echo "compare: there is no $once; build it first" >&2; exit 1; }
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+service=
+finish() {
+  [[ -z $service ]] || kill "$service"
+  rm -rf "$work"
+}
+trap finish EXIT
 repeats=5
 
 median() { sort -g | sed -n "$(((repeats + 1) / 2))p"; }
@@ -64,3 +69,15 @@ done
 sort_ours() { rm -rf "$work/sorted" && ours sort "$work/sorted" "$work/sources"; }
 copy_theirs() { rm -rf "$work/copied" && mkdir "$work/copied" && clock cp "$work/sources/"*.kvt "$work/copied"; }
 row "sorter, 2,000 files of 64 KiB" "$(times sort_ours)" "$(times copy_theirs)" "cp"
+
+"$build/devservice/kvteditor-devservice" --port-file "$work/port" >/dev/null &
+service=$!
+while [[ ! -s $work/port ]]; do kill -0 "$service" && sleep 0.1; done
+base=http://127.0.0.1:$(<"$work/port")/api/
+head -c $((64 << 20)) /dev/urandom >"$work/upload.kvt"
+upload_ours() { clock "$once" upload "$base" "$work/upload.kvt"; }
+upload_theirs() {
+  clock curl --silent --show-error -F version=4.0.2 -F operation=kvt_info -F "file=@$work/upload.kvt" \
+    "${base}kvt_worker/process.aspx"
+}
+row "upload of 64 MiB" "$(times upload_ours)" "$(times upload_theirs)" "curl -F"
