@@ -20,6 +20,8 @@ packages=(
   qt6-gtk-platformtheme
   # a display for the tests that want a real window
   xvfb xauth openbox xdotool x11-utils
+  # the package: icons, and checks of its files; lintian and debootstrap test it in a clean system
+  librsvg2-bin desktop-file-utils appstream shared-mime-info man-db libxml2-utils file lintian debootstrap
   # reads the manual's pages back
   poppler-utils
   # a public tool that the benchmarks run beside

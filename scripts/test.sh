@@ -14,7 +14,7 @@ find src devservice docs tests benchmarks \( -name '*.cpp' -o -name '*.h' \) -pr
   | xargs -0 clang-format --dry-run --Werror
 
 step "shell scripts"
-find scripts src devservice docs tests benchmarks -name '*.sh' -print0 | xargs -0 shellcheck .ci/run
+find scripts src devservice docs packaging tests benchmarks -name '*.sh' -print0 | xargs -0 shellcheck .ci/run
 
 for preset in release asan; do
   step "build: $preset"

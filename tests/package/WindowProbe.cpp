@@ -1,0 +1,112 @@
+// Looks into a running, unchanged program from within: a plug-in that the window toolkit loads when the
+// environment asks for it, with QT_QPA_GENERIC_PLUGINS=windowprobe. It waits until the file that
+// KVTEDITOR_PROBE_FILE names is open and identified, brings up the dialogs that the toolkit draws itself,
+// tells on standard output what it saw, and closes the window. When something never comes, it says so on
+// standard error and ends the program.
+
+#include <QDeadlineTimer>
+#include <QGenericPlugin>
+#include <QGuiApplication>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSslConfiguration>
+#include <QSslSocket>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+
+namespace {
+
+constexpr int patienceInMilliseconds = 60000;
+constexpr int exitCodeOfFailure = 3;
+
+[[noreturn]] void fail(const QString &what)
+{
+    std::fprintf(stderr, "probe: %s\n", qPrintable(what));
+    std::fflush(stderr);
+    std::_Exit(exitCodeOfFailure);
+}
+
+void waitFor(const std::function<bool()> &condition, const QString &what)
+{
+    const QDeadlineTimer deadline(patienceInMilliseconds);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            fail(QStringLiteral("waited in vain for %1").arg(what));
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
+    }
+}
+
+QQuickWindow *shownWindow()
+{
+    for (QWindow *const window : QGuiApplication::topLevelWindows()) {
+        auto *const quickWindow = qobject_cast<QQuickWindow *>(window);
+        if (quickWindow && quickWindow->isExposed())
+            return quickWindow;
+    }
+    return nullptr;
+}
+
+bool isInSight(const QQuickItem *parent, const QString &objectName)
+{
+    const QList<QQuickItem *> children = parent->childItems();
+    return std::any_of(children.begin(), children.end(), [&objectName](const QQuickItem *child) {
+        return child->isVisible() && (child->objectName() == objectName || isInSight(child, objectName));
+    });
+}
+
+void tryDialog(const QQuickWindow *window, const QString &dialogName, const QString &listName)
+{
+    auto *const dialog = window->findChild<QObject *>(dialogName);
+    if (!dialog || !QMetaObject::invokeMethod(dialog, "open"))
+        fail(QStringLiteral("there is no %1").arg(dialogName));
+    waitFor([=] { return isInSight(window->contentItem(), listName); }, listName);
+    QMetaObject::invokeMethod(dialog, "close");
+    waitFor([=] { return !isInSight(window->contentItem(), listName); },
+            QStringLiteral("%1 to go").arg(listName));
+    std::printf("%s: opens\n", qPrintable(dialogName));
+}
+
+void lookAround()
+{
+    QQuickWindow *window = nullptr;
+    waitFor([&window] { return (window = shownWindow()) != nullptr; }, QStringLiteral("the window"));
+    const auto *const app =
+        qmlEngine(window)->rootContext()->contextProperty(QStringLiteral("app")).value<QObject *>();
+    const QString file = qEnvironmentVariable("KVTEDITOR_PROBE_FILE");
+    waitFor([&] { return app->property("fileName").toString() == file; }, QStringLiteral("the open file"));
+    waitFor([app] { return !app->property("vin").toString().isEmpty(); }, QStringLiteral("its identifiers"));
+    std::printf("file: open and identified\n");
+    tryDialog(window, QStringLiteral("openDialog"), QStringLiteral("fileDialogListView"));
+    tryDialog(window, QStringLiteral("searchFolderDialog"), QStringLiteral("folderDialogListView"));
+    std::printf("TLS: %s\n", QSslSocket::supportsSsl() ? "there" : "missing");
+    std::printf("certificates: %s\n",
+                QSslConfiguration::systemCaCertificates().isEmpty() ? "missing" : "there");
+    std::fflush(stdout);
+    window->close();
+}
+
+} // namespace
+
+class WindowProbePlugin : public QGenericPlugin
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "window-probe.json")
+
+public:
+    QObject *create(const QString &, const QString &) override
+    {
+        auto *const timer = new QTimer(this);
+        timer->setSingleShot(true);
+        connect(timer, &QTimer::timeout, timer, lookAround);
+        timer->start(0);
+        return timer;
+    }
+};
+
+#include "WindowProbe.moc"
