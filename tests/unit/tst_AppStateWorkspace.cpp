@@ -79,6 +79,9 @@ private slots:
     void hexFind_notFoundKeepsCursor();
     void hexFind_upperCasesTheWholeMessage();
     void hexFind_withoutFile();
+    void hexFind_keepsTheMatch_data();
+    void hexFind_keepsTheMatch();
+    void hexFind_announcesNothingTwice();
     void hexPatch_data();
     void hexPatch();
     void hexPatch_withoutFile();
@@ -632,6 +635,51 @@ void TestAppStateWorkspace::hexFind_withoutFile()
     m_state->hexFind(u"00"_s);
     QCOMPARE(m_state->status(), u"Not found."_s);
     QCOMPARE(m_state->hexModel()->cursor(), 0);
+}
+
+void TestAppStateWorkspace::hexFind_keepsTheMatch_data()
+{
+    QTest::addColumn<QString>("query");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("length");
+
+    QTest::newRow("text") << u"more"_s << 10 << 4;
+    QTest::newRow("hex") << u"6D 6F"_s << 10 << 2;
+    QTest::newRow("at-the-start") << u"bytes"_s << 0 << 5;
+    QTest::newRow("whole-file") << u"bytes and more"_s << 0 << 14;
+    QTest::newRow("not-found") << u"zzz"_s << -1 << 0;
+    QTest::newRow("empty") << QString() << -1 << 0;
+}
+
+void TestAppStateWorkspace::hexFind_keepsTheMatch()
+{
+    QFETCH(QString, query);
+    QVERIFY(openFile(u"truck.kvt"_s, "bytes and more"));
+    m_state->hexFind(u"and"_s);
+    QCOMPARE(m_state->hexModel()->matchStart(), 6);
+    QCOMPARE(m_state->hexModel()->matchLength(), 3);
+    m_state->hexFind(query);
+    QTEST(m_state->hexModel()->matchStart(), "start");
+    QTEST(m_state->hexModel()->matchLength(), "length");
+}
+
+void TestAppStateWorkspace::hexFind_announcesNothingTwice()
+{
+    QVERIFY(openFile(u"truck.kvt"_s, "bytes and more"));
+    QSignalSpy cursor(m_state->hexModel(), &HexModel::cursorChanged);
+    QSignalSpy data(m_state->hexModel(), &HexModel::dataChangedSig);
+    QSignalSpy matches(m_state->hexModel(), &HexModel::matchChanged);
+    QSignalSpy status(m_state.get(), &AppState::statusChanged);
+    m_state->hexFind(u"and"_s);
+    m_state->hexFind(u"and"_s);
+    QCOMPARE(cursor.count(), 1);
+    QCOMPARE(matches.count(), 1);
+    QCOMPARE(status.count(), 2);
+    m_state->hexFind(u"zzz"_s);
+    m_state->hexFind(u"zzz"_s);
+    QCOMPARE(matches.count(), 2);
+    QCOMPARE(cursor.count(), 1);
+    QCOMPARE(data.count(), 0);
 }
 
 void TestAppStateWorkspace::hexPatch_data()

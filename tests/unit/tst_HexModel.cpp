@@ -59,6 +59,13 @@ private slots:
     void applyPatch_announcesTouchedRows();
     void applyPatch_refusedAnnouncesNothing();
 
+    void setMatch_data();
+    void setMatch();
+    void setMatch_announcesOnlyChanges();
+    void setBytes_forgetsTheMatch();
+    void applyPatch_forgetsTheMatchItTouches_data();
+    void applyPatch_forgetsTheMatchItTouches();
+
 private:
     std::unique_ptr<HexModel> m_model;
     std::unique_ptr<QAbstractItemModelTester> m_tester;
@@ -176,7 +183,7 @@ void TestHexModel::properties()
         const QMetaObject &type = HexModel::staticMetaObject;
         return type.property(type.indexOfProperty(name));
     };
-    for (const char *name : {"cursor", "byteCount", "currentRow"}) {
+    for (const char *name : {"cursor", "byteCount", "currentRow", "matchStart", "matchLength"}) {
         QVERIFY(property(name).isValid());
         QCOMPARE(property(name).metaType(), QMetaType::fromType<int>());
         QCOMPARE(property(name).isWritable(), QByteArray("cursor") == name);
@@ -185,7 +192,11 @@ void TestHexModel::properties()
     QCOMPARE(property("byteCount").notifySignal().name(), QByteArray("dataChangedSig"));
     const int cursorChanged = meta.indexOfSignal("cursorChanged()");
     QVERIFY(cursorChanged >= 0);
-    QVERIFY(cursorChanged < meta.indexOfSignal("dataChangedSig()"));
+    const int dataChangedSig = meta.indexOfSignal("dataChangedSig()");
+    QVERIFY(cursorChanged < dataChangedSig);
+    QVERIFY(dataChangedSig < meta.indexOfSignal("matchChanged()"));
+    QCOMPARE(property("matchStart").notifySignal().name(), QByteArray("matchChanged"));
+    QCOMPARE(property("matchLength").notifySignal().name(), QByteArray("matchChanged"));
     QVERIFY(QMetaObject::invokeMethod(m_model.get(), "clickRow", Q_ARG(int, 0)));
 }
 
@@ -402,6 +413,112 @@ void TestHexModel::applyPatch_refusedAnnouncesNothing()
     QVERIFY(!m_model->applyPatch(0, {}));
     QCOMPARE(changes.count(), 0);
     QCOMPARE(data.count(), 0);
+}
+
+void TestHexModel::setMatch_data()
+{
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<bool>("taken");
+
+    // Forty bytes.
+    QTest::newRow("first-byte") << 0 << 1 << true;
+    QTest::newRow("over-row-end") << 10 << 20 << true;
+    QTest::newRow("ends-at-last-byte") << 38 << 2 << true;
+    QTest::newRow("whole-buffer") << 0 << 40 << true;
+    QTest::newRow("one-past-end") << 39 << 2 << false;
+    QTest::newRow("at-length") << 40 << 1 << false;
+    QTest::newRow("longer-than-buffer") << 0 << 41 << false;
+    QTest::newRow("overflowing") << highest << highest << false;
+    QTest::newRow("empty") << 3 << 0 << false;
+    QTest::newRow("negative-length") << 3 << -1 << false;
+    QTest::newRow("negative-start") << -1 << 5 << false;
+    QTest::newRow("lowest") << lowest << highest << false;
+}
+
+void TestHexModel::setMatch()
+{
+    QFETCH(int, start);
+    QFETCH(int, length);
+    QFETCH(bool, taken);
+    m_model->setBytes(QByteArray(40, 'a'));
+    QCOMPARE(m_model->matchStart(), -1);
+    QCOMPARE(m_model->matchLength(), 0);
+    m_model->setMatch(20, 3);
+    m_model->setMatch(start, length);
+    QCOMPARE(m_model->matchStart(), taken ? start : -1);
+    QCOMPARE(m_model->matchLength(), taken ? length : 0);
+    QCOMPARE(m_model->cursor(), 0);
+    m_model->clearMatch();
+    QCOMPARE(m_model->matchStart(), -1);
+    QCOMPARE(m_model->matchLength(), 0);
+}
+
+void TestHexModel::setMatch_announcesOnlyChanges()
+{
+    m_model->setBytes(QByteArray(40, 'a'));
+    QSignalSpy matches(m_model.get(), &HexModel::matchChanged);
+    QSignalSpy cursor(m_model.get(), &HexModel::cursorChanged);
+    QSignalSpy data(m_model.get(), &HexModel::dataChangedSig);
+    QSignalSpy changes(m_model.get(), &QAbstractItemModel::dataChanged);
+    m_model->clearMatch();
+    QCOMPARE(matches.count(), 0);
+    m_model->setMatch(3, 2);
+    m_model->setMatch(3, 2);
+    QCOMPARE(matches.count(), 1);
+    m_model->setMatch(3, 3);
+    m_model->clearMatch();
+    m_model->setMatch(39, 2);
+    QCOMPARE(matches.count(), 3);
+    QCOMPARE(cursor.count() + data.count() + changes.count(), 0);
+}
+
+void TestHexModel::setBytes_forgetsTheMatch()
+{
+    const QByteArray bytes(40, 'a');
+    m_model->setBytes(bytes);
+    m_model->setMatch(30, 2);
+    QList<int> seen;
+    connect(m_model.get(), &QAbstractItemModel::modelReset, this,
+            [&] { seen.append(m_model->matchLength()); });
+    QSignalSpy matches(m_model.get(), &HexModel::matchChanged);
+    m_model->setBytes(bytes);
+    m_model->setBytes(bytes);
+    QCOMPARE(matches.count(), 1);
+    QCOMPARE(m_model->matchStart(), -1);
+    // Nobody who looks at the new buffer sees the old match.
+    QCOMPARE(seen, QList<int>({0, 0}));
+}
+
+void TestHexModel::applyPatch_forgetsTheMatchItTouches_data()
+{
+    QTest::addColumn<int>("offset");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<bool>("forgotten");
+
+    // Forty bytes, of which those from 10 to 19 are the match.
+    QTest::newRow("just-before") << 5 << 5 << false;
+    QTest::newRow("its-first-byte") << 10 << 1 << true;
+    QTest::newRow("into-its-start") << 5 << 6 << true;
+    QTest::newRow("within") << 14 << 2 << true;
+    QTest::newRow("around") << 0 << 40 << true;
+    QTest::newRow("its-last-byte") << 19 << 1 << true;
+    QTest::newRow("just-behind") << 20 << 5 << false;
+    QTest::newRow("refused") << 15 << 30 << false;
+}
+
+void TestHexModel::applyPatch_forgetsTheMatchItTouches()
+{
+    QFETCH(int, offset);
+    QFETCH(int, length);
+    QFETCH(bool, forgotten);
+    m_model->setBytes(QByteArray(40, 'a'));
+    m_model->setMatch(10, 10);
+    QSignalSpy matches(m_model.get(), &HexModel::matchChanged);
+    m_model->applyPatch(offset, QByteArray(length, 'b'));
+    QCOMPARE(m_model->matchStart(), forgotten ? -1 : 10);
+    QCOMPARE(m_model->matchLength(), forgotten ? 0 : 10);
+    QCOMPARE(int(matches.count()), forgotten ? 1 : 0);
 }
 
 KVTEDITOR_TEST_MAIN(TestHexModel)

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "support/RawHttpServer.h"
+#include "support/TestMain.h"
+
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <utility>
+
+/// A controller before a raw server, and all that it announces, in order: a status as its level and text, any
+/// other change as the name of its signal.
+class StoreBed
+{
+public:
+    StoreBed();
+    ~StoreBed();
+    Q_DISABLE_COPY_MOVE(StoreBed)
+
+    /// Makes the whole process one of a deployment that has authentication fields. The store's requests hold
+    /// what they are said to hold and no more, so none of these may show in one.
+    static void deployWithAuthFields(const QTemporaryDir &dir);
+
+    VoxApiClient *client() const { return state->findChild<VoxApiClient *>(); }
+    /// Whether every request was answered; each has a manager of its own.
+    bool idle() const;
+    RecordedRequest lastRequest() const { return server.request(server.requestCount() - 1); }
+    /// Takes what was announced so far.
+    QStringList takeAnnounced() { return std::exchange(announced, {}); }
+
+    /// A folder of this test's own, for its input files.
+    QString inDir(const QString &name) const { return dir.filePath(name); }
+    static QString inDocuments(const QString &name);
+    static QStringList documents();
+    /// What is on show once a file was saved: the documents folder, opened once.
+    static QList<QUrl> documentsShown();
+    /// Every file in the home and temporary folders and beside them, below the one root that they share.
+    static QStringList filesEverywhere();
+
+    QTemporaryDir dir;
+    RawHttpServer server;
+    UrlRecorder desktop;
+    std::unique_ptr<AppState> state;
+    QStringList announced;
+
+private:
+    void noteAnnouncements();
+};
+
+QByteArray contentOf(const QString &path);
+bool makeFile(const QString &path, const QByteArray &content);
+
+/// Each part of a form as its header lines and its body.
+QByteArrayList formLines(const RecordedRequest &request);
+
+/// Stands for an error text of the network library's own.
+inline const QString libraryText = QStringLiteral("(of the library)");
+
+/// A table of the answers that fail a JSON request, whatever it asks for: columns "answer" (RawAnswer) and
+/// "status" (QString).
+void addFailedJsonAnswers();
+/// Whether `announced` is one failure with that text and nothing else.
+bool isOneFailure(const QStringList &announced, const QString &text);
+
+Q_DECLARE_METATYPE(RawAnswer)

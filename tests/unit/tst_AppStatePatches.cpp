@@ -1,0 +1,612 @@
+#include "StoreBed.h"
+#include "support/FileSizeLimit.h"
+
+#include <QDir>
+#include <QTest>
+
+#include <limits>
+#include <sys/stat.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+const QByteArray patchedAnswer = R"({"file_data":"UEFUQ0hFRA==","status":"ok"})";
+
+} // namespace
+
+class TestAppStatePatches : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void list_wire_data();
+    void list_wire();
+    void list_wireOfTheOpenModule();
+    void list_isShown();
+    void list_withoutArray();
+    void list_balance_data();
+    void list_balance();
+    void list_failed_data();
+    void list_failed();
+    void list_replacesTheEarlierOne();
+    void list_identifierIsKeptBeforeTheAnswer();
+    void list_laterAnswerWins();
+
+    void apply_wire_data();
+    void apply_wire();
+    void apply_wireOfABigFile();
+    void apply_savesAndShows_data();
+    void apply_savesAndShows();
+    void apply_bytesComeBackAsTheyAre();
+    void apply_outcome_data();
+    void apply_outcome();
+    void apply_failed_data();
+    void apply_failed();
+    void apply_unreadableFile_data();
+    void apply_unreadableFile();
+    void apply_emptyFile();
+    void apply_pipe();
+    void apply_indexOutOfRange_data();
+    void apply_indexOutOfRange();
+    void apply_emptyList();
+    void apply_saveFailureIsStillApplied();
+    void apply_diskFullIsStillApplied();
+    void apply_patchedFileAgain();
+    void apply_keepsListAndBalance();
+    void apply_carriesItsOwnPatchAndPath();
+    void apply_twiceSpendsTwice();
+    void apply_worksAfterFailure();
+    void apply_failureUsesTheFailedListsIdentifier();
+
+    void requestsShowNothingAtTheirStart();
+    void destroyedWithRequestsInFlight();
+
+private:
+    void signIn();
+    void list(const QString &calId = u"cal"_s,
+              const QByteArray &answer = R"({"patches":[{"id":5,"variant":"V"}]})");
+    QString binFile(const QString &name = u"tune.bin"_s, const QByteArray &bytes = "BIN");
+    int apply(const RawAnswer &answer, int index = 0, const QString &path = {});
+
+    QTemporaryDir m_deployment;
+    std::unique_ptr<StoreBed> m_bed;
+};
+
+void TestAppStatePatches::initTestCase()
+{
+    StoreBed::deployWithAuthFields(m_deployment);
+}
+
+void TestAppStatePatches::init()
+{
+    m_bed = std::make_unique<StoreBed>();
+}
+
+void TestAppStatePatches::cleanup()
+{
+    m_bed.reset();
+}
+
+void TestAppStatePatches::signIn()
+{
+    m_bed->server.answerNext(answerWith(R"({"session_token":"tok","credits":"15"})"));
+    m_bed->state->xdfLogin();
+    QTRY_VERIFY(m_bed->idle());
+    m_bed->takeAnnounced();
+}
+
+void TestAppStatePatches::list(const QString &calId, const QByteArray &answer)
+{
+    m_bed->takeAnnounced();
+    m_bed->server.answerNext(answerWith(answer));
+    m_bed->state->loadPatches(calId);
+    QTRY_VERIFY(m_bed->idle());
+    QCOMPARE(m_bed->takeAnnounced().mid(0, 2), QStringList({u"xdf"_s, u"patcher"_s}));
+}
+
+QString TestAppStatePatches::binFile(const QString &name, const QByteArray &bytes)
+{
+    const QString path = m_bed->inDir(name);
+    return makeFile(path, bytes) ? path : QString();
+}
+
+/// How many requests the server saw for it.
+int TestAppStatePatches::apply(const RawAnswer &answer, int index, const QString &path)
+{
+    const int before = m_bed->server.requestCount();
+    m_bed->server.answerNext(answer);
+    m_bed->state->applyPatchToBin(index, path.isEmpty() ? binFile() : path);
+    [this] { QTRY_VERIFY(m_bed->idle()); }();
+    return m_bed->server.requestCount() - before;
+}
+
+void TestAppStatePatches::list_wire_data()
+{
+    QTest::addColumn<QString>("calId");
+    QTest::addColumn<QByteArray>("body");
+
+    const auto row = [](const char *name, const QString &calId, const QByteArray &shown) {
+        QTest::newRow(name) << calId << R"({"cal_id":")" + shown + R"(","session_token":"tok"})";
+    };
+    row("text", u"12656942"_s, "12656942");
+    row("not-trimmed", u" 12 "_s, " 12 ");
+    row("blank-is-a-text", u" "_s, " ");
+    row("quoted", u"a\"\n"_s, R"(a\"\n)");
+    row("not-ascii", u"\u00e9"_s, "\xc3\xa9");
+    row("empty-without-a-file", QString(), "");
+}
+
+void TestAppStatePatches::list_wire()
+{
+    QFETCH(QString, calId);
+    signIn();
+    m_bed->state->loadPatches(calId);
+    QTRY_VERIFY(m_bed->idle());
+    QCOMPARE(m_bed->server.requestCount(), 2);
+    const RecordedRequest request = m_bed->lastRequest();
+    QCOMPARE(request.requestLine(), QByteArray("POST /api/patches/patches.aspx HTTP/1.1"));
+    QCOMPARE(request.header("content-type"), QByteArray("application/json; charset=utf-8"));
+    QTEST(request.body, "body");
+}
+
+void TestAppStatePatches::list_wireOfTheOpenModule()
+{
+    m_bed->state->applyKvtInfoJson(u"{\"modules\":[{\"mainOs\":\"111\"},{\"mainOs\":\"222\"}]}"_s);
+    list({}, "{}");
+    QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"cal_id":"111","session_token":""})"));
+    QCOMPARE(m_bed->state->status(), u"0 patch(es) for 111."_s);
+    list(u"other"_s, "{}");
+    QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"cal_id":"other","session_token":""})"));
+}
+
+void TestAppStatePatches::list_isShown()
+{
+    qsizetype atSignal = -1;
+    QString creditsAtSignal;
+    connect(m_bed->state.get(), &AppState::xdfChanged, this,
+            [&] { creditsAtSignal = m_bed->state->xdfCredits(); });
+    connect(m_bed->state.get(), &AppState::patcherChanged, this,
+            [&] { atSignal = m_bed->state->patchItems().size(); });
+    m_bed->server.answerNext(answerWith(
+        R"({"credits":4,"patches":[{"id":"5","variant":"V","description":"D","credits_cost":"10"},7]})"));
+    m_bed->state->loadPatches(u"%1 <b>"_s);
+    QTRY_VERIFY(m_bed->idle());
+    QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"patcher"_s, u"1 2 patch(es) for %1 <b>."_s}));
+    const QVariantMap item{
+        {u"id"_s, 5}, {u"variant"_s, u"V"_s}, {u"description"_s, u"D"_s}, {u"credits"_s, 10}};
+    const QVariantMap nothing{
+        {u"id"_s, 0}, {u"variant"_s, QString()}, {u"description"_s, QString()}, {u"credits"_s, 0}};
+    QCOMPARE(m_bed->state->patchItems(), QVariantList({item, nothing}));
+    QCOMPARE(atSignal, 2);
+    QCOMPARE(creditsAtSignal, u"4"_s);
+}
+
+void TestAppStatePatches::list_withoutArray()
+{
+    m_bed->server.answerNext(answerWith(R"({"error":"Sign in first.","items":[{"id":1}]})"));
+    m_bed->state->loadPatches(u"cal"_s);
+    QTRY_VERIFY(m_bed->idle());
+    QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"patcher"_s, u"1 0 patch(es) for cal."_s}));
+    QCOMPARE(m_bed->state->patchItems(), QVariantList());
+}
+
+void TestAppStatePatches::list_balance_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<QString>("credits");
+
+    QTest::newRow("missing") << QByteArray("{}") << u"15"_s;
+    QTest::newRow("number") << QByteArray(R"({"credits":4})") << u"4"_s;
+    QTest::newRow("zero") << QByteArray(R"({"credits":0})") << u"0"_s;
+    QTest::newRow("text") << QByteArray(R"({"credits":"many"})") << u"many"_s;
+    QTest::newRow("empty") << QByteArray(R"({"credits":""})") << u"15"_s;
+    QTest::newRow("null") << QByteArray(R"({"credits":null})") << u"15"_s;
+    QTest::newRow("array") << QByteArray(R"({"credits":[4]})") << u"15"_s;
+}
+
+void TestAppStatePatches::list_balance()
+{
+    QFETCH(QByteArray, answer);
+    signIn();
+    list(u"cal"_s, answer);
+    QTEST(m_bed->state->xdfCredits(), "credits");
+    QCOMPARE(m_bed->state->xdfToken(), u"tok"_s);
+}
+
+void TestAppStatePatches::list_failed_data()
+{
+    addFailedJsonAnswers();
+}
+
+void TestAppStatePatches::list_failed()
+{
+    QFETCH(RawAnswer, answer);
+    QFETCH(QString, status);
+    signIn();
+    list();
+    const QVariantList items = m_bed->state->patchItems();
+    m_bed->server.answerNext(answer);
+    m_bed->state->loadPatches(u"other"_s);
+    QTRY_VERIFY(m_bed->idle());
+    QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
+    QCOMPARE(m_bed->server.requestCount(), 3);
+    QCOMPARE(m_bed->state->patchItems(), items);
+    QCOMPARE(items.size(), 1);
+    QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
+}
+
+void TestAppStatePatches::list_replacesTheEarlierOne()
+{
+    list(u"cal"_s, R"({"patches":[{"id":1},{"id":2}]})");
+    list(u"cal"_s, R"({"patches":[{"id":3}]})");
+    QCOMPARE(m_bed->state->patchItems().size(), 1);
+    QCOMPARE(m_bed->state->patchItems().first().toMap().value(u"id"_s).toInt(), 3);
+    list(u"cal"_s, R"({"patches":[]})");
+    QCOMPARE(m_bed->state->patchItems(), QVariantList());
+}
+
+void TestAppStatePatches::list_identifierIsKeptBeforeTheAnswer()
+{
+    list(u"first"_s);
+    m_bed->server.answerNext(holdRequest());
+    m_bed->state->loadPatches(u"second"_s);
+    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    m_bed->server.answerNext(answerWith("{}"));
+    m_bed->state->applyPatchToBin(0, binFile());
+    QTRY_COMPARE(m_bed->server.completeRequestCount(), 3);
+    QVERIFY(m_bed->lastRequest().body.startsWith(R"({"cal_id":"second",)"));
+}
+
+void TestAppStatePatches::list_laterAnswerWins()
+{
+    m_bed->server.answerAlways(holdRequest());
+    m_bed->state->loadPatches(u"first"_s);
+    QTRY_COMPARE(m_bed->server.completeRequestCount(), 1);
+    m_bed->state->loadPatches(u"second"_s);
+    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    m_bed->server.answerHeld(1, answerWith(R"({"patches":[{"id":2}]})"));
+    QTRY_COMPARE(m_bed->state->patchItems().size(), 1);
+    m_bed->server.answerHeld(0, answerWith(R"({"patches":[{"id":1},{"id":1}]})"));
+    QTRY_VERIFY(m_bed->idle());
+    QCOMPARE(m_bed->state->patchItems().size(), 2);
+    // The identifier is the last one asked for, whichever answer it is that comes.
+    QCOMPARE(m_bed->announced,
+             QStringList({u"xdf"_s, u"patcher"_s, u"1 1 patch(es) for second."_s, u"xdf"_s, u"patcher"_s,
+                          u"1 2 patch(es) for second."_s}));
+}
+
+void TestAppStatePatches::apply_wire_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QByteArray>("bin");
+    QTest::addColumn<QByteArray>("patchId");
+    QTest::addColumn<QByteArray>("base64");
+
+    QTest::newRow("one-byte") << 0 << QByteArray(1, '\0') << QByteArray("5") << QByteArray("AA==");
+    QTest::newRow("two-bytes") << 0 << QByteArray("\xff\0", 2) << QByteArray("5") << QByteArray("/wA=");
+    QTest::newRow("three-bytes") << 0 << QByteArray("PAT") << QByteArray("5") << QByteArray("UEFU");
+    QTest::newRow("standard-alphabet")
+        << 0 << QByteArray("\xfb\xef\xff") << QByteArray("5") << QByteArray("++//");
+    QTest::newRow("no-line-breaks") << 0 << QByteArray(300, '\0') << QByteArray("5") << QByteArray(400, 'A');
+    QTest::newRow("id-text") << 1 << QByteArray("PAT") << QByteArray("77") << QByteArray("UEFU");
+    QTest::newRow("id-negative") << 2 << QByteArray("PAT") << QByteArray("-2") << QByteArray("UEFU");
+    QTest::newRow("id-none") << 3 << QByteArray("PAT") << QByteArray("0") << QByteArray("UEFU");
+    QTest::newRow("id-2^31") << 4 << QByteArray("PAT") << QByteArray("0") << QByteArray("UEFU");
+}
+
+void TestAppStatePatches::apply_wire()
+{
+    QFETCH(int, index);
+    QFETCH(QByteArray, bin);
+    QFETCH(QByteArray, patchId);
+    QFETCH(QByteArray, base64);
+    signIn();
+    list(u" cal "_s, R"({"patches":[{"id":5},{"id":"77"},{"id":-2},null,{"id":2147483648}]})");
+    QCOMPARE(apply(answerWith("{}"), index, binFile(u"tune.bin"_s, bin)), 1);
+    const RecordedRequest request = m_bed->lastRequest();
+    QCOMPARE(request.requestLine(), QByteArray("POST /api/patches/patch_process.aspx HTTP/1.1"));
+    QCOMPARE(request.header("content-type"), QByteArray("application/json; charset=utf-8"));
+    QCOMPARE(request.body,
+             R"({"cal_id":" cal ","file_data":")" + base64 + R"(","patch_id":")" + patchId
+                 + R"(","session_token":"tok"})");
+}
+
+void TestAppStatePatches::apply_wireOfABigFile()
+{
+    list();
+    QCOMPARE(apply(answerWith(patchedAnswer), 0, binFile(u"big.bin"_s, QByteArray(6000000, '\xff'))), 1);
+    QCOMPARE(m_bed->lastRequest().body,
+             R"({"cal_id":"cal","file_data":")" + QByteArray(8000000, '/')
+                 + R"(","patch_id":"5","session_token":""})");
+    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
+}
+
+void TestAppStatePatches::apply_savesAndShows_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("saved");
+
+    QTest::newRow("bin") << u"tune.bin"_s << u"tune_patched.bin"_s;
+    QTest::newRow("two-suffixes") << u"tune.rev2.bin"_s << u"tune.rev2_patched.bin"_s;
+    QTest::newRow("no-suffix") << u"stock"_s << u"stock_patched.bin"_s;
+    QTest::newRow("suffix-only") << u".bin"_s << u"_patched.bin"_s;
+    QTest::newRow("other-suffix") << u"Tune.KVT"_s << u"Tune_patched.bin"_s;
+    QTest::newRow("signs") << u" a #%20?&<b>[x].bin"_s << u" a #%20?&<b>[x]_patched.bin"_s;
+    QTest::newRow("newline") << u"a\nb.bin"_s << u"a\nb_patched.bin"_s;
+    QTest::newRow("not-ascii") << u"\u00e9.bin"_s << u"\u00e9_patched.bin"_s;
+}
+
+void TestAppStatePatches::apply_savesAndShows()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, saved);
+    list();
+    QCOMPARE(apply(answerWith(patchedAnswer), 0, binFile(name)), 1);
+    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_bed->documents(), QStringList{saved});
+    QCOMPARE(contentOf(m_bed->inDocuments(saved)), QByteArray("PATCHED"));
+    QCOMPARE(m_bed->desktop.opened, m_bed->documentsShown());
+    QCOMPARE(contentOf(m_bed->inDir(name)), QByteArray("BIN"));
+}
+
+void TestAppStatePatches::apply_bytesComeBackAsTheyAre()
+{
+    list();
+    // Every value of a byte, then junk that a decoder has to skip.
+    QByteArray every;
+    for (int value = 0; value < 256; ++value)
+        every.append(static_cast<char>(value));
+    QCOMPARE(apply(answerWith("{\"file_data\":\"\\r\\n" + every.toBase64() + "\xe2\x82\xac*\"}")), 1);
+    QCOMPARE(contentOf(m_bed->inDocuments(u"tune_patched.bin"_s)), every);
+}
+
+void TestAppStatePatches::apply_outcome_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<QString>("announced");
+
+    QTest::newRow("ok-no-file") << QByteArray(R"({"file_data":"","status":"ok"})")
+                                << u"1 Patch processed: "_s;
+    QTest::newRow("ok-message") << QByteArray(R"({"status":"ok","message":"Mailed %1."})")
+                                << u"1 Patch processed: Mailed %1."_s;
+    QTest::newRow("ok-in-capitals") << QByteArray(R"({"status":"OK"})") << u"0 Patch failed."_s;
+    QTest::newRow("error") << QByteArray(R"({"error":"Not enough credits."})") << u"0 Not enough credits."_s;
+    QTest::newRow("empty-object") << QByteArray("{}") << u"0 Patch failed."_s;
+    QTest::newRow("file-not-latin") << QByteArray("{\"file_data\":\"\xd0\x96\"}") << u"0 Patch failed."_s;
+}
+
+void TestAppStatePatches::apply_outcome()
+{
+    QFETCH(QByteArray, answer);
+    QFETCH(QString, announced);
+    list();
+    QCOMPARE(apply(answerWith(answer)), 1);
+    QCOMPARE(m_bed->announced, QStringList{announced});
+    QCOMPARE(m_bed->documents(), QStringList());
+    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+}
+
+void TestAppStatePatches::apply_failed_data()
+{
+    addFailedJsonAnswers();
+}
+
+void TestAppStatePatches::apply_failed()
+{
+    QFETCH(RawAnswer, answer);
+    QFETCH(QString, status);
+    list();
+    QCOMPARE(apply(answer), 1);
+    QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
+    QCOMPARE(m_bed->documents(), QStringList());
+    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_bed->state->patchItems().size(), 1);
+}
+
+void TestAppStatePatches::apply_unreadableFile_data()
+{
+    QTest::addColumn<QString>("name");
+
+    QTest::newRow("missing") << u"missing.bin"_s;
+    QTest::newRow("folder-missing") << u"missing/tune.bin"_s;
+    QTest::newRow("folder") << u"."_s;
+    QTest::newRow("file-as-folder") << u"tune.bin/tune.bin"_s;
+}
+
+void TestAppStatePatches::apply_unreadableFile()
+{
+    QFETCH(QString, name);
+    list();
+    QVERIFY(!binFile().isEmpty());
+    m_bed->state->applyPatchToBin(0, m_bed->inDir(name));
+    QVERIFY(m_bed->idle());
+    QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
+}
+
+void TestAppStatePatches::apply_emptyFile()
+{
+    list();
+    m_bed->state->applyPatchToBin(0, binFile(u"empty.bin"_s, {}));
+    QVERIFY(m_bed->idle());
+    QCOMPARE(m_bed->announced, QStringList{u"0 "_s});
+}
+
+void TestAppStatePatches::apply_pipe()
+{
+    const QString path = m_bed->inDir(u"pipe.bin"_s);
+    QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+    list();
+    m_bed->state->applyPatchToBin(0, path);
+    QVERIFY(m_bed->idle());
+    QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
+}
+
+void TestAppStatePatches::apply_indexOutOfRange_data()
+{
+    QTest::addColumn<int>("index");
+
+    QTest::newRow("-1") << -1;
+    QTest::newRow("count") << 1;
+    QTest::newRow("lowest") << std::numeric_limits<int>::min();
+    QTest::newRow("highest") << std::numeric_limits<int>::max();
+}
+
+void TestAppStatePatches::apply_indexOutOfRange()
+{
+    QFETCH(int, index);
+    list();
+    m_bed->state->applyPatchToBin(index, binFile());
+    m_bed->state->applyPatchToBin(index, u"/missing.bin"_s);
+    QVERIFY(m_bed->idle());
+    QCOMPARE(m_bed->announced, QStringList());
+}
+
+void TestAppStatePatches::apply_emptyList()
+{
+    m_bed->state->applyPatchToBin(0, binFile());
+    QVERIFY(m_bed->idle());
+    QCOMPARE(m_bed->announced, QStringList());
+}
+
+void TestAppStatePatches::apply_saveFailureIsStillApplied()
+{
+    QVERIFY(makeFile(TestEnvironment::documents(), "a file in the folder's place"));
+    list();
+    QCOMPARE(apply(answerWith(patchedAnswer)), 1);
+    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QCOMPARE(contentOf(TestEnvironment::documents()), QByteArray("a file in the folder's place"));
+}
+
+void TestAppStatePatches::apply_diskFullIsStillApplied()
+{
+    list();
+    const QString path = binFile();
+    {
+        const FileSizeLimit limit(4);
+        QCOMPARE(apply(answerWith(patchedAnswer), 0, path), 1);
+    }
+    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+}
+
+void TestAppStatePatches::apply_patchedFileAgain()
+{
+    // A patched file may be patched again; only a second run of the same input replaces a result.
+    list();
+    QCOMPARE(apply(answerWith(patchedAnswer)), 1);
+    const QString first = m_bed->inDocuments(u"tune_patched.bin"_s);
+    QCOMPARE(apply(answerWith(R"({"file_data":"Tk8="})"), 0, first), 1);
+    QCOMPARE(contentOf(first), QByteArray("PATCHED"));
+    QCOMPARE(contentOf(m_bed->inDocuments(u"tune_patched_patched.bin"_s)), QByteArray("NO"));
+    QCOMPARE(apply(answerWith(R"({"file_data":"Tk8="})")), 1);
+    QCOMPARE(contentOf(first), QByteArray("NO"));
+    QCOMPARE(m_bed->documents().size(), 2);
+}
+
+void TestAppStatePatches::apply_keepsListAndBalance()
+{
+    signIn();
+    list();
+    const QVariantList items = m_bed->state->patchItems();
+    QCOMPARE(apply(answerWith(R"({"file_data":"UEFU","credits":3,"patches":[]})")), 1);
+    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_bed->state->patchItems(), items);
+    QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
+    QVERIFY(!m_bed->state->busy());
+}
+
+void TestAppStatePatches::apply_carriesItsOwnPatchAndPath()
+{
+    list(u"first"_s);
+    m_bed->server.answerNext(holdRequest());
+    m_bed->state->applyPatchToBin(0, binFile(u"asked.bin"_s));
+    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    m_bed->server.answerNext(answerWith(R"({"patches":[{"id":8},{"id":9}]})"));
+    m_bed->state->loadPatches(u"second"_s);
+    QTRY_COMPARE(m_bed->state->patchItems().size(), 2);
+    m_bed->takeAnnounced();
+    m_bed->server.answerHeld(1, answerWith(patchedAnswer));
+    QTRY_VERIFY(m_bed->idle());
+    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_bed->server.request(1).body,
+             QByteArray(R"({"cal_id":"first","file_data":"QklO","patch_id":"5","session_token":""})"));
+    QCOMPARE(m_bed->documents(), QStringList{u"asked_patched.bin"_s});
+    QCOMPARE(m_bed->state->patchItems().size(), 2);
+}
+
+void TestAppStatePatches::apply_twiceSpendsTwice()
+{
+    list();
+    const QString path = binFile();
+    m_bed->server.answerAlways(answerWith(patchedAnswer));
+    m_bed->state->applyPatchToBin(0, path);
+    m_bed->state->applyPatchToBin(0, path);
+    QTRY_VERIFY(m_bed->idle());
+    QCOMPARE(m_bed->server.requestCount(), 3);
+    QCOMPARE(m_bed->announced, QStringList({u"1 Patch applied."_s, u"1 Patch applied."_s}));
+}
+
+void TestAppStatePatches::apply_worksAfterFailure()
+{
+    list();
+    QCOMPARE(apply({}), 1);
+    QCOMPARE(m_bed->state->statusOK(), 0);
+    m_bed->takeAnnounced();
+    QCOMPARE(apply(answerWith(patchedAnswer)), 1);
+    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
+}
+
+void TestAppStatePatches::apply_failureUsesTheFailedListsIdentifier()
+{
+    list(u"first"_s);
+    m_bed->server.answerNext({httpAnswer(500, {})});
+    m_bed->state->loadPatches(u"second"_s);
+    QTRY_VERIFY(m_bed->idle());
+    QCOMPARE(apply(answerWith("{}")), 1);
+    QCOMPARE(m_bed->lastRequest().body,
+             QByteArray(R"({"cal_id":"second","file_data":"QklO","patch_id":"5","session_token":""})"));
+}
+
+void TestAppStatePatches::requestsShowNothingAtTheirStart()
+{
+    list();
+    m_bed->server.answerAlways(holdRequest());
+    m_bed->state->loadPatches(u"other"_s);
+    m_bed->state->applyPatchToBin(0, binFile());
+    QTRY_COMPARE(m_bed->server.completeRequestCount(), 3);
+    QCOMPARE(m_bed->announced, QStringList());
+    QVERIFY(!m_bed->state->busy());
+    QCOMPARE(m_bed->state->patchItems().size(), 1);
+}
+
+void TestAppStatePatches::destroyedWithRequestsInFlight()
+{
+    list();
+    const QString path = binFile();
+    m_bed->server.answerAlways(holdRequest());
+    for (int i = 0; i < 5; ++i) {
+        m_bed->state->loadPatches({});
+        m_bed->state->applyPatchToBin(0, path);
+    }
+    QTRY_COMPARE(m_bed->server.completeRequestCount(), 11);
+    m_bed->state.reset();
+    for (int i = 1; i < 11; ++i)
+        m_bed->server.answerHeld(i, answerWith(patchedAnswer));
+    // One more request shows that the answers of the others are through.
+    m_bed->state = std::make_unique<AppState>();
+    m_bed->client()->setApiBase(m_bed->server.baseUrl());
+    m_bed->server.answerNext(answerWith(R"({"patches":[{}]})"));
+    m_bed->state->loadPatches({});
+    QTRY_COMPARE(m_bed->state->patchItems().size(), 1);
+    QCOMPARE(m_bed->announced, QStringList());
+    QCOMPARE(m_bed->documents(), QStringList());
+}
+
+KVTEDITOR_TEST_MAIN(TestAppStatePatches)
+#include "tst_AppStatePatches.moc"

@@ -1,0 +1,141 @@
+#include "api/TransferMeter.h"
+#include "api/VoxApiClient.h"
+#include "support/RawHttpServer.h"
+#include "support/TestMain.h"
+
+#include <QHostAddress>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+
+class TestTransferMeter : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void text_data();
+    void text();
+    void tellsOfASlowUpload();
+    void tellsOfASlowDownload();
+    void saysNothingOfAQuickTransfer();
+    void outlivesItsTransfers();
+};
+
+void TestTransferMeter::text_data()
+{
+    QTest::addColumn<qint64>("sent");
+    QTest::addColumn<qint64>("toSend");
+    QTest::addColumn<qint64>("received");
+    QTest::addColumn<qint64>("toReceive");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("nothing") << qint64(0) << qint64(0) << qint64(0) << qint64(0) << QString();
+    QTest::newRow("begins") << qint64(0) << qint64(1500) << qint64(0) << qint64(0)
+                            << u"Sending 0 bytes of 1.5 kB"_s;
+    QTest::newRow("sends") << qint64(12'300'000) << qint64(64'000'000) << qint64(0) << qint64(0)
+                           << u"Sending 12.3 MB of 64.0 MB"_s;
+    QTest::newRow("waits") << qint64(64) << qint64(64) << qint64(0) << qint64(-1) << QString();
+    QTest::newRow("receives") << qint64(64) << qint64(64) << qint64(2000) << qint64(4000)
+                              << u"Receiving 2.0 kB of 4.0 kB"_s;
+    QTest::newRow("unknown-length") << qint64(64) << qint64(64) << qint64(2000) << qint64(-1)
+                                    << u"Receiving 2.0 kB"_s;
+    QTest::newRow("past-2-GiB") << qint64(0) << qint64(0) << qint64(5'000'000'000) << qint64(6'000'000'000)
+                                << u"Receiving 5.0 GB of 6.0 GB"_s;
+}
+
+void TestTransferMeter::text()
+{
+    QFETCH(qint64, sent);
+    QFETCH(qint64, toSend);
+    QFETCH(qint64, received);
+    QFETCH(qint64, toReceive);
+    QTEST(transferText({sent, toSend, received, toReceive}), "text");
+}
+
+void TestTransferMeter::tellsOfASlowUpload()
+{
+    // Leaves the request in the system's buffers, which take only a part of it.
+    QTcpServer deaf;
+    QVERIFY(deaf.listen(QHostAddress::LocalHost));
+    deaf.pauseAccepting();
+    VoxApiClient client;
+    client.setApiBase(u"http://127.0.0.1:%1/api/"_s.arg(deaf.serverPort()));
+    TransferMeter meter;
+    connect(&client, &VoxApiClient::requestSent, &meter, &TransferMeter::watch);
+    meter.setPatience(0);
+    QStringList answers;
+    client.postMultipart(
+        u"x"_s, {}, {{u"file"_s, u"a.bin"_s, QByteArray(64 << 20, 'a')}},
+        [&](const QByteArray &, const QJsonObject &, const QString &error) { answers.append(error); });
+    QTRY_VERIFY(meter.text().startsWith(u"Sending "_s));
+    QVERIFY2(meter.text().endsWith(u" of 67.1 MB"_s), qPrintable(meter.text()));
+    deaf.close();
+    QTRY_COMPARE(answers.size(), 1);
+    QVERIFY(!answers.constFirst().isEmpty());
+    QCOMPARE(meter.text(), QString());
+}
+
+void TestTransferMeter::tellsOfASlowDownload()
+{
+    RawHttpServer server;
+    RawAnswer endless;
+    endless.bytes = "HTTP/1.1 200 OK\r\nContent-Length: 100000000000\r\n\r\n";
+    endless.endless = true;
+    server.answerAlways(endless);
+    {
+        VoxApiClient client;
+        client.setApiBase(server.baseUrl());
+        TransferMeter meter;
+        connect(&client, &VoxApiClient::requestSent, &meter, &TransferMeter::watch);
+        meter.setPatience(0);
+        client.downloadFile(server.baseUrl(),
+                            [](const QByteArray &, const QJsonObject &, const QString &) {});
+        QTRY_VERIFY(meter.text().startsWith(u"Receiving "_s));
+        QVERIFY(meter.text().endsWith(u" of 100.0 GB"_s));
+    }
+    QTRY_VERIFY(server.endlessBytes() > 0);
+}
+
+void TestTransferMeter::saysNothingOfAQuickTransfer()
+{
+    RawHttpServer server;
+    VoxApiClient client;
+    client.setApiBase(server.baseUrl());
+    // Far longer than the test may take.
+    TransferMeter meter;
+    connect(&client, &VoxApiClient::requestSent, &meter, &TransferMeter::watch);
+    meter.setPatience(600'000);
+    QSignalSpy changes(&meter, &TransferMeter::textChanged);
+    int answers = 0;
+    for (int i = 0; i < 5; ++i) {
+        client.postMultipart(u"x"_s, {}, {{u"file"_s, u"a.bin"_s, QByteArray(1 << 20, 'a')}},
+                             [&](const QByteArray &, const QJsonObject &, const QString &) { ++answers; });
+    }
+    QTRY_COMPARE(answers, 5);
+    QCOMPARE(changes.count(), 0);
+}
+
+void TestTransferMeter::outlivesItsTransfers()
+{
+    RawHttpServer server;
+    RawAnswer endless;
+    endless.bytes = "HTTP/1.1 200 OK\r\n\r\n";
+    endless.endless = true;
+    server.answerAlways(endless);
+    TransferMeter meter;
+    meter.setPatience(0);
+    {
+        QNetworkAccessManager manager;
+        meter.watch(manager.get(QNetworkRequest(QUrl(server.baseUrl()))));
+        QTRY_VERIFY(meter.text().startsWith(u"Receiving "_s));
+    }
+    QCOMPARE(meter.text(), QString());
+}
+
+KVTEDITOR_TEST_MAIN(TestTransferMeter)
+
+#include "tst_TransferMeter.moc"
