@@ -2,7 +2,6 @@
 
 #include "api/JsonReading.h"
 #include "api/ServiceConfig.h"
-#include "api/TransferMeter.h"
 #include "api/UploadBody.h"
 
 #include <QHttpMultiPart>
@@ -99,6 +98,20 @@ int httpStatus(const QNetworkReply *reply)
     return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
+// A body without a length ends when the server closes. The library then still reports, more often than not,
+// that it could not send the request again (seen in 6.4), though the whole answer is there.
+bool endedByClosing(const QNetworkReply *reply)
+{
+    return reply->error() == QNetworkReply::ContentReSendError && httpStatus(reply) / 100 == 2
+        && !reply->hasRawHeader("Content-Length") && !reply->hasRawHeader("Transfer-Encoding");
+}
+
+QString errorText(const QNetworkReply *reply)
+{
+    return reply->error() == QNetworkReply::NoError || endedByClosing(reply) ? QString()
+                                                                             : reply->errorString();
+}
+
 } // namespace
 
 WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &object, const QString &error)
@@ -133,7 +146,6 @@ WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &obj
 VoxApiClient::VoxApiClient(QObject *parent)
     : QObject(parent)
     , m_apiBase(serviceConfig().apiBase)
-    , m_transfers(new TransferMeter(this))
 {
 }
 
@@ -316,12 +328,12 @@ QNetworkAccessManager *VoxApiClient::newManager()
 // The manager belongs to the client and the reply to the manager; both go once the answer was handed over.
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
-    m_transfers->watch(reply);
     connect(reply, &QNetworkReply::finished, this, [reply, manager, finished = std::move(finished)] {
         const QByteArray body = reply->readAll();
-        const QString error = reply->error() == QNetworkReply::NoError ? QString() : reply->errorString();
+        const QString error = errorText(reply);
         reply->deleteLater();
         manager->deleteLater();
         finished(reply, body, error);
     });
+    emit requestSent(reply);
 }

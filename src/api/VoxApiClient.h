@@ -13,7 +13,6 @@
 class QNetworkAccessManager;
 class QNetworkReply;
 class QNetworkRequest;
-class TransferMeter;
 
 /// One file part of a multipart request.
 struct WorkerFile
@@ -44,9 +43,10 @@ using FieldList = QList<std::pair<QString, QString>>;
 /// What a worker's answer means: a file, a JSON answer that says "ok", or an error to show. Pure.
 WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &object, const QString &error);
 
-/// The only door to the remote service. Requests are independent, have no time-out, are sent once and never
-/// again, and call back exactly once, on the main thread; if the client is destroyed first they never do.
-/// Request bodies, tokens and passwords are never logged.
+/// The only door to the remote service. Requests are independent, have no time-out, and call back exactly
+/// once, on the main thread; if the client is destroyed first they never do. A POST is sent once and never
+/// again; a GET may be repeated by the library when the peer closes without a byte. Request bodies, tokens
+/// and passwords are never logged.
 class VoxApiClient : public QObject
 {
     Q_OBJECT
@@ -59,8 +59,6 @@ public:
     void setApiBase(const QString &base);
     /// The absolute URL of a path below the API base; one leading "/" of `path` is dropped.
     QString url(const QString &path) const;
-    /// How far the requests under way are. Belongs to the client.
-    TransferMeter *transfers() const { return m_transfers; }
 
     // The primitives that every endpoint uses
 
@@ -95,11 +93,14 @@ public:
     void feedbackReply(const QString &ticketId, const QString &message, JsonCallback callback);
     void checkUpdate(JsonCallback callback);
 
+signals:
+    /// A request went out; `reply` lives until the answer was handed over.
+    void requestSent(QNetworkReply *reply);
+
 private:
     using Finished = std::function<void(QNetworkReply *, const QByteArray &, const QString &)>;
     void handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished);
     QNetworkAccessManager *newManager();
 
     QString m_apiBase;
-    TransferMeter *m_transfers;
 };

@@ -8,12 +8,15 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMutexLocker>
+#include <QNetworkReply>
 
 AppState::AppState(QObject *parent)
     : QObject(parent)
     , m_client(new VoxApiClient(this))
     , m_hexModel(new HexModel(this))
+    , m_transfers(new TransferMeter(this))
 {
+    connect(m_client, &VoxApiClient::requestSent, m_transfers, &TransferMeter::watch);
     m_search.link = std::make_shared<ScanLink>();
     m_search.link->owner = this;
 }

@@ -99,7 +99,7 @@ public:
     /// Does nothing; views may call it.
     Q_INVOKABLE void openEditorDebug();
     /// How far the requests to the service are. Belongs to the controller.
-    Q_INVOKABLE TransferMeter *transfers() const { return m_client->transfers(); }
+    Q_INVOKABLE TransferMeter *transfers() const { return m_transfers; }
 
     // Workspace and identifiers: AppStateWorkspace.cpp
     QString fileName() const { return m_file.name; }
@@ -210,6 +210,8 @@ public:
     Q_INVOKABLE void clearSearch();
     /// Opens a hit in the workspace, if it is a .kvt file.
     Q_INVOKABLE void openSearchHit(int index);
+    /// Whether something dropped on the window can be searched; a link to a folder can.
+    Q_INVOKABLE bool isFolder(const QString &path) const;
 
     // Sorter: AppStateSorter.cpp
     Q_INVOKABLE void sortCopy(const QStringList &files, const QString &dest, const QString &order);
@@ -284,6 +286,7 @@ private:
 
     VoxApiClient *m_client;
     HexModel *m_hexModel;
+    TransferMeter *m_transfers;
     QString m_tab = QStringLiteral("main");
     bool m_busy = false;
     QString m_status;

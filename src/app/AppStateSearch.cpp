@@ -3,6 +3,7 @@
 #include "app/ScanLink.h"
 #include "core/FileTools.h"
 
+#include <QFileInfo>
 #include <QMetaObject>
 #include <QMutexLocker>
 
@@ -89,6 +90,11 @@ void AppState::clearSearch()
     m_search.link->cancel = true;
     m_search.hits.clear();
     emit searchChanged();
+}
+
+bool AppState::isFolder(const QString &path) const
+{
+    return QFileInfo(path).isDir();
 }
 
 void AppState::openSearchHit(int index)

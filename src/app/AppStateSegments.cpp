@@ -40,12 +40,14 @@ void AppState::previewSegments()
         {QStringLiteral("donor"), QFileInfo(m_swap.donorPath).fileName(),
          FileTools::readFile(m_swap.donorPath)}};
     m_client->kvtWorker(applicationVersion(), QStringLiteral("segment_swap_preview"), {}, files,
-                        [this](const WorkerResult &result) {
+                        [this, generation = m_file.generation](const WorkerResult &result) {
                             if (!result.ok) {
                                 setStatus(result.error, 0);
                                 return;
                             }
-                            applyKvtInfoJson(result.text);
+                            // One truck's numbers must never show on another's file.
+                            if (generation == m_file.generation)
+                                applyKvtInfoJson(result.text);
                             m_swap.candidates = decodeSwapCandidates(result.text);
                             emit segmentsChanged();
                             setStatus(QStringLiteral("%1 swap candidate(s).").arg(m_swap.candidates.size()),

@@ -6,6 +6,18 @@
 
 #include <QDir>
 
+namespace {
+
+/// Whether something else than `bytes` can be read at `path` after they could not be written there whole:
+/// part of them, or somebody's file of that name. Neither may be opened as what was downloaded.
+bool holdsAnother(const QString &path, const QByteArray &bytes)
+{
+    const QByteArray found = FileTools::readFile(path);
+    return !found.isEmpty() && found != bytes;
+}
+
+} // namespace
+
 void AppState::stockSearch(const QVariantMap &filters)
 {
     m_client->stockList(filters, [this](const QJsonObject &answer, const QString &error) {
@@ -59,8 +71,10 @@ void AppState::finishStockDownload(const QByteArray &bytes, const QString &filen
         return;
     }
     const QString path = QDir::tempPath() + QLatin1Char('/') + name;
-    // The open that follows has its own words for a file that could not be written.
-    FileTools::writeFile(path, bytes);
-    openKvt(path);
+    QString error;
+    if (FileTools::writeFile(path, bytes, &error) || !holdsAnother(path, bytes))
+        openKvt(path);
+    else
+        setStatus(error, 0);
     setTab(QStringLiteral("main"));
 }

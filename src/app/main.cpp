@@ -66,8 +66,7 @@ void answer(Text text)
 }
 
 // The first argument that the framework left and that is no option, made absolute; empty when there is none.
-// Behind
-// "--" nothing is an option.
+// Behind "--" nothing is an option.
 QString fileFromCommandLine()
 {
     bool options = true;
@@ -144,6 +143,8 @@ int main(int argc, char **argv)
     logLine("main: start");
     QApplication app(argc, argv);
     nameApplication();
+    // By this name the desktop knows whose window it is.
+    QGuiApplication::setDesktopFileName(QStringLiteral("example.vox.KvtEditor"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico")));
     QQuickStyle::setStyle(QStringLiteral("Basic"));
     qmlRegisterType<HexModel>("KvtEditor", 1, 0, "HexModel");

@@ -23,11 +23,12 @@ QHash<int, QByteArray> RowModel::roleNames() const
 
 void RowModel::setRows(const QVariantList &rows)
 {
-    if (rows.size() != m_rows.size()) {
-        beginResetModel();
-        m_rows = rows;
-        endResetModel();
-        emit rowsChanged();
+    // What one feature announces often changes nothing of the list.
+    if (rows.isSharedWith(m_rows))
+        return;
+    if (m_resetting || rows.size() != m_rows.size()) {
+        if (rows != m_rows)
+            reset(rows);
         return;
     }
     for (int i = 0; i < rowCount(); ++i) {
@@ -36,5 +37,13 @@ void RowModel::setRows(const QVariantList &rows)
         m_rows[i] = rows.at(i);
         emit dataChanged(index(i), index(i), {rowRole});
     }
+    emit rowsChanged();
+}
+
+void RowModel::reset(const QVariantList &rows)
+{
+    beginResetModel();
+    m_rows = rows;
+    endResetModel();
     emit rowsChanged();
 }

@@ -4,11 +4,13 @@
 #include <QVariantList>
 
 /// A list of maps as a list view's model. Setting a list of the same length changes only the rows that
-/// differ, so that a view keeps its place, its rows and the keyboard's; any other list resets it.
+/// differ, so that a view keeps its place, its rows and the keyboard's; any other list resets it. Where a
+/// list of the same length is another list all the same, `resetting` says so.
 class RowModel : public QAbstractListModel
 {
     Q_OBJECT
     Q_PROPERTY(QVariantList rows READ rows WRITE setRows NOTIFY rowsChanged FINAL)
+    Q_PROPERTY(bool resetting MEMBER m_resetting FINAL)
 
 public:
     using QAbstractListModel::QAbstractListModel;
@@ -25,5 +27,8 @@ signals:
     void rowsChanged();
 
 private:
+    void reset(const QVariantList &rows);
+
     QVariantList m_rows;
+    bool m_resetting = false;
 };

@@ -111,6 +111,9 @@ private slots:
     void destroyedWithCompletionPosted();
     void programEndsWhileScanning();
 
+    void tellsFoldersFromFiles_data();
+    void tellsFoldersFromFiles();
+
 private:
     QString inDir(const QString &name) const { return m_dir->filePath(name); }
     void scanBigTree() { m_state->scanFolder(m_bigTree->path(), true, rareName, {}, {}, {}); }
@@ -544,6 +547,33 @@ void TestAppStateSearch::programEndsWhileScanning()
         QVERIFY(WIFEXITED(outcome));
         QCOMPARE(WEXITSTATUS(outcome), 0);
     }
+}
+
+void TestAppStateSearch::tellsFoldersFromFiles_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("expected");
+
+    QTest::newRow("folder") << u"tree"_s << true;
+    QTest::newRow("folder-trailing-slash") << u"tree/"_s << true;
+    QTest::newRow("folder-named-like-a-file") << u"odd 100%.kvt"_s << true;
+    QTest::newRow("link-to-folder") << u"link to tree"_s << true;
+    QTest::newRow("file") << u"truck.kvt"_s << false;
+    QTest::newRow("link-to-nothing") << u"dangling"_s << false;
+    QTest::newRow("missing") << u"nowhere"_s << false;
+}
+
+void TestAppStateSearch::tellsFoldersFromFiles()
+{
+    QFETCH(const QString, name);
+    QVERIFY(QDir().mkpath(inDir(u"tree"_s)));
+    QVERIFY(QDir().mkpath(inDir(u"odd 100%.kvt"_s)));
+    QVERIFY(QFile::link(inDir(u"tree"_s), inDir(u"link to tree"_s)));
+    QVERIFY(QFile::link(inDir(u"gone"_s), inDir(u"dangling"_s)));
+    QVERIFY(makeFile(inDir(u"truck.kvt"_s)));
+    QTEST(m_state->isFolder(inDir(name)), "expected");
+    QVERIFY(!m_state->isFolder({}));
+    QVERIFY(m_state->status().isEmpty());
 }
 
 int main(int argc, char **argv)

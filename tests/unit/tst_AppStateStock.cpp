@@ -640,13 +640,16 @@ void TestAppStateStock::open_cannotWrite()
 
 void TestAppStateStock::open_diskFull()
 {
+    openTune(u"mine.kvt"_s);
     listFile("a.kvt");
     {
         const FileSizeLimit limit(4);
-        QCOMPARE(download(answerWith("more than fits"), true), 2);
+        QCOMPARE(download(answerWith("more than fits"), true), 1);
     }
-    // What reached the disk is what opens, and its size says so.
-    QCOMPARE(m_bed->announced, QStringList({u"file"_s, u"identifiers"_s, openedText(u"a.kvt"_s, 4)}));
+    // Half a tune is not opened.
+    QCOMPARE(m_bed->announced, QStringList{u"0 Short write."_s});
+    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(m_bed->state->tab(), u"main"_s);
 }
 
 void TestAppStateStock::open_errorTextOpensNothing()
