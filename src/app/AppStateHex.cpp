@@ -14,6 +14,7 @@ void AppState::hexFind(const QString &query)
 {
     const QByteArray needle = FileTools::parseHexQuery(query);
     if (needle.isEmpty()) {
+        m_hexModel->clearMatch();
         setStatus(QStringLiteral("Enter hex or ASCII to search."), 0);
         return;
     }
@@ -22,9 +23,11 @@ void AppState::hexFind(const QString &query)
     if (position < 0)
         position = FileTools::findBytes(bytes, needle, 0);
     if (position < 0) {
+        m_hexModel->clearMatch();
         setStatus(QStringLiteral("Not found."), 0);
         return;
     }
+    m_hexModel->setMatch(position, static_cast<int>(needle.size()));
     m_hexModel->setCursor(position);
     setStatus(QStringLiteral("Found at 0x%1").arg(position, 0, 16).toUpper(), 1);
 }

@@ -1,6 +1,7 @@
 #include "core/HexModel.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -89,9 +90,12 @@ void HexModel::setBytes(const QByteArray &bytes)
     beginResetModel();
     m_bytes = bytes;
     m_cursor = clamped(m_cursor);
+    const bool hadMatch = std::exchange(m_match, {}).length > 0;
     endResetModel();
     emit dataChangedSig();
     emit cursorChanged();
+    if (hadMatch)
+        emit matchChanged();
 }
 
 void HexModel::setCursor(int pos)
@@ -118,10 +122,31 @@ bool HexModel::applyPatch(int offset, const QByteArray &bytes)
     };
     emit dataChanged(rowAt(offset), rowAt(offset + bytes.size() - 1), {HexRole, AsciiRole});
     emit dataChangedSig();
+    if (offset < m_match.start + m_match.length && m_match.start < offset + bytes.size())
+        clearMatch();
     return true;
+}
+
+void HexModel::setMatch(int start, int length)
+{
+    const bool inside = start >= 0 && length > 0 && length <= m_bytes.size() - start;
+    changeMatch(inside ? Match{start, length} : Match{});
+}
+
+void HexModel::clearMatch()
+{
+    changeMatch({});
 }
 
 int HexModel::clamped(qint64 pos) const
 {
     return static_cast<int>(std::clamp<qint64>(pos, 0, std::max<qint64>(m_bytes.size(), 1) - 1));
+}
+
+void HexModel::changeMatch(Match match)
+{
+    if (match == m_match)
+        return;
+    m_match = match;
+    emit matchChanged();
 }

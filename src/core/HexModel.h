@@ -3,14 +3,17 @@
 #include <QAbstractListModel>
 #include <QByteArray>
 
-/// The bytes of a tune file as rows of sixteen, with a cursor. Bytes are overwritten, never inserted or
-/// removed. Row texts are made on demand; an empty buffer still shows one empty row.
+/// The bytes of a tune file as rows of sixteen, with a cursor and the last match of a search. Bytes are
+/// overwritten, never inserted or removed. Row texts are made on demand; an empty buffer still shows one
+/// empty row.
 class HexModel : public QAbstractListModel
 {
     Q_OBJECT
     Q_PROPERTY(int cursor READ cursor WRITE setCursor NOTIFY cursorChanged FINAL)
     Q_PROPERTY(int byteCount READ byteCount NOTIFY dataChangedSig FINAL)
     Q_PROPERTY(int currentRow READ currentRow NOTIFY cursorChanged FINAL)
+    Q_PROPERTY(int matchStart READ matchStart NOTIFY matchChanged FINAL)
+    Q_PROPERTY(int matchLength READ matchLength NOTIFY matchChanged FINAL)
 
 public:
     enum Role
@@ -32,24 +35,42 @@ public:
     /// Offset in bytes from the start; always within 0 and the last byte, 0 for an empty buffer.
     int cursor() const { return m_cursor; }
     int currentRow() const;
+    /// Offset in bytes of what was last found; -1, with a length of 0, when there is no match to show.
+    int matchStart() const { return m_match.start; }
+    int matchLength() const { return m_match.length; }
 
-    /// Replaces the buffer; the cursor stays, clamped to the new last byte.
+    /// Replaces the buffer and forgets the match; the cursor stays, clamped to the new last byte.
     void setBytes(const QByteArray &bytes);
     /// Positions outside the buffer are clamped.
     void setCursor(int pos);
     /// Moves the cursor to the first byte of `row`, clamped.
     Q_INVOKABLE void clickRow(int row);
     /// Overwrites bytes at `offset`. Refused, with nothing changed, when `bytes` is empty or would not fit.
+    /// A match that it overwrites, if only in part, is forgotten.
     bool applyPatch(int offset, const QByteArray &bytes);
+    /// What does not lie within the buffer whole is no match.
+    void setMatch(int start, int length);
+    void clearMatch();
 
 signals:
     void cursorChanged();
     void dataChangedSig();
+    void matchChanged();
 
 private:
+    struct Match
+    {
+        int start = -1;
+        int length = 0;
+
+        bool operator==(const Match &) const = default;
+    };
+
     int clamped(qint64 pos) const;
+    void changeMatch(Match match);
 
     QByteArray m_bytes;
     int m_cursor = 0;
+    Match m_match;
     int m_bytesPerRow = 16;
 };

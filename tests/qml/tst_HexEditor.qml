@@ -26,14 +26,77 @@ ViewTest {
         return shown.sort((a, b) => a.y - b.y);
     }
 
+    function mark(name: string): var {
+        return find(name, find("hexRows"));
+    }
+
+    function matchMarks(): var {
+        const marks = [];
+        for (let i = 0, next = null; (next = findChild(find("hexRows"), "matchMark" + i)) !== null; ++i)
+            marks.push(next);
+        return marks;
+    }
+
+    // The text of a shown row between two characters, as wide as it is drawn.
+    function widthOf(text: string): real {
+        const probe = createTemporaryObject(probeComponent, window.contentItem, { text: text });
+        return probe.contentWidth;
+    }
+
+    // A mark stands around the bytes from `first` to before `end` of the row, in both columns.
+    function verifyMarks(mark: var, rowY: int, first: int, end: int): void {
+        const rows = find("hexRows");
+        const texts = shownRows()[0].children[0].children;
+        const digits = inRows(find("digitsMark", mark));
+        const characters = inRows(find("charactersMark", mark));
+        const digitsX = inRows(texts[1]).x + widthOf("0".repeat(3 * first)) - 2;
+        const charactersX = inRows(texts[2]).x + widthOf("0".repeat(first)) - 1;
+        fuzzyCompare(digits.x, digitsX, 0.6);
+        fuzzyCompare(digits.width, widthOf("0".repeat(3 * (end - first) - 1)) + 4, 0.6);
+        fuzzyCompare(characters.x, charactersX, 0.6);
+        fuzzyCompare(characters.width, widthOf("0".repeat(end - first)) + 2, 0.6);
+        for (const place of [digits, characters]) {
+            compare(place.y, rowY + 1);
+            compare(place.height, 18);
+            verify(place.x + place.width < rows.width);
+        }
+    }
+
+    function inRows(item: var): rect {
+        return item.mapToItem(find("hexRows"), 0, 0, item.width, item.height);
+    }
+
+    function rightClick(rows: var, row: int): var {
+        mouseClick(rows, 300, row * rows.rowHeight + 10, Qt.RightButton);
+        const menu = find("hexMenu");
+        tryCompare(menu, "opened", true);
+        return menu;
+    }
+
+    function clipboard(): string {
+        const field = find("hexPatchField");
+        field.clear();
+        field.paste();
+        return field.text;
+    }
+
+    Component {
+        id: probeComponent
+
+        Text {
+            font { family: VOXTheme.fixedFamily; pixelSize: 12 }
+            textFormat: Text.PlainText
+        }
+    }
+
     function test_overlayCoversTheWindow() {
         openEditor(100);
         const overlay = find("hexOverlay");
         compare(inWindow(overlay), Qt.rect(0, 0, window.width, window.height));
+        const layers = Array.from(window.contentItem.children);
         for (const name of ["sidebar", "header", "footer", "viewStack"]) {
-            const place = inWindow(find(name));
-            const middle = window.contentItem.childAt(place.x + place.width / 2, place.y + place.height / 2);
-            compare(middle, overlay, name);
+            const layer = layers.findIndex(item => findChild(item, name) !== null);
+            verify(layer >= 0 && layer < layers.indexOf(overlay), name);
         }
     }
 
@@ -300,6 +363,306 @@ ViewTest {
         // A fixed pitch in truth: sixteen pairs of any digits are equally wide.
         verify(texts[1].contentWidth > 0);
         compare(shownRows()[1].children[0].children[1].contentWidth, texts[1].contentWidth);
+    }
+
+    function test_cursorsByteIsMarked_data() {
+        return [
+            { tag: "first", cursor: 0, row: 0, column: 0 },
+            { tag: "within", cursor: 0x25, row: 2, column: 5 },
+            { tag: "last-of-a-row", cursor: 0x1f, row: 1, column: 15 }
+        ];
+    }
+
+    function test_cursorsByteIsMarked(data) {
+        openEditor(1000);
+        app.hexModel.cursor = data.cursor;
+        const cursorMark = mark("cursorMark");
+        compare(cursorMark.visible, true);
+        verifyMarks(cursorMark, data.row * 20, data.column, data.column + 1);
+        compare(find("digitsMark", cursorMark).border.color, VOXTheme.orangeBright);
+    }
+
+    function test_cursorsMarkScrollsWithItsRow() {
+        const rows = openEditor(100000);
+        app.hexModel.cursor = 0x53;
+        rows.scrollTo(2.25);
+        verifyMarks(mark("cursorMark"), 55, 3, 4);
+        rows.scrollTo(500);
+        compare(mark("cursorMark").visible, false);
+        rows.scrollTo(0);
+        compare(mark("cursorMark").visible, true);
+    }
+
+    function test_nothingIsMarkedInAnEmptyBuffer() {
+        app.showHex = true;
+        render();
+        compare(mark("cursorMark").visible, false);
+        compare(matchMarks().length, 0);
+    }
+
+    function test_matchIsMarked_data() {
+        return [
+            { tag: "one-byte", query: "25", rows: [[2, 5, 6]] },
+            { tag: "up-to-row-end", query: "2E 2F", rows: [[2, 14, 16]] },
+            { tag: "over-row-end", query: "1F 20", rows: [[1, 15, 16], [2, 0, 1]] },
+            { tag: "three-rows", query: "1D 1E 1F 20 21 22 23 24 25 26 27 28 29 2A 2B 2C 2D 2E 2F 30",
+              rows: [[1, 13, 16], [2, 0, 16], [3, 0, 1]] }
+        ];
+    }
+
+    function test_matchIsMarked(data) {
+        openEditor(200);
+        compare(matchMarks().length, 0);
+        find("hexSearchField").text = data.query;
+        click("hexFindButton");
+        const marks = matchMarks();
+        compare(marks.length, data.rows.length);
+        data.rows.forEach(([row, first, end], i) => verifyMarks(marks[i], row * 20, first, end));
+        compare(find("digitsMark", marks[0]).color, VOXTheme.matchFill);
+        compare(find("digitsMark", marks[0]).border.color, VOXTheme.matchEdge);
+        // The cursor stands on its first byte.
+        const [row, first] = data.rows[0];
+        verifyMarks(mark("cursorMark"), row * 20, first, first + 1);
+    }
+
+    function test_matchMarkEnds_data() {
+        return [
+            { tag: "not-found", act: () => app.hexFind("zzz") },
+            { tag: "patched", act: () => app.hexPatch("00") },
+            { tag: "another-file", act: () => bed.fillHex(300) }
+        ];
+    }
+
+    function test_matchMarkEnds(data) {
+        openEditor(200);
+        app.hexFind("1F 20");
+        compare(matchMarks().length, 2);
+        app.hexModel.cursor = 0x20;
+        compare(matchMarks().length, 2);
+        data.act();
+        tryVerify(() => matchMarks().length === 0);
+    }
+
+    function test_onlyRowsInSightAreMarked() {
+        bed.openFile("a.kvt", 100000, "x".repeat(50000));
+        app.showHex = true;
+        const rows = find("hexRows");
+        tryVerify(() => rows.height > 0);
+        app.hexFind("x".repeat(50000));
+        render();
+        compare(app.hexModel.matchLength, 50000);
+        verify(matchMarks().length <= Math.ceil(rows.rowsInSight) + 1, matchMarks().length);
+        rows.scrollTo(0);
+        compare(matchMarks().length, 0);
+        rows.scrollTo(4000.5);
+        const marks = matchMarks();
+        verifyMarks(marks[0], -10, 0, 16);
+        verify(inRows(marks[marks.length - 1]).y + 20 >= rows.height);
+    }
+
+    function test_marksStandUnderTheRows() {
+        openEditor(200);
+        app.hexFind("1F 20");
+        const rows = find("hexRows");
+        const order = Array.from(rows.children);
+        const layer = mark("cursorMark").parent;
+        verify(order.indexOf(layer) >= 0 && order.indexOf(layer) < order.indexOf(shownRows()[0]));
+        compare(shownRows()[1].digits, "10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F");
+    }
+
+    function test_marksOfALargeFile() {
+        const rows = openEditor(300 * 1024 * 1024);
+        app.hexModel.cursor = 314572799;
+        app.hexModel.cursor = 314572799 - 16;
+        render();
+        const row = shownRows().find(shown => shown.current);
+        verifyMarks(mark("cursorMark"), row.y, 15, 16);
+        compare(rows.rowCount, 19660800);
+    }
+
+    function test_menuCopies_data() {
+        return [
+            { tag: "offset", entry: "copyOffset", copied: "00000020", status: "Offset copied." },
+            { tag: "hex", entry: "copyHex", copied: "20 21 22 23 24 25 26 27", status: "Hex copied." },
+            { tag: "text", entry: "copyText", copied: " !\"#$%&'", status: "Text copied." }
+        ];
+    }
+
+    function test_menuCopies(data) {
+        const rows = openEditor(40);
+        app.hexModel.cursor = 7;
+        const menu = rightClick(rows, 2);
+        compare(app.hexModel.cursor, 7);
+        compare(find("menuRow").visible, true);
+        compare(inRows(find("menuRow")).y, 40);
+        mouseClick(find(data.entry));
+        compare(app.status, data.status);
+        compare(app.statusOK, 1);
+        compare(clipboard(), data.copied);
+        tryCompare(menu, "visible", false);
+        compare(find("menuRow").visible, false);
+        compare(app.hexModel.cursor, 7);
+        compare(app.showHex, true);
+    }
+
+    function test_menuByKeyIsAboutTheCurrentRow_data() {
+        return [
+            { tag: "menu-key", key: Qt.Key_Menu, modifiers: Qt.NoModifier },
+            { tag: "shift-f10", key: Qt.Key_F10, modifiers: Qt.ShiftModifier }
+        ];
+    }
+
+    function test_menuByKeyIsAboutTheCurrentRow(data) {
+        const rows = openEditor(10000);
+        app.hexModel.cursor = 0x1234;
+        rows.scrollTo(0);
+        rows.forceActiveFocus();
+        keyClick(data.key, data.modifiers);
+        const menu = find("hexMenu");
+        tryCompare(menu, "opened", true);
+        verify(shownRows().some(row => row.current));
+        compare(find("copyOffset").highlighted, true);
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Return);
+        tryCompare(menu, "visible", false);
+        compare(app.status, "Hex copied.");
+        verify(clipboard().startsWith("30 31 32 "));
+        keyClick(Qt.Key_F10);
+        compare(menu.visible, false);
+    }
+
+    function test_escapeClosesTheMenuOnly() {
+        const rows = openEditor(100);
+        const menu = rightClick(rows, 1);
+        keyClick(Qt.Key_Escape);
+        tryCompare(menu, "visible", false);
+        compare(app.showHex, true);
+        tryCompare(window, "activeFocusItem", rows);
+        keyClick(Qt.Key_Escape);
+        compare(app.showHex, false);
+    }
+
+    function test_clickBesideTheMenuOnlyClosesIt() {
+        const rows = openEditor(1000);
+        const menu = rightClick(rows, 1);
+        mouseClick(rows, 20, 10 * rows.rowHeight + 10);
+        tryCompare(menu, "visible", false);
+        compare(app.hexModel.cursor, 0);
+        compare(app.showHex, true);
+    }
+
+    function test_menuWhereThereIsNothingToCopy() {
+        app.showHex = true;
+        const rows = find("hexRows");
+        tryVerify(() => rows.height > 0);
+        mouseClick(rows, 300, 200, Qt.RightButton);
+        compare(find("hexMenu").visible, false);
+        rightClick(rows, 0);
+        compare(find("copyOffset").enabled, true);
+        compare(find("copyHex").enabled, false);
+        compare(find("copyText").enabled, false);
+    }
+
+    function test_menuLooks() {
+        const rows = openEditor(100);
+        const menu = rightClick(rows, 1);
+        compare(menu.background.color, VOXTheme.panel);
+        compare(menu.background.border.color, VOXTheme.border);
+        for (const [name, text] of [["copyOffset", "Copy offset"], ["copyHex", "Copy hex"],
+                                    ["copyText", "Copy text"]]) {
+            const entry = find(name);
+            compare(entry.Accessible.role, Accessible.MenuItem);
+            compare(entry.Accessible.name, text);
+            compare(entry.contentItem.text, text);
+            compare(entry.contentItem.color, VOXTheme.text);
+            compare(entry.contentItem.textFormat, Text.PlainText);
+        }
+        mouseMove(find("copyHex"));
+        tryCompare(find("copyHex"), "highlighted", true);
+        compare(find("copyHex").background.color, VOXTheme.selection);
+        compare(find("copyHex").contentItem.color, VOXTheme.accentText);
+    }
+
+    function test_menuKeepsClearOfTheWindowsEdges() {
+        const rows = openEditor(100000);
+        const lastRow = Math.floor(rows.height / rows.rowHeight) - 1;
+        mouseClick(rows, rows.width - 30, lastRow * rows.rowHeight + 10, Qt.RightButton);
+        const menu = find("hexMenu");
+        tryCompare(menu, "opened", true);
+        const place = inWindow(menu.contentItem);
+        verify(place.x + place.width <= window.width && place.y + place.height <= window.height);
+    }
+
+    function test_findLeavesTheKeyboardInTheSearchField_data() {
+        return [
+            { tag: "find-from-field", button: "hexFindButton", before: "hexSearchField" },
+            { tag: "next-from-field", button: "hexNextButton", before: "hexSearchField" },
+            { tag: "find-from-rows", button: "hexFindButton", before: "hexRows" },
+            { tag: "next-from-patch", button: "hexNextButton", before: "hexPatchField" }
+        ];
+    }
+
+    function test_findLeavesTheKeyboardInTheSearchField(data) {
+        openEditor(1000);
+        const field = find("hexSearchField");
+        field.text = "07 08";
+        find(data.before).forceActiveFocus();
+        click(data.button);
+        compare(app.hexModel.cursor, 7);
+        compare(window.activeFocusItem, field);
+        keyClick(Qt.Key_Return);
+        compare(app.hexModel.cursor, 263);
+    }
+
+    function test_spaceOnFindKeepsTheKeyboardThere() {
+        openEditor(1000);
+        find("hexSearchField").text = "07 08";
+        find("hexSearchField").forceActiveFocus();
+        keyClick(Qt.Key_Tab);
+        compare(window.activeFocusItem, find("hexFindButton"));
+        keyClick(Qt.Key_Space);
+        compare(app.hexModel.cursor, 7);
+        compare(window.activeFocusItem, find("hexFindButton"));
+        keyClick(Qt.Key_Space);
+        compare(app.hexModel.cursor, 263);
+    }
+
+    function test_focusSearchSelectsWhatWasSearchedFor() {
+        const rows = openEditor(1000);
+        const field = find("hexSearchField");
+        field.text = "07 08";
+        rows.forceActiveFocus();
+        find("hexOverlay").focusSearch();
+        compare(window.activeFocusItem, field);
+        compare(field.selectedText, "07 08");
+        type("9");
+        compare(field.text, "9");
+    }
+
+    function test_findNextUsesTheFieldAndLeavesTheKeyboard() {
+        const rows = openEditor(1000);
+        find("hexSearchField").text = "07 08";
+        rows.forceActiveFocus();
+        find("hexOverlay").findNext();
+        compare(app.hexModel.cursor, 7);
+        find("hexOverlay").findNext();
+        compare(app.hexModel.cursor, 263);
+        compare(window.activeFocusItem, rows);
+        find("hexSearchField").text = "";
+        find("hexOverlay").findNext();
+        compare(app.status, "Enter hex or ASCII to search.");
+    }
+
+    function test_returnInThePatchFieldWritesNothing() {
+        openEditor(64);
+        const field = find("hexPatchField");
+        const status = app.status;
+        field.text = "41 42";
+        field.forceActiveFocus();
+        for (const key of [Qt.Key_Return, Qt.Key_Enter])
+            keyClick(key);
+        compare(shownRows()[0].digits.slice(0, 5), "00 01");
+        compare(app.status, status);
     }
 
     function test_rowsSayWhatTheyAre() {

@@ -352,6 +352,106 @@ ViewTest {
         verify(isInSight(1999));
     }
 
+    function clipboard(): string {
+        const field = input("devMessageField");
+        field.clear();
+        field.paste();
+        return field.text;
+    }
+
+    function test_clickOnTheCaptionCopies() {
+        show({ modules: twoModules, interfaceId: "77" });
+        const expected = [[1, "VIN", "VIN1"], [2, "Serial Number", "S1"], [3, "Main OS", "111"],
+                          [4, "Segment", "E1"], [9, "Interface ID", "77"]];
+        for (const [line, title, value] of expected) {
+            mouseClick(find("copyArea", list().itemAtIndex(line)));
+            compare(app.status, title + " copied.");
+            compare(app.statusOK, 1);
+            compare(clipboard(), value);
+        }
+        compare(lineWithKeyboard(), -1);
+    }
+
+    function test_captionSaysThatItCopies() {
+        show({ modules: twoModules });
+        const line = list().itemAtIndex(1);
+        const area = find("copyArea", line);
+        const caption = find("caption", line);
+        compare(area.cursorShape, Qt.PointingHandCursor);
+        // Only where there is text.
+        verify(area.width > 10 && area.width <= caption.contentWidth + 0.5);
+        compare(area.height, caption.height);
+        compare(findChild(area, "copyTip"), null);
+        mouseMove(area);
+        tryVerify(() => find("copyTip", area).opened);
+        compare(find("copyTip", area).fullText, "Click to copy");
+        mouseMove(find("sendToDevButton"));
+        tryVerify(() => findChild(area, "copyTip") === null);
+    }
+
+    function test_copyKeyCopiesTheWholeValue() {
+        show({ modules: twoModules });
+        mouseClick(find("field", list().itemAtIndex(1)));
+        keyClick(Qt.Key_C, Qt.ControlModifier);
+        compare(app.status, "VIN copied.");
+        compare(clipboard(), "VIN1");
+    }
+
+    function test_copyKeyCopiesTheSelectionOnly() {
+        show({ modules: twoModules });
+        const field = find("field", list().itemAtIndex(1));
+        field.forceActiveFocus();
+        field.select(1, 3);
+        const before = app.status;
+        keyClick(Qt.Key_C, Qt.ControlModifier);
+        compare(app.status, before);
+        compare(clipboard(), "IN");
+    }
+
+    function test_emptyValuesCopyNothing() {
+        show({ modules: [{ title: "A" }, { title: "B" }] });
+        const line = list().itemAtIndex(1);
+        compare(find("caption", line).text, "MAIN OS");
+        compare(find("copyArea", line).visible, false);
+        app.copyText("before", "Test");
+        mouseClick(find("caption", line), 5, 5);
+        find("field", line).forceActiveFocus();
+        keyClick(Qt.Key_C, Qt.ControlModifier);
+        compare(app.status, "Test copied.");
+        compare(clipboard(), "before");
+    }
+
+    function test_editableFieldsCopyNothingByThemselves() {
+        app.vin = "ABCD";
+        compare(find("copyArea", find("vinField")).visible, false);
+        input("vinField").forceActiveFocus();
+        input("vinField").deselect();
+        const before = app.status;
+        keyClick(Qt.Key_C, Qt.ControlModifier);
+        compare(app.status, before);
+    }
+
+    function test_reusedLineCopiesWhatItShows() {
+        show({ modules: manyModules(1000) });
+        list().positionViewAtIndex(1501, ListView.Beginning);
+        render();
+        mouseClick(find("copyArea", list().itemAtIndex(1501)));
+        compare(clipboard(), "OS750");
+    }
+
+    function test_factsOfTheFileCopyToo() {
+        bed.openFile("a.kvt", 16);
+        bed.applyInfo({ created: "2024", softwareVersion: "4.0.2" });
+        const expected = [["fileNameField", "Filename", "a.kvt"], ["createdField", "Created", "2024"],
+                          ["versionField", "Version", "4.0.2"]];
+        for (const [name, title, value] of expected) {
+            render();
+            mouseClick(find("copyArea", find(name)));
+            compare(app.status, title + " copied.");
+            compare(clipboard(), value);
+        }
+    }
+
     function test_anotherFileBringsTheFieldsBack() {
         bed.applyInfo({ modules: twoModules });
         bed.openFile("b.kvt", 16);
