@@ -1,5 +1,6 @@
 #include "TestBed.h"
 
+#include <QAccessible>
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QFile>
@@ -8,6 +9,15 @@
 #include <QJsonObject>
 #include <QMimeData>
 #include <QQmlContext>
+#include <QTest>
+#include <QWindow>
+
+namespace {
+
+constexpr Qt::DropActions dragActions = Qt::CopyAction | Qt::MoveAction;
+constexpr Qt::KeyboardModifiers moveKey = Qt::ShiftModifier;
+
+} // namespace
 
 TestBed::TestBed(const UrlRecorder *opened)
     : m_opened(opened)
@@ -27,9 +37,14 @@ void TestBed::qmlEngineAvailable(QQmlEngine *engine)
 
 void TestBed::reset()
 {
+    // What a controller sent is not to come in the time of the next one.
+    if (!QTest::qWaitFor([this] { return allArrived(); }))
+        qFatal("A request did not arrive");
     AppState *const before = m_app;
     m_app = new AppState(m_engine);
-    m_app->findChild<VoxApiClient *>()->setApiBase(m_server.baseUrl());
+    auto *const client = m_app->findChild<VoxApiClient *>();
+    client->setApiBase(m_server.baseUrl());
+    connect(client, &VoxApiClient::requestSent, this, [this] { ++m_sentCount; });
     m_engine->rootContext()->setContextProperty(QStringLiteral("app"), m_app);
     if (before)
         before->deleteLater();
@@ -55,20 +70,47 @@ void TestBed::writeFile(const QString &name, int size)
         qFatal("Cannot write %s", qPrintable(path));
 }
 
-bool TestBed::drop(QObject *window, const QPointF &place, const QList<QUrl> &urls)
+bool TestBed::dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls)
 {
     QMimeData data;
     data.setUrls(urls);
-    QDragEnterEvent enter(place.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QDragEnterEvent enter(place.toPoint(), dragActions, &data, Qt::LeftButton, moveKey);
     QCoreApplication::sendEvent(window, &enter);
-    if (!enter.isAccepted()) {
-        QDragLeaveEvent leave;
-        QCoreApplication::sendEvent(window, &leave);
+    return enter.isAccepted();
+}
+
+bool TestBed::dragOn(QObject *window, const QPointF &place, const QList<QUrl> &urls)
+{
+    QMimeData data;
+    data.setUrls(urls);
+    QDragMoveEvent move(place.toPoint(), dragActions, &data, Qt::LeftButton, moveKey);
+    QCoreApplication::sendEvent(window, &move);
+    return move.isAccepted() && move.dropAction() == Qt::CopyAction;
+}
+
+void TestBed::dragAway(QObject *window)
+{
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(window, &leave);
+}
+
+bool TestBed::drop(QObject *window, const QPointF &place, const QList<QUrl> &urls)
+{
+    if (!dragTo(window, place, urls)) {
+        dragAway(window);
         return false;
     }
-    QDropEvent dropped(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QMimeData data;
+    data.setUrls(urls);
+    QDropEvent dropped(place, dragActions, &data, Qt::LeftButton, moveKey);
     QCoreApplication::sendEvent(window, &dropped);
-    return dropped.isAccepted();
+    return dropped.isAccepted() && dropped.dropAction() == Qt::CopyAction;
+}
+
+void TestBed::repeatKey(QObject *window, int key, int modifiers)
+{
+    QTest::simulateEvent(qobject_cast<QWindow *>(window), true, key, Qt::KeyboardModifiers(modifiers), {},
+                         true);
 }
 
 void TestBed::fillHex(int size)
@@ -119,6 +161,45 @@ QString TestBed::requestBodies() const
 QString TestBed::lastRequestLine() const
 {
     return QString::fromLatin1(m_server.request(m_server.requestCount() - 1).requestLine());
+}
+
+QString TestBed::lastRequestBody() const
+{
+    return QString::fromUtf8(m_server.request(m_server.requestCount() - 1).body);
+}
+
+void TestBed::answerNext(const QString &body)
+{
+    m_server.answerNext(answerWith(body.toUtf8()));
+}
+
+bool TestBed::allArrived() const
+{
+    return m_server.completeRequestCount() - fetchedPaths().size() == m_sentCount;
+}
+
+QStringList TestBed::fetchedPaths() const
+{
+    QStringList paths;
+    for (int i = 0; i < m_server.requestCount(); ++i) {
+        const QByteArray path = m_server.request(i).requestLine().split(' ').value(1);
+        if (!path.startsWith("/api/"))
+            paths.append(QString::fromLatin1(path));
+    }
+    return paths;
+}
+
+QString TestBed::spokenTexts(QObject *item) const
+{
+    QAccessibleInterface *const spoken = QAccessible::queryAccessibleInterface(item);
+    if (!spoken)
+        return {};
+    QStringList texts;
+    for (const QAccessible::Text kind : {QAccessible::Name, QAccessible::Description, QAccessible::Value})
+        texts.append(spoken->text(kind));
+    if (QAccessibleTextInterface *const text = spoken->textInterface())
+        texts.append(text->text(0, text->characterCount()));
+    return texts.join(QLatin1Char('\n'));
 }
 
 QString TestBed::address(const QString &path) const

@@ -32,8 +32,17 @@ public:
     Q_INVOKABLE void openFile(const QString &name, int size, const QString &tail = {});
     /// Writes a file of zeros into the bed's folder, or a folder below it.
     Q_INVOKABLE void writeFile(const QString &name, int size = 32);
-    /// Drags what is at these addresses into the window and lets go of it there; tells whether it was taken.
+    /// Drags what is at these addresses to a place in the window, from outside, with the key for moving held;
+    /// tells whether it would be taken.
+    Q_INVOKABLE bool dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls);
+    /// Goes on with what `dragTo` began; tells whether it would be taken, and not moved. What the drag enters
+    /// now says so from the next time on.
+    Q_INVOKABLE bool dragOn(QObject *window, const QPointF &place, const QList<QUrl> &urls);
+    Q_INVOKABLE void dragAway(QObject *window);
+    /// As `dragTo`, and lets go of it there; tells whether it was taken, and not moved.
     Q_INVOKABLE bool drop(QObject *window, const QPointF &place, const QList<QUrl> &urls);
+    /// What a key that is held down sends after its first press.
+    Q_INVOKABLE void repeatKey(QObject *window, int key, int modifiers);
     /// Fills the hex editor's buffer with bytes that count from 0.
     Q_INVOKABLE void fillHex(int size);
     Q_INVOKABLE void applyInfo(const QVariantMap &answer);
@@ -47,8 +56,16 @@ public:
     /// The bodies of all requests so far.
     Q_INVOKABLE QString requestBodies() const;
     Q_INVOKABLE QString lastRequestLine() const;
+    Q_INVOKABLE QString lastRequestBody() const;
+    /// What the next request gets, with status 200.
+    Q_INVOKABLE void answerNext(const QString &body);
     Q_INVOKABLE int requestCount() const { return m_server.requestCount(); }
-    Q_INVOKABLE int connectionCount() const { return m_server.connectionCount(); }
+    /// Whether every request that the controllers sent has come, whole.
+    Q_INVOKABLE bool allArrived() const;
+    /// The addresses of what was asked for beside the service, without the server's own: pictures in texts.
+    Q_INVOKABLE QStringList fetchedPaths() const;
+    /// All that an item tells an assistive tool about itself, a line for each text.
+    Q_INVOKABLE QString spokenTexts(QObject *item) const;
     /// An address on the server, for texts that must not be fetched.
     Q_INVOKABLE QString address(const QString &path) const;
     Q_INVOKABLE QStringList openedUrls() const;
@@ -59,4 +76,5 @@ private:
     QQmlEngine *m_engine = nullptr;
     AppState *m_app = nullptr;
     QTemporaryDir m_folder;
+    int m_sentCount = 0;
 };

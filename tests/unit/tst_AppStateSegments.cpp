@@ -67,6 +67,7 @@ private slots:
     void previewLeavesBusyAlone();
     void previewSelectsEverythingAgain();
     void laterPreviewWins();
+    void previewAnsweredAfterAnotherFileWasOpened();
 
     void selection();
     void selectionOutOfRange_data();
@@ -494,6 +495,32 @@ void TestAppStateSegments::laterPreviewWins()
     QTRY_COMPARE(m_state->swapCandidates().size(), 5);
     m_server->answerHeld(0, answerWith(previewOf(1)));
     QTRY_COMPARE(m_state->swapCandidates().size(), 1);
+}
+
+// Its numbers are those of the file it was asked for; the candidates belong to the picked files.
+void TestAppStateSegments::previewAnsweredAfterAnotherFileWasOpened()
+{
+    m_state->openKvt(makeFile(u"first.kvt"_s, "FIRST"));
+    QVERIFY(idle());
+    pickBoth();
+    m_server->answerNext(holdRequest());
+    m_state->previewSegments();
+    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    m_server->answerNext(answerWith(R"({"status":"ok","vin":"SECONDVIN","modules":[{"mainOs":"OS2"}]})"));
+    m_state->openKvt(makeFile(u"second.kvt"_s, "SECOND"));
+    QTRY_COMPARE(m_state->vin(), u"SECONDVIN"_s);
+    const QVariantList modules = m_state->modules();
+    QCOMPARE(modules.size(), 1);
+    QSignalSpy identifiers(m_state.get(), &AppState::identifiersChanged);
+    m_server->answerHeld(1, answerWith(previewOf(3)));
+    QVERIFY(idle());
+    QCOMPARE(m_state->status(), u"3 swap candidate(s)."_s);
+    QCOMPARE(m_state->statusOK(), 1);
+    QCOMPARE(m_state->swapCandidates().size(), 3);
+    QCOMPARE(identifiers.count(), 0);
+    QCOMPARE(m_state->vin(), u"SECONDVIN"_s);
+    QCOMPARE(m_state->modules(), modules);
+    QCOMPARE(m_state->fileName(), u"second.kvt"_s);
 }
 
 void TestAppStateSegments::selection()

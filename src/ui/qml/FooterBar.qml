@@ -3,16 +3,23 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
-// The status line of the whole window.
+// The status line of the whole window, and above it a slim bar while something is at work.
 Rectangle {
     id: root
 
     readonly property AppState appState: app // qmllint disable unqualified
+    readonly property TransferMeter transfers: appState.transfers()
 
     Layout.fillWidth: true
     Layout.preferredHeight: 36
     implicitHeight: 36
     color: VOXTheme.bar
+
+    WorkBar {
+        objectName: "workBar"
+        anchors { left: parent.left; right: parent.right; top: parent.top }
+        running: root.appState.busy || root.appState.searchBusy
+    }
 
     RowLayout {
         anchors { fill: parent; leftMargin: 16; rightMargin: 16 }
@@ -23,12 +30,44 @@ Rectangle {
             Layout.fillHeight: true
 
             StatusLine {
+                id: statusLine
                 objectName: "statusLine"
                 anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
-                text: root.appState.status
+                // Of a text without end only so much is laid out as could ever be in sight.
+                text: root.appState.status.slice(0, 2000)
                 ok: root.appState.statusOK
                 maximumLineCount: 2
                 elide: Text.ElideRight
+            }
+
+            HoverHandler {
+                id: statusHover
+            }
+
+            VOXToolTip {
+                objectName: "statusToolTip"
+                visible: statusHover.hovered && statusLine.truncated
+                fullText: root.appState.status
+                y: -implicitHeight - 8
+            }
+        }
+
+        // Wide enough for whatever it may say, so that nothing beside it ever moves.
+        Label {
+            objectName: "transferLabel"
+            text: root.transfers.text
+            textFormat: Text.PlainText
+            color: VOXTheme.muted
+            font.pixelSize: 12
+            horizontalAlignment: Text.AlignRight
+            Layout.preferredWidth: longestText.advanceWidth
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
+
+            TextMetrics {
+                id: longestText
+                font.pixelSize: 12
+                text: "Receiving 888.8 MB of 888.8 MB"
             }
         }
 

@@ -51,6 +51,7 @@ Rectangle {
         VOXButton {
             objectName: "helpButton"
             text: "HELP"
+            hint: "F1"
             implicitWidth: 90
             Layout.fillWidth: false
             onClicked: root.appState.goHelp()

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
@@ -10,6 +12,16 @@ FocusScope {
     readonly property AppState appState: app // qmllint disable unqualified
 
     signal closed()
+
+    // What is typed then replaces what was searched for.
+    function focusSearch(): void {
+        searchField.forceActiveFocus(Qt.ShortcutFocusReason);
+        searchField.selectAll();
+    }
+
+    function findNext(): void {
+        appState.hexFind(searchField.text);
+    }
 
     visible: appState.showHex
     onVisibleChanged: {
@@ -56,6 +68,7 @@ FocusScope {
             VOXButton {
                 objectName: "hexCloseButton"
                 text: "Close"
+                hint: "Esc"
                 implicitWidth: 90
                 Layout.fillWidth: false
                 onClicked: root.appState.showHex = false
@@ -71,23 +84,18 @@ FocusScope {
                 placeholderText: "Hex or ASCII search"
                 focus: true
                 Layout.fillWidth: true
-                onAccepted: root.appState.hexFind(text)
+                onAccepted: root.findNext()
             }
 
-            VOXButton {
+            SearchButton {
                 objectName: "hexFindButton"
                 text: "Find"
-                implicitWidth: 80
-                Layout.fillWidth: false
-                onClicked: root.appState.hexFind(searchField.text)
             }
 
-            VOXButton {
+            SearchButton {
                 objectName: "hexNextButton"
                 text: "Next"
-                implicitWidth: 80
-                Layout.fillWidth: false
-                onClicked: root.appState.hexFind(searchField.text)
+                hint: "F3"
             }
         }
 
@@ -127,6 +135,18 @@ FocusScope {
                 Layout.fillWidth: false
                 onClicked: root.appState.hexWriteBack()
             }
+        }
+    }
+
+    // A click leaves the keyboard with the search field, where Return then finds the next.
+    component SearchButton: VOXButton {
+        implicitWidth: 80
+        focusPolicy: Qt.TabFocus
+        Layout.fillWidth: false
+        onClicked: {
+            root.findNext();
+            if (!activeFocus)
+                searchField.forceActiveFocus(Qt.OtherFocusReason);
         }
     }
 }

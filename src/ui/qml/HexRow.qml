@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import KvtEditor
 
@@ -9,6 +11,7 @@ Rectangle {
     required property string digits
     required property string characters
     required property bool current
+    required property HexGrid grid
 
     color: current ? VOXTheme.accent(0.15) : "transparent"
 
@@ -18,33 +21,33 @@ Rectangle {
     Accessible.selected: current
 
     Row {
-        x: 8
+        x: root.grid.offsetX
         height: parent.height
-        spacing: 12
+        spacing: root.grid.spacing
 
         HexColumn {
             text: root.offset
             color: VOXTheme.orange
-            width: 80
+            width: root.grid.offsetWidth
         }
 
         HexColumn {
             text: root.digits
             color: VOXTheme.text
-            width: Math.max(280, root.width - 260)
+            width: root.grid.digitsWidth
         }
 
         HexColumn {
             text: root.characters
             color: VOXTheme.muted
-            width: 140
+            width: root.grid.charactersWidth
         }
     }
 
     component HexColumn: Text {
         height: parent.height
         textFormat: Text.PlainText
-        font { family: VOXTheme.fixedFamily; pixelSize: 12 }
+        font: root.grid.font
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
     }

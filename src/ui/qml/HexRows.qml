@@ -52,9 +52,28 @@ Rectangle {
         hexModel.clickRow(Math.max(0, Math.min(row, rowCount - 1)));
     }
 
+    function openMenu(row: int, x: real, y: real): void {
+        menu.row = row;
+        menu.popup(x, y);
+    }
+
+    // Below the row itself, which stays in sight.
+    function openMenuOnCurrentRow(): void {
+        const row = hexModel.currentRow;
+        show(row);
+        openMenu(row, grid.digitsX, (row + 1 - topRow) * rowHeight);
+        menu.currentIndex = 0;
+    }
+
     onLastTopChanged: scrollTo(topRow)
 
+    Keys.onMenuPressed: openMenuOnCurrentRow()
     Keys.onPressed: event => {
+        if (event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier) {
+            openMenuOnCurrentRow();
+            event.accepted = true;
+            return;
+        }
         const page = Math.max(1, Math.floor(rowsInSight) - 1);
         const targets = {
             [Qt.Key_Up]: hexModel.currentRow - 1,
@@ -84,6 +103,20 @@ Rectangle {
         }
     }
 
+    HexGrid {
+        id: grid
+        rowWidth: root.width
+    }
+
+    HexMarks {
+        anchors.fill: parent
+        hexModel: root.hexModel
+        grid: grid
+        topRow: root.topRow
+        rowsInSight: root.rowsInSight
+        rowHeight: root.rowHeight
+    }
+
     Repeater {
         model: Math.ceil(root.rowsInSight) + 1
 
@@ -100,21 +133,47 @@ Rectangle {
             digits: root.rowText(row, HexModel.HexRole)
             characters: root.rowText(row, HexModel.AsciiRole)
             current: row === root.hexModel.currentRow
+            grid: grid
         }
     }
 
     MouseArea {
         anchors { fill: parent; rightMargin: bar.width }
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
         onPressed: root.forceActiveFocus(Qt.MouseFocusReason)
         onClicked: mouse => {
             const row = Math.floor(root.topRow + mouse.y / root.rowHeight);
-            if (row < root.rowCount)
+            if (row >= root.rowCount)
+                return;
+            if (mouse.button === Qt.RightButton)
+                root.openMenu(row, mouse.x, mouse.y);
+            else
                 root.moveTo(row);
         }
         onWheel: wheel => {
             const pixels = wheel.pixelDelta.y;
             root.scrollTo(root.topRow - (pixels !== 0 ? pixels / root.rowHeight : wheel.angleDelta.y / 40));
         }
+    }
+
+    HexMenu {
+        id: menu
+        objectName: "hexMenu"
+        offset: root.rowText(row, HexModel.OffsetRole)
+        digits: root.rowText(row, HexModel.HexRole)
+        characters: root.rowText(row, HexModel.AsciiRole)
+    }
+
+    // The row that the menu is about, which need not be the cursor's.
+    Rectangle {
+        objectName: "menuRow"
+        visible: menu.visible
+        y: visible ? Math.round((menu.row - root.topRow) * root.rowHeight) : 0
+        width: root.width
+        height: root.rowHeight
+        color: "transparent"
+        border.width: 1
+        border.color: VOXTheme.muted
     }
 
     VOXScrollBar {

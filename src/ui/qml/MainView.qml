@@ -56,25 +56,22 @@ Item {
             Layout.fillHeight: true
 
             VOXScroll {
-                VOXTextField {
+                FactField {
                     objectName: "fileNameField"
                     title: "Filename"
                     text: root.appState.fileName
-                    locked: true
                 }
 
-                VOXTextField {
+                FactField {
                     objectName: "createdField"
                     title: "Created"
                     text: root.appState.created
-                    locked: true
                 }
 
-                VOXTextField {
+                FactField {
                     objectName: "versionField"
                     title: "Version"
                     text: root.appState.editorVersion
-                    locked: true
                 }
 
                 RowLayout {
@@ -84,6 +81,7 @@ Item {
                         objectName: "openFileButton"
                         Layout.preferredWidth: 120
                         text: "Open File"
+                        hint: "Ctrl+O"
                         onClicked: root.showOpenDialog()
                     }
 
@@ -91,6 +89,7 @@ Item {
                         objectName: "hexEditorButton"
                         Layout.preferredWidth: 120
                         text: "Hex Editor"
+                        hint: "Ctrl+H"
                         onClicked: root.showHexEditor()
                     }
                 }
@@ -98,6 +97,7 @@ Item {
                 VOXButton {
                     objectName: "saveFileButton"
                     text: "SAVE FILE"
+                    hint: "Ctrl+S"
                     orange: true
                     onClicked: root.showSaveDialog()
                 }

@@ -16,7 +16,9 @@ FocusScope {
     readonly property string text: line.value ?? ""
 
     visible: !line.hidden
-    implicitHeight: !visible ? 0 : heading ? rule.y + rule.height : field.y + field.implicitHeight
+    // Not by `visible`, which is false for every line of a list that is out of sight: lines without height
+    // would all be made at once.
+    implicitHeight: line.hidden ? 0 : heading ? rule.y + rule.height : field.y + field.implicitHeight
 
     Label {
         id: label
@@ -46,7 +48,7 @@ FocusScope {
         color: VOXTheme.border
     }
 
-    VOXTextField {
+    FactField {
         id: field
         anchors { left: parent.left; right: parent.right }
         y: root.gap
@@ -54,7 +56,6 @@ FocusScope {
         enabled: visible
         title: root.heading ? "" : root.title
         text: root.text
-        locked: true
         input.focus: true
         input.activeFocusOnTab: false
     }

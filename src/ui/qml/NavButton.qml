@@ -8,17 +8,20 @@ Button {
     id: root
 
     required property string key
+    required property string hint
     readonly property AppState appState: app // qmllint disable unqualified
     readonly property bool current: appState.tab === key
 
     objectName: "nav_" + key
     Layout.fillWidth: true
     Layout.preferredHeight: 36
+    hoverEnabled: true
     font.weight: Font.DemiBold
     onClicked: appState.tab = key
 
     Accessible.role: Accessible.PageTab
     Accessible.name: text
+    Accessible.description: hint
     Accessible.selectable: true
     Accessible.selected: current
 
@@ -36,5 +39,11 @@ Button {
         button: root
         color: root.current ? VOXTheme.accent(0.15) : VOXTheme.buttonFill
         edge: root.current ? 1 : 0
+    }
+
+    VOXHint {
+        button: root
+        text: root.hint
+        beside: true
     }
 }

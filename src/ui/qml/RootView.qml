@@ -31,6 +31,15 @@ VOXWindow {
         anchors.fill: parent
     }
 
+    // Below all others, so that what takes a drop in its own way comes first.
+    FileDrop {
+        objectName: "windowDrop"
+        anchors.fill: parent
+        enabled: workspace.enabled
+        framed: dropCover
+        onTaken: paths => root.appState.openKvt(paths[0])
+    }
+
     // While the hex editor is shown, nothing behind it takes keys, clicks or hover; the control that had the
     // keyboard gets it back afterwards.
     FocusScope {
@@ -62,30 +71,44 @@ VOXWindow {
                 }
 
                 StackLayout {
+                    id: views
                     objectName: "viewStack"
                     currentIndex: Math.max(0, root.viewKeys.indexOf(root.appState.tab))
                     Layout.fillWidth: true
                     Layout.fillHeight: true
 
-                    // In the order of the keys; a place without a view keeps the ones behind it in step.
+                    // In the order of the keys.
                     MainView {
+                        id: mainView
                         objectName: "mainView"
                     }
-                    Item {}
-                    Item {}
+                    ConvertView {
+                        objectName: "convertView"
+                    }
+                    SegmentsView {
+                        objectName: "segmentsView"
+                    }
                     SearchView {
                         objectName: "searchView"
                     }
                     SorterView {
                         objectName: "sorterView"
                     }
-                    Item {}
-                    Item {}
+                    XDFView {
+                        objectName: "xdfView"
+                    }
+                    PatcherView {
+                        objectName: "patcherView"
+                    }
                     ToolsView {
                         objectName: "toolsView"
                     }
-                    Item {}
-                    Item {}
+                    StockView {
+                        objectName: "stockView"
+                    }
+                    FeedbackView {
+                        objectName: "feedbackView"
+                    }
                 }
 
                 FooterBar {
@@ -96,8 +119,21 @@ VOXWindow {
     }
 
     HexEditorView {
+        id: hexEditor
         objectName: "hexOverlay"
         anchors.fill: parent
         onClosed: workspace.forceActiveFocus()
+    }
+
+    Item {
+        id: dropCover
+        anchors.fill: parent
+    }
+
+    WindowKeys {
+        workspace: mainView
+        hexEditor: hexEditor
+        views: views
+        viewKeys: root.viewKeys
     }
 }

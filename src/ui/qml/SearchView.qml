@@ -9,6 +9,7 @@ Item {
 
     readonly property AppState appState: app // qmllint disable unqualified
     property string folder
+    readonly property VOXField searchField: nameField.input
 
     function showFolderDialog(): void {
         if (folder === "")
@@ -24,14 +25,16 @@ Item {
                 makeField.text, yearField.text);
     }
 
+    function takeFolder(path: string): void {
+        folder = path;
+        search();
+    }
+
     FolderDialog {
         id: folderDialog
         objectName: "searchFolderDialog"
         title: "Search Folder"
-        onAccepted: {
-            root.folder = FilePaths.pathFromUrl(selectedFolder);
-            root.search();
-        }
+        onAccepted: root.takeFolder(FilePaths.pathFromUrl(selectedFolder))
     }
 
     RowLayout {
@@ -48,12 +51,14 @@ Item {
                 RowLayout {
                     spacing: 10
 
-                    VOXTextField {
+                    DropField {
                         id: folderField
                         objectName: "searchFolderField"
                         title: "Search Folder"
                         text: root.folder
-                        locked: true
+                        folder: true
+                        onTaken: paths => root.takeFolder(paths[0])
+                        Layout.fillWidth: true
                     }
 
                     VOXButton {
@@ -77,8 +82,8 @@ Item {
                 ColumnLayout {
                     spacing: 10
                     Layout.fillWidth: true
-                    Keys.onReturnPressed: root.search()
-                    Keys.onEnterPressed: root.search()
+                    Keys.onReturnPressed: event => event.isAutoRepeat || root.search()
+                    Keys.onEnterPressed: event => event.isAutoRepeat || root.search()
 
                     VOXTextField {
                         id: nameField

@@ -53,9 +53,11 @@ Item {
 
             NavButton {
                 required property var modelData
+                required property int index
 
                 key: modelData.key
                 text: modelData.title
+                hint: "Ctrl+" + (index + 1)
             }
         }
 
@@ -66,6 +68,7 @@ Item {
         NavButton {
             key: "feedback"
             text: "FEEDBACK"
+            hint: "Ctrl+0"
         }
     }
 }

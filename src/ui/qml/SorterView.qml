@@ -86,11 +86,13 @@ Item {
                 RowLayout {
                     spacing: 10
 
-                    SorterFilesField {
+                    DropField {
                         id: filesField
                         objectName: "sorterFilesField"
+                        title: "Source files"
                         text: root.files.length > 0 ? root.files.length + " file(s)" : ""
-                        onFilesDropped: urls => root.chooseFiles(urls)
+                        several: true
+                        onTaken: paths => root.files = paths
                         Layout.fillWidth: true
                     }
 

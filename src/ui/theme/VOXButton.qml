@@ -3,19 +3,22 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
-// A push button; `orange` marks the primary action of a view.
+// A push button; `orange` marks the primary action of a view, `hint` names the key that does the same.
 Button {
     id: root
 
     property bool orange: false
+    property string hint
 
     Layout.fillWidth: true
     Layout.preferredHeight: 40
+    hoverEnabled: true
     font.pixelSize: 13
     font.weight: Font.DemiBold
 
     Accessible.role: Accessible.Button
     Accessible.name: root.text
+    Accessible.description: root.hint
 
     contentItem: Text {
         text: root.text
@@ -32,5 +35,10 @@ Button {
         button: root
         color: root.orange ? VOXTheme.orange : VOXTheme.buttonFill
         opacity: !root.enabled ? 0.45 : root.down ? 0.85 : 1
+    }
+
+    VOXHint {
+        button: root
+        text: root.hint
     }
 }

@@ -9,6 +9,8 @@ RowLayout {
 
     property alias text: label.text
     property alias checked: box.checked
+    property alias input: box
+    property alias caption: label
 
     signal toggled(bool checked)
 

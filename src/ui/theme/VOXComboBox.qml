@@ -14,7 +14,7 @@ ComboBox {
     hoverEnabled: true
     implicitHeight: 36
     Layout.preferredWidth: 120
-    leftPadding: 12
+    leftPadding: 10
     rightPadding: 32
     font.pixelSize: 13
 
@@ -75,7 +75,7 @@ ComboBox {
         height: 32
         text: root.textAt(index)
         highlighted: root.highlightedIndex === index
-        leftPadding: 8
+        leftPadding: 6
         hoverEnabled: true
         font: root.font
 
@@ -103,6 +103,8 @@ ComboBox {
         width: root.width
         height: Math.min(contentItem.implicitHeight + topPadding + bottomPadding, 280)
         padding: 4
+        // Near the window's lower end it opens upwards.
+        margins: 6
 
         contentItem: ListView {
             clip: true

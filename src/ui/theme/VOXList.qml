@@ -18,6 +18,12 @@ ListView {
         currentIndex = Math.max(0, Math.min(row, count - 1));
     }
 
+    // A key that is held chooses once.
+    function choose(event: var): void {
+        if (!event.isAutoRepeat)
+            chosen(currentIndex);
+    }
+
     clip: true
     header: Item { implicitHeight: 4 }
     footer: Item { implicitHeight: 4 }
@@ -53,8 +59,8 @@ ListView {
             event.accepted = true;
         }
     }
-    Keys.onReturnPressed: chosen(currentIndex)
-    Keys.onEnterPressed: chosen(currentIndex)
+    Keys.onReturnPressed: event => choose(event)
+    Keys.onEnterPressed: event => choose(event)
 
     // Clear of the ring.
     ScrollBar.vertical: VOXScrollBar {

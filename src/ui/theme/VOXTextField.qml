@@ -4,7 +4,8 @@ import QtQuick.Layouts
 import KvtEditor
 
 // A captioned line of text. `edited` tells of the user's typing only, so that `text` may stay bound to what
-// the edit changes.
+// the edit changes. `copyRequested` tells that the user wants the whole value of a `copyable` field, by a
+// click on the caption or by the key for copying while nothing is selected.
 ColumnLayout {
     id: root
 
@@ -13,13 +14,16 @@ ColumnLayout {
     property alias input: field
     property bool locked: false
     property bool secret: false
+    property bool copyable: false
 
     signal edited(string value)
+    signal copyRequested()
 
     spacing: 4
     Layout.fillWidth: true
 
     Label {
+        id: caption
         objectName: "caption"
         Layout.fillWidth: true
         text: root.title.slice(0, 200).toUpperCase()
@@ -28,6 +32,29 @@ ColumnLayout {
         color: VOXTheme.muted
         font { pixelSize: 11; weight: Font.DemiBold }
         Accessible.ignored: true
+
+        MouseArea {
+            id: copyArea
+            objectName: "copyArea"
+            width: Math.min(caption.contentWidth, caption.width)
+            height: caption.height
+            visible: root.copyable && root.text !== ""
+            hoverEnabled: true
+            cursorShape: Qt.PointingHandCursor
+            onClicked: root.copyRequested()
+
+            Loader {
+                anchors.fill: parent
+                active: copyArea.containsMouse
+                sourceComponent: Item {
+                    VOXToolTip {
+                        objectName: "copyTip"
+                        visible: true
+                        fullText: "Click to copy"
+                    }
+                }
+            }
+        }
     }
 
     VOXField {
@@ -37,6 +64,14 @@ ColumnLayout {
         readOnly: root.locked
         echoMode: root.secret ? TextInput.Password : TextInput.Normal
         Accessible.name: root.title
+        // The platform keeps back the name of a field for passwords.
+        Accessible.description: root.secret ? root.title : ""
         onTextEdited: root.edited(text)
+        Keys.onPressed: event => {
+            const wholeValue = root.copyable && text !== "" && selectedText === "";
+            event.accepted = wholeValue && event.matches(StandardKey.Copy);
+            if (event.accepted)
+                root.copyRequested();
+        }
     }
 }

@@ -28,7 +28,10 @@ QtObject {
 
     // The accent dimmed until white text on it is easy to read: selected rows of lists and menus.
     readonly property color selection: "#C24A00"
-    readonly property color disabledText: "#6B7280"
+    readonly property color disabledText: "#7B8291"
+    // The bytes that a search found: dark enough that muted text on it is easy to read, even in a tinted row.
+    readonly property color matchFill: "#0D1D3D"
+    readonly property color matchEdge: "#5B9BE6"
     readonly property color scrollHandle: "#4A5265"
     readonly property color scrollHandleActive: "#6D7588"
 

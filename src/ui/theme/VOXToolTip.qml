@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls.Basic
 import KvtEditor
 
-// Shows a text that did not fit its place, letter by letter.
+// Shows a text that did not fit its place, or a short hint, letter by letter.
 ToolTip {
     id: root
 
@@ -13,6 +13,7 @@ ToolTip {
     width: Math.min(implicitWidth, 640)
 
     contentItem: Text {
+        objectName: "toolTipText"
         text: root.fullText.slice(0, 2000)
         textFormat: Text.PlainText
         wrapMode: Text.Wrap

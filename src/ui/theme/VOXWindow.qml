@@ -13,6 +13,13 @@ ApplicationWindow {
 
     color: VOXTheme.bg
 
+    // Whether a dialog or a popup waits for the user. A tool tip, which is in the same overlay, does not.
+    function asking(): bool {
+        const isToolTip = popup => Array.from(popup.children).some(
+            child => child.objectName === "toolTipText");
+        return Array.from(overlayItem.children).some(popup => popup.visible && !isToolTip(popup));
+    }
+
     // Qt's own file dialog paints its bar of folders white, whatever the palette.
     function darkenFolderBars(item: var): void {
         for (let i = 0; i < item.children.length; ++i) {

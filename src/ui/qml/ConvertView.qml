@@ -1,0 +1,184 @@
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Dialogs
+import QtQuick.Layouts
+import KvtEditor
+
+// Converts the open file, or a chosen one, by the service.
+Item {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+    // The service takes one conversion at a time.
+    readonly property bool idle: !appState.busy
+    // What the file that is being picked is for.
+    property string conversion
+    property string headerPath
+
+    function pickInput(key: string): void {
+        conversion = key;
+        inputDialog.selectedNameFilter.index = 0;
+        inputDialog.currentFolder = appState.dialogFolder();
+        inputDialog.open();
+    }
+
+    function pickHeader(): void {
+        headerDialog.selectedNameFilter.index = 0;
+        headerDialog.currentFolder = appState.dialogFolder();
+        headerDialog.open();
+    }
+
+    // The export is looked for where its header was.
+    function pickExport(): void {
+        exportDialog.selectedNameFilter.index = 0;
+        exportDialog.currentFolder = headerDialog.currentFolder;
+        exportDialog.open();
+    }
+
+    FileDialog {
+        id: inputDialog
+        objectName: "convertInputDialog"
+        title: "Open Calibration"
+        nameFilters: ["Calibration (*.bin *.kvt *.ctz *)", "All files (*)"]
+        onAccepted: root.appState.convertOp(root.conversion, FilePaths.pathFromUrl(selectedFile))
+    }
+
+    FileDialog {
+        id: headerDialog
+        objectName: "convertHeaderDialog"
+        title: "Open Header BIN"
+        nameFilters: ["BIN (*.bin)", "All files (*)"]
+        onAccepted: {
+            root.headerPath = FilePaths.pathFromUrl(selectedFile);
+            root.pickExport();
+        }
+    }
+
+    FileDialog {
+        id: exportDialog
+        objectName: "convertExportDialog"
+        title: "Open Export BIN"
+        nameFilters: ["BIN (*.bin)", "All files (*)"]
+        onAccepted: root.appState.convertOp("cm2450_import", root.headerPath,
+            FilePaths.pathFromUrl(selectedFile))
+    }
+
+    RowLayout {
+        anchors { fill: parent; margins: 20 }
+        spacing: 16
+
+        VOXCard {
+            title: "Workspace"
+            // Whatever the texts in it would take: it is as wide as the workspace's own.
+            Layout.preferredWidth: 300
+            Layout.fillHeight: true
+
+            VOXScroll {
+                objectName: "convertScroll"
+
+                FileFields {}
+
+                ConversionGrid {
+                    enabled: root.idle
+                    Layout.topMargin: 4
+
+                    ConversionButton {
+                        objectName: "convertBinToKvt"
+                        text: "BIN → KVT"
+                        onClicked: root.pickInput("bin2kvt")
+                    }
+
+                    ConversionButton {
+                        objectName: "convertKvtToBin"
+                        text: "KVT → BIN"
+                        onClicked: root.appState.convertOp("kvt2bin", "")
+                    }
+                }
+
+                Label {
+                    objectName: "convertCaption"
+                    text: "CM2450 Only"
+                    textFormat: Text.PlainText
+                    color: VOXTheme.orange
+                    font { pixelSize: 12; weight: Font.DemiBold }
+                    Layout.topMargin: 4
+                    Accessible.role: Accessible.Heading
+                    Accessible.name: text
+                }
+
+                ConversionGrid {
+                    enabled: root.idle
+                    ConversionButton {
+                        objectName: "convertKvtToBinCm2450"
+                        text: "KVT → BIN (CM2450)"
+                        onClicked: root.appState.convertOp("cm2450_kvt2bin", "")
+                    }
+
+                    ConversionButton {
+                        objectName: "convertBinToKvtCm2450"
+                        text: "BIN → KVT (CM2450)"
+                        onClicked: root.pickHeader()
+                    }
+                }
+
+                Label {
+                    objectName: "convertModulesNote"
+                    text: "Supported modules: E41 (L5P), E86A, E86B (LML), T87, T87A, A50, CM2450, CM2350B"
+                    textFormat: Text.PlainText
+                    wrapMode: Text.Wrap
+                    color: VOXTheme.muted
+                    font.pixelSize: 12
+                    Layout.fillWidth: true
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: text
+                }
+
+                ConversionGrid {
+                    enabled: root.idle
+                    Layout.topMargin: 4
+
+                    ConversionButton {
+                        objectName: "convertCtzToBin"
+                        text: "CTZ → BIN"
+                        onClicked: root.pickInput("ctz2bin")
+                    }
+                }
+
+                ConversionGrid {
+                    enabled: root.idle
+                    ConversionButton {
+                        objectName: "convertKvtToEfi"
+                        text: "KVT → EFI"
+                        onClicked: root.appState.convertOp("kvt2efi", "")
+                    }
+
+                    ConversionButton {
+                        objectName: "convertCtzToKvt"
+                        text: "CTZ → KVT"
+                        onClicked: root.pickInput("ctz2kvt")
+                    }
+                }
+
+                Item {
+                    Layout.fillHeight: true
+                }
+            }
+        }
+
+        IdentifiersPanel {
+            Layout.preferredWidth: 400
+            Layout.maximumWidth: 460
+            Layout.fillHeight: true
+        }
+    }
+
+    component ConversionGrid: GridLayout {
+        columns: 2
+        rowSpacing: 12
+        columnSpacing: 12
+    }
+
+    component ConversionButton: VOXButton {
+        Layout.preferredWidth: 1
+    }
+}

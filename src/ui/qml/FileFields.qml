@@ -1,0 +1,39 @@
+import QtQuick.Layouts
+import KvtEditor
+
+// The open file, above what can be done with it. Where height is dear the two short texts share a row.
+GridLayout {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+    property bool dense: false
+
+    columns: 2
+    rowSpacing: 10
+    columnSpacing: 10
+    Layout.fillWidth: true
+
+    FactField {
+        objectName: "openFileName"
+        title: "Filename"
+        text: root.appState.fileName
+        Layout.columnSpan: 2
+        Layout.preferredWidth: 1
+    }
+
+    FactField {
+        objectName: "openFileCreated"
+        title: "Created"
+        text: root.appState.created
+        Layout.columnSpan: root.dense ? 1 : 2
+        Layout.preferredWidth: 1
+    }
+
+    FactField {
+        objectName: "openFileVersion"
+        title: "Version"
+        text: root.appState.editorVersion
+        Layout.columnSpan: root.dense ? 1 : 2
+        Layout.preferredWidth: 1
+    }
+}

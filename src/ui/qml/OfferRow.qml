@@ -1,0 +1,89 @@
+import QtQuick
+import KvtEditor
+
+// One thing that the store offers: its title, a muted line with its price, and the button that fetches it.
+// The button is no stop of its own for the keyboard: Return on the row does the same.
+VOXListRow {
+    id: root
+
+    required property int index
+    property string title
+    property string about
+    property int credits: 0
+    property alias action: button.text
+    property alias actionWidth: button.width
+    // Lets the muted line become as many as it takes.
+    property bool wrapping: false
+
+    readonly property string price: "  •  " + credits + " credits"
+    // A price stays in sight however much is said before it, and nothing is laid out that cannot be.
+    readonly property int longest: wrapping ? 2000 : 400
+
+    signal wanted()
+
+    function oneLine(text: string): string {
+        return text.slice(0, longest + 1).replace(/[\r\n\u2028\u2029]+/g, " ");
+    }
+
+    function cut(text: string): string {
+        return text.length > longest ? text.slice(0, longest) + "…" : text;
+    }
+
+    function makeCurrent(): void {
+        list.forceActiveFocus(Qt.MouseFocusReason);
+        list.currentIndex = index;
+    }
+
+    height: Math.max(button.height, texts.height) + 20
+    fullText: title + "\n" + about + price
+    shortened: titleText.truncated || aboutText.truncated || title.length > longest || about.length > longest
+    onClicked: makeCurrent()
+
+    Accessible.name: title + ", " + about + price
+
+    Column {
+        id: texts
+        anchors { left: parent.left; leftMargin: 12; right: button.left; rightMargin: 16 }
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 3
+
+        Text {
+            id: titleText
+            objectName: "title"
+            width: parent.width
+            text: root.cut(root.oneLine(root.title))
+            textFormat: Text.PlainText
+            elide: Text.ElideRight
+            color: VOXTheme.text
+            font.pixelSize: 13
+            Accessible.ignored: true
+        }
+
+        Text {
+            id: aboutText
+            objectName: "about"
+            width: parent.width
+            text: root.cut(root.oneLine(root.about)) + root.price
+            textFormat: Text.PlainText
+            wrapMode: root.wrapping ? Text.Wrap : Text.NoWrap
+            elide: root.wrapping ? Text.ElideNone : Text.ElideMiddle
+            color: VOXTheme.muted
+            font.pixelSize: 12
+            Accessible.ignored: true
+        }
+    }
+
+    VOXButton {
+        id: button
+        objectName: "action"
+        anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter }
+        focusPolicy: Qt.NoFocus
+        // What costs credits is not bought twice by a double click.
+        onDoubleClicked: {}
+        Accessible.name: text + " " + root.title
+        onClicked: {
+            root.makeCurrent();
+            root.wanted();
+        }
+    }
+}

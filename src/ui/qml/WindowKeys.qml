@@ -1,0 +1,118 @@
+pragma ComponentBehavior: Bound
+
+import QtQml
+import QtQuick
+import QtQuick.Layouts
+import KvtEditor
+
+// The keys that act on the whole window. They are held by an item: only such keys are silent while a dialog
+// or a popup is open. A key that is held down acts once.
+Item {
+    id: root
+
+    required property MainView workspace
+    required property HexEditorView hexEditor
+    required property StackLayout views
+    // The keys of the views, in their order.
+    required property var viewKeys
+    readonly property AppState appState: app // qmllint disable unqualified
+    readonly property bool behindHex: appState.showHex
+    readonly property var currentView: views.itemAt(views.currentIndex)
+
+    function openFile(): void {
+        appState.tab = "main";
+        workspace.showOpenDialog();
+    }
+
+    function toggleHexEditor(): void {
+        if (appState.showHex)
+            appState.showHex = false;
+        else
+            workspace.showHexEditor();
+    }
+
+    function isInside(item: Item, ancestor: Item): bool {
+        let inner = item;
+        while (inner && inner !== ancestor)
+            inner = inner.parent;
+        return inner !== null;
+    }
+
+    function focusView(): void {
+        currentView.nextItemInFocusChain(true).forceActiveFocus(Qt.ShortcutFocusReason);
+    }
+
+    // The keyboard goes along.
+    function showView(key: string): void {
+        appState.tab = key;
+        focusView();
+    }
+
+    // What is typed then replaces what was searched for.
+    function focusSearch(): void {
+        const field = currentView.searchField;
+        if (appState.showHex) {
+            hexEditor.focusSearch();
+        } else if (field) {
+            field.forceActiveFocus(Qt.ShortcutFocusReason);
+            field.selectAll();
+        }
+    }
+
+    // A control that is hidden with its view would go on to take keys.
+    onCurrentViewChanged: {
+        const focused = Window.activeFocusItem;
+        if (isInside(focused, views) && !isInside(focused, currentView))
+            focusView();
+    }
+
+    Key {
+        sequence: "Ctrl+O"
+        enabled: !root.behindHex
+        onActivated: root.openFile()
+    }
+
+    Key {
+        sequence: "Ctrl+S"
+        enabled: !root.behindHex
+        onActivated: root.workspace.showSaveDialog()
+    }
+
+    Key {
+        sequence: "Ctrl+H"
+        onActivated: root.toggleHexEditor()
+    }
+
+    Key {
+        sequence: "Ctrl+F"
+        onActivated: root.focusSearch()
+    }
+
+    Key {
+        sequence: "F3"
+        enabled: root.behindHex
+        onActivated: root.hexEditor.findNext()
+    }
+
+    Key {
+        sequence: "F1"
+        onActivated: root.appState.goHelp()
+    }
+
+    Instantiator {
+        model: root.viewKeys
+
+        Key {
+            required property string modelData
+            required property int index
+
+            sequence: "Ctrl+" + (index + 1) % 10
+            enabled: !root.behindHex
+            onActivated: root.showView(modelData)
+        }
+    }
+
+    component Key: Shortcut {
+        autoRepeat: false
+    }
+}
