@@ -5,6 +5,7 @@
 #include "DevService.h"
 #include "LibraryTour.h"
 #include "SampleData.h"
+#include "ServiceTour.h"
 #include "WindowDriver.h"
 #include "app/AppState.h"
 #include "support/TestMain.h"
@@ -58,6 +59,7 @@ private:
     void findAndPatch();
     void saveAndReopen();
     void openSeveralModules();
+    void checkFoldersShown();
     void shrinkWindow();
 
     void expectStatus(const QString &text);
@@ -102,10 +104,14 @@ int Tour::run()
         findAndPatch();
         saveAndReopen();
         openSeveralModules();
-        LibraryTour(*m_window, m_samples, [this](const QString &name) { picture(name); }).run();
+        const auto takePicture = [this](const QString &name) { picture(name); };
+        LibraryTour(*m_window, m_samples, takePicture).run();
         check(m_desktop.opened.size() == 1
                   && m_desktop.opened.constFirst().fileName().endsWith(QLatin1String(".pdf")),
               QStringLiteral("the manual was not opened"));
+        m_desktop.opened.clear();
+        ServiceTour(*m_window, m_samples, takePicture).run();
+        checkFoldersShown();
         shrinkWindow();
     } catch (const DriveError &error) {
         std::fprintf(stderr, "tour: %s (status line: %s)\n", error.what(),
@@ -212,6 +218,14 @@ void Tour::openSeveralModules()
     m_window->waitFor([this] { return m_window->app()->modules().size() > 1; },
                       QStringLiteral("several modules"));
     picture(QStringLiteral("several-modules"));
+}
+
+// The folder of each file that came from the service: two conversions, a swap, a definition and a patched
+// BIN.
+void Tour::checkFoldersShown()
+{
+    check(m_desktop.opened == QList<QUrl>(5, QUrl::fromLocalFile(m_samples)),
+          QStringLiteral("the documents folder was not shown for each saved file"));
 }
 
 // Only where a window manager can hold a window to its smallest size.

@@ -79,6 +79,16 @@ QQuickItem *WindowDriver::where(const std::function<bool(const QQuickItem *)> &m
     return found;
 }
 
+QQuickItem *WindowDriver::inside(const QString &objectName,
+                                 const std::function<bool(const QQuickItem *)> &matches,
+                                 const QString &what) const
+{
+    QQuickItem *const ancestor = item(objectName);
+    QQuickItem *found = nullptr;
+    waitFor([&] { return (found = search(ancestor, matches)) != nullptr; }, what);
+    return found;
+}
+
 QQuickItem *WindowDriver::item(const QString &objectName) const
 {
     return where([&objectName](const QQuickItem *candidate) { return candidate->objectName() == objectName; },
@@ -192,6 +202,11 @@ void WindowDriver::waitFor(const std::function<bool()> &condition, const QString
 void WindowDriver::waitForStatus(const QString &text) const
 {
     waitFor([&] { return m_app->status() == text; }, QStringLiteral("the status \"%1\"").arg(text));
+}
+
+void WindowDriver::waitForStatusEnding(const QString &text) const
+{
+    waitFor([&] { return m_app->status().endsWith(text); }, QStringLiteral("a status \"... %1\"").arg(text));
 }
 
 void WindowDriver::savePicture(const QString &path) const

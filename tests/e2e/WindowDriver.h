@@ -38,6 +38,9 @@ public:
     QQuickItem *item(const QString &objectName) const;
     QQuickItem *where(const std::function<bool(const QQuickItem *)> &matches, const QString &what) const;
     QQuickItem *button(const QString &text) const;
+    /// The first visible item inside the one of that object name; waits for both.
+    QQuickItem *inside(const QString &objectName, const std::function<bool(const QQuickItem *)> &matches,
+                       const QString &what) const;
     bool isVisible(const QString &objectName) const;
 
     /// Waits until the control can be used.
@@ -59,6 +62,7 @@ public:
 
     void waitFor(const std::function<bool()> &condition, const QString &what) const;
     void waitForStatus(const QString &text) const;
+    void waitForStatusEnding(const QString &text) const;
     void savePicture(const QString &path) const;
 
 private:
