@@ -7,6 +7,7 @@ TestCase {
     id: root
 
     property var window: null
+    property int fetchedBefore: 0
 
     when: windowShown
 
@@ -14,6 +15,7 @@ TestCase {
         // The folder list of the library's file dialog says so now and then when its folder changes.
         failOnWarning(/^(?!DelegateModel::cancel: index out range)/);
         bed.reset();
+        fetchedBefore = bed.fetchedPaths().length;
         window = createTemporaryObject(rootView, root);
         window.requestActivate();
         tryVerify(() => window.active);
@@ -82,7 +84,8 @@ TestCase {
                 { text: "<img src='" + bed.address(path.slice(1)) + "'>" });
             tryVerify(() => bed.fetchedPaths().includes(path));
         }
-        compare(bed.fetchedPaths().filter(path => !path.startsWith("/control")), []);
+        const others = bed.fetchedPaths().slice(fetchedBefore).filter(path => !path.startsWith("/control"));
+        compare(others, []);
     }
 
     function inWindow(item: var): rect {
