@@ -20,6 +20,8 @@ packages=(
   qt6-gtk-platformtheme
   # a display for the tests that want a real window
   xvfb xauth openbox xdotool x11-utils
+  # the accessibility bus, and a client that looks at the program through it
+  dbus at-spi2-core python3 python3-gi gir1.2-atspi-2.0
   # the package: icons, and checks of its files; lintian and debootstrap test it in a clean system
   librsvg2-bin desktop-file-utils appstream shared-mime-info man-db libxml2-utils file lintian debootstrap
   # reads the manual's pages back

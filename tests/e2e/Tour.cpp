@@ -1,8 +1,10 @@
 // Drives the real program through its main job, by clicks and keys, against the stand-in service in this
 // process. Prints each status line and leaves a picture of each step in the folder that KVTEDITOR_TOUR_DIR
-// names.
+// names. With KVTEDITOR_TOUR_KEYBOARD set, all of it is done by keys; with
+// KVTEDITOR_TOUR_SMALL, in a window as small as it can be.
 
 #include "DevService.h"
+#include "KeyboardDriver.h"
 #include "LibraryTour.h"
 #include "SampleData.h"
 #include "ServiceTour.h"
@@ -73,6 +75,7 @@ private:
     QString m_sampleVin;
     QString m_patchedVin;
     QString m_pictures = qEnvironmentVariable("KVTEDITOR_TOUR_DIR");
+    bool m_small = qEnvironmentVariableIsSet("KVTEDITOR_TOUR_SMALL");
     int m_pictureCount = 0;
 };
 
@@ -129,12 +132,17 @@ void Tour::start()
     check(environment.platform.isEmpty()
               || QGuiApplication::platformName().toLatin1() == environment.platform,
           QStringLiteral("the window on the platform \"%1\"").arg(QLatin1String(environment.platform)));
-    m_window = std::make_unique<WindowDriver>();
+    if (qEnvironmentVariableIsSet("KVTEDITOR_TOUR_KEYBOARD"))
+        m_window = std::make_unique<KeyboardDriver>();
+    else
+        m_window = std::make_unique<WindowDriver>();
     AppState *const app = m_window->app();
     QObject::connect(app, &AppState::statusChanged, app, [app] {
         std::printf("status: %s\n", qPrintable(app->status()));
         std::fflush(stdout);
     });
+    if (m_small)
+        m_window->window()->resize(m_window->window()->minimumSize());
     m_window->where(
         [](const QQuickItem *item) {
             return item->inherits("QQuickImage") && item->property("progress").toReal() >= 1;
@@ -231,7 +239,7 @@ void Tour::checkFoldersShown()
 // Only where a window manager can hold a window to its smallest size.
 void Tour::shrinkWindow()
 {
-    if (QGuiApplication::platformName() != QLatin1String("xcb"))
+    if (m_small || QGuiApplication::platformName() != QLatin1String("xcb"))
         return;
     QQuickWindow *const window = m_window->window();
     const QSize usual = window->size();

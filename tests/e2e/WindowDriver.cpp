@@ -102,11 +102,21 @@ bool WindowDriver::isVisible(const QString &objectName) const
     });
 }
 
-void WindowDriver::click(QQuickItem *item) const
+void WindowDriver::waitUntilUsable(const QQuickItem *item) const
 {
     waitFor([item] { return item->isEnabled() && item->width() > 0 && item->height() > 0; },
             QStringLiteral("%1 to be enabled").arg(item->objectName()));
+}
+
+void WindowDriver::click(QQuickItem *item) const
+{
+    waitUntilUsable(item);
     tap(item);
+}
+
+void WindowDriver::focus(QQuickItem *textInput) const
+{
+    click(textInput);
 }
 
 void WindowDriver::tap(QQuickItem *item) const
@@ -130,7 +140,7 @@ void WindowDriver::type(const QString &objectName, const QString &text) const
 
 void WindowDriver::typeInto(QQuickItem *textInput, const QString &text) const
 {
-    click(textInput);
+    focus(textInput);
     waitFor([textInput] { return textInput->hasActiveFocus(); }, QStringLiteral("the keyboard focus"));
     key(Qt::Key_A, Qt::ControlModifier);
     for (const QChar character : text)

@@ -29,6 +29,12 @@ class WindowDriver
 public:
     /// Waits for the window.
     WindowDriver();
+    virtual ~WindowDriver() = default;
+    WindowDriver(const WindowDriver &) = delete;
+    WindowDriver &operator=(const WindowDriver &) = delete;
+
+    /// Whether this user has a mouse.
+    virtual bool hasPointer() const { return true; }
 
     QQuickWindow *window() const { return m_window; }
     /// The controller, as the views know it.
@@ -44,7 +50,7 @@ public:
     bool isVisible(const QString &objectName) const;
 
     /// Waits until the control can be used.
-    void click(QQuickItem *item) const;
+    virtual void click(QQuickItem *item) const;
     /// Clicks at once, whether the control can be used or not.
     void tap(QQuickItem *item) const;
     void click(const QString &objectName) const { click(item(objectName)); }
@@ -65,9 +71,14 @@ public:
     void waitForStatusEnding(const QString &text) const;
     void savePicture(const QString &path) const;
 
-private:
-    void chooseRow(const QString &rows, const QString &name) const;
+protected:
+    void waitUntilUsable(const QQuickItem *item) const;
+    /// Gives the keyboard to a text field.
+    virtual void focus(QQuickItem *textInput) const;
+    /// Chooses the row of that file name among those whose object names begin so.
+    virtual void chooseRow(const QString &rows, const QString &name) const;
 
+private:
     QQuickWindow *m_window = nullptr;
     AppState *m_app = nullptr;
 };

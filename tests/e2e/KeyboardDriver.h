@@ -1,0 +1,24 @@
+#pragma once
+
+#include "WindowDriver.h"
+
+/// Acts on the window as a person without a mouse: Tab goes to a control, the arrow keys to a row, and the
+/// space bar or Return does what a click would.
+class KeyboardDriver : public WindowDriver
+{
+public:
+    bool hasPointer() const override { return false; }
+    using WindowDriver::click;
+    void click(QQuickItem *item) const override;
+
+protected:
+    void focus(QQuickItem *textInput) const override;
+    void chooseRow(const QString &rows, const QString &name) const override;
+
+private:
+    /// Presses Tab until the keyboard is with the item, or inside it; throws when it never comes there.
+    void reach(QQuickItem *item) const;
+    void reachRow(QQuickItem *row) const;
+    /// Presses an arrow key once; throws when the list does not move.
+    void step(QQuickItem *list, Qt::Key arrow) const;
+};
