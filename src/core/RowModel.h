@@ -4,8 +4,8 @@
 #include <QVariantList>
 
 /// A list of maps as a list view's model. Setting a list of the same length changes only the rows that
-/// differ, so that a view keeps its place, its rows and the keyboard's; any other list resets it. Where a
-/// list of the same length is another list all the same, `resetting` says so.
+/// differ, so that a view keeps its place, its rows and the keyboard's; any other list resets it. With
+/// `resetting`, every list that differs does. The very same list changes and announces nothing.
 class RowModel : public QAbstractListModel
 {
     Q_OBJECT

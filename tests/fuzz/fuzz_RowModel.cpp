@@ -17,7 +17,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const int role = model.roleNames().key("row");
     int resets = 0;
     int announced = 0;
+    int renewals = 0;
     QSet<int> changed;
+    RowModel resetting;
+    resetting.setProperty("resetting", true);
+    QObject::connect(&resetting, &RowModel::modelReset, &resetting, [&renewals] { ++renewals; });
     QObject::connect(&model, &RowModel::modelReset, &model, [&resets] { ++resets; });
     QObject::connect(&model, &RowModel::rowsChanged, &model, [&announced] { ++announced; });
     QObject::connect(&model, &RowModel::dataChanged, &model,
@@ -34,11 +38,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         model.setRows(rows);
 
         FUZZ_EXPECT(model.rows() == rows && model.rowCount() == rows.size());
-        FUZZ_EXPECT(announced == 1 && resets == (before.size() == rows.size() ? 0 : 1));
+        FUZZ_EXPECT(announced == (rows.isSharedWith(before) ? 0 : 1));
+        FUZZ_EXPECT(resets == (before.size() == rows.size() ? 0 : 1));
         for (int row = 0; row < model.rowCount(); ++row) {
             FUZZ_EXPECT(model.data(model.index(row), role) == rows.at(row));
             FUZZ_EXPECT(changed.contains(row) == (resets == 0 && before.at(row) != rows.at(row)));
         }
+        renewals = 0;
+        resetting.setRows(rows);
+        FUZZ_EXPECT(resetting.rows() == rows && renewals == (rows == before ? 0 : 1));
         FUZZ_EXPECT(!model.data({}, role).isValid());
         FUZZ_EXPECT(!model.data(model.index(0), Qt::DisplayRole).isValid());
     }

@@ -38,6 +38,9 @@ private slots:
     void changedRowsKeepTheirPersistentIndex();
     void otherLengthResets_data();
     void otherLengthResets();
+    void resettingTakesEveryListAsAnother_data();
+    void resettingTakesEveryListAsAnother();
+    void theVerySameListIsNotAnnounced();
     void announcedOnceAfterwards_data();
     void announcedOnceAfterwards();
     void differsByOneMemberOfTheMap();
@@ -147,6 +150,42 @@ void TestRowModel::otherLengthResets()
     QCOMPARE(changes.count(), 0);
     QCOMPARE(model.rows(), rowsOf(after));
     QCOMPARE(model.rowCount(), int(after.size()));
+}
+
+void TestRowModel::resettingTakesEveryListAsAnother_data()
+{
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<int>("resets");
+
+    QTest::newRow("one-row-differs") << u"abx"_s << 1;
+    QTest::newRow("other-length") << u"ab"_s << 1;
+    QTest::newRow("equal") << u"abc"_s << 0;
+}
+
+void TestRowModel::resettingTakesEveryListAsAnother()
+{
+    QFETCH(QString, after);
+    RowModel model;
+    QVERIFY(model.setProperty("resetting", true));
+    model.setRows(rowsOf(u"abc"_s));
+    QSignalSpy resets(&model, &RowModel::modelReset);
+    QSignalSpy changes(&model, &RowModel::dataChanged);
+    QSignalSpy announced(&model, &RowModel::rowsChanged);
+    model.setRows(rowsOf(after));
+    QTEST(static_cast<int>(resets.count()), "resets");
+    QTEST(static_cast<int>(announced.count()), "resets");
+    QCOMPARE(changes.count(), 0);
+    QCOMPARE(model.rows(), rowsOf(after));
+}
+
+void TestRowModel::theVerySameListIsNotAnnounced()
+{
+    RowModel model;
+    const QVariantList rows = rowsOf(u"abc"_s);
+    model.setRows(rows);
+    QSignalSpy announced(&model, &RowModel::rowsChanged);
+    model.setRows(rows);
+    QCOMPARE(announced.count(), 0);
 }
 
 void TestRowModel::announcedOnceAfterwards_data()
