@@ -39,14 +39,12 @@ double peakMiB()
 }
 
 // Waits until the identifiers of the file were asked for and answered.
-void finishUpload(const AppState *state, double size)
+void afterUpload(const AppState *state, const std::function<void()> &then)
 {
-    if (!state->findChild<VoxApiClient *>()->findChildren<QNetworkAccessManager *>().isEmpty()) {
-        QTimer::singleShot(10, state, [=] { finishUpload(state, size); });
-        return;
-    }
-    std::printf("peak memory of the process %.2f times the size\n", peakMiB() / size);
-    QCoreApplication::quit();
+    if (state->findChild<VoxApiClient *>()->findChildren<QNetworkAccessManager *>().isEmpty())
+        then();
+    else
+        QTimer::singleShot(10, state, [=] { afterUpload(state, then); });
 }
 
 QQuickWindow *window()
@@ -88,10 +86,13 @@ void measure(const QString &path)
         const double opened = residentMiB() - before;
         std::printf("size %.0f MiB\nopen to drawn %lld ms\nmemory after opening %.2f times the size\n", size,
                     static_cast<long long>(timer.elapsed()), opened / size);
-        state->hexPatch(QStringLiteral("FF 00"));
-        afterNextFrame(target, [=] {
-            std::printf("memory after a patch %.2f times the size\n", (residentMiB() - before) / size);
-            finishUpload(state, size);
+        afterUpload(state, [=] {
+            std::printf("peak memory of the process %.2f times the size\n", peakMiB() / size);
+            state->hexPatch(QStringLiteral("FF 00"));
+            afterNextFrame(target, [=] {
+                std::printf("memory after a patch %.2f times the size\n", (residentMiB() - before) / size);
+                QCoreApplication::quit();
+            });
         });
     });
 }
