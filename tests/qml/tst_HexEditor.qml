@@ -315,6 +315,20 @@ ViewTest {
         compare(app.hexModel.cursor, 263);
     }
 
+    function test_matchAtTheCursorComesBackIntoSight() {
+        const rows = openEditor(64 * 1024);
+        app.hexPatch("41 42 43 44 45 46 47 48");
+        app.hexModel.cursor = 1000;
+        find("hexSearchField").text = "41 42 43 44 45 46 47 48";
+        click("hexFindButton");
+        compare(app.hexModel.cursor, 0);
+        rows.scrollTo(2000);
+        compare(rows.topRow, 2000);
+        click("hexNextButton");
+        compare(app.status, "FOUND AT 0X0");
+        compare(rows.topRow, 0);
+    }
+
     function test_patchShowsAtOnce() {
         openEditor(64);
         app.hexModel.cursor = 16;

@@ -75,6 +75,17 @@ ViewTest {
         compare(app.fileName, "saved #1 100%.kvt");
     }
 
+    // Accepted then, it would write the new file over the earlier one.
+    function test_saveDialogGoesWhenAnotherFileOpens() {
+        bed.openFile("a.kvt", 64);
+        const dialog = find("saveDialog");
+        click("saveFileButton");
+        tryVerify(() => dialog.visible);
+        bed.openFile("b.kvt", 64);
+        tryVerify(() => !dialog.visible);
+        compare(app.fileName, "b.kvt");
+    }
+
     function test_dialogsStartWhereTheLastFileWas() {
         bed.openFile("a.kvt", 64);
         const open = find("openDialog");

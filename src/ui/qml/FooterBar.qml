@@ -60,6 +60,7 @@ Rectangle {
             color: VOXTheme.muted
             font.pixelSize: 12
             horizontalAlignment: Text.AlignRight
+            elide: Text.ElideLeft
             Layout.preferredWidth: longestText.advanceWidth
             Accessible.role: Accessible.StaticText
             Accessible.name: text
@@ -67,7 +68,7 @@ Rectangle {
             TextMetrics {
                 id: longestText
                 font.pixelSize: 12
-                text: "Receiving 888.8 MB of 888.8 MB"
+                text: "Receiving 888 bytes of 888.8 MB"
             }
         }
 

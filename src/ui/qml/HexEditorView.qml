@@ -21,6 +21,8 @@ FocusScope {
 
     function findNext(): void {
         appState.hexFind(searchField.text);
+        // A match at the cursor moves nothing, and may have been scrolled away.
+        rows.show(appState.hexModel.currentRow);
     }
 
     visible: appState.showHex
@@ -104,6 +106,7 @@ FocusScope {
         }
 
         HexRows {
+            id: rows
             objectName: "hexRows"
             hexModel: root.appState.hexModel
             Layout.fillWidth: true

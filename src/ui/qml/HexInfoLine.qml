@@ -26,7 +26,8 @@ RowLayout {
 
     StatusLine {
         objectName: "hexStatus"
-        text: root.appState.status
+        // Of a text without end only so much is laid out as could ever be in sight.
+        text: root.appState.status.slice(0, 2000)
         ok: root.appState.statusOK
         maximumLineCount: 1
         elide: Text.ElideRight

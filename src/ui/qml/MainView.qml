@@ -29,6 +29,15 @@ Item {
             appState.showHex = true;
     }
 
+    // Another file can open by itself, as a result of the service. Saved under the name that the dialog offers,
+    // it would take the earlier file's place.
+    Connections {
+        target: root.appState
+        function onFileChanged(): void {
+            saveDialog.close();
+        }
+    }
+
     FileDialog {
         id: openDialog
         objectName: "openDialog"
