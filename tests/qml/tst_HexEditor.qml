@@ -317,9 +317,9 @@ ViewTest {
 
     function test_matchAtTheCursorComesBackIntoSight() {
         const rows = openEditor(64 * 1024);
-        app.hexPatch("41 42 43 44 45 46 47 48");
+        app.hexPatch("FF 00 EE 00");
         app.hexModel.cursor = 1000;
-        find("hexSearchField").text = "41 42 43 44 45 46 47 48";
+        find("hexSearchField").text = "FF 00 EE 00";
         click("hexFindButton");
         compare(app.hexModel.cursor, 0);
         rows.scrollTo(2000);
