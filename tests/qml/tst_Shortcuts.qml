@@ -283,6 +283,28 @@ ViewTest {
         compare(openDialogs(), []);
     }
 
+    function test_fieldHints_data() {
+        return [
+            { tag: "search", field: "searchNameField" },
+            { tag: "stock", field: "stockKeywordField" },
+            { tag: "patcher", field: "patcherCalIdField" }
+        ];
+    }
+
+    function test_fieldHints(data) {
+        app.tab = data.tag;
+        const field = input(data.field);
+        const tip = find("hint", field);
+        render();
+        mouseMove(window.contentItem, 2, 2);
+        verify(!tip.visible);
+        mouseMove(field, field.width / 2, field.height / 2);
+        tryVerify(() => tip.visible);
+        compare(tip.contentItem.text, "Ctrl+F");
+        mouseMove(window.contentItem, 2, 2);
+        tryVerify(() => !tip.visible);
+    }
+
     function test_hints_data() {
         return [
             { tag: "nav_main", hint: "Ctrl+1" },

@@ -62,6 +62,7 @@ Item {
 
                 VOXTextField {
                     id: ticketField
+                    hint: "Ctrl+F"
                     objectName: "ticketIdField"
                     title: "Ticket id"
                     Keys.onReturnPressed: event => event.isAutoRepeat || root.loadConversation()

@@ -83,6 +83,7 @@ FocusScope {
             VOXField {
                 id: searchField
                 objectName: "hexSearchField"
+                hint: "Ctrl+F"
                 placeholderText: "Hex or ASCII search"
                 focus: true
                 Layout.fillWidth: true

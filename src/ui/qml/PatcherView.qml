@@ -77,6 +77,7 @@ Item {
                     property string typed
 
                     objectName: "patcherCalIdField"
+                    hint: "Ctrl+F"
                     title: "Cal / OS ID (module 1)"
                     text: own ? typed : root.appState.moduleOneOS
                     onEdited: value => {

@@ -88,6 +88,7 @@ Item {
                     VOXTextField {
                         id: nameField
                         objectName: "searchNameField"
+                        hint: "Ctrl+F"
                         title: "Name"
                     }
 

@@ -94,6 +94,7 @@ Item {
                     VOXTextField {
                         id: keywordField
                         objectName: "stockKeywordField"
+                        hint: "Ctrl+F"
                         title: "Keyword"
                     }
 

@@ -1,18 +1,24 @@
+pragma ComponentBehavior: Bound
+
+import QtQml
 import QtQuick
 import QtQuick.Controls.Basic
 import KvtEditor
 
-// The bare line of input inside every captioned field, and alone where a placeholder says enough.
+// The bare line of input inside every captioned field, and alone where a placeholder says enough. `hint` names the
+// key that leads there.
 TextField {
     id: root
 
     property color ringColor: VOXTheme.orangeBright
+    property string hint
 
     color: enabled ? VOXTheme.text : VOXTheme.disabledText
     selectionColor: VOXTheme.orange
     selectedTextColor: VOXTheme.accentText
     placeholderTextColor: VOXTheme.muted
     selectByMouse: true
+    hoverEnabled: true
     padding: 10
     leftPadding: 10
     font.pixelSize: 13
@@ -33,5 +39,18 @@ TextField {
     onTextChanged: {
         if (!activeFocus)
             cursorPosition = 0;
+    }
+
+    // A field without such a key costs no tool tip.
+    Instantiator {
+        model: root.hint === "" ? 0 : 1
+
+        VOXToolTip {
+            objectName: "hint"
+            parent: root
+            fullText: root.hint
+            visible: root.visible && root.enabled && root.hovered && !root.activeFocus
+            y: root.height + 4
+        }
     }
 }

@@ -12,6 +12,7 @@ ColumnLayout {
     property string title
     property alias text: field.text
     property alias input: field
+    property alias hint: field.hint
     property bool locked: false
     property bool secret: false
     property bool copyable: false
