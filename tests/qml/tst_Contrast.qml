@@ -2,8 +2,8 @@ import QtQuick
 import QtTest
 import KvtEditor
 
-// Every text of the look is easy to read on its ground: at least 4.5 to 1. What is less was given with the
-// look, and stands here with the reason.
+// The texts of the look are easy to read on their grounds: at least 4.5 to 1. Pairs of which less was given with
+// the look stand here with the reason. Grounds that let the backdrop's glow through are not measured.
 ViewTest {
     name: "Contrast"
 

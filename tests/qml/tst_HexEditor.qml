@@ -329,6 +329,15 @@ ViewTest {
         compare(rows.topRow, 0);
     }
 
+    function test_searchInVainKeepsThePlace() {
+        const rows = openEditor(64 * 1024);
+        rows.scrollTo(2000);
+        find("hexSearchField").text = "FF FF FF FF";
+        click("hexFindButton");
+        compare(app.status, "Not found.");
+        compare(rows.topRow, 2000);
+    }
+
     function test_patchShowsAtOnce() {
         openEditor(64);
         app.hexModel.cursor = 16;

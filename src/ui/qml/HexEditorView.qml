@@ -22,7 +22,8 @@ FocusScope {
     function findNext(): void {
         appState.hexFind(searchField.text);
         // A match at the cursor moves nothing, and may have been scrolled away.
-        rows.show(appState.hexModel.currentRow);
+        if (appState.hexModel.matchLength > 0)
+            rows.show(appState.hexModel.currentRow);
     }
 
     visible: appState.showHex
