@@ -233,6 +233,14 @@ QStringList differences(const Snapshot &before, const Snapshot &after)
     return names;
 }
 
+// Where the first write of a request without a body meets the reset, the library never ends that request
+// (seen in 6.4); where the reset is a little slower, it does.
+bool mayNeverFinish(const EndpointOperation &operation, const Fault &fault)
+{
+    return operation.decoding == Decoding::Get && fault.answer.moment == RawAnswer::Moment::OnConnect
+        && fault.answer.ending == RawAnswer::Ending::Reset;
+}
+
 /// A loopback port at which nothing listens.
 quint16 closedPort()
 {
@@ -261,6 +269,7 @@ private slots:
 
     void answer_data();
     void answer();
+    void resetBeforeADocumentIsAskedFor();
     void unreachable_data();
     void unreachable();
     void neverAnswered_data();
@@ -373,8 +382,11 @@ void TestEndpointFaults::answer_data()
     const QList<Fault> all = faults();
     for (int fault = 0; fault < all.size(); ++fault) {
         int index = 0;
-        for (const EndpointOperation &operation : endpointOperations())
-            QTest::addRow("%s-%s", all.at(fault).name, operation.name) << index++ << fault;
+        for (const EndpointOperation &operation : endpointOperations()) {
+            if (!mayNeverFinish(operation, all.at(fault)))
+                QTest::addRow("%s-%s", all.at(fault).name, operation.name) << index << fault;
+            ++index;
+        }
     }
 }
 
@@ -414,6 +426,25 @@ void TestEndpointFaults::answer()
         QVERIFY(requests == 1 || (level == 1 && requests == tried.goodRequests));
     }
     checkNextGoodOne(tried);
+}
+
+void TestEndpointFaults::resetBeforeADocumentIsAskedFor()
+{
+    const auto all = endpointOperations();
+    const auto get = std::find_if(all.begin(), all.end(), [](const EndpointOperation &operation) {
+        return operation.decoding == Decoding::Get;
+    });
+    QVERIFY(get != all.end());
+    m_server->answerAlways({{}, RawAnswer::Ending::Reset, RawAnswer::Moment::OnConnect});
+    begin(*get);
+    QTRY_VERIFY(m_server->connectionCount() > 0);
+    QCOMPARE(differences(m_before, m_bench->snapshot()), QStringList());
+    // Whether the first one ever ends or not, the next one is answered, and the controller goes in peace.
+    m_server->answerAlways(answerWith(get->goodAnswer));
+    m_bench->start(*get);
+    QTRY_COMPARE(m_bench->state().status(), QString::fromUtf8(get->goodStatus));
+    QVERIFY(!m_bench->state().busy());
+    m_bench->destroyController();
 }
 
 void TestEndpointFaults::unreachable_data()
