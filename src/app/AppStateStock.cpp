@@ -8,12 +8,15 @@
 
 namespace {
 
-/// Whether something else than `bytes` can be read at `path` after they could not be written there whole:
-/// part of them, or somebody's file of that name. Neither may be opened as what was downloaded.
-bool holdsAnother(const QString &path, const QByteArray &bytes)
+/// Why a download that could not be written whole at `path` cannot be opened there; empty when it lies there
+/// all the same. Part of it, or somebody's file of that name, must not pass for what was downloaded.
+QString whyNotOpened(const QString &path, const QByteArray &bytes, const QString &writeError)
 {
-    const QByteArray found = FileTools::readFile(path);
-    return !found.isEmpty() && found != bytes;
+    QString error;
+    const QByteArray found = FileTools::readFile(path, &error);
+    if (found.isEmpty())
+        return error.isEmpty() ? QStringLiteral("Could not read file.") : error;
+    return found == bytes ? QString() : writeError;
 }
 
 } // namespace
@@ -72,7 +75,9 @@ void AppState::finishStockDownload(const QByteArray &bytes, const QString &filen
     }
     const QString path = QDir::tempPath() + QLatin1Char('/') + name;
     QString error;
-    if (FileTools::writeFile(path, bytes, &error) || !holdsAnother(path, bytes))
+    if (!FileTools::writeFile(path, bytes, &error))
+        error = whyNotOpened(path, bytes, error);
+    if (error.isEmpty())
         openKvt(path);
     else
         setStatus(error, 0);

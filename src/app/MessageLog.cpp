@@ -5,6 +5,7 @@
 #include <QMessageLogContext>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QScopedValueRollback>
 
 namespace {
 
@@ -21,9 +22,13 @@ Messages &messages()
     return *instance;
 }
 
+thread_local bool isWriting = false;
+
 // Opened for each line, so that a crash loses none that was written.
 void append(QByteArrayView text)
 {
+    // What the framework says of a log that it cannot write would wait for the lock that is held here.
+    const QScopedValueRollback<bool> writing(isWriting, true);
     const QString folder = QDir::tempPath();
     QFile file(QDir(folder).filePath(QStringLiteral("kvteditornew-qt.log")));
     // A temporary folder that is gone is reported as an empty path, and the log must not land in the working
@@ -35,7 +40,7 @@ void append(QByteArrayView text)
 
 void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
-    if (type == QtDebugMsg)
+    if (type == QtDebugMsg || isWriting)
         return;
     Messages &captured = messages();
     const QMutexLocker lock(&captured.mutex);

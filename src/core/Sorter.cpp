@@ -3,7 +3,11 @@
 #include "core/ErrorText.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+
+#include <cerrno>
+#include <sys/stat.h>
 
 namespace {
 
@@ -44,6 +48,20 @@ QString folderName(const QString &fileName, const QVariantMap &meta, const QStri
     return firstNonEmpty(text(key), QStringLiteral("Unknown"));
 }
 
+// A file that lies where it belongs could only be lost by writing it onto itself, and where it cannot be told
+// whether it does, nothing is written.
+bool writeCopy(const QString &file, const QString &copy, const QByteArray &bytes)
+{
+    struct stat source;
+    struct stat found;
+    if (stat(QFile::encodeName(copy).constData(), &found) != 0)
+        return errno == ENOENT && FileTools::writeFile(copy, bytes);
+    if (stat(QFile::encodeName(file).constData(), &source) != 0)
+        return false;
+    const bool isSameFile = source.st_dev == found.st_dev && source.st_ino == found.st_ino;
+    return isSameFile || FileTools::writeFile(copy, bytes);
+}
+
 // Reads one source and writes its copy below the destination; false when either failed.
 bool sortOne(const QString &file, const QString &destination, const QStringList &keys)
 {
@@ -56,7 +74,7 @@ bool sortOne(const QString &file, const QString &destination, const QStringList 
     for (const QString &part : FileTools::folderParts(fileName, meta, keys))
         folder = QDir(folder).filePath(part);
     // Writing makes the folder with all that is missing above it.
-    return FileTools::writeFile(QDir(folder).filePath(fileName), bytes);
+    return writeCopy(file, QDir(folder).filePath(fileName), bytes);
 }
 
 } // namespace

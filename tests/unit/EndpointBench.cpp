@@ -9,6 +9,8 @@
 #include <QNetworkAccessManager>
 #include <QSignalSpy>
 
+#include <algorithm>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -85,6 +87,9 @@ void addFiles(const QString &folder, QMap<QString, QByteArray> &files)
     QDirIterator entries(folder, QDir::Files | QDir::Hidden);
     while (entries.hasNext()) {
         QFile file(entries.next());
+        // A device may never end, and a pipe never begin.
+        if (!entries.fileInfo().isFile())
+            continue;
         files.insert(file.fileName(), file.open(QIODevice::ReadOnly) ? file.readAll() : "(not readable)");
     }
 }
@@ -146,6 +151,17 @@ bool EndpointBench::fill()
         && m_state->xdfItems().size() == 1 && m_state->patchItems().size() == 1
         && m_state->stockRows().size() == 1 && m_state->swapCandidates().size() == 1
         && !m_state->threadText().isEmpty();
+}
+
+bool EndpointBench::enlargeInputs(int size)
+{
+    const QByteArray big(size, 'B');
+    m_state->hexModel()->setBytes(big);
+    const QStringList names = QDir(m_folder.path()).entryList(QDir::Files);
+    return std::all_of(names.begin(), names.end(), [this, &big](const QString &name) {
+        QFile file(m_folder.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(big) == big.size();
+    });
 }
 
 // A request's manager goes last of all that belongs to it.

@@ -69,13 +69,19 @@ public:
 
     /// Fills the features from a server of its own; false when one of them stayed empty.
     bool fill();
+    /// From now on every file that an operation sends has so many bytes; false when one could not be written.
+    bool enlargeInputs(int size);
     void setApiBase(const QString &base) { m_state->findChild<VoxApiClient *>()->setApiBase(base); }
     void start(const EndpointOperation &operation) { operation.start(*m_state, m_folder.path()); }
     /// Waits until no request is under way.
     bool settle();
     Snapshot snapshot() const;
     AppState &state() { return *m_state; }
+    /// Where the files are that the operations send.
+    QString folder() const { return m_folder.path(); }
     void destroyController() { m_state.reset(); }
+    /// From now on the controller is the caller's to destroy, and the bench has none.
+    AppState *releaseController() { return m_state.release(); }
 
 private:
     QTemporaryDir m_folder;

@@ -4,12 +4,17 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
 
+#include <atomic>
+#include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <functional>
 #include <memory>
+#include <new>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -25,6 +30,13 @@ constexpr int bigTreeFiles = 20'000;
 const QString rareName = u"00.kvt"_s;
 // Asks this program to start a scan below the folder that follows, and to end at once.
 constexpr auto scanAndEnd = "--scan-and-end"_L1;
+// As long as it is set, memory is short wherever a folder of that ending is opened.
+std::atomic<const char *> folderWithoutMemory = nullptr;
+
+// Counted down by each folder that is opened; the one that makes it 0 is held up until it may go on.
+std::atomic<int> opensUntilHeld = 0;
+QSemaphore held;
+QSemaphore goOn;
 
 bool makeFile(const QString &path)
 {
@@ -71,6 +83,20 @@ int outcomeOf(const QByteArrayList &arguments)
 
 } // namespace
 
+/// Takes the place of the C library's.
+extern "C" DIR *opendir(const char *path)
+{
+    static auto *const next = reinterpret_cast<decltype(::opendir) *>(dlsym(RTLD_NEXT, "opendir"));
+    const char *const ending = folderWithoutMemory;
+    if (ending && QByteArrayView(path).endsWith(ending))
+        throw std::bad_alloc();
+    if (opensUntilHeld > 0 && --opensUntilHeld == 0) {
+        held.release();
+        goOn.acquire();
+    }
+    return next(path);
+}
+
 class TestAppStateSearch : public QObject
 {
     Q_OBJECT
@@ -99,12 +125,14 @@ private slots:
 
     void cancelWhenIdle();
     void cancelKeepsWhatWasFound();
+    void cancelBetweenTwoFolders();
     void cancelTwice();
     void scanAgainAtOnceAfterCancel();
     void clearWhenIdle();
     void clearWhileScanning();
     void clearThenScanAtOnce();
     void cancelledScanLeavesNoTrace();
+    void exceptionEndsTheScanOnly();
 
     void destroyedWhileScanning();
     void destroyedAfterCancel();
@@ -411,6 +439,23 @@ void TestAppStateSearch::cancelKeepsWhatWasFound()
     QCOMPARE(kept, all.mid(0, kept.size()));
 }
 
+void TestAppStateSearch::cancelBetweenTwoFolders()
+{
+    for (const QString &name : {u"one"_s, u"two"_s}) {
+        QVERIFY(QDir().mkpath(inDir(name)));
+        QVERIFY(makeFile(inDir(name + u"/a.kvt"_s)));
+    }
+    opensUntilHeld = 3;
+    m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
+    QVERIFY(held.tryAcquire(1, 60'000));
+    m_state->cancelScan();
+    goOn.release();
+    QTRY_VERIFY(!m_state->searchBusy());
+    QCOMPARE(m_state->status(), keptText(1));
+    QCOMPARE(m_state->statusOK(), 0);
+    QCOMPARE(m_state->searchHits().size(), 1);
+}
+
 void TestAppStateSearch::cancelTwice()
 {
     QSignalSpy changes(m_state.get(), &AppState::searchChanged);
@@ -495,6 +540,24 @@ void TestAppStateSearch::cancelledScanLeavesNoTrace()
     QTRY_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), foundText(200));
     QCOMPARE(m_state->searchHits().size(), 200);
+}
+
+void TestAppStateSearch::exceptionEndsTheScanOnly()
+{
+    scanSmallTree();
+    QCOMPARE(m_state->searchHits().size(), 2);
+    QVERIFY(QDir().mkpath(inDir(u"last/no memory"_s)));
+    folderWithoutMemory = "/no memory/";
+    m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
+    QTRY_VERIFY(!m_state->searchBusy());
+    QCOMPARE(m_state->status(), foundText(0));
+    QCOMPARE(m_state->statusOK(), 1);
+    QCOMPARE(m_state->searchHits(), QVariantList());
+
+    folderWithoutMemory = nullptr;
+    m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
+    QTRY_VERIFY(!m_state->searchBusy());
+    QCOMPARE(m_state->searchHits().size(), 2);
 }
 
 void TestAppStateSearch::destroyedWhileScanning()

@@ -679,6 +679,8 @@ void TestAppStateStock::names_stayInTheirFolder_data()
     row("up-bin", "../../x.bin", u"x.bin"_s);
     row("absolute", root + "/x.kvt", u"x.kvt"_s);
     row("absolute-bin", root + "/x.bin", u"x.bin"_s);
+    row("absolute-elsewhere", "/etc/x.kvt", u"x.kvt"_s);
+    row("empty", "", u"stock.bin"_s);
     row("folder", "a/b.kvt", u"b.kvt"_s);
     row("folder-bin", "a/b.bin", u"b.bin"_s);
     row("backslash-up", R"(..\\x.kvt)", u"x.kvt"_s);

@@ -56,6 +56,7 @@ private slots:
     void info_lateAnswerOfAnEarlierFileIsDropped();
     void info_lateAnswerOfTheSamePathIsDropped();
     void info_nothingIsSentWithoutFile();
+    void info_bytesWithoutFileHaveAName();
     void info_answerAfterSaveUnderAnotherNameCounts();
     void info_destroyedWhileRequestIsHeld();
     void applyKvtInfoJson_announcesOnce();
@@ -380,6 +381,18 @@ void TestAppStateWorkspace::info_nothingIsSentWithoutFile()
     QCOMPARE(m_server->connectionCount(), 1);
 }
 
+void TestAppStateWorkspace::info_bytesWithoutFileHaveAName()
+{
+    m_state->hexModel()->setBytes("bytes");
+    m_state->hexWriteBack();
+    QCOMPARE(m_state->fileName(), QString());
+    m_state->requestKvtInfoFromApi();
+    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    QCOMPARE(formField(m_server->request(0), "file"), QByteArray("bytes"));
+    QCOMPARE(formParts(m_server->request(0)).last().header("Content-Disposition"),
+             QByteArray("form-data; name=\"file\"; filename=\"tune.kvt\""));
+}
+
 void TestAppStateWorkspace::info_answerAfterSaveUnderAnotherNameCounts()
 {
     m_server->answerNext(holdRequest());
@@ -605,6 +618,10 @@ void TestAppStateWorkspace::hexFind_stepsAndWraps()
     m_state->hexModel()->setCursor(18);
     m_state->hexFind(u"xA"_s);
     QCOMPARE(m_state->hexModel()->cursor(), 0);
+    // So is one that begins before the cursor and ends behind it.
+    m_state->hexModel()->setCursor(2);
+    m_state->hexFind(u"AxxA"_s);
+    QCOMPARE(m_state->hexModel()->cursor(), 1);
 }
 
 void TestAppStateWorkspace::hexFind_notFoundKeepsCursor()

@@ -479,6 +479,7 @@ void TestAppStateXdf::download_names_data()
     QTest::newRow("up") << QByteArray("../../x") << u".._.._x.xdf"_s;
     QTest::newRow("backslash-up") << QByteArray(R"(..\\x)") << u".._x.xdf"_s;
     QTest::newRow("absolute") << QByteArray("/etc/x") << u"_etc_x.xdf"_s;
+    QTest::newRow("folder") << QByteArray("a/b.kvt") << u"a_b.kvt.xdf"_s;
     QTest::newRow("one-dot") << QByteArray(".") << u"..xdf"_s;
     QTest::newRow("two-dots") << QByteArray("..") << u"...xdf"_s;
     QTest::newRow("nul") << QByteArray(R"(a\u0000b)") << u"a_b.xdf"_s;

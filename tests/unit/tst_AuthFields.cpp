@@ -28,6 +28,7 @@ private slots:
     void deploymentFileOfTheEnvironmentIsUsed();
     void workerRequestCarriesThem();
     void informationRequestCarriesThem();
+    void requestsOwnFieldsReplaceThem();
     void ticketCarriesThem();
     void updateCheckDoesNot();
     void plainPrimitivesDoNot();
@@ -46,7 +47,7 @@ void TestAuthFields::initTestCase()
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(
-        "{\"authFields\":{\"app_user\":\"tester\",\"zz_key\":\"TOPSECRET\"},"
+        "{\"authFields\":{\"app_user\":\"tester\",\"version\":\"0.0\",\"zz_key\":\"TOPSECRET\"},"
         "\"apiBase\":\"https://deployed.example/api/\",\"placeholderEmail\":\"nobody@deployed.invalid\"}");
     file.close();
     qputenv("KVTEDITOR_SERVICE_CONFIG", QFile::encodeName(path));
@@ -99,6 +100,19 @@ void TestAuthFields::informationRequestCarriesThem()
     QTRY_COMPARE(m_server->completeRequestCount(), 1);
     QCOMPARE(formParts(m_server->request(0)).size(), 5);
     QCOMPARE(formField(m_server->request(0), "zz_key"), QByteArray("TOPSECRET"));
+}
+
+void TestAuthFields::requestsOwnFieldsReplaceThem()
+{
+    m_state->workerConvert(u"convert_x"_s, "input", u"in.kvt"_s, {{u"app_user"_s, u"own"_s}}, {},
+                           u"out.bin"_s);
+    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    QCOMPARE(formField(m_server->request(0), "app_user"), QByteArray("own"));
+    QCOMPARE(formField(m_server->request(0), "version"), QByteArray("4.0.2"));
+    m_state->sendToDev({}, u"note"_s);
+    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    const QJsonObject ticket = QJsonDocument::fromJson(m_server->request(1).body).object();
+    QCOMPARE(ticket.value(u"version"_s).toString(), u"4.0.2"_s);
 }
 
 void TestAuthFields::ticketCarriesThem()

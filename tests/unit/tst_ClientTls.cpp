@@ -3,9 +3,14 @@
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
 
+#include <QFile>
+#include <QHostAddress>
 #include <QNetworkAccessManager>
 #include <QSslCertificate>
 #include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslServer>
+#include <QSslSocket>
 #include <QTest>
 
 #include <memory>
@@ -68,6 +73,8 @@ private slots:
     void redirectToPlainIsRefused_data();
     void redirectToPlainIsRefused();
     void redirectWithinTlsIsFollowed();
+    void speaksTheOldProtocol_data();
+    void speaksTheOldProtocol();
     void sentOnce_data();
     void sentOnce();
 
@@ -245,6 +252,32 @@ void TestClientTls::redirectWithinTlsIsFollowed()
     QCOMPARE(m_outcome->error, QString());
     QCOMPARE(m_outcome->bytes, QByteArray("the file"));
     QCOMPARE(m_service->requestCount(u"y"_s), 1);
+}
+
+void TestClientTls::speaksTheOldProtocol_data()
+{
+    eachPrimitive();
+}
+
+void TestClientTls::speaksTheOldProtocol()
+{
+    QFETCH(int, primitive);
+    QFile key(certificate(u"server.key"_s));
+    QVERIFY(key.open(QIODevice::ReadOnly));
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.setLocalCertificate(QSslCertificate::fromPath(certificate(u"server.pem"_s)).constFirst());
+    configuration.setPrivateKey(QSslKey(&key, QSsl::Ec));
+    configuration.setAllowedNextProtocols(
+        {QSslConfiguration::ALPNProtocolHTTP2, QSslConfiguration::NextProtocolHttp1_1});
+    QSslServer server;
+    server.setSslConfiguration(configuration);
+    QVERIFY(server.listen(QHostAddress::LocalHost));
+    m_client->setApiBase(u"https://127.0.0.1:%1/api/"_s.arg(server.serverPort()));
+    start(*m_client, Primitive(primitive), *m_outcome);
+    QTRY_VERIFY(server.hasPendingConnections());
+    const auto *const socket = qobject_cast<QSslSocket *>(server.nextPendingConnection());
+    QVERIFY(socket && socket->isEncrypted());
+    QVERIFY(socket->sslConfiguration().nextNegotiatedProtocol() != QSslConfiguration::ALPNProtocolHTTP2);
 }
 
 void TestClientTls::sentOnce_data()

@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -59,11 +60,14 @@ private slots:
     void readFile_refuses_data();
     void readFile_refuses();
     void readFile_refusesWithoutErrorPointer();
+    void readFile_callsOnlyAFolderOne();
+    void readFile_failsWhenTheFirstByteCannotBeRead();
     void readFile_refusesSocket();
     void readFile_refusesFileThatAnIntCannotCount();
     void readFile_followsLinkToFile();
     void readFile_resolvesRelativePathAgainstWorkingFolder();
     void readFile_takesLargeFile();
+    void readFile_returnsEveryByteOfLargeFile();
 
     void writeFile_createsParents();
     void writeFile_resolvesRelativePathAgainstWorkingFolder();
@@ -176,6 +180,24 @@ void TestFileTools::readFile_refusesWithoutErrorPointer()
     QCOMPARE(FileTools::readFile(u"/dev/zero"_s), QByteArray());
 }
 
+void TestFileTools::readFile_callsOnlyAFolderOne()
+{
+    QString folderError;
+    FileTools::readFile(m_dir.path(), &folderError);
+    QCOMPARE(folderError, qt_error_string(EISDIR));
+    QString deviceError;
+    FileTools::readFile(u"/dev/null"_s, &deviceError);
+    QVERIFY(deviceError != folderError);
+}
+
+// The system takes this for a regular file, opens it and then reads no byte of it: nothing lies at address 0.
+void TestFileTools::readFile_failsWhenTheFirstByteCannotBeRead()
+{
+    QString error;
+    QCOMPARE(FileTools::readFile(u"/proc/self/mem"_s, &error), QByteArray());
+    QVERIFY(!error.isEmpty());
+}
+
 void TestFileTools::readFile_refusesSocket()
 {
     const QByteArray path = QFile::encodeName(inDir(u"socket"_s));
@@ -230,6 +252,15 @@ void TestFileTools::readFile_takesLargeFile()
     QVERIFY(bytes.startsWith(QByteArray("start\0\0", 7)));
     QCOMPARE(error, untouched);
     QVERIFY(QFile::remove(path));
+}
+
+void TestFileTools::readFile_returnsEveryByteOfLargeFile()
+{
+    QByteArray content;
+    while (content.size() < 5 * 1024 * 1024)
+        content += everyByte() + QByteArray::number(content.size());
+    QVERIFY(makeFile(inDir(u"large"_s), content));
+    QVERIFY(FileTools::readFile(inDir(u"large"_s)) == content);
 }
 
 void TestFileTools::writeFile_createsParents()
@@ -313,8 +344,10 @@ void TestFileTools::writeFile_fails_data()
     QTest::addColumn<QString>("path");
     QVERIFY(makeFile(inDir(u"blocking-file"_s), "kept"));
     QVERIFY(QDir(m_dir.path()).mkpath(u"blocking-folder"_s));
+    QCOMPARE(::mkfifo(QFile::encodeName(inDir(u"blocking-pipe"_s)).constData(), 0600), 0);
 
     QTest::newRow("folder-of-that-name") << inDir(u"blocking-folder"_s);
+    QTest::newRow("pipe") << inDir(u"blocking-pipe"_s);
     QTest::newRow("file-where-folder-should-be") << inDir(u"blocking-file/below"_s);
     QTest::newRow("file-two-levels-up") << inDir(u"blocking-file/one/two"_s);
     QTest::newRow("folder-that-nobody-can-write") << u"/proc/no-such-folder/file"_s;

@@ -1,4 +1,5 @@
 #include "core/FileTools.h"
+#include "support/PlainRights.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -181,7 +182,9 @@ private slots:
     void oddNames_data();
     void oddNames();
     void nameThatIsNotUtf8();
+    void unreadableFolder();
     void folderThatVanishes();
+    void filesThatVanish();
     void thousandLevels();
     void manyFiles();
     void sameAsIterator_data();
@@ -674,6 +677,50 @@ void TestFolderScan::nameThatIsNotUtf8()
     QCOMPARE(sortedNames(hits), QStringList({u"a.kvt"_s, u"\ufffd.kvt"_s}));
 }
 
+void TestFolderScan::unreadableFolder()
+{
+    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
+    QVERIFY(makeFile(inDir(u"closed/b.kvt"_s)));
+    QVERIFY(makeFile(inDir(u"closed/below/c.kvt"_s)));
+    QVERIFY(makeFile(inDir(u"open/d.kvt"_s)));
+    QVERIFY(QFile::setPermissions(inDir(u"closed"_s), {}));
+    QVariantList hits;
+    QVariantList ofTheFolder;
+    {
+        const PlainRights rights;
+        hits = scan(m_dir->path());
+        ofTheFolder = scan(inDir(u"closed"_s));
+    }
+    QVERIFY(
+        QFile::setPermissions(inDir(u"closed"_s), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QCOMPARE(sortedNames(hits), QStringList({u"a.kvt"_s, u"d.kvt"_s}));
+    QCOMPARE(ofTheFolder, QVariantList());
+    QCOMPARE(scan(m_dir->path()).size(), 4);
+}
+
+void TestFolderScan::filesThatVanish()
+{
+    for (int index = 0; index < 200; ++index) {
+        QVERIFY(makeFile(inDir(u"root/stay%1.kvt"_s.arg(index))));
+    }
+    std::atomic<bool> stop = false;
+    std::thread churn([&stop, this] {
+        while (!stop) {
+            for (int index = 0; index < 20; ++index)
+                makeFile(inDir(u"root/gone%1.kvt"_s.arg(index)));
+            for (int index = 0; index < 20; ++index)
+                QFile::remove(inDir(u"root/gone%1.kvt"_s.arg(index)));
+        }
+    });
+    QList<qsizetype> counts;
+    for (int round = 0; round < 50; ++round) {
+        counts.append(valuesOf(scan(inDir(u"root"_s)), u"name"_s).filter(u"stay"_s).size());
+    }
+    stop = true;
+    churn.join();
+    QCOMPARE(counts, QList<qsizetype>(50, 200));
+}
+
 void TestFolderScan::folderThatVanishes()
 {
     for (int index = 0; index < 200; ++index) {
@@ -709,13 +756,19 @@ void TestFolderScan::thousandLevels()
 
 void TestFolderScan::manyFiles()
 {
-    for (int index = 0; index < 20'000; ++index) {
-        QVERIFY(makeRawFile(rawInDir(QByteArray::number(index) + (index % 4 == 0 ? ".kvt" : ".bin"))));
+    // Names of few files, for a file of its own takes far longer to make. A file cannot have more of them.
+    constexpr int namesEach = 50'000;
+    QByteArray file;
+    for (int index = 0; index < 200'000; ++index) {
+        const QByteArray name = rawInDir(QByteArray::number(index) + (index % 40 == 0 ? ".kvt" : ".bin"));
+        QVERIFY(index % namesEach == 0 ? makeRawFile(name) : ::link(file.constData(), name.constData()) == 0);
+        if (index % namesEach == 0)
+            file = name;
     }
     const QVariantList hits = scan(m_dir->path());
     QCOMPARE(hits.size(), 5'000);
     QCOMPARE(hits, foundByIterator(m_dir->path()));
-    QCOMPARE(sortedNames(scan(m_dir->path(), {u"19996"_s, {}, {}, {}})), QStringList{u"19996.kvt"_s});
+    QCOMPARE(sortedNames(scan(m_dir->path(), {u"199960"_s, {}, {}, {}})), QStringList{u"199960.kvt"_s});
 }
 
 void TestFolderScan::sameAsIterator_data()

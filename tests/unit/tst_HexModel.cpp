@@ -40,6 +40,7 @@ private slots:
     void rowTexts_data();
     void rowTexts();
     void otherRolesAndIndexesGiveNothing();
+    void indexOfARowThatIsGoneGivesNothing();
     void properties();
 
     void setBytes_resetsAndAlwaysAnnounces();
@@ -160,6 +161,18 @@ void TestHexModel::rowTexts()
     QTEST(cell(*m_model, row, 257), "offset");
     QTEST(cell(*m_model, row, 258), "hex");
     QTEST(cell(*m_model, row, 259), "ascii");
+}
+
+void TestHexModel::indexOfARowThatIsGoneGivesNothing()
+{
+    m_model->setBytes(QByteArray(17, 'a'));
+    const QModelIndex first = m_model->index(0);
+    const QModelIndex second = m_model->index(1);
+    m_model->setBytes(QByteArray(16, 'a'));
+    for (const int role : {257, 258, 259}) {
+        QVERIFY(m_model->data(first, role).isValid());
+        QVERIFY(!m_model->data(second, role).isValid());
+    }
 }
 
 void TestHexModel::otherRolesAndIndexesGiveNothing()

@@ -18,6 +18,7 @@ private slots:
     void find_data();
     void find();
     void find_isLinearInTheHaystack();
+    void find_absentInAQuarterOfAGibibyte();
 };
 
 void TestHexQuery::parse_data()
@@ -126,6 +127,16 @@ void TestHexQuery::find_isLinearInTheHaystack()
     haystack[size - 1] = '\1';
     QCOMPARE(FileTools::findBytes(haystack, shortNeedle, 0), size - 4);
     QCOMPARE(FileTools::findBytes(haystack, longNeedle, 1), size - 1024 * 1024 - 1);
+}
+
+void TestHexQuery::find_absentInAQuarterOfAGibibyte()
+{
+    constexpr int size = 256 * 1024 * 1024;
+    const QByteArray zeros(size, '\0');
+    const QByteArray needle("\0\0\0\1", 4);
+    QCOMPARE(FileTools::findBytes(zeros, needle, 0), -1);
+    QCOMPARE(FileTools::findBytes(zeros, needle, size - 3), -1);
+    QCOMPARE(FileTools::findBytes(zeros, needle.first(3), size - 3), size - 3);
 }
 
 KVTEDITOR_TEST_MAIN(TestHexQuery)

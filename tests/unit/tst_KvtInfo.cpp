@@ -126,6 +126,8 @@ void TestKvtInfo::osAndSerial_data()
         u"A1234567BC / 12345678AB"_s, QString());
     row("cummins-two-serials-same", uR"({"serial1":"a1234567bc","serial2":"A1234567BC"})"_s, u"A1234567BC"_s,
         QString());
+    row("cummins-two-serials-same-in-small-letters", uR"({"serial1":"a1234567bc","serial2":"a1234567bc"})"_s,
+        u"A1234567BC"_s, QString());
     row("cummins-serial-and-serial2", uR"({"serial":"a1234567bc","serial2":"12345678ab"})"_s,
         u"A1234567BC / 12345678AB"_s, u"-"_s);
 

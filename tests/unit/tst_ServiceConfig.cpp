@@ -44,6 +44,7 @@ private slots:
     void builtInPassesItsOwnRules();
     void parse_emptyObjectKeepsDefaults();
     void parse_overridesEachMember();
+    void parse_takesAuthFieldsBack();
     void parse_acceptsApiBase_data();
     void parse_acceptsApiBase();
     void parse_refuses_data();
@@ -112,6 +113,13 @@ void TestServiceConfig::parse_overridesEachMember()
     QCOMPARE(config->authFields, QVariantMap({{u"user"_s, u"u"_s}, {u"secret"_s, u"s"_s}}));
     QCOMPARE(config->storeUrl, u"https://shop.example/"_s);
     QCOMPARE(config->placeholderEmail, u"nobody@other.invalid"_s);
+}
+
+void TestServiceConfig::parse_takesAuthFieldsBack()
+{
+    const auto config = parseServiceConfig(R"({"authFields":{}})", defaultsForTest(), nullptr);
+    QVERIFY(config.has_value());
+    QCOMPARE(config->authFields, QVariantMap());
 }
 
 void TestServiceConfig::parse_acceptsApiBase_data()
@@ -200,6 +208,10 @@ void TestServiceConfig::parse_refuses_data()
              "http://:8080/api/",
              "http://local host/api/",
              "https://vox.example:99999/api/",
+             "https://vox.example/api/?key=1",
+             "https://vox.example/api/#part",
+             "https://vox.example/a b/",
+             "https://vox.example/%zz/",
          }) {
         QTest::addRow("base <%s>", base) << withApiBase(base);
     }

@@ -245,6 +245,8 @@ void TestSorter::sortsInto_data()
     QTest::newRow("markup") << u"<b>R&D 2012.kvt"_s << u"year"_s << u"2012/<b>R&D 2012.kvt"_s;
     QTest::newRow("newline") << u"a\n2012.kvt"_s << u"year"_s << u"2012/a\n2012.kvt"_s;
     QTest::newRow("backslash") << u"a\\b.kvt"_s << u"year"_s << u"UnknownYear/a\\b.kvt"_s;
+    QTest::newRow("as-long-as-it-gets") << QString(251, u'X') + u".kvt"_s << u"os"_s
+                                        << QString(251, u'X') + u'/' + QString(251, u'X') + u".kvt"_s;
     QTest::newRow("any-file") << u"notes.txt"_s << u"make"_s << u"UnknownMake/notes.txt"_s;
     QTest::newRow("no-ending") << u"2012"_s << u"year"_s << u"2012/2012"_s;
 }
@@ -279,6 +281,7 @@ void TestSorter::orderText_data()
     QTest::newRow("other-order") << u"OS,Year"_s << u"12654321/2014/"_s;
     QTest::newRow("trailing-blank") << u"Make "_s << u"UnknownMake/"_s;
     QTest::newRow("semicolons-are-no-separators") << u"Year;Make"_s << u"Unknown/"_s;
+    QTest::newRow("key-of-300-characters") << QString(300, u'k') << u"Unknown/"_s;
     QTest::newRow("path-as-key") << u"../../x,/etc"_s << u"Unknown/Unknown/"_s;
 }
 

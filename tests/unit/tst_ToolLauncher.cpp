@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <iterator>
 #include <memory>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -106,6 +107,26 @@ private:
     bool m_opened = false;
 };
 
+/// While it lives, the system has no descriptor left for this process, and so no new process either.
+class NoDescriptors
+{
+public:
+    NoDescriptors()
+    {
+        ::getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit none{0, m_before.rlim_max};
+        m_set = ::setrlimit(RLIMIT_NOFILE, &none) == 0;
+    }
+    ~NoDescriptors() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
+    Q_DISABLE_COPY_MOVE(NoDescriptors)
+
+    bool set() const { return m_set; }
+
+private:
+    rlimit m_before{};
+    bool m_set = false;
+};
+
 struct Tool
 {
     const char *key;
@@ -155,6 +176,7 @@ private slots:
     void vbfPhfBin_missing();
     void vbfPhfBin_opens_data();
     void vbfPhfBin_opens();
+    void vbfPhfBin_cannotBeOpened();
 
     void findHelpPdf_order();
     void launchHelpPdf();
@@ -426,6 +448,24 @@ void TestToolLauncher::vbfPhfBin_opens()
     // The path is absolute, but may go through "..".
     QCOMPARE(error.isEmpty() ? error : u"Failed to open "_s + canonical(error.mid(15)), expected);
     QCOMPARE(ToolLauncher::launchVbfPhfBin(), expected.isEmpty());
+}
+
+void TestToolLauncher::vbfPhfBin_cannotBeOpened()
+{
+    const QString path = besideProgram(u"tools/"_s + bundle);
+    QVERIFY(QDir().mkpath(path));
+    AppState state;
+    QString error;
+    {
+        const NoDescriptors noDescriptors;
+        QVERIFY(noDescriptors.set());
+        QVERIFY(!ToolLauncher::launchVbfPhfBin(&error));
+        QVERIFY(!ToolLauncher::launchVbfPhfBin());
+        state.launchTool(u"vbfphf"_s);
+    }
+    QCOMPARE(error, u"Failed to open "_s + path);
+    QCOMPARE(state.status(), error);
+    QCOMPARE(state.statusOK(), 0);
 }
 
 void TestToolLauncher::findHelpPdf_order()

@@ -10,7 +10,32 @@
 #include <QTcpServer>
 #include <QTest>
 
+#include <utility>
+
 using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+using Progress = std::pair<qint64, qint64>;
+
+/// Tells of its progress only when the test does.
+class SilentReply : public QNetworkReply
+{
+public:
+    explicit SilentReply(qint64 contentLength = 0)
+    {
+        QNetworkRequest request;
+        request.setHeader(QNetworkRequest::ContentLengthHeader, contentLength);
+        setRequest(request);
+    }
+
+    void abort() override { }
+
+protected:
+    qint64 readData(char *, qint64) override { return -1; }
+};
+
+} // namespace
 
 class TestTransferMeter : public QObject
 {
@@ -21,6 +46,10 @@ private slots:
     void text();
     void tellsOfASlowUpload();
     void tellsOfASlowDownload();
+    void addsUp_data();
+    void addsUp();
+    void takesTheLengthFromTheRequest();
+    void forgetsWhatHasFinished();
     void saysNothingOfAQuickTransfer();
     void outlivesItsTransfers();
 };
@@ -98,6 +127,72 @@ void TestTransferMeter::tellsOfASlowDownload()
         QVERIFY(meter.text().endsWith(u" of 100.0 GB"_s));
     }
     QTRY_VERIFY(server.endlessBytes() > 0);
+}
+
+void TestTransferMeter::addsUp_data()
+{
+    QTest::addColumn<Progress>("sent");
+    QTest::addColumn<Progress>("received");
+    QTest::addColumn<Progress>("otherSent");
+    QTest::addColumn<Progress>("otherReceived");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("uploads") << Progress{1000, 3000} << Progress{0, 0} << Progress{2000, 6000}
+                             << Progress{0, 0} << u"Sending 3.0 kB of 9.0 kB"_s;
+    QTest::newRow("upload-beside-download") << Progress{1000, 3000} << Progress{0, 0} << Progress{0, 0}
+                                            << Progress{2000, 6000} << u"Sending 1.0 kB of 3.0 kB"_s;
+    QTest::newRow("downloads") << Progress{0, 0} << Progress{1000, 3000} << Progress{0, 0}
+                               << Progress{2000, 6000} << u"Receiving 3.0 kB of 9.0 kB"_s;
+    QTest::newRow("one-length-unknown") << Progress{0, 0} << Progress{1000, 3000} << Progress{0, 0}
+                                        << Progress{2000, -1} << u"Receiving 3.0 kB"_s;
+}
+
+void TestTransferMeter::addsUp()
+{
+    QFETCH(Progress, sent);
+    QFETCH(Progress, received);
+    QFETCH(Progress, otherSent);
+    QFETCH(Progress, otherReceived);
+    QFETCH(QString, text);
+    TransferMeter meter;
+    meter.setPatience(0);
+    SilentReply one;
+    SilentReply other;
+    meter.watch(&one);
+    meter.watch(&other);
+    emit one.uploadProgress(sent.first, sent.second);
+    emit one.downloadProgress(received.first, received.second);
+    emit other.uploadProgress(otherSent.first, otherSent.second);
+    emit other.downloadProgress(otherReceived.first, otherReceived.second);
+    QTRY_COMPARE(meter.text(), text);
+}
+
+void TestTransferMeter::takesTheLengthFromTheRequest()
+{
+    TransferMeter meter;
+    meter.setPatience(0);
+    SilentReply reply(5000);
+    meter.watch(&reply);
+    // As the library tells of a body that can be read but once.
+    emit reply.uploadProgress(1000, 1000);
+    QTRY_COMPARE(meter.text(), u"Sending 1.0 kB of 5.0 kB"_s);
+    emit reply.uploadProgress(5000, 5000);
+    QTRY_COMPARE(meter.text(), QString());
+    emit reply.uploadProgress(0, 0);
+    emit reply.downloadProgress(2000, -1);
+    QTRY_COMPARE(meter.text(), u"Receiving 2.0 kB"_s);
+}
+
+void TestTransferMeter::forgetsWhatHasFinished()
+{
+    TransferMeter meter;
+    meter.setPatience(0);
+    SilentReply reply;
+    meter.watch(&reply);
+    emit reply.downloadProgress(2000, 4000);
+    QTRY_COMPARE(meter.text(), u"Receiving 2.0 kB of 4.0 kB"_s);
+    emit reply.finished();
+    QCOMPARE(meter.text(), QString());
 }
 
 void TestTransferMeter::saysNothingOfAQuickTransfer()

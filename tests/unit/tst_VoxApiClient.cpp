@@ -99,6 +99,7 @@ private slots:
     void getJson_wire();
     void postMultipart_wire();
     void postMultipart_values();
+    void postMultipart_cleansFieldNames();
     void postMultipart_noPartsStillCallsBack();
     void postMultipart_names_data();
     void postMultipart_names();
@@ -128,6 +129,7 @@ private slots:
     void kvtWorker_answers();
 
     void downloadFile_followsRedirect();
+    void downloadFile_followsRedirectToAnotherServer();
     void downloadFile_redirectLoopEnds();
     void startThatFails_data();
     void startThatFails();
@@ -280,6 +282,16 @@ void TestVoxApiClient::postMultipart_values()
     QCOMPARE(names,
              QByteArrayList({"\"Z\"", "\"accent\"", "\"bool\"", "\"empty\"", "\"lines\"", "\"number\""}));
     QCOMPARE(bodies, QByteArrayList({"capital first", "caf\xc3\xa9", "true", "", "a\r\n--b\r\n", "12"}));
+}
+
+void TestVoxApiClient::postMultipart_cleansFieldNames()
+{
+    m_client->postMultipart(u"x"_s, {{u"a\r\nX-Injected: 1"_s, u"v"_s}}, {}, m_outcome->body());
+    QTRY_COMPARE(m_outcome->calls, 1);
+    const QList<FormPart> parts = formParts(onlyRequest());
+    QCOMPARE(parts.size(), 1);
+    QCOMPARE(parts[0].headers, partHeaders("form-data; name=\"a__X-Injected: 1\""));
+    QCOMPARE(parts[0].body, QByteArray("v"));
 }
 
 void TestVoxApiClient::postMultipart_noPartsStillCallsBack()
@@ -665,6 +677,20 @@ void TestVoxApiClient::downloadFile_followsRedirect()
     QCOMPARE(m_outcome->error, QString());
     QCOMPARE(m_server->requestCount(), 2);
     QCOMPARE(m_server->request(1).requestLine(), QByteArray("GET /elsewhere/file.kvt HTTP/1.1"));
+}
+
+void TestVoxApiClient::downloadFile_followsRedirectToAnotherServer()
+{
+    RawHttpServer store;
+    store.answerAlways(answerWith("the file"));
+    const QByteArray location = "Location: " + store.baseUrl().toUtf8() + "file.kvt\r\n";
+    m_server->answerAlways({httpAnswer(302, "moved", location)});
+    m_client->downloadFile(m_server->baseUrl() + u"file.kvt"_s, m_outcome->body());
+    QTRY_COMPARE(m_outcome->calls, 1);
+    QCOMPARE(m_outcome->error, QString());
+    QCOMPARE(m_outcome->bytes, QByteArray("the file"));
+    QCOMPARE(m_server->requestCount(), 1);
+    QCOMPARE(store.request(0).requestLine(), QByteArray("GET /api/file.kvt HTTP/1.1"));
 }
 
 void TestVoxApiClient::downloadFile_redirectLoopEnds()

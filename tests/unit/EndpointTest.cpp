@@ -1,0 +1,243 @@
+#include "EndpointTest.h"
+
+#include <QDir>
+#include <QFile>
+#include <QHostAddress>
+#include <QTcpServer>
+#include <QTest>
+
+#include <algorithm>
+
+using namespace Qt::Literals::StringLiterals;
+
+const QByteArray bareObject = R"({"status":"ok"})";
+const QByteArray bareObjectTwice = R"({"status":"no","status":"ok"})";
+
+namespace {
+
+bool saysOk(const QByteArray &body)
+{
+    QByteArray text = body;
+    if (text.startsWith("\xef\xbb\xbf"))
+        text.remove(0, 3);
+    return text == bareObject || text == bareObjectTwice;
+}
+
+EndpointOutcome workerOutcome(const EndpointOperation &operation, bool failed, const QByteArray &body,
+                              bool isObject)
+{
+    if (failed && body.isEmpty())
+        return {u"!"_s};
+    if (isObject) {
+        // Where an answer is shown as it is, it is this one.
+        const bool shown = operation.bareStatus == bareObject;
+        return {QString::fromUtf8(shown ? body.constData() : operation.bareStatus), 1};
+    }
+    if (body.startsWith('{'))
+        return {u"Worker error: "_s};
+    if (body.isEmpty())
+        return {u"Worker returned empty response."_s};
+    if (operation.decoding == Decoding::Preview)
+        return {QString::fromUtf8(operation.bareStatus), 1};
+    return {QString::fromUtf8(operation.savedStatus), 1, true};
+}
+
+bool matches(const QString &shown, const QString &expected)
+{
+    if (!expected.endsWith(u'!'))
+        return shown == expected;
+    const QString start = expected.chopped(1);
+    return shown.startsWith(start) && shown.size() > start.size() && !shown.startsWith(u"HTTP "_s);
+}
+
+bool opensItsFile(const EndpointOperation &operation)
+{
+    return operation.destination != Destination::Documents;
+}
+
+} // namespace
+
+EndpointOutcome expectedOutcome(const EndpointOperation &operation, bool failed, const QByteArray &body,
+                                int httpStatus)
+{
+    const bool isObject = saysOk(body);
+    const EndpointOutcome bare{QString::fromUtf8(operation.bareStatus), operation.bareLevel};
+    switch (operation.decoding) {
+    case Decoding::Silent:
+        return {QString::fromUtf8(operation.goodStatus), 1};
+    case Decoding::Json:
+        if (failed)
+            return {u"!"_s};
+        return isObject ? bare
+                        : EndpointOutcome{u"HTTP %1: %2"_s.arg(QString::number(httpStatus),
+                                                               QString::fromUtf8(body.left(300)))};
+    case Decoding::Get:
+        return failed ? EndpointOutcome{u"Update check failed: !"_s} : bare;
+    case Decoding::Bytes:
+        if (failed && body.isEmpty())
+            return {u"!"_s};
+        if (body.isEmpty() && operation.destination == Destination::TemporaryAndOpened)
+            return {u"Could not read file."_s, 0, true};
+        return {QString::fromUtf8(operation.savedStatus).replace(u"%1"_s, QString::number(body.size())), 1,
+                true};
+    case Decoding::Worker:
+    case Decoding::Preview:
+        return workerOutcome(operation, failed, body, isObject);
+    }
+    return {};
+}
+
+const EndpointOperation &operationAt(int index)
+{
+    return endpointOperations()[static_cast<std::size_t>(index)];
+}
+
+const EndpointOperation &operationNamed(const QByteArray &name)
+{
+    const auto all = endpointOperations();
+    const auto found = std::find_if(all.begin(), all.end(), [&name](const EndpointOperation &operation) {
+        return operation.name == name;
+    });
+    if (found == all.end())
+        qFatal("No operation is called %s", name.constData());
+    return *found;
+}
+
+quint16 closedPort()
+{
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost);
+    return server.serverPort();
+}
+
+void addOperationRows()
+{
+    QTest::addColumn<int>("operation");
+    int index = 0;
+    for (const EndpointOperation &operation : endpointOperations())
+        QTest::newRow(operation.name) << index++;
+}
+
+QStringList differences(const Snapshot &before, const Snapshot &after)
+{
+    QStringList names;
+    for (auto entry = before.begin(); entry != before.end(); ++entry) {
+        if (!after.contains(entry.key()) || after.value(entry.key()) != entry.value())
+            names.append(entry.key());
+    }
+    for (auto entry = after.begin(); entry != after.end(); ++entry) {
+        if (!before.contains(entry.key()))
+            names.append(u"new: "_s + entry.key());
+    }
+    return names;
+}
+
+Snapshot fileAndDisk(Snapshot snapshot)
+{
+    snapshot.removeIf([](const auto &entry) {
+        const QStringList kept{u"fileName"_s, u"bytes"_s, u"cursor"_s, u"tab"_s, u"busy"_s};
+        return !entry.key().startsWith(u'/') && !kept.contains(entry.key());
+    });
+    return snapshot;
+}
+
+QString savedPath(const EndpointOperation &operation)
+{
+    const QString folder = operation.destination == Destination::TemporaryAndOpened
+        ? QDir::tempPath()
+        : TestEnvironment::documents();
+    return folder + u'/' + QLatin1StringView(operation.savedName);
+}
+
+Snapshot withSavedFile(const EndpointOperation &operation, Snapshot snapshot, const QByteArray &body)
+{
+    snapshot.insert(savedPath(operation), body);
+    if (operation.destination == Destination::TemporaryAndOpened)
+        snapshot.insert(u"tab"_s, u"main"_s);
+    if (opensItsFile(operation) && !body.isEmpty()) {
+        snapshot.insert(u"fileName"_s, QString::fromLatin1(operation.savedName));
+        snapshot.insert(u"bytes"_s, body);
+        const int last = static_cast<int>(body.size()) - 1;
+        snapshot.insert(u"cursor"_s, std::min(snapshot.value(u"cursor"_s).toInt(), last));
+    }
+    return snapshot;
+}
+
+void EndpointTest::init()
+{
+    m_server = std::make_unique<RawHttpServer>();
+    m_desktop = std::make_unique<UrlRecorder>();
+    m_bench = std::make_unique<EndpointBench>();
+    QVERIFY(m_bench->fill());
+    m_bench->setApiBase(m_server->baseUrl());
+}
+
+void EndpointTest::cleanup()
+{
+    m_bench.reset();
+    m_server.reset();
+    m_desktop.reset();
+}
+
+void EndpointTest::begin(const EndpointOperation &operation)
+{
+    m_bench->start(operation);
+    m_before = m_bench->snapshot();
+    QCOMPARE(m_before.value(u"busy"_s).toBool(), operation.decoding == Decoding::Worker);
+    m_before.insert(u"busy"_s, false);
+}
+
+void EndpointTest::checkExactly(const EndpointOperation &operation, const EndpointOutcome &outcome,
+                                const QByteArray &body)
+{
+    const AppState &state = m_bench->state();
+    QVERIFY2(matches(state.status(), outcome.status), qPrintable(state.status()));
+    QCOMPARE(state.statusOK(), outcome.level);
+    const Snapshot after = m_bench->snapshot();
+    if (!outcome.saved) {
+        // A success may change what the operation is about, and nothing else.
+        const bool whole = outcome.level == 0 || operation.decoding == Decoding::Silent;
+        QCOMPARE(whole ? differences(m_before, after)
+                       : differences(fileAndDisk(m_before), fileAndDisk(after)),
+                 QStringList());
+        return;
+    }
+    QCOMPARE(differences(withSavedFile(operation, fileAndDisk(m_before), body), fileAndDisk(after)),
+             QStringList());
+}
+
+void EndpointTest::checkLoosely(const EndpointOperation &operation)
+{
+    const Snapshot after = m_bench->snapshot();
+    QVERIFY(!after.value(u"busy"_s).toBool());
+    const bool emptyFile = m_bench->state().status() == u"Could not read file."_s;
+    if (m_bench->state().statusOK() == 0 && !emptyFile) {
+        QCOMPARE(differences(m_before, after), QStringList());
+        return;
+    }
+    // Whether it saved a file, and which bytes, is the library's to decide; what follows from that is not.
+    Snapshot expected = fileAndDisk(m_before);
+    if (*operation.savedName != '\0' && after.contains(savedPath(operation)))
+        expected = withSavedFile(operation, expected, after.value(savedPath(operation)).toByteArray());
+    QCOMPARE(differences(expected, fileAndDisk(after)), QStringList());
+}
+
+void EndpointTest::checkNextGoodOne(const EndpointOperation &operation)
+{
+    m_bench->setApiBase(m_server->baseUrl());
+    const int requests = m_server->requestCount();
+    m_server->answerAlways(answerWith("{}"));
+    m_server->answerNext(answerWith(operation.goodAnswer));
+    // The lists may be empty by now, and the open file another.
+    QVERIFY(m_bench->settle());
+    m_bench->start(operation);
+    QVERIFY(m_bench->settle());
+    QCOMPARE(m_bench->state().status(), QString::fromUtf8(operation.goodStatus));
+    QCOMPARE(m_bench->state().statusOK(), 1);
+    QVERIFY(!m_bench->state().busy());
+    QCOMPARE(m_server->requestCount() - requests, operation.goodRequests);
+    if (operation.decoding == Decoding::Silent)
+        QCOMPARE(m_bench->state().vin(), u"GOODVIN"_s);
+    if (*operation.savedName != '\0')
+        QVERIFY(QFile::exists(savedPath(operation)));
+}

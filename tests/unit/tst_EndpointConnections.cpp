@@ -1,0 +1,322 @@
+#include "DevService.h"
+#include "EndpointTest.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkProxy>
+#include <QScopeGuard>
+#include <QSignalSpy>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QTest>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int bigBody = 20'000'000;
+
+QString certificate(const QString &name)
+{
+    return QStringLiteral(KVTEDITOR_CERTIFICATES_DIR) + u'/' + name;
+}
+
+DevService::Options withCertificate(const QString &name)
+{
+    return {.port = 0, .certificate = certificate(name + u".pem"_s), .key = certificate(name + u".key"_s)};
+}
+
+QString withScheme(const QString &scheme, const QString &url)
+{
+    return scheme + url.sliced(url.indexOf(u':'));
+}
+
+} // namespace
+
+/// Every operation before a service that cannot be reached, is not the right one, or does not let go. One
+/// authority alone is trusted.
+class TestEndpointConnections : public EndpointTest
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+
+    void unreachable_data();
+    void unreachable();
+    void proxyRefuses_data();
+    void proxyRefuses();
+    void plainAddressOnSecurePort_data();
+    void plainAddressOnSecurePort();
+    void trustedCertificate_data();
+    void trustedCertificate();
+    void untrustedCertificate_data();
+    void untrustedCertificate();
+    void neverAnswered_data();
+    void neverAnswered();
+    void endlessBody_data();
+    void endlessBody();
+    void bigBodyIsSentOnce_data();
+    void bigBodyIsSentOnce();
+
+private:
+    void checkAnotherIsAnswered();
+
+    QSslConfiguration m_configuration;
+};
+
+void TestEndpointConnections::initTestCase()
+{
+    m_configuration = QSslConfiguration::defaultConfiguration();
+    const QList<QSslCertificate> trusted = QSslCertificate::fromPath(certificate(u"ca.pem"_s));
+    QCOMPARE(trusted.size(), 1);
+    QSslConfiguration configuration = m_configuration;
+    configuration.setCaCertificates(trusted);
+    QSslConfiguration::setDefaultConfiguration(configuration);
+}
+
+void TestEndpointConnections::cleanupTestCase()
+{
+    QSslConfiguration::setDefaultConfiguration(m_configuration);
+}
+
+void TestEndpointConnections::unreachable_data()
+{
+    QTest::addColumn<int>("operation");
+    QTest::addColumn<QString>("base");
+
+    const QString refused = u"http://127.0.0.1:%1/api/"_s.arg(closedPort());
+    // Too long for a host name, so that no name server is asked.
+    const QString unknown = u"http://"_s + QString(300, u'h') + u"/api/"_s;
+    int index = 0;
+    for (const EndpointOperation &operation : endpointOperations()) {
+        QTest::addRow("refused-%s", operation.name) << index << refused;
+        QTest::addRow("host-not-found-%s", operation.name) << index << unknown;
+        QTest::addRow("secure-address-on-plain-port-%s", operation.name) << index << u"https"_s;
+        ++index;
+    }
+}
+
+void TestEndpointConnections::unreachable()
+{
+    QFETCH(int, operation);
+    QFETCH(QString, base);
+    const EndpointOperation &tried = operationAt(operation);
+    if (base == u"https"_s) {
+        m_server->answerAlways(
+            {httpAnswer(400, "no"), RawAnswer::Ending::Close, RawAnswer::Moment::OnConnect});
+        base = withScheme(u"https"_s, m_server->baseUrl());
+    }
+    m_bench->setApiBase(base);
+    begin(tried);
+    QVERIFY(m_bench->settle());
+    checkExactly(tried, expectedOutcome(tried, true, {}), {});
+    QCOMPARE(m_server->requestCount(), 0);
+    if (!QTest::currentTestFailed())
+        checkNextGoodOne(tried);
+}
+
+void TestEndpointConnections::proxyRefuses_data()
+{
+    QTest::addColumn<int>("operation");
+    QTest::addColumn<QString>("scheme");
+
+    for (const QString &scheme : {u"http"_s, u"https"_s}) {
+        int index = 0;
+        for (const EndpointOperation &operation : endpointOperations())
+            QTest::addRow("%s-%s", qPrintable(scheme), operation.name) << index++ << scheme;
+    }
+}
+
+void TestEndpointConnections::proxyRefuses()
+{
+    QFETCH(int, operation);
+    QFETCH(QString, scheme);
+    const EndpointOperation &tried = operationAt(operation);
+    const QNetworkProxy before = QNetworkProxy::applicationProxy();
+    const auto restore = qScopeGuard([&before] { QNetworkProxy::setApplicationProxy(before); });
+    // The proxy would be the one to look up the host.
+    QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, closedPort()));
+    m_bench->setApiBase(scheme + u"://service.example/api/"_s);
+    begin(tried);
+    QVERIFY(m_bench->settle());
+    checkExactly(tried, expectedOutcome(tried, true, {}), {});
+    QCOMPARE(m_server->connectionCount(), 0);
+    if (!QTest::currentTestFailed())
+        checkNextGoodOne(tried);
+}
+
+void TestEndpointConnections::plainAddressOnSecurePort_data()
+{
+    addOperationRows();
+}
+
+void TestEndpointConnections::plainAddressOnSecurePort()
+{
+    QFETCH(int, operation);
+    const EndpointOperation &tried = operationAt(operation);
+    DevService service(withCertificate(u"server"_s));
+    QVERIFY(service.start());
+    m_bench->setApiBase(withScheme(u"http"_s, service.apiBase()));
+    begin(tried);
+    QVERIFY(m_bench->settle());
+    checkExactly(tried, expectedOutcome(tried, true, {}), {});
+    // Joins every thread of the service: nothing can arrive any more.
+    service.stop();
+    QVERIFY(service.connectionCount() > 0);
+    QCOMPARE(service.requestCount(), 0);
+    if (!QTest::currentTestFailed())
+        checkNextGoodOne(tried);
+}
+
+void TestEndpointConnections::trustedCertificate_data()
+{
+    addOperationRows();
+}
+
+void TestEndpointConnections::trustedCertificate()
+{
+    QFETCH(int, operation);
+    const EndpointOperation &tried = operationAt(operation);
+    DevService service(withCertificate(u"server"_s));
+    QVERIFY(service.start());
+    service.setAnswer(QLatin1StringView(tried.path), {200, "text/plain", tried.goodAnswer, {}});
+    m_bench->setApiBase(service.apiBase());
+    begin(tried);
+    QVERIFY(m_bench->settle());
+    QCOMPARE(m_bench->state().status(), QString::fromUtf8(tried.goodStatus));
+    QCOMPARE(m_bench->state().statusOK(), 1);
+    service.stop();
+    QCOMPARE(service.requestCount(), tried.goodRequests);
+}
+
+void TestEndpointConnections::untrustedCertificate_data()
+{
+    QTest::addColumn<int>("operation");
+    QTest::addColumn<QString>("name");
+
+    for (const char *const name : {"self-signed", "unknown-ca", "other-host", "expired"}) {
+        int index = 0;
+        for (const EndpointOperation &operation : endpointOperations())
+            QTest::addRow("%s-%s", name, operation.name) << index++ << QString::fromLatin1(name);
+    }
+}
+
+void TestEndpointConnections::untrustedCertificate()
+{
+    QFETCH(int, operation);
+    QFETCH(QString, name);
+    const EndpointOperation &tried = operationAt(operation);
+    DevService service(withCertificate(name));
+    QVERIFY(service.start());
+    m_bench->setApiBase(service.apiBase());
+    begin(tried);
+    QVERIFY(m_bench->settle());
+    checkExactly(tried, expectedOutcome(tried, true, {}), {});
+    service.stop();
+    QVERIFY(service.connectionCount() > 0);
+    // Not even the head of a request came, so nothing of a body.
+    QCOMPARE(service.requestCount(), 0);
+    if (!QTest::currentTestFailed())
+        checkNextGoodOne(tried);
+}
+
+void TestEndpointConnections::neverAnswered_data()
+{
+    addOperationRows();
+}
+
+void TestEndpointConnections::neverAnswered()
+{
+    QFETCH(int, operation);
+    const EndpointOperation &held = operationAt(operation);
+    m_server->answerNext(holdRequest());
+    QSignalSpy arrived(m_server.get(), &RawHttpServer::requestArrived);
+    begin(held);
+    QVERIFY(arrived.wait());
+    checkAnotherIsAnswered();
+    QCOMPARE(m_bench->state().busy(), held.decoding == Decoding::Worker);
+    QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_bench->snapshot())),
+             held.decoding == Decoding::Worker ? QStringList{u"busy"_s} : QStringList());
+    m_bench->destroyController();
+}
+
+/// While a request is under way.
+void TestEndpointConnections::checkAnotherIsAnswered()
+{
+    QSignalSpy status(&m_bench->state(), &AppState::statusChanged);
+    m_server->answerNext(answerWith(R"({"files":[{},{},{}]})"));
+    m_bench->state().stockSearch({});
+    QTRY_COMPARE(m_bench->state().status(), u"3 stock file(s)."_s);
+    QCOMPARE(status.count(), 1);
+    QCOMPARE(m_server->requestCount(), 2);
+}
+
+void TestEndpointConnections::endlessBody_data()
+{
+    addOperationRows();
+}
+
+void TestEndpointConnections::endlessBody()
+{
+    QFETCH(int, operation);
+    const EndpointOperation &fed = operationAt(operation);
+    RawAnswer endless{"HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n{\"status\":\"ok\","};
+    endless.endless = true;
+    m_server->answerNext(endless);
+    begin(fed);
+    QTRY_VERIFY(m_server->endlessBytes() > 500'000);
+    checkAnotherIsAnswered();
+    const qint64 taken = m_server->endlessBytes();
+    QTRY_VERIFY(m_server->endlessBytes() > taken);
+    QCOMPARE(m_bench->state().busy(), fed.decoding == Decoding::Worker);
+    QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_bench->snapshot())),
+             fed.decoding == Decoding::Worker ? QStringList{u"busy"_s} : QStringList());
+    m_bench->destroyController();
+    QCOMPARE(m_server->requestCount(), 2);
+    QCOMPARE(m_desktop->opened, QList<QUrl>());
+}
+
+void TestEndpointConnections::bigBodyIsSentOnce_data()
+{
+    QTest::addColumn<QByteArray>("operation");
+    QTest::addColumn<int>("ending");
+    QTest::addColumn<int>("moment");
+
+    const std::pair<RawAnswer::Ending, const char *> endings[] = {{RawAnswer::Ending::Close, "close"},
+                                                                  {RawAnswer::Ending::Reset, "reset"}};
+    const std::pair<RawAnswer::Moment, const char *> moments[] = {
+        {RawAnswer::Moment::AfterHead, "after-head"}, {RawAnswer::Moment::AfterRequest, "after-request"}};
+    // Those that send a file; the last one sends it as text in an object, the others in a form.
+    for (const char *const name :
+         {"kvt_info", "convertOp", "toolConvert", "previewSegments", "applySegments", "applyPatchToBin"}) {
+        for (const auto &[ending, endingName] : endings) {
+            for (const auto &[moment, momentName] : moments)
+                QTest::addRow("%s-%s-%s", endingName, momentName, name)
+                    << QByteArray(name) << int(ending) << int(moment);
+        }
+    }
+}
+
+void TestEndpointConnections::bigBodyIsSentOnce()
+{
+    QFETCH(QByteArray, operation);
+    QFETCH(int, ending);
+    QFETCH(int, moment);
+    const EndpointOperation &tried = operationNamed(operation);
+    QVERIFY(m_bench->enlargeInputs(bigBody));
+    m_server->answerNext({{}, RawAnswer::Ending(ending), RawAnswer::Moment(moment)});
+    begin(tried);
+    const int level = m_bench->state().statusOK();
+    QVERIFY(m_bench->settle());
+    QCOMPARE(m_bench->state().statusOK(), tried.decoding == Decoding::Silent ? level : 0);
+    QCOMPARE(differences(m_before, m_bench->snapshot()), QStringList());
+    QCOMPARE(m_server->requestCount(), 1);
+    if (RawAnswer::Moment(moment) == RawAnswer::Moment::AfterRequest)
+        QVERIFY(m_server->request(0).body.size() > bigBody);
+    else
+        QVERIFY(!m_server->request(0).complete);
+}
+
+KVTEDITOR_TEST_MAIN(TestEndpointConnections)
+#include "tst_EndpointConnections.moc"

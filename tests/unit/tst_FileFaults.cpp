@@ -1,0 +1,485 @@
+#include "EndpointTest.h"
+#include "support/FileSizeLimit.h"
+#include "support/FormData.h"
+#include "support/PlainRights.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QScopeGuard>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+bool makeFile(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+bool makeSparse(const QString &path)
+{
+    return makeFile(path, {}) && QFile::resize(path, 2'147'483'648);
+}
+
+/// What stands where a file is to be read.
+struct Obstacle
+{
+    const char *name;
+    bool (*make)(const QString &path);
+    /// Reading it is no error, it just yields nothing.
+    bool isEmptyFile = false;
+};
+
+constexpr Obstacle obstacles[] = {
+    {"vanished", [](const QString &) { return true; }},
+    {"folder", [](const QString &path) { return QDir().mkdir(path); }},
+    {"no-permission",
+     [](const QString &path) { return makeFile(path, "secret") && QFile::setPermissions(path, {}); }},
+    {"no-bytes", [](const QString &path) { return makeFile(path, {}); }, true},
+    {"pipe", [](const QString &path) { return ::mkfifo(QFile::encodeName(path).constData(), 0600) == 0; }},
+    {"endless-device", [](const QString &path) { return QFile::link(u"/dev/zero"_s, path); }},
+    {"empty-device", [](const QString &path) { return QFile::link(u"/dev/null"_s, path); }},
+    {"link-to-itself", [](const QString &path) { return QFile::link(path, path); }},
+    {"past-2-gib", makeSparse},
+};
+
+enum class Refusal
+{
+    /// The system's word for it, or for a file without bytes the fixed text.
+    SystemText,
+    /// The fixed text whatever it is.
+    FixedText,
+    /// No word: it goes out without bytes, for the service to refuse.
+    SentEmpty
+};
+
+/// Something that reads a file which the user chose.
+struct Reading
+{
+    const char *name;
+    /// With the file still in order; null when choosing and using are one.
+    void (*choose)(AppState &state, const QString &path);
+    void (*use)(AppState &state, const QString &path, const QString &other);
+    Refusal refusal = Refusal::SystemText;
+    /// The fixed text, or the form's part that goes out empty.
+    const char *text = "";
+    /// Whether the view changes whatever comes of it.
+    bool leadsToMain = false;
+};
+
+constexpr Reading readings[] = {
+    {"openKvt", nullptr, [](AppState &state, const QString &path, const QString &) { state.openKvt(path); },
+     Refusal::SystemText, "Could not read file."},
+    {"openSearchHit",
+     [](AppState &state, const QString &path) {
+         state.scanFolder(QFileInfo(path).path(), false, u"chosen"_s, {}, {}, {});
+     },
+     [](AppState &state, const QString &, const QString &) { state.openSearchHit(0); }, Refusal::SystemText,
+     "Could not read file.", true},
+    {"kvt2bin", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.convertOp(u"kvt2bin"_s, path); }},
+    {"cm2450_kvt2bin", nullptr,
+     [](AppState &state, const QString &path, const QString &) {
+         state.convertOp(u"cm2450_kvt2bin"_s, path);
+     }},
+    {"ctz2bin", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.convertOp(u"ctz2bin"_s, path); }},
+    {"ctz2kvt", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.convertOp(u"ctz2kvt"_s, path); }},
+    {"kvt2efi", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.convertOp(u"kvt2efi"_s, path); }},
+    {"bin2kvt", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.convertOp(u"bin2kvt"_s, path); }},
+    {"cm2450_import", nullptr,
+     [](AppState &state, const QString &path, const QString &other) {
+         state.convertOp(u"cm2450_import"_s, path, other);
+     }},
+    {"cm2450_import-export", nullptr,
+     [](AppState &state, const QString &path, const QString &other) {
+         state.convertOp(u"cm2450_import"_s, other, path);
+     },
+     Refusal::SentEmpty, "export"},
+    {"base-of-imports", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.pickBaseKvt(path); }},
+    {"xcal", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.toolConvert(u"xcal"_s, path); },
+     Refusal::FixedText, "No input file."},
+    {"phf", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.toolConvert(u"phf"_s, path); },
+     Refusal::FixedText, "No input file."},
+    {"vbf", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.toolConvert(u"vbf"_s, path); },
+     Refusal::FixedText, "No input file."},
+    {"ecfg", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.toolConvert(u"ecfg"_s, path); },
+     Refusal::FixedText, "No input file."},
+    {"swap-base-preview",
+     [](AppState &state, const QString &path) { state.pickSegmentFile(u"base"_s, path); },
+     [](AppState &state, const QString &, const QString &) { state.previewSegments(); }, Refusal::FixedText,
+     "No input file for worker request."},
+    {"swap-base-apply", [](AppState &state, const QString &path) { state.pickSegmentFile(u"base"_s, path); },
+     [](AppState &state, const QString &, const QString &) { state.applySegments(); }, Refusal::FixedText,
+     "No input file."},
+    {"swap-donor-preview",
+     [](AppState &state, const QString &path) { state.pickSegmentFile(u"donor"_s, path); },
+     [](AppState &state, const QString &, const QString &) { state.previewSegments(); }, Refusal::SentEmpty,
+     "donor"},
+    {"swap-donor-apply",
+     [](AppState &state, const QString &path) { state.pickSegmentFile(u"donor"_s, path); },
+     [](AppState &state, const QString &, const QString &) { state.applySegments(); }, Refusal::SentEmpty,
+     "donor"},
+    {"patched-bin", nullptr,
+     [](AppState &state, const QString &path, const QString &) { state.applyPatchToBin(0, path); }},
+    {"sorted-file", nullptr,
+     [](AppState &state, const QString &path, const QString &) {
+         state.sortCopy({path}, QFileInfo(path).path() + u"/sorted"_s, {});
+     },
+     Refusal::FixedText, "Copied 0 of 1 file(s)."},
+};
+
+/// What keeps a file from being written, and what the status line says then; an empty text stands for the
+/// system's own word.
+struct Hindrance
+{
+    const char *name;
+    /// `path` is where the file would go.
+    bool (*make)(const QString &path);
+    const char *text;
+    /// Whether it can be made where the folder is another's, and is to stay.
+    bool needsNoFolder = true;
+};
+
+bool prepareFolder(const QString &path)
+{
+    return QDir().mkpath(QFileInfo(path).path());
+}
+
+constexpr Hindrance hindrances[] = {
+    {"read-only-folder",
+     [](const QString &path) {
+         return prepareFolder(path)
+             && QFile::setPermissions(QFileInfo(path).path(), QFile::ReadOwner | QFile::ExeOwner);
+     },
+     ""},
+    {"read-only-file",
+     [](const QString &path) {
+         return prepareFolder(path) && makeFile(path, "kept")
+             && QFile::setPermissions(path, QFile::ReadOwner);
+     },
+     ""},
+    {"folder-of-that-name", [](const QString &path) { return QDir().mkpath(path); }, ""},
+    {"file-where-a-folder-should-be",
+     [](const QString &path) {
+         return prepareFolder(QFileInfo(path).path()) && makeFile(QFileInfo(path).path(), "in the way");
+     },
+     "", false},
+    {"pipe",
+     [](const QString &path) {
+         return prepareFolder(path) && ::mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
+     },
+     ""},
+    {"always-full-device",
+     [](const QString &path) { return prepareFolder(path) && QFile::link(u"/dev/full"_s, path); },
+     "Short write."},
+};
+
+/// After how many bytes the disk is full, of the 8 that come.
+constexpr int fullAt[] = {0, 1, 4, 7};
+const QByteArray eightBytes = "8 bytes.";
+
+/// Something that writes a file.
+struct Writing
+{
+    const char *name;
+    void (*start)(AppState &state, const QString &folder);
+    /// Below the folder, the documents or the temporary folder.
+    const char *target;
+    enum class Place
+    {
+        Folder,
+        Documents,
+        Temporary
+    } place = Place::Documents;
+    const char *answer = "8 bytes.";
+    /// Fixed texts for a failure and for success; an empty one stands for what the writing reports.
+    const char *failure = "";
+    int failureLevel = 0;
+    const char *success = "";
+};
+
+constexpr Writing writings[] = {
+    {"saveKvt", [](AppState &state, const QString &folder) { state.saveKvt(folder + u"/below/saved.kvt"_s); },
+     "below/saved.kvt", Writing::Place::Folder, "{}", "", 0, "Saved."},
+    {"convertOp", [](AppState &state, const QString &) { state.convertOp(u"kvt2bin"_s, {}); }, "open.bin",
+     Writing::Place::Documents, "8 bytes.", "", 0, "Saved open.bin"},
+    {"convertOp-tune",
+     [](AppState &state, const QString &folder) { state.convertOp(u"ctz2kvt"_s, folder + u"/in.bin"_s); },
+     "from_ctz.kvt", Writing::Place::Documents, "8 bytes.", "", 0, "Saved from_ctz.kvt"},
+    {"toolConvert",
+     [](AppState &state, const QString &folder) { state.toolConvert(u"vbf"_s, folder + u"/in.vbf"_s); },
+     "in.bin", Writing::Place::Documents, "8 bytes.", "", 0, "Saved in.bin"},
+    {"applySegments", [](AppState &state, const QString &) { state.applySegments(); }, "swapped.kvt",
+     Writing::Place::Documents, "8 bytes.", "", 0, "Saved swapped.kvt"},
+    {"xdfDownload", [](AppState &state, const QString &) { state.xdfDownload(0); }, "Tables.xdf",
+     Writing::Place::Documents, "8 bytes.", "", 0, "Downloaded XDF."},
+    // The patch is paid for and applied, whatever becomes of the copy.
+    {"applyPatchToBin",
+     [](AppState &state, const QString &folder) { state.applyPatchToBin(0, folder + u"/in.bin"_s); },
+     "in_patched.bin", Writing::Place::Documents, R"({"file_data":"OCBieXRlcy4="})", "Patch applied.", 1,
+     "Patch applied."},
+    {"stockDownload", [](AppState &state, const QString &) { state.stockDownload(0, false); }, "stock.kvt",
+     Writing::Place::Documents, "8 bytes.", "", 0, "Downloaded stock.kvt"},
+    {"sortCopy",
+     [](AppState &state, const QString &folder) {
+         state.sortCopy({folder + u"/in.bin"_s}, folder + u"/sorted"_s, u"make"_s);
+     },
+     "sorted/UnknownMake/in.bin", Writing::Place::Folder, "{}", "Copied 0 of 1 file(s).", 0,
+     "Copied 1 of 1 file(s)."},
+    {"stockOpen", [](AppState &state, const QString &) { state.stockDownload(0, true); }, "stock.kvt",
+     Writing::Place::Temporary, "8 bytes.", "", 0, "Opened stock.kvt \u2014 8 bytes."},
+};
+
+QString targetOf(const Writing &writing, const QString &folder)
+{
+    const QString parents[] = {folder, TestEnvironment::documents(), QDir::tempPath()};
+    return parents[static_cast<std::size_t>(writing.place)] + u'/' + QLatin1StringView(writing.target);
+}
+
+/// Takes away whatever is there and makes its folder usable again.
+void clear(const QString &path)
+{
+    const QString folder = QFileInfo(path).path();
+    if (QFileInfo(folder).isDir())
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    // A link to a folder is no folder here.
+    if (!QFile::remove(path))
+        QDir(path).removeRecursively();
+}
+
+void clear(const Writing &writing, const QString &path)
+{
+    clear(path);
+    if (writing.place != Writing::Place::Temporary)
+        clear(QFileInfo(path).path());
+}
+
+/// Whether it says that it failed, and in the text, if there is one.
+bool isRefused(const Writing &writing, const QString &text, const AppState &state)
+{
+    const QString fixed = QString::fromUtf8(writing.failure);
+    // What could not be written to the temporary folder is said by the reading that follows.
+    const bool anyText = fixed.isEmpty() && (text.isEmpty() || writing.place == Writing::Place::Temporary);
+    if (state.statusOK() != writing.failureLevel)
+        return false;
+    if (anyText)
+        return !state.status().isEmpty() && state.status() != QString::fromUtf8(writing.success);
+    return state.status() == (fixed.isEmpty() ? text : fixed);
+}
+
+} // namespace
+
+/// Everything that reads or writes a file, with something else in its place.
+class TestFileFaults : public EndpointTest
+{
+    Q_OBJECT
+
+private slots:
+    void read_data();
+    void read();
+    void quarterOfAGibibyte();
+    void write_data();
+    void write();
+    void diskFull_data();
+    void diskFull();
+
+private:
+    QString inFolder(const QString &name) const { return m_bench->folder() + u'/' + name; }
+    /// Writes, on a disk with so much room, and waits for the end of it.
+    void run(const Writing &writing, rlim_t room = RLIM_INFINITY);
+    /// Nothing but the file itself differs, and the view that an opened download leads to.
+    void checkNothingElse(const QString &path);
+};
+
+void TestFileFaults::read_data()
+{
+    QTest::addColumn<int>("reading");
+    QTest::addColumn<int>("obstacle");
+
+    for (int reading = 0; reading < int(std::size(readings)); ++reading) {
+        for (int obstacle = 0; obstacle < int(std::size(obstacles)); ++obstacle)
+            QTest::addRow("%s-%s", obstacles[obstacle].name, readings[reading].name) << reading << obstacle;
+    }
+}
+
+void TestFileFaults::read()
+{
+    QFETCH(int, reading);
+    QFETCH(int, obstacle);
+    const Reading &tried = readings[reading];
+    const Obstacle &met = obstacles[obstacle];
+    const QString path = inFolder(u"chosen.kvt"_s);
+    AppState &state = m_bench->state();
+    QVERIFY(makeFile(path, "chosen"));
+    if (tried.choose)
+        tried.choose(state, path);
+    QTRY_VERIFY(!state.searchBusy());
+    state.setStatus(u"before"_s, -1);
+    m_before = m_bench->snapshot();
+    clear(path);
+    QVERIFY(met.make(path));
+    {
+        const PlainRights rights;
+        tried.use(state, path, inFolder(u"in.bin"_s));
+        QVERIFY(m_bench->settle());
+    }
+
+    QCOMPARE(state.statusOK(), 0);
+    QStringList changed = differences(m_before, m_bench->snapshot());
+    if (tried.leadsToMain)
+        changed.removeAll(u"tab"_s);
+    QCOMPARE(changed, QStringList());
+    QCOMPARE(m_server->requestCount(), tried.refusal == Refusal::SentEmpty ? 1 : 0);
+    const bool systemText = tried.refusal == Refusal::SystemText && !met.isEmptyFile;
+    if (tried.refusal == Refusal::SentEmpty) {
+        QVERIFY(m_server->request(0).body.contains("; name=\"" + QByteArray(tried.text) + "\""));
+        QCOMPARE(formField(m_server->request(0), tried.text), QByteArray());
+    } else if (systemText) {
+        QVERIFY(!state.status().isEmpty());
+        QVERIFY(state.status() != QString::fromUtf8(tried.text));
+        QVERIFY(state.status() != u"before"_s);
+    } else {
+        QCOMPARE(state.status(), QString::fromUtf8(tried.text));
+    }
+
+    clear(path);
+    QVERIFY(makeFile(path, "chosen"));
+    m_server->answerAlways(answerWith(R"({"status":"ok","file_data":"QQ=="})"));
+    tried.use(state, path, inFolder(u"in.bin"_s));
+    QVERIFY(m_bench->settle());
+    QCOMPARE(state.statusOK(), 1);
+}
+
+void TestFileFaults::quarterOfAGibibyte()
+{
+    const QString path = inFolder(u"chosen.kvt"_s);
+    QVERIFY(makeFile(path, "start"));
+    QVERIFY(QFile::resize(path, 268'435'456));
+    AppState &state = m_bench->state();
+    state.pickBaseKvt(path);
+    QCOMPARE(state.status(), u"Base KVT set: chosen.kvt"_s);
+    m_server->answerAlways(answerWith(R"({"status":"ok","vin":"BIGVIN"})"));
+    state.openKvt(path);
+    QCOMPARE(state.status(), u"Opened chosen.kvt \u2014 268435456 bytes."_s);
+    QVERIFY(m_bench->settle());
+    QCOMPARE(state.vin(), u"BIGVIN"_s);
+    QCOMPARE(m_server->requestCount(), 1);
+    QVERIFY(m_server->request(0).body.size() > 268'435'456);
+    checkNextGoodOne(operationNamed("kvt_info"));
+}
+
+void TestFileFaults::write_data()
+{
+    QTest::addColumn<int>("writing");
+    QTest::addColumn<int>("hindrance");
+
+    for (int writing = 0; writing < int(std::size(writings)); ++writing) {
+        for (int hindrance = 0; hindrance < int(std::size(hindrances)); ++hindrance) {
+            // The temporary folder itself is there.
+            if (writings[writing].place != Writing::Place::Temporary || hindrances[hindrance].needsNoFolder)
+                QTest::addRow("%s-%s", hindrances[hindrance].name, writings[writing].name)
+                    << writing << hindrance;
+        }
+    }
+}
+
+void TestFileFaults::write()
+{
+    QFETCH(int, writing);
+    QFETCH(int, hindrance);
+    const Writing &tried = writings[writing];
+    const Hindrance &met = hindrances[hindrance];
+    const QString path = targetOf(tried, m_bench->folder());
+    const auto cleaned = qScopeGuard([&] { clear(tried, path); });
+    QVERIFY(met.make(path));
+    {
+        const PlainRights rights;
+        run(tried);
+    }
+    const AppState &state = m_bench->state();
+    QVERIFY2(isRefused(tried, QString::fromUtf8(met.text), state), qPrintable(state.status()));
+    QCOMPARE(m_desktop->opened, QList<QUrl>());
+    checkNothingElse(path);
+
+    clear(tried, path);
+    run(tried);
+    QCOMPARE(state.status(), QString::fromUtf8(tried.success));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), eightBytes);
+}
+
+void TestFileFaults::run(const Writing &writing, rlim_t room)
+{
+    // Both what is sent or saved, and what is sorted.
+    m_bench->state().hexModel()->setBytes(eightBytes);
+    QVERIFY(makeFile(inFolder(u"in.bin"_s), eightBytes));
+    m_server->answerAlways(answerWith("{}"));
+    m_server->answerNext(answerWith(writing.answer));
+    m_before = m_bench->snapshot();
+    const FileSizeLimit limit(room);
+    writing.start(m_bench->state(), m_bench->folder());
+    QVERIFY(m_bench->settle());
+}
+
+void TestFileFaults::checkNothingElse(const QString &path)
+{
+    QStringList found = differences(m_before, m_bench->snapshot());
+    found.removeAll(path);
+    found.removeAll(u"new: "_s + path);
+    if (path.startsWith(QDir::tempPath() + u'/'))
+        found.removeAll(u"tab"_s);
+    QCOMPARE(found, QStringList());
+}
+
+void TestFileFaults::diskFull_data()
+{
+    QTest::addColumn<int>("writing");
+    QTest::addColumn<int>("limit");
+
+    for (int writing = 0; writing < int(std::size(writings)); ++writing) {
+        for (const int limit : fullAt)
+            QTest::addRow("at-byte-%d-%s", limit, writings[writing].name) << writing << limit;
+        QTest::addRow("just-not-%s", writings[writing].name) << writing << int(eightBytes.size());
+    }
+}
+
+void TestFileFaults::diskFull()
+{
+    QFETCH(int, writing);
+    QFETCH(int, limit);
+    const Writing &tried = writings[writing];
+    const QString path = targetOf(tried, m_bench->folder());
+    const auto cleaned = qScopeGuard([&] { clear(tried, path); });
+    const bool fits = limit == eightBytes.size();
+    // What the test itself writes is there before the disk is full.
+    run(tried, rlim_t(limit));
+    const AppState &state = m_bench->state();
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), eightBytes.first(limit));
+    if (fits) {
+        QCOMPARE(state.status(), QString::fromUtf8(tried.success));
+        return;
+    }
+    QVERIFY2(isRefused(tried, u"Short write."_s, state), qPrintable(state.status()));
+    QCOMPARE(m_desktop->opened, QList<QUrl>());
+    checkNothingElse(path);
+}
+
+KVTEDITOR_TEST_MAIN(TestFileFaults)
+#include "tst_FileFaults.moc"
