@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs every Debian package that building, running and testing KVT Editor needs.
+# Installs every Debian package that building, running and testing KVT Editor needs, and those named as arguments.
 # Does nothing, and touches no network, when all of them are there.
 set -euo pipefail
 
@@ -7,7 +7,7 @@ packages=(
   # compilers and tools
   build-essential cmake ninja-build git pkg-config clang clang-format libclang-rt-14-dev shellcheck openssl
   # libraries
-  qt6-base-dev qt6-base-private-dev qt6-declarative-dev qt6-declarative-dev-tools libgl-dev
+  qt6-base-dev qt6-base-private-dev qt6-declarative-dev qt6-declarative-dev-tools libgl-dev libx11-dev libxcb1-dev
   libcpp-httplib-dev libssl-dev zlib1g-dev libbenchmark-dev
   # the QML modules that the views and the view tests import; none of them pulls in another
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtquick
@@ -28,6 +28,7 @@ packages=(
   poppler-utils
   # a public tool that the benchmarks run beside
   fd-find
+  "$@"
 )
 
 missing=()

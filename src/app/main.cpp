@@ -2,6 +2,8 @@
 #include "app/MessageLog.h"
 #include "core/HexModel.h"
 #include "core/Version.h"
+#include "platform/Graphics.h"
+#include "ui/PlainFileDialogs.h"
 
 #include <QApplication>
 #include <QDir>
@@ -12,6 +14,7 @@
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
 #include <QQuickStyle>
+#include <QQuickWindow>
 
 #include <cstdio>
 #include <cstdlib>
@@ -79,6 +82,14 @@ QString fileFromCommandLine()
     return {};
 }
 
+// Unless the user has chosen a way of drawing.
+void chooseDrawing()
+{
+    if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND") && !qEnvironmentVariableIsSet("QSG_RHI_BACKEND")
+        && hasNoGraphicsCard())
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
 void loadRootView(QQmlApplicationEngine &engine)
 {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
@@ -99,7 +110,9 @@ void showLoadFailure()
 int runWindow(QApplication &app, AppState &state, const QString &file)
 {
     installMessageLog();
+    PlainFileDialogs plainFileDialogs;
     QQmlApplicationEngine engine;
+    engine.addUrlInterceptor(&plainFileDialogs);
     engine.rootContext()->setContextProperty(QStringLiteral("app"), &state);
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     engine.addImportPath(QCoreApplication::applicationDirPath() + QStringLiteral("/qml"));
@@ -147,6 +160,7 @@ int main(int argc, char **argv)
     QGuiApplication::setDesktopFileName(QStringLiteral("example.vox.KvtEditor"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico")));
     QQuickStyle::setStyle(QStringLiteral("Basic"));
+    chooseDrawing();
     qmlRegisterType<HexModel>("KvtEditor", 1, 0, "HexModel");
 
     const QString file = fileFromCommandLine();

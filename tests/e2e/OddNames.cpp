@@ -22,7 +22,8 @@ const QStringList names{
     QStringLiteral("plain.kvt"),     QStringLiteral("two words.kvt"),  QStringLiteral("größe é.kvt"),
     QStringLiteral("number #1.kvt"), QStringLiteral("100%.kvt"),       QStringLiteral("a%20b.kvt"),
     QStringLiteral("what?.kvt"),     QStringLiteral("a&b.kvt"),        QStringLiteral("[set] (2).kvt"),
-    QStringLiteral("<b>bold.kvt"),   QStringLiteral("two\nlines.kvt"),
+    QStringLiteral("<b>bold.kvt"),   QStringLiteral("two\nlines.kvt"), QStringLiteral("<img src='x'>.kvt"),
+    QStringLiteral("a\u202Eb.kvt"),
 };
 
 QStringList files(const QString &folder)

@@ -12,10 +12,18 @@
 #include <QTest>
 #include <QWindow>
 
+#include <filesystem>
+#include <fstream>
+
 namespace {
 
 constexpr Qt::DropActions dragActions = Qt::CopyAction | Qt::MoveAction;
 constexpr Qt::KeyboardModifiers moveKey = Qt::ShiftModifier;
+
+std::filesystem::path undecodableIn(const QString &folder)
+{
+    return std::filesystem::path(QFile::encodeName(folder).constData()) / "caf\xe9.kvt";
+}
 
 } // namespace
 
@@ -30,6 +38,7 @@ void TestBed::qmlEngineAvailable(QQmlEngine *engine)
     m_engine = engine;
     // The engine of an earlier file took its controller with it.
     m_app = nullptr;
+    engine->addUrlInterceptor(&m_plainFileDialogs);
     engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
     engine->rootContext()->setContextProperty(QStringLiteral("bed"), this);
     reset();
@@ -68,6 +77,18 @@ void TestBed::writeFile(const QString &name, int size)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray(size, '\0')) != size)
         qFatal("Cannot write %s", qPrintable(path));
+}
+
+void TestBed::writeUndecodable(const QString &folder)
+{
+    QDir().mkpath(tempPath(folder));
+    std::ofstream(undecodableIn(tempPath(folder))) << "bytes";
+}
+
+void TestBed::removeUndecodable(const QString &folder)
+{
+    if (!std::filesystem::remove(undecodableIn(tempPath(folder))))
+        qFatal("The file of undecodable name is gone");
 }
 
 bool TestBed::dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls)

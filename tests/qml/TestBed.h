@@ -3,6 +3,7 @@
 #include "app/AppState.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "ui/PlainFileDialogs.h"
 
 #include <QList>
 #include <QObject>
@@ -32,6 +33,10 @@ public:
     Q_INVOKABLE void openFile(const QString &name, int size, const QString &tail = {});
     /// Writes a file of zeros into the bed's folder, or a folder below it.
     Q_INVOKABLE void writeFile(const QString &name, int size = 32);
+    /// Writes a file whose name is no text, "caf\xe9.kvt", into a folder of the bed's.
+    Q_INVOKABLE void writeUndecodable(const QString &folder);
+    /// Removes it, which the library's own clearing up cannot; there must be one.
+    Q_INVOKABLE void removeUndecodable(const QString &folder);
     /// Drags what is at these addresses to a place in the window, from outside, with the key for moving held;
     /// tells whether it would be taken.
     Q_INVOKABLE bool dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls);
@@ -73,6 +78,7 @@ public:
 private:
     const UrlRecorder *m_opened;
     RawHttpServer m_server;
+    PlainFileDialogs m_plainFileDialogs;
     QQmlEngine *m_engine = nullptr;
     AppState *m_app = nullptr;
     QTemporaryDir m_folder;

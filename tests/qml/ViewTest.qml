@@ -19,6 +19,7 @@ TestCase {
         window = createTemporaryObject(rootView, root);
         window.requestActivate();
         tryVerify(() => window.active);
+        tryVerify(() => window.complete);
         render();
         // Under Quick Test the first key of a process does not reach a window beside its own.
         keyClick(Qt.Key_Shift);
@@ -30,9 +31,16 @@ TestCase {
 
     // The item of that name; what has none is searched for beyond the items, as a dialog is.
     function find(name: string, within: var): var {
-        const found = findChild(within ?? window.contentItem, name) ?? findChild(window, name);
+        const found = findChild(within ?? window.contentItem, name) ?? findChild(window, name)
+            ?? lazyItems(window.contentItem).map(item => findChild(item, name)).find(Boolean);
         verify(found, "there is no " + name);
         return found;
+    }
+
+    // What was made later than the window belongs to it as an item only.
+    function lazyItems(item: var): var {
+        const own = item instanceof LazyView ? [item.item] : [];
+        return Array.from(item.children).reduce((items, child) => items.concat(lazyItems(child)), own);
     }
 
     // Draws the window, whether or not anything changed: layouts are done and every text was looked at.

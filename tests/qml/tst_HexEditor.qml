@@ -94,10 +94,9 @@ ViewTest {
         const overlay = find("hexOverlay");
         compare(inWindow(overlay), Qt.rect(0, 0, window.width, window.height));
         const layers = Array.from(window.contentItem.children);
-        for (const name of ["sidebar", "header", "footer", "viewStack"]) {
-            const layer = layers.findIndex(item => findChild(item, name) !== null);
-            verify(layer >= 0 && layer < layers.indexOf(overlay), name);
-        }
+        const layerOf = name => layers.findIndex(item => findChild(item, name) !== null);
+        for (const name of ["sidebar", "header", "footer", "viewStack"])
+            verify(layerOf(name) >= 0 && layerOf(name) < layerOf("hexOverlay"), name);
     }
 
     function test_nothingBehindTheOverlayTakesPart() {

@@ -35,6 +35,8 @@ Item {
         exportDialog.open();
     }
 
+    objectName: "convertView"
+
     FileDialog {
         id: inputDialog
         objectName: "convertInputDialog"

@@ -14,6 +14,8 @@ Item {
         appState.loadTicket(ticketField.text);
     }
 
+    objectName: "feedbackView"
+
     RowLayout {
         anchors { fill: parent; margins: 20 }
         spacing: 16

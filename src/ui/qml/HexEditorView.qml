@@ -26,12 +26,18 @@ FocusScope {
             rows.show(appState.hexModel.currentRow);
     }
 
+    objectName: "hexOverlay"
     visible: appState.showHex
     onVisibleChanged: {
         if (visible)
             searchField.forceActiveFocus();
         else
             closed();
+    }
+    // Made only now to be shown at once, it was never hidden.
+    Component.onCompleted: {
+        if (visible)
+            searchField.forceActiveFocus();
     }
     Keys.onEscapePressed: appState.showHex = false
 

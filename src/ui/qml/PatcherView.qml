@@ -27,6 +27,8 @@ Item {
             appState.loadPatches(calIdField.text);
     }
 
+    objectName: "patcherView"
+
     // The number of a patch means nothing in another list, where it might stand for a dearer one.
     Connections {
         target: root.appState

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Layouts
 import KvtEditor
@@ -19,6 +21,16 @@ VOXWindow {
         { key: "stock", title: "STOCK FILES" }
     ]
     readonly property var viewKeys: tabs.map(tab => tab.key).concat("feedback")
+    // Whether all views are there.
+    property bool complete: false
+
+    // One at a time.
+    function prepareNext(): void {
+        const missing = Array.from(views.children).concat(hexEditor).filter(
+            view => view instanceof LazyView && view.status !== Loader.Ready);
+        complete = missing.length === 0;
+        missing.find(view => !view.active)?.prepare();
+    }
 
     visible: true
     width: 1440
@@ -82,32 +94,16 @@ VOXWindow {
                         id: mainView
                         objectName: "mainView"
                     }
-                    ConvertView {
-                        objectName: "convertView"
-                    }
-                    SegmentsView {
-                        objectName: "segmentsView"
-                    }
-                    SearchView {
-                        objectName: "searchView"
-                    }
-                    SorterView {
-                        objectName: "sorterView"
-                    }
-                    XDFView {
-                        objectName: "xdfView"
-                    }
-                    PatcherView {
-                        objectName: "patcherView"
-                    }
-                    ToolsView {
-                        objectName: "toolsView"
-                    }
-                    StockView {
-                        objectName: "stockView"
-                    }
-                    FeedbackView {
-                        objectName: "feedbackView"
+                    Repeater {
+                        model: ["ConvertView", "SegmentsView", "SearchView", "SorterView", "XDFView", "PatcherView",
+                            "ToolsView", "StockView", "FeedbackView"]
+
+                        LazyView {
+                            required property string modelData
+
+                            file: modelData + ".qml"
+                            onLoaded: root.prepareNext()
+                        }
                     }
                 }
 
@@ -118,11 +114,29 @@ VOXWindow {
         }
     }
 
-    HexEditorView {
+    LazyView {
         id: hexEditor
-        objectName: "hexOverlay"
+        file: "HexEditorView.qml"
         anchors.fill: parent
-        onClosed: workspace.forceActiveFocus()
+        visible: wanted
+        wanted: root.appState.showHex
+        onLoaded: root.prepareNext()
+    }
+
+    Connections {
+        target: hexEditor.item
+        function onClosed(): void {
+            workspace.forceActiveFocus();
+        }
+    }
+
+    // The first frame waits for what it shows only.
+    Connections {
+        target: root
+        function onFrameSwapped(): void {
+            enabled = false;
+            root.prepareNext();
+        }
     }
 
     Item {

@@ -54,6 +54,7 @@ VOXListRow {
     component HitText: Text {
         height: parent.height
         textFormat: Text.PlainText
+        maximumLineCount: 1
         elide: Text.ElideRight
         color: VOXTheme.muted
         font.pixelSize: 12

@@ -30,6 +30,8 @@ Item {
         search();
     }
 
+    objectName: "searchView"
+
     FolderDialog {
         id: folderDialog
         objectName: "searchFolderDialog"

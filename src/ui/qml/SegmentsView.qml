@@ -31,6 +31,8 @@ Item {
         appState.pickSegmentFile(file, path);
     }
 
+    objectName: "segmentsView"
+
     FileDialog {
         id: fileDialog
         objectName: "segmentFileDialog"

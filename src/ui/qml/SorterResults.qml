@@ -33,6 +33,7 @@ VOXCard {
         objectName: "sorterSummary"
         text: root.files.length + " file(s) selected" + (root.folder !== "" ? " → " + root.folder : "")
         textFormat: Text.PlainText
+        maximumLineCount: 1
         elide: Text.ElideMiddle
         color: VOXTheme.text
         font.pixelSize: 12
@@ -66,6 +67,7 @@ VOXCard {
                 anchors { fill: parent; leftMargin: 10; rightMargin: 10 }
                 text: row.modelData
                 textFormat: Text.PlainText
+                maximumLineCount: 1
                 elide: Text.ElideMiddle
                 color: VOXTheme.text
                 font.pixelSize: 12

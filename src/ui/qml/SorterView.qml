@@ -40,6 +40,8 @@ Item {
         frameWait.start();
     }
 
+    objectName: "sorterView"
+
     FileDialog {
         id: filesDialog
         objectName: "sorterFilesDialog"

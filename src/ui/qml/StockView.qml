@@ -21,6 +21,8 @@ Item {
         appState.clearStock();
     }
 
+    objectName: "stockView"
+
     RowLayout {
         anchors { fill: parent; margins: 20 }
         spacing: 16

@@ -19,6 +19,8 @@ Item {
         convertDialog.open();
     }
 
+    objectName: "toolsView"
+
     FileDialog {
         id: convertDialog
         objectName: "toolConvertDialog"

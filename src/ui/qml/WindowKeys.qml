@@ -11,13 +11,14 @@ Item {
     id: root
 
     required property MainView workspace
-    required property HexEditorView hexEditor
+    required property LazyView hexEditor
     required property StackLayout views
     // The keys of the views, in their order.
     required property var viewKeys
     readonly property AppState appState: app // qmllint disable unqualified
     readonly property bool behindHex: appState.showHex
-    readonly property var currentView: views.itemAt(views.currentIndex)
+    readonly property Item currentView: views.itemAt(views.currentIndex)
+    readonly property var hexView: hexEditor.item
 
     function openFile(): void {
         appState.tab = "main";
@@ -39,6 +40,7 @@ Item {
     }
 
     function focusView(): void {
+        (currentView as LazyView)?.make();
         currentView.nextItemInFocusChain(true).forceActiveFocus(Qt.ShortcutFocusReason);
     }
 
@@ -50,9 +52,9 @@ Item {
 
     // What is typed then replaces what was searched for.
     function focusSearch(): void {
-        const field = currentView.searchField;
+        const field = (currentView as LazyView)?.searchField;
         if (appState.showHex) {
-            hexEditor.focusSearch();
+            hexView.focusSearch();
         } else if (field) {
             field.forceActiveFocus(Qt.ShortcutFocusReason);
             field.selectAll();
@@ -91,7 +93,7 @@ Item {
     Key {
         sequence: "F3"
         enabled: root.behindHex
-        onActivated: root.hexEditor.findNext()
+        onActivated: root.hexView.findNext()
     }
 
     Key {

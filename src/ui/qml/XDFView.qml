@@ -20,6 +20,8 @@ Item {
         Qt.openUrlExternally(appState.storeUrl());
     }
 
+    objectName: "xdfView"
+
     RowLayout {
         anchors { fill: parent; margins: 20 }
         spacing: 16

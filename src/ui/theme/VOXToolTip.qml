@@ -17,6 +17,8 @@ ToolTip {
         text: root.fullText.slice(0, 2000)
         textFormat: Text.PlainText
         wrapMode: Text.Wrap
+        maximumLineCount: 40
+        elide: Text.ElideRight
         font.pixelSize: 12
         color: VOXTheme.text
         Accessible.role: Accessible.ToolTip

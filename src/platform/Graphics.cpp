@@ -1,0 +1,59 @@
+#include "platform/Graphics.h"
+
+#include <QDir>
+#include <QGuiApplication>
+
+#if QT_CONFIG(xcb) && defined(KVTEDITOR_XCB)
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <xcb/xcb.h>
+
+namespace {
+
+bool offers(xcb_connection_t *display, std::string_view extension)
+{
+    const std::unique_ptr<xcb_query_extension_reply_t, decltype(&std::free)> reply(
+        xcb_query_extension_reply(
+            display,
+            xcb_query_extension(display, static_cast<std::uint16_t>(extension.size()), extension.data()),
+            nullptr),
+        &std::free);
+    return !reply || reply->present;
+}
+
+// A server on a network, in memory or behind VNC has none of the ways to a card.
+bool displayHasNoCard()
+{
+    auto *const native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (!native)
+        return false;
+    constexpr std::string_view ways[] = {"DRI3", "DRI2", "NV-GLX"};
+    return std::none_of(std::begin(ways), std::end(ways),
+                        [native](std::string_view way) { return offers(native->connection(), way); });
+}
+
+} // namespace
+#else
+namespace {
+
+bool displayHasNoCard()
+{
+    return false;
+}
+
+} // namespace
+#endif
+
+bool hasNoGraphicsCard()
+{
+    const QString platform = QGuiApplication::platformName();
+    if (platform == QLatin1String("xcb"))
+        return displayHasNoCard();
+    if (platform.startsWith(QLatin1String("wayland")))
+        return QDir(QStringLiteral("/dev/dri"))
+            .entryList({QStringLiteral("renderD*")}, QDir::System)
+            .isEmpty();
+    return false;
+}

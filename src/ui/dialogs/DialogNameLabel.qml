@@ -1,0 +1,65 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+
+// What a row of Qt's own dialogs for files and folders shows: the name, and below it size and date.
+Item {
+    id: root
+
+    // All set by the dialog: the row, and how its second line looks.
+    required property var delegate
+    property int fileDetailRowWidth
+    property color fileDetailRowTextColor
+
+    readonly property real textsLeft: picture.width + delegate.spacing
+
+    implicitWidth: 200
+    implicitHeight: name.height + details.height
+
+    Image {
+        id: picture
+        width: 16
+        height: 16
+        source: root.delegate.icon.source
+        anchors.verticalCenter: name.verticalCenter
+    }
+
+    RowText {
+        id: name
+        objectName: "fileName"
+        x: root.textsLeft
+        y: (root.height - root.implicitHeight) / 2
+        width: root.width - x
+        text: root.delegate.fileName
+        elide: Text.ElideMiddle
+        color: root.delegate.icon.color
+        font: root.delegate.font
+    }
+
+    Item {
+        id: details
+        x: root.textsLeft
+        anchors.top: name.bottom
+        width: Math.min(root.width - x, root.fileDetailRowWidth > 0 ? root.fileDetailRowWidth - x : root.width)
+        height: date.height
+
+        RowText {
+            visible: root.delegate.fileIsDir === false
+            text: Qt.locale().formattedDataSize(root.delegate.fileSize ?? 0)
+        }
+
+        RowText {
+            id: date
+            anchors.right: root.fileDetailRowWidth > 0 ? parent.right : undefined
+            text: Qt.formatDateTime(root.delegate.fileModified)
+        }
+    }
+
+    component RowText: Text {
+        textFormat: Text.PlainText
+        maximumLineCount: 1
+        color: root.fileDetailRowTextColor
+        font.pixelSize: Math.round(root.delegate.font.pixelSize * 0.75)
+        Accessible.ignored: true
+    }
+}

@@ -1,0 +1,33 @@
+import QtQuick
+import QtQuick.Layouts
+
+// A part of the window that is made when it is first needed, or earlier when the window has nothing else to do, and
+// then stays. It is named by its file: a type named in the source would be loaded with the window.
+Loader {
+    id: root
+
+    required property string file
+    // Whether it is to be seen.
+    property bool wanted: StackLayout.isCurrentItem
+    // What Ctrl+F leads to, if anything.
+    readonly property Item searchField: item?.searchField ?? null
+
+    // Little by little, between frames.
+    function prepare(): void {
+        active = true;
+    }
+
+    // At once.
+    function make(): void {
+        asynchronous = false;
+        active = true;
+    }
+
+    active: false
+    asynchronous: true
+    source: Qt.resolvedUrl(file)
+    onWantedChanged: {
+        if (wanted)
+            make();
+    }
+}
