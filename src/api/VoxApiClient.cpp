@@ -9,6 +9,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QPointer>
 #include <QUrl>
 
 #include <algorithm>
@@ -330,10 +331,13 @@ void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager
 {
     connect(reply, &QNetworkReply::finished, this, [reply, manager, finished = std::move(finished)] {
         const QByteArray body = reply->readAll();
-        const QString error = errorText(reply);
+        const QPointer<QNetworkAccessManager> kept(manager);
+        finished(reply, body, errorText(reply));
+        // A callback may destroy the client, and both with it.
+        if (!kept)
+            return;
         reply->deleteLater();
         manager->deleteLater();
-        finished(reply, body, error);
     });
     emit requestSent(reply);
 }

@@ -50,8 +50,8 @@ void AppState::setTab(const QString &key)
 
 void AppState::copyText(const QString &text, const QString &label)
 {
-    if (QClipboard *const clipboard = qGuiApp ? QGuiApplication::clipboard() : nullptr)
-        clipboard->setText(text);
+    if (qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        QGuiApplication::clipboard()->setText(text);
     setStatus(label + QStringLiteral(" copied."), 1);
 }
 

@@ -2,6 +2,8 @@
 
 #include "core/FileTools.h"
 
+#include <algorithm>
+
 void AppState::setShowHex(bool show)
 {
     if (m_showHex == show)
@@ -19,9 +21,13 @@ void AppState::hexFind(const QString &query)
         return;
     }
     const QByteArray bytes = m_hexModel->bytes();
-    int position = FileTools::findBytes(bytes, needle, m_hexModel->cursor() + 1);
-    if (position < 0)
-        position = FileTools::findBytes(bytes, needle, 0);
+    const int cursor = m_hexModel->cursor();
+    int position = FileTools::findBytes(bytes, needle, cursor + 1);
+    if (position < 0) {
+        // All that begins behind the cursor was looked at already.
+        const qsizetype rest = std::min(bytes.size(), cursor + needle.size());
+        position = FileTools::findBytes(QByteArray::fromRawData(bytes.constData(), rest), needle, 0);
+    }
     if (position < 0) {
         m_hexModel->clearMatch();
         setStatus(QStringLiteral("Not found."), 0);

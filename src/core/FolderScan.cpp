@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <dirent.h>
+#include <fcntl.h>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -24,11 +25,17 @@ bool isAscii(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
 }
 
+QString decoded(std::string_view name)
+{
+    const auto length = static_cast<qsizetype>(name.size());
+    return isAscii(name) ? QString::fromLatin1(name.data(), length)
+                         : QFile::decodeName(QByteArray(name.data(), length));
+}
+
 // Every text holds a file's name in UTF-8, so a name that is none could be listed but never opened.
 bool isText(std::string_view name)
 {
-    const QByteArray bytes(name.data(), static_cast<qsizetype>(name.size()));
-    return isAscii(name) || QFile::encodeName(QFile::decodeName(bytes)) == bytes;
+    return isAscii(name) || QFile::encodeName(decoded(name)).toStdString() == name;
 }
 
 char asciiLower(char c)
@@ -53,9 +60,8 @@ public:
     bool isIn(std::string_view name) const
     {
         if (!isAscii(name)) {
-            const QString decoded =
-                QFile::decodeName(QByteArray(name.data(), static_cast<qsizetype>(name.size())));
-            return (m_foldCase ? decoded.toLower() : decoded).contains(m_text);
+            const QString text = decoded(name);
+            return (m_foldCase ? text.toLower() : text).contains(m_text);
         }
         const auto matches = [this](char ours, char theirs) {
             return (m_foldCase ? asciiLower(ours) : ours) == theirs;
@@ -136,7 +142,7 @@ public:
         const QString absoluteRoot = QFileInfo(QFile::decodeName(root.c_str())).absoluteFilePath();
         m_pathsAreFinal = QFile::encodeName(absoluteRoot).toStdString() == root;
         // Folders that are begun, innermost last. A list of names each, so that a tree of any depth needs one
-        // open folder at a time.
+        // open folder at a time: the innermost, until it is left for a subfolder.
         std::vector<Level> levels;
         levels.push_back(read(root.ends_with('/') ? root : root + '/'));
         while (!levels.empty() && !isOver()) {
@@ -146,18 +152,23 @@ public:
                 continue;
             }
             const Entry &entry = level.entries[level.next++];
-            if (entry.kind == Kind::File)
-                take(level.folder, entry.name);
-            else
+            if (entry.kind == Kind::File) {
+                take(level, entry.name);
+            } else {
+                level.stream.reset();
                 levels.push_back(read(level.folder + entry.name + '/'));
+            }
         }
         return std::move(m_hits);
     }
 
 private:
+    using Stream = std::unique_ptr<DIR, decltype([](DIR *stream) { closedir(stream); })>;
+
     struct Level
     {
         std::string folder;
+        Stream stream;
         std::vector<Entry> entries;
         size_t next = 0;
     };
@@ -170,11 +181,10 @@ private:
     // and links are left out. A folder that cannot be read is an empty one.
     Level read(const std::string &folder) const
     {
-        Level level{folder, {}};
-        const std::unique_ptr<DIR, int (*)(DIR *)> stream(opendir(folder.c_str()), closedir);
-        if (!stream)
+        Level level{folder, Stream(opendir(folder.c_str())), {}};
+        if (!level.stream)
             return level;
-        while (const dirent *const entry = readdir(stream.get())) {
+        while (const dirent *const entry = readdir(level.stream.get())) {
             if (isCancelled())
                 break;
             if (entry->d_name[0] == '.')
@@ -193,26 +203,32 @@ private:
         return hasTuneEnding(name) && (m_name.isEmpty() || m_name.isIn(name));
     }
 
-    void take(const std::string &folder, const std::string &name)
+    void take(const Level &level, const std::string &name)
     {
-        const std::string path = folder + name;
+        const std::string path = level.folder + name;
         if ((!m_make.isEmpty() && !m_make.isIn(path)) || (!m_year.isEmpty() && !m_year.isIn(path)))
             return;
-        const QString fileName =
-            QFile::decodeName(QByteArray(name.data(), static_cast<qsizetype>(name.size())));
+        const QString fileName = decoded(name);
         const QString token = FileTools::osTokenFromName(fileName);
         if (!m_os.isEmpty() && !m_os.isIn(token.toStdString()) && !m_os.isIn(name))
             return;
+        m_hits.append(hit(path, fileName, token, sizeOf(level, name)));
+    }
+
+    // The system need not walk the whole path again while the folder is open.
+    static qint64 sizeOf(const Level &level, const std::string &name)
+    {
         struct stat status;
-        const qint64 size = lstat(path.c_str(), &status) == 0 ? status.st_size : 0;
-        m_hits.append(hit(path, fileName, token, size));
+        const int failed = level.stream
+            ? fstatat(dirfd(level.stream.get()), name.c_str(), &status, AT_SYMLINK_NOFOLLOW)
+            : lstat((level.folder + name).c_str(), &status);
+        return failed ? 0 : status.st_size;
     }
 
     QVariantMap hit(const std::string &path, const QString &name, const QString &os, qint64 size) const
     {
-        const QString decoded =
-            QFile::decodeName(QByteArray(path.data(), static_cast<qsizetype>(path.size())));
-        const QString absolute = m_pathsAreFinal ? decoded : QFileInfo(decoded).absoluteFilePath();
+        const QString text = decoded(path);
+        const QString absolute = m_pathsAreFinal ? text : QFileInfo(text).absoluteFilePath();
         // In the order of the keys, so that each goes in at the end without a search.
         std::map<QString, QVariant> map;
         const auto add = [&map](const QString &key, const QString &value) {

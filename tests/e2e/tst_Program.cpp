@@ -8,6 +8,7 @@
 #include <QHostAddress>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLibraryInfo>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QScopeGuard>
@@ -20,6 +21,7 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <unistd.h>
 
 namespace {
 
@@ -55,8 +57,11 @@ private slots:
     void startsAloneInAFolder();
     void secondRunAppendsToTheLog();
     void brokenRootViewShowsTheBox();
+    void missingModuleShowsTheBox();
     void unwritableLogDoesNotStopIt_data();
     void unwritableLogDoesNotStopIt();
+    void readOnlyLogDoesNotStopIt();
+    void logOnAFullDiskDoesNotStopIt();
     void fileFromTheCommandLineOpens_data();
     void fileFromTheCommandLineOpens();
     void undecodableFileNameIsRefused_data();
@@ -77,6 +82,8 @@ private:
     /// A file in the test's own folder.
     void makeFile(const QString &name, const QByteArray &content);
     void withoutDisplay();
+    /// That the box told what the log says too, and what had to be in it; and the exit code.
+    void checkLoadFailure(const Outcome &outcome, const QString &warning) const;
     void useService(const QString &apiBase);
     void useService(const DevService &service) { useService(service.apiBase()); }
 
@@ -244,7 +251,24 @@ void TestProgram::brokenRootViewShowsTheBox()
     view.write("import QtQuick\nItem { width: <b>1</b> }\n");
     view.close();
 
-    const Outcome outcome = run(program, {});
+    checkLoadFailure(run(program, {}), QStringLiteral("RootView.qml:2"));
+}
+
+void TestProgram::missingModuleShowsTheBox()
+{
+    const QString program = m_folder->filePath(QStringLiteral("kvteditor"));
+    QVERIFY(QFile::copy(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), program));
+    // Read from beside the program: where everything is as it was, but the modules are not.
+    makeFile(QStringLiteral("qt.conf"),
+             QStringLiteral("[Paths]\nPlugins=%1\nQmlImports=%2\n")
+                 .arg(QLibraryInfo::path(QLibraryInfo::PluginsPath),
+                      m_folder->filePath(QStringLiteral("no-modules")))
+                 .toUtf8());
+    checkLoadFailure(run(program, {}), QStringLiteral("module \"QtQuick.Layouts\" is not installed"));
+}
+
+void TestProgram::checkLoadFailure(const Outcome &outcome, const QString &warning) const
+{
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 255);
 
@@ -255,7 +279,7 @@ void TestProgram::brokenRootViewShowsTheBox()
     // Reported while the box is open, and the box stays.
     QCOMPARE(log.constLast(), QStringLiteral("main: QML objectCreationFailed"));
     const QString warnings = log.mid(3, end - 3).join(QLatin1Char('\n'));
-    QVERIFY2(warnings.contains(QLatin1String("RootView.qml:2")), qPrintable(warnings));
+    QVERIFY2(warnings.contains(warning), qPrintable(warnings));
     QCOMPARE(outcome.out,
              QStringLiteral("title: KVT Editor\nicon: 3\nbuttons: 1\nThe editor window failed to load.\n")
                  + warnings + QLatin1Char('\n'));
@@ -281,6 +305,31 @@ void TestProgram::unwritableLogDoesNotStopIt()
     QCOMPARE(outcome.exitCode, 0);
     QVERIFY(!QFileInfo::exists(m_folder->filePath(QStringLiteral("kvteditornew-qt.log"))));
     QVERIFY(folderInItsPlace == QFileInfo(logPath()).isDir());
+}
+
+void TestProgram::readOnlyLogDoesNotStopIt()
+{
+    makeFile(QStringLiteral("tmp/kvteditornew-qt.log"), "before\n");
+    QVERIFY(QFile::setPermissions(logPath(), QFileDevice::ReadOwner));
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {}, m_folder->path());
+    QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(outcome.errors, QString());
+    // No file is read-only to the administrator.
+    const QStringList before{QStringLiteral("before")};
+    QCOMPARE(logLines(), geteuid() == 0 ? before + milestones : before);
+}
+
+// What the framework says about such a file must not come back into the log.
+void TestProgram::logOnAFullDiskDoesNotStopIt()
+{
+    QVERIFY(QFile::link(QStringLiteral("/dev/full"), logPath()));
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {}, m_folder->path());
+    QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(QFileInfo(logPath()).symLinkTarget(), QStringLiteral("/dev/full"));
 }
 
 void TestProgram::fileFromTheCommandLineOpens_data()
