@@ -1,42 +1,25 @@
 // The hex editor's rules: row texts, and searching 256 MiB beside the C library's memmem.
 
+#include "Haystack.h"
 #include "core/FileTools.h"
 #include "core/HexModel.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstring>
-#include <random>
 
 namespace {
 
-constexpr qsizetype imageSize = 256 * 1024 * 1024;
-
-QByteArray randomBytes(qsizetype size)
-{
-    QByteArray bytes(size, Qt::Uninitialized);
-    std::mt19937_64 generator(4);
-    for (qsizetype i = 0; i + 8 <= size; i += 8) {
-        const auto word = generator();
-        std::memcpy(bytes.data() + i, &word, sizeof word);
-    }
-    return bytes;
-}
-
 const QByteArray &haystack(bool random)
 {
-    static const QByteArray zeros(imageSize, '\0');
-    static const QByteArray noise = randomBytes(imageSize);
+    static const QByteArray zeros = Haystack::zeros();
+    static const QByteArray noise = Haystack::noise();
     return random ? noise : zeros;
 }
 
-// Absent from both haystacks. On zeros all but the last byte matches everywhere; noise of another seed
-// matches rarely.
 QByteArray needle(bool random, qsizetype length)
 {
-    QByteArray bytes = random ? randomBytes(128).last(64).first(length) : QByteArray(length, '\0');
-    bytes.back() = static_cast<char>(bytes.back() + 1);
-    return bytes;
+    return random ? Haystack::absentFromNoise(length) : Haystack::absentFromZeros(length);
 }
 
 void findBytes(benchmark::State &state)
@@ -45,7 +28,7 @@ void findBytes(benchmark::State &state)
     const QByteArray wanted = needle(random, state.range(1));
     for (auto _ : state)
         benchmark::DoNotOptimize(FileTools::findBytes(haystack(random), wanted, 1));
-    state.SetBytesProcessed(state.iterations() * imageSize);
+    state.SetBytesProcessed(state.iterations() * Haystack::size);
 }
 
 void memmemOfTheLibrary(benchmark::State &state)
@@ -57,20 +40,20 @@ void memmemOfTheLibrary(benchmark::State &state)
         benchmark::DoNotOptimize(memmem(bytes.constData() + 1, static_cast<size_t>(bytes.size() - 1),
                                         wanted.constData(), static_cast<size_t>(wanted.size())));
     }
-    state.SetBytesProcessed(state.iterations() * imageSize);
+    state.SetBytesProcessed(state.iterations() * Haystack::size);
 }
 
 void needles(benchmark::internal::Benchmark *benchmark)
 {
     benchmark->ArgNames({"random", "needle"})
-        ->ArgsProduct({{0, 1}, {4, 8, 64}})
+        ->ArgsProduct({{0, 1}, {2, 4, 8, 64}})
         ->Unit(benchmark::kMillisecond);
 }
 
 void oneRow(benchmark::State &state)
 {
     HexModel model;
-    model.setBytes(randomBytes(1024 * 1024));
+    model.setBytes(Haystack::randomBytes(1024 * 1024));
     int row = 0;
     for (auto _ : state) {
         const QModelIndex index = model.index(row);

@@ -2,9 +2,15 @@
 //   bench_once scan ROOT NAME-FILTER LIMIT
 //   bench_once sort DESTINATION SOURCE-FOLDER
 //   bench_once upload API-BASE FILE
+//   bench_once find zeros|noise NEEDLE-LENGTH REPEATS    the editor's search and the C library's memmem in
+//   turn:
+//                                                        a line of two figures for each repeat
 
+#include "Haystack.h"
 #include "api/VoxApiClient.h"
+#include "app/AppState.h"
 #include "core/FileTools.h"
+#include "core/HexModel.h"
 #include "core/Version.h"
 
 #include <QCoreApplication>
@@ -13,58 +19,119 @@
 #include <QFileInfo>
 
 #include <cstdio>
+#include <cstring>
+#include <time.h>
 
 namespace {
 
-// Reads a file and sends it as opening does; true when the service answered at all.
-bool upload(const QString &apiBase, const QString &path)
+int fail(const char *reason)
 {
+    std::fprintf(stderr, "bench_once: %s\n", reason);
+    return 1;
+}
+
+double milliseconds(const QElapsedTimer &timer)
+{
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+int scan(const QStringList &arguments)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const QVariantList hits = FileTools::scanCalFolder(arguments.at(0), true, arguments.at(1), {}, {}, {},
+                                                       arguments.at(2).toInt(), nullptr);
+    const double elapsed = milliseconds(timer);
+    std::printf("%.2f\n", elapsed);
+    return hits.isEmpty() ? fail("the scan found nothing") : 0;
+}
+
+int sort(const QStringList &arguments)
+{
+    QStringList files;
+    for (const QFileInfo &file : QDir(arguments.at(1)).entryInfoList(QDir::Files))
+        files.append(file.filePath());
+    QElapsedTimer timer;
+    timer.start();
+    const int copied = FileTools::sortCopyKvt(files, arguments.at(0), {});
+    std::printf("%.2f\n", milliseconds(timer));
+    return copied == files.size() ? 0 : fail("not every file was copied");
+}
+
+// Reads a file and sends it as opening does.
+int upload(const QStringList &arguments)
+{
+    QElapsedTimer timer;
+    timer.start();
     VoxApiClient client;
-    client.setApiBase(apiBase);
+    client.setApiBase(arguments.at(0));
     bool answered = false;
     client.kvtWorker(applicationVersion(), QStringLiteral("kvt_info"), {},
-                     {{QStringLiteral("file"), QFileInfo(path).fileName(), FileTools::readFile(path)}},
+                     {{QStringLiteral("file"), QFileInfo(arguments.at(1)).fileName(),
+                       FileTools::readFile(arguments.at(1))}},
                      [&answered](const WorkerResult &result) {
                          answered = result.isJson;
                          QCoreApplication::quit();
                      });
     QCoreApplication::exec();
-    return answered;
+    std::printf("%.2f\n", milliseconds(timer));
+    return answered ? 0 : fail("the upload failed");
 }
+
+// Neither search waits for anything, so what others do on the machine need not be in the figure.
+double processorMilliseconds()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+}
+
+int find(const QStringList &arguments)
+{
+    const bool zeros = arguments.at(0) == QLatin1String("zeros");
+    const int length = arguments.at(1).toInt();
+    const QByteArray haystack = zeros ? Haystack::zeros() : Haystack::noise();
+    const QByteArray needle = zeros ? Haystack::absentFromZeros(length) : Haystack::absentFromNoise(length);
+    const QString query = QString::fromLatin1(needle.toHex(' '));
+    AppState state;
+    state.hexModel()->setBytes(haystack);
+    for (int repeat = arguments.at(2).toInt(); repeat > 0; --repeat) {
+        const double begin = processorMilliseconds();
+        state.hexFind(query);
+        const double between = processorMilliseconds();
+        const void *const found = memmem(haystack.constData(), static_cast<size_t>(haystack.size()),
+                                         needle.constData(), static_cast<size_t>(needle.size()));
+        const double end = processorMilliseconds();
+        if (state.status() != QLatin1String("Not found."))
+            return fail("the editor found what is not there");
+        if (found)
+            return fail("memmem found what is not there");
+        std::printf("%.2f %.2f\n", between - begin, end - between);
+    }
+    return 0;
+}
+
+struct Work
+{
+    const char *name;
+    int argumentCount;
+    int (*run)(const QStringList &arguments);
+};
+
+constexpr Work works[] = {{"scan", 3, scan}, {"sort", 2, sort}, {"upload", 2, upload}, {"find", 3, find}};
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    const QCoreApplication app(argc, argv);
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments.append(QFile::decodeName(argv[i]));
-    const QCoreApplication app(argc, argv);
-    QElapsedTimer timer;
-    qsizetype count = 0;
-    if (arguments.value(0) == QLatin1String("scan")) {
-        timer.start();
-        count = FileTools::scanCalFolder(arguments.value(1), true, arguments.value(2), {}, {}, {},
-                                         arguments.value(3).toInt(), nullptr)
-                    .size();
-    } else if (arguments.value(0) == QLatin1String("sort")) {
-        QStringList files;
-        for (const QFileInfo &file : QDir(arguments.value(2)).entryInfoList(QDir::Files))
-            files.append(file.filePath());
-        timer.start();
-        count = FileTools::sortCopyKvt(files, arguments.value(1), {});
-    } else if (arguments.value(0) == QLatin1String("upload")) {
-        timer.start();
-        count = upload(arguments.value(1), arguments.value(2)) ? 1 : 0;
-        if (count == 0) {
-            std::fprintf(stderr, "bench_once: the upload failed\n");
-            return 1;
-        }
-    } else {
-        std::fprintf(stderr, "bench_once: unknown work\n");
-        return 1;
+    const QString name = arguments.isEmpty() ? QString() : arguments.takeFirst();
+    for (const Work &work : works) {
+        if (name == QLatin1String(work.name) && arguments.size() == work.argumentCount)
+            return work.run(arguments);
     }
-    std::printf("%.2f %lld\n", static_cast<double>(timer.nsecsElapsed()) / 1e6,
-                static_cast<long long>(count));
-    return 0;
+    return fail("unknown work, or not its arguments");
 }

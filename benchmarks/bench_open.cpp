@@ -1,35 +1,19 @@
-// The real program with a large file: how long until the window is drawn with it, how far the resident memory
-// grows, before and after the first patch, and the process's peak once the file was sent to the service.
-// Prints one line each.
+// The real program with a large file in the hex editor. Prints, each on a line of its own:
+//   drawn MS       milliseconds from the opening to the frame that shows the file's first row
+//   opened MIB     growth of the resident memory since before the opening
+//   peak MIB       the whole process's peak, once the file was sent to the service and answered
+//   patched MIB    growth of the resident memory after the first patch
 //   BENCH_FILE=/absolute/path QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software bench_open
 
+#include "RealWindow.h"
 #include "api/VoxApiClient.h"
-#include "app/AppState.h"
 
 #include <QElapsedTimer>
-#include <QFile>
-#include <QGuiApplication>
 #include <QNetworkAccessManager>
-#include <QQmlContext>
-#include <QQmlEngine>
-#include <QQuickWindow>
-#include <QTimer>
 
-#include <cstdio>
-#include <functional>
 #include <sys/resource.h>
-#include <unistd.h>
 
 namespace {
-
-double residentMiB()
-{
-    QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    return file.readAll().split(' ').value(1).toDouble() * static_cast<double>(sysconf(_SC_PAGESIZE))
-        / 1048576;
-}
 
 double peakMiB()
 {
@@ -47,50 +31,25 @@ void afterUpload(const AppState *state, const std::function<void()> &then)
         QTimer::singleShot(10, state, [=] { afterUpload(state, then); });
 }
 
-QQuickWindow *window()
+void measure(const QString &path, QQuickWindow *target)
 {
-    for (QWindow *const candidate : QGuiApplication::topLevelWindows()) {
-        auto *const quick = qobject_cast<QQuickWindow *>(candidate);
-        if (quick && quick->isExposed())
-            return quick;
-    }
-    return nullptr;
-}
-
-void afterNextFrame(QQuickWindow *target, const std::function<void()> &then)
-{
-    QObject::connect(target, &QQuickWindow::frameSwapped, target, then,
-                     static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
-    target->update();
-}
-
-void measure(const QString &path)
-{
-    QQuickWindow *const target = window();
-    if (!target) {
-        QTimer::singleShot(10, QCoreApplication::instance(), [path] { measure(path); });
-        return;
-    }
-    auto *const state = QQmlEngine::contextForObject(target)
-                            ->engine()
-                            ->rootContext()
-                            ->contextProperty(QStringLiteral("app"))
-                            .value<AppState *>();
+    AppState *const state = controllerOf(target);
     const double before = residentMiB();
     QElapsedTimer timer;
     timer.start();
     state->openKvt(path);
     state->setShowHex(true);
     afterNextFrame(target, [=] {
-        const double size = static_cast<double>(state->hexModel()->byteCount()) / 1048576;
-        const double opened = residentMiB() - before;
-        std::printf("size %.0f MiB\nopen to drawn %lld ms\nmemory after opening %.2f times the size\n", size,
-                    static_cast<long long>(timer.elapsed()), opened / size);
+        const double drawn = static_cast<double>(timer.nsecsElapsed()) / 1e6;
+        const QQuickItem *const row = findItem(target->contentItem(), QStringLiteral("hexRow0"));
+        if (!row || !row->isVisible() || row->property("digits").toString().isEmpty())
+            giveUp("bench_open: the first row is not drawn");
+        std::printf("drawn %.2f\nopened %.1f\n", drawn, residentMiB() - before);
         afterUpload(state, [=] {
-            std::printf("peak memory of the process %.2f times the size\n", peakMiB() / size);
+            std::printf("peak %.1f\n", peakMiB());
             state->hexPatch(QStringLiteral("FF 00"));
             afterNextFrame(target, [=] {
-                std::printf("memory after a patch %.2f times the size\n", (residentMiB() - before) / size);
+                std::printf("patched %.1f\n", residentMiB() - before);
                 QCoreApplication::quit();
             });
         });
@@ -101,7 +60,9 @@ void measure(const QString &path)
 // name comes by the environment.
 void begin()
 {
-    QTimer::singleShot(0, QCoreApplication::instance(), [] { measure(qEnvironmentVariable("BENCH_FILE")); });
+    QTimer::singleShot(0, QCoreApplication::instance(), [] {
+        whenShown([](QQuickWindow *window) { measure(qEnvironmentVariable("BENCH_FILE"), window); });
+    });
 }
 
 } // namespace

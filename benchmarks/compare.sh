@@ -1,22 +1,59 @@
 #!/usr/bin/env bash
-# Times the editor's work beside public tools that do the same, in one run: five times each, warm, medians and ratios.
-#   benchmarks/compare.sh [BUILD-FOLDER]   (build/release by default)
+# Measures the editor's work beside public tools that do the same, side by side in one run: each five times in
+# turn after a run that warms the caches; medians and ratios. Makes its own data, some 3 GB in the temporary
+# folder, and takes about ten minutes. Writes docs/performance.md, and fails when a required figure is not reached.
+#   benchmarks/compare.sh [--only REGEX] [BUILD-FOLDER]    BUILD-FOLDER: a Release build, build/release by default
+# With --only, just the groups whose names match are measured (search find open row sorter upload window), and
+# no document is written.
 set -euo pipefail
 
-top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-build=$(cd "${1:-$top/build/release}" && pwd)
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+top=$(dirname "$here")
+repeats=5
+
+usage() {
+  sed -n '2,/^set/s/^# \{0,1\}//p' "${BASH_SOURCE[0]}"
+  exit "$1"
+}
+die() {
+  printf 'compare: %s\n' "$1" >&2
+  exit 2
+}
+
+only=
+while (($#)); do
+  case $1 in
+    -h | --help) usage 0 ;;
+    --only) only=${2:?--only needs a pattern} && shift 2 ;;
+    -*) usage 2 >&2 ;;
+    *) break ;;
+  esac
+done
+(($# <= 1)) || usage 2 >&2
+build=$(cd "${1:-$top/build/release}" 2>/dev/null && pwd) || die "there is no folder ${1:-build/release}"
+grep -q '^CMAKE_BUILD_TYPE:.*=Release$' "$build/CMakeCache.txt" || die "only a Release build's figures mean anything"
 once=$build/benchmarks/bench_once
-[[ -x $once ]] || { echo "compare: there is no $once; build it first" >&2; exit 1; }
+for program in "$once" "$build"/benchmarks/bench_{hex,open} "$build/devservice/kvteditor-devservice"; do
+  [[ -x $program ]] || die "there is no $program; build it first"
+done
+for tool in curl find; do
+  command -v "$tool" >/dev/null || die "there is no $tool on this machine"
+done
+
 work=$(mktemp -d)
+rows=$work/rows
+: >"$rows"
 service=
 finish() {
   [[ -z $service ]] || kill "$service"
   rm -rf "$work"
 }
 trap finish EXIT
-repeats=5
 
-median() { sort -g | sed -n "$(((repeats + 1) / 2))p"; }
+### Measuring
+
+median() { sort -g | awk '{ value[NR] = $1 } END { print value[int((NR + 1) / 2)] }'; }
+
 # Milliseconds of a command, its output thrown away.
 clock() {
   local begin end
@@ -25,12 +62,36 @@ clock() {
   end=$(date +%s%N)
   awk -v b="$begin" -v e="$end" 'BEGIN { printf "%.2f\n", (e - b) / 1e6 }'
 }
-times() {
-  "$@" >/dev/null # warms the caches
-  for ((i = 0; i < repeats; ++i)); do "$@"; done | median
+
+# Runs two commands in turn, each of which prints one figure, and leaves their medians in $ours and $theirs.
+in_turn() {
+  local i
+  "$1" >/dev/null && "$2" >/dev/null
+  rm -f "$work/first" "$work/second"
+  for ((i = 0; i < repeats; ++i)); do
+    "$1" >>"$work/first" && "$2" >>"$work/second"
+  done
+  ours=$(median <"$work/first") theirs=$(median <"$work/second")
 }
-ours() { "$once" "$@" | cut -d' ' -f1; }
-row() { awk -v n="$1" -v o="$2" -v t="$3" -v w="$4" 'BEGIN { printf "%-44s %10.1f %10.1f %-14s %6.2f\n", n, o, t, w, o / t }'; }
+
+# One line of the table: work, ours, unit, theirs, against, the most that the ratio may be ("-": it only stands
+# beside another).
+row() {
+  local ratio most=$6
+  ratio=$(awk -v o="$2" -v t="$4" 'BEGIN { printf "%.2f", o / t }')
+  [[ $most == - ]] || most="<= $most"
+  printf '%s\t%s\t%s\t%s\t%s\t%s\t%s\n' "$1" "$2" "$3" "$4" "$5" "$ratio" "$most" | tee -a "$rows"
+}
+
+# The real program with a file in its hex editor; the service's address is the argument before it.
+open_in_editor() {
+  printf '{"apiBase": "%s"}\n' "$1" >"$work/service.json"
+  HOME=$work XDG_CONFIG_HOME=$work/config XDG_RUNTIME_DIR=$work KVTEDITOR_SERVICE_CONFIG=$work/service.json \
+    QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software BENCH_FILE=$2 "$build/benchmarks/bench_open"
+}
+figure() { awk -v name="$1" '$1 == name { print $2 }'; }
+
+### The groups
 
 # 1000 files in each folder, three tune files to every two others.
 make_tree() {
@@ -43,41 +104,213 @@ make_tree() {
   done
 }
 
-printf '%-44s %10s %10s %-14s %6s\n' "work" "ours ms" "theirs ms" "theirs" "ratio"
-make_tree "$work/tree" 100
-find_all() { find "$work/tree" -type f \( -iname '*.kvt' -o -iname '*.ctz' \) -printf '%s %p\n'; }
-find_few() { find "$work/tree" -type f -iname '*e38_00099599*' \( -iname '*.kvt' -o -iname '*.ctz' \) -printf '%s %p\n'; }
-fd_all() { fdfind --no-ignore --type f --extension kvt --extension ctz . "$work/tree"; }
+endings=(-type f '(' -iname '*.kvt' -o -iname '*.ctz' ')' -printf '%s %p\n')
+scan_few() { "$once" scan "$work/tree" e38_00099599 0; }
+scan_all() { "$once" scan "$work/tree" "" 0; }
+scan_large() { "$once" scan "$work/large" "" 0; }
+find_all() { clock find "$work/tree" "${endings[@]}"; }
+find_large() { clock find "$work/large" "${endings[@]}"; }
+measure_search() {
+  local find="find -printf '%s %p\\n'"
+  make_tree "$work/tree" 100
+  in_turn scan_few find_all
+  row "folder search, 100,000 files, hardly any match" "$ours" ms "$theirs" "$find" 1.0
+  in_turn scan_all find_all
+  row "folder search, 100,000 files, 60,000 match, no limit" "$ours" ms "$theirs" "$find" 2.0
+  make_tree "$work/large" 1000
+  in_turn scan_large scan_all
+  row "folder search, 1,000,000 files against 100,000" "$ours" ms "$theirs" "itself" 10
+  in_turn find_large find_all
+  row "the same two folders with find" "$ours" ms "$theirs" "itself" -
+  rm -rf "$work/tree" "$work/large"
+}
 
-few=$(times ours scan "$work/tree" e38_00099599 0)
-all=$(times ours scan "$work/tree" "" 0)
-their_few=$(times clock find_few)
-their_all=$(times clock find_all)
-row "100,000 files, hardly any match" "$few" "$their_all" "find"
-row "100,000 files, hardly any match" "$few" "$their_few" "find, filtered"
-row "100,000 files, 60,000 match" "$all" "$their_all" "find"
-if command -v fdfind >/dev/null; then
-  row "100,000 files, 60,000 match" "$all" "$(times clock fd_all)" "fdfind (names)"
-fi
-make_tree "$work/large" 1000
-row "1,000,000 files against 100,000" "$(times ours scan "$work/large" "" 0)" "$all" "ourselves"
+measure_find() {
+  local data length
+  for data in noise zeros; do
+    for length in 2 4 8 64; do
+      "$once" find "$data" "$length" $((repeats + 1)) | tail -n "$repeats" >"$work/pairs"
+      row "find in 256 MiB of $data, $length bytes, absent" "$(cut -d' ' -f1 "$work/pairs" | median)" ms \
+        "$(cut -d' ' -f2 "$work/pairs" | median)" "memmem" 1.0
+    done
+  done
+}
 
-mkdir "$work/sources"
-for ((i = 0; i < 2000; ++i)); do
-  head -c 65536 /dev/urandom >"$work/sources/e38_$((12650000 + i % 20))_${i}_201$((i % 10)).kvt"
-done
-sort_ours() { rm -rf "$work/sorted" && ours sort "$work/sorted" "$work/sources"; }
+# Nobody listens at that address: the identifiers are asked for as always, and refused at once.
+open_ours() { open_in_editor https://127.0.0.1:9/api/ "$work/image.bin" | tee -a "$work/opened" | figure drawn; }
+open_theirs() { clock cat "$work/image.bin"; }
+measure_open() {
+  head -c 256M /dev/urandom >"$work/image.bin"
+  in_turn open_ours open_theirs
+  row "open 256 MiB to the first drawn row" "$ours" ms "$theirs" "cat FILE >/dev/null" 2.0
+  row "memory after opening 256 MiB" "$(figure opened <"$work/opened" | median)" MiB 256 "the file's size" 1.1
+  row "memory after a patch in 256 MiB" "$(figure patched <"$work/opened" | median)" MiB 256 "the file's size" 2.1
+  rm "$work/image.bin"
+}
+
+measure_row() {
+  local microseconds
+  microseconds=$("$build/benchmarks/bench_hex" --benchmark_filter='^oneRow$' --benchmark_repetitions=$repeats \
+    --benchmark_report_aggregates_only=true --benchmark_format=csv 2>/dev/null \
+    | awk -F, '/_median/ { printf "%.2f", $3 / 1000 }')
+  row "one hex row, all three roles" "$microseconds" µs 1 "limit" 1.0
+}
+
+sort_ours() { rm -rf "$work/sorted" && "$once" sort "$work/sorted" "$work/sources"; }
 copy_theirs() { rm -rf "$work/copied" && mkdir "$work/copied" && clock cp "$work/sources/"*.kvt "$work/copied"; }
-row "sorter, 2,000 files of 64 KiB" "$(times sort_ours)" "$(times copy_theirs)" "cp"
+measure_sorter() {
+  local i
+  mkdir "$work/sources"
+  for ((i = 0; i < 2000; ++i)); do
+    head -c 65536 /dev/urandom >"$work/sources/e38_$((12650000 + i % 20))_${i}_201$((i % 10)).kvt"
+  done
+  in_turn sort_ours copy_theirs
+  row "sorter, 2,000 files of 64 KiB" "$ours" ms "$theirs" "cp" 1.3
+  rm -rf "$work/sources" "$work/sorted" "$work/copied"
+}
 
-"$build/devservice/kvteditor-devservice" --port-file "$work/port" >/dev/null &
-service=$!
-while [[ ! -s $work/port ]]; do kill -0 "$service" && sleep 0.1; done
-base=http://127.0.0.1:$(<"$work/port")/api/
-head -c $((64 << 20)) /dev/urandom >"$work/upload.kvt"
+base=
 upload_ours() { clock "$once" upload "$base" "$work/upload.kvt"; }
 upload_theirs() {
   clock curl --silent --show-error -F version=4.0.2 -F operation=kvt_info -F "file=@$work/upload.kvt" \
     "${base}kvt_worker/process.aspx"
 }
-row "upload of 64 MiB" "$(times upload_ours)" "$(times upload_theirs)" "curl -F"
+peak_ours() { open_in_editor "$base" "$work/upload.kvt" | figure peak; }
+measure_upload() {
+  "$build/devservice/kvteditor-devservice" --port-file "$work/port" >/dev/null &
+  service=$!
+  while [[ ! -s $work/port ]]; do
+    kill -0 "$service" || die "the stand-in service did not start"
+    sleep 0.1
+  done
+  base=http://127.0.0.1:$(<"$work/port")/api/
+  head -c 64M /dev/urandom >"$work/upload.kvt"
+  in_turn upload_ours upload_theirs
+  row "upload of 64 MiB" "$ours" ms "$theirs" "curl -F" 1.5
+  row "peak memory of the program, 64 MiB opened and sent" "$(peak_ours)" MiB 64 "the file's size" 3
+  rm "$work/upload.kvt"
+}
+
+measure_window() { "$here/compare-window.sh" "$build" | tee -a "$rows"; }
+
+### The document
+
+# A figure is reached when it is not above the required one, rounded to as many decimals, and one at least.
+verdict() {
+  local ours=$1 ratio=$2 required=$3
+  case $ours/$required in
+    "not measured"/*) echo "NOT measured" ;;
+    */-) echo "for comparison" ;;
+    *) awk -v r="$ratio" -v most="${required#<= }" 'BEGIN {
+         decimals = length(most) - index(most ".", ".")
+         print(sprintf("%.*f", decimals > 1 ? decimals : 1, r) + 0 <= most + 0 ? "reached" : "NOT reached")
+       }' ;;
+  esac
+}
+
+table() {
+  local work ours unit theirs against ratio required
+  echo "| work | ours | theirs | against | ratio | required | |"
+  echo "|---|---:|---:|---|---:|---:|---|"
+  while IFS=$'\t' read -r work ours unit theirs against ratio required; do
+    [[ $unit == - ]] || ours+=" $unit" theirs+=" $unit"
+    echo "| $work | $ours | $theirs | $against | $ratio | $required | $(verdict "$ours" "$ratio" "$required") |"
+  done <"$rows"
+}
+
+# Why the given rows are missed: limits.txt has a line of "beginning of the row: reason" for each.
+limits() {
+  local missed
+  (($#)) || echo "Every required figure is reached."
+  for missed in "$@"; do
+    if grep -qF "$missed"$'\tnot measured' "$rows"; then
+      printf -- '- **%s**: a program that it needs was not there.\n' "$missed"
+      continue
+    fi
+    awk -F': ' -v row="$missed" '
+      index(row, $1) == 1 && !found { found = substr($0, length($1) + 3) }
+      END { printf "- **%s**: %s\n", row, found ? found : "the cause is not known yet." }' "$here/limits.txt"
+  done
+}
+
+missed_rows() {
+  local work ours unit theirs against ratio required
+  while IFS=$'\t' read -r work ours unit theirs against ratio required; do
+    [[ $(verdict "$ours" "$ratio" "$required") != NOT* ]] || echo "$work"
+  done <"$rows"
+}
+
+version_of() { "$@" --version | sed -nE '1s/.* ([0-9]+(\.[0-9]+)+).*/\1/p'; }
+qt_version() { ldd "$once" | awk '/libQt6Core/ { print $3 }' | xargs readlink -f | sed 's/.*\.so\.//'; }
+processor() { sed -n 's/^model name[[:space:]]*: //p' /proc/cpuinfo | head -1; }
+memory() { awk '/^MemTotal/ { printf "%.0f GiB", $2 / 1048576 }' /proc/meminfo; }
+
+document() {
+  cat <<END
+# Performance
+
+Written by \`benchmarks/compare.sh\`: the editor's work beside public tools that do the same, each $repeats times in
+turn in one run, after a run that warms the caches; the figures are medians. Do not edit it by hand.
+
+\`\`\`sh
+cmake --preset release
+cmake --build --preset release
+benchmarks/compare.sh
+\`\`\`
+
+| | |
+|---|---|
+| processor | $(nproc) cores, $(processor) |
+| memory | $(memory) |
+| system | $(uname -sr), $(getconf GNU_LIBC_VERSION) |
+| Qt | $(qt_version) |
+| beside | find $(version_of find), cp and cat $(version_of cp), curl $(version_of curl) |
+| other work on the machine when it began | load average $load |
+
+A ratio is reached when it is not above the required one, rounded to as many decimals, and one at least. Folders,
+files and services are all local; files lie in the system's file cache.
+
+$(table)
+
+## Figures that are not reached
+
+$(limits "${missed[@]}")
+
+## How each is measured
+
+- Folder search: the rule that the search view calls, without its limit of 5,000 files. A tree of folders with 1,000
+  files each, 600 of them tune files. \`find\` looks for the same endings and prints the same: size and path. When
+  hardly any match, \`find\` still prints all tune files: it is the walk that is compared.
+- Find: the hex editor's command on bytes that are not there, in turn with the C library's \`memmem\` on the same
+  buffer, in one process and in processor time. "Zeros" are searched for zeros with a last byte of 01, which match
+  everywhere but in that byte.
+- Open: the real program, drawn without a display, from the call that opens the file to the frame that shows its first
+  row. Memory is the growth of the resident set.
+- Hex row: offset, digits and characters of one row of the model, from Google Benchmark.
+- Sorter: one copy of each file in folders by year, make and number; \`cp\` copies the same files into one folder.
+- Upload: a form with one file to the local stand-in of the service; the whole process from start to exit on both
+  sides. The peak is that of the whole program with its window.
+- Start, memory beside other editors, long lists and scrolling: the real program on a display in memory, by
+  \`benchmarks/compare-window.sh\`.
+END
+}
+
+load=$(cut -d' ' -f1-3 /proc/loadavg)
+wanted() { [[ $1 =~ ${only:-.} ]]; }
+if wanted search; then measure_search; fi
+if wanted find; then measure_find; fi
+if wanted open; then measure_open; fi
+if wanted row; then measure_row; fi
+if wanted sorter; then measure_sorter; fi
+if wanted upload; then measure_upload; fi
+if wanted window; then measure_window; fi
+[[ -s $rows ]] || die "no group matches $only"
+mapfile -t missed < <(missed_rows)
+if [[ -z $only ]]; then
+  document >"$work/performance.md"
+  mv "$work/performance.md" "$top/docs/performance.md"
+else
+  echo && table
+fi
+((${#missed[@]} == 0)) || printf 'compare: not reached: %s\n' "${missed[@]}" >&2
+((${#missed[@]} == 0))
