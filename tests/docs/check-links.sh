@@ -11,7 +11,7 @@ shift || true
 
 documents=("$@")
 if ((${#documents[@]} == 0)); then
-  documents=(README.md CONTRIBUTING.md SECURITY.md CHANGELOG.md docs/*.md docs/manual/*.md {tools,benchmarks,tests,tests/fuzz,devservice}/README.md)
+  documents=(README.md CONTRIBUTING.md SECURITY.md CHANGELOG.md docs/*.md docs/manual/*.md {tools,benchmarks,tests,tests/fuzz,tests/mutation,devservice}/README.md)
 fi
 # What a path of the project begins with; everything else in backticks is code, a type or a path of some machine.
 project_path='^(src|tests|docs|scripts|tools|benchmarks|devservice|packaging|\.ci)/'

@@ -3,8 +3,12 @@
 # into a label of the library's own brings one of ours.
 # usage: check-plain-text.sh FOLDER-OF-QML-FILES
 set -eu
-[ $# -eq 1 ] && [ -d "$1" ] || { sed -n 's/^# usage/usage/p' "$0" >&2; exit 2; }
+if [ $# -ne 1 ] || [ ! -d "$1" ]; then
+    sed -n 's/^# usage/usage/p' "$0" >&2
+    exit 2
+fi
 
+# shellcheck disable=SC2016 # the fields are for awk
 find "$1" -name '*.qml' | sort | xargs -d '\n' awk '
 function complain(what) {
     printf "%s:%d: %s\n", FILENAME, FNR, what
