@@ -60,9 +60,22 @@ bool isInSight(const QQuickItem *parent, const QString &objectName)
     });
 }
 
+// A view that was made later than the window belongs to it as an item only.
+QObject *findObject(const QQuickItem *item, const QString &objectName)
+{
+    if (auto *const found = item->findChild<QObject *>(objectName))
+        return found;
+    const QList<QQuickItem *> children = item->childItems();
+    for (const QQuickItem *const child : children) {
+        if (QObject *const found = findObject(child, objectName))
+            return found;
+    }
+    return nullptr;
+}
+
 void tryDialog(const QQuickWindow *window, const QString &dialogName, const QString &listName)
 {
-    auto *const dialog = window->findChild<QObject *>(dialogName);
+    QObject *const dialog = findObject(window->contentItem(), dialogName);
     if (!dialog || !QMetaObject::invokeMethod(dialog, "open"))
         fail(QStringLiteral("there is no %1").arg(dialogName));
     waitFor([=] { return isInSight(window->contentItem(), listName); }, listName);
@@ -82,6 +95,7 @@ void lookAround()
     waitFor([&] { return app->property("fileName").toString() == file; }, QStringLiteral("the open file"));
     waitFor([app] { return !app->property("vin").toString().isEmpty(); }, QStringLiteral("its identifiers"));
     std::printf("file: open and identified\n");
+    waitFor([window] { return window->property("complete").toBool(); }, QStringLiteral("all views"));
     tryDialog(window, QStringLiteral("openDialog"), QStringLiteral("fileDialogListView"));
     tryDialog(window, QStringLiteral("searchFolderDialog"), QStringLiteral("folderDialogListView"));
     std::printf("TLS: %s\n", QSslSocket::supportsSsl() ? "there" : "missing");
