@@ -195,10 +195,10 @@ void TestEndpointConnections::untrustedCertificate_data()
     QTest::addColumn<int>("operation");
     QTest::addColumn<QString>("name");
 
-    for (const char *const name : {"self-signed", "unknown-ca", "other-host", "expired"}) {
+    for (const QByteArray name : {"self-signed", "unknown-ca", "other-host", "expired"}) {
         int index = 0;
         for (const EndpointOperation &operation : endpointOperations())
-            QTest::addRow("%s-%s", name, operation.name) << index++ << QString::fromLatin1(name);
+            QTest::newRow(name + '-' + operation.name) << index++ << QString::fromLatin1(name);
     }
 }
 
