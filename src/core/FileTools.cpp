@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <future>
 #include <limits>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -41,14 +42,36 @@ void askForLargePages(QByteArray &bytes)
 #endif
 }
 
-QByteArray readAll(QFile &file)
+// How much could be read at once of a part of an open file; less than asked for at its end and on an error.
+qint64 readPart(int file, char *to, qint64 size, qint64 from)
+{
+    qint64 done = 0;
+    while (done < size) {
+        const ssize_t count = pread(file, to + done, static_cast<size_t>(size - done), from + done);
+        if (count <= 0)
+            break;
+        done += count;
+    }
+    return done;
+}
+
+// The second half of a large file is read beside the first. What is missing of it is left to the next read,
+// and so is telling why.
+QByteArray readAtOnce(QFile &file)
 {
     const qint64 size = file.size();
     if (size < largeFile)
         return file.readAll();
     QByteArray bytes(size, Qt::Uninitialized);
     askForLargePages(bytes);
-    bytes.truncate(std::max<qint64>(file.read(bytes.data(), size), 0));
+    const qint64 half = size / 2;
+    char *const begin = bytes.data();
+    auto second = std::async(readPart, file.handle(), begin + half, size - half, half);
+    qint64 count = std::max<qint64>(file.read(begin, half), 0);
+    const qint64 secondCount = second.get();
+    if (count == half && file.seek(half + secondCount))
+        count += secondCount;
+    bytes.truncate(count);
     return bytes;
 }
 
@@ -70,7 +93,7 @@ QByteArray FileTools::readFile(const QString &path, QString *error)
         setError(error, file.errorString());
         return {};
     }
-    QByteArray bytes = readAll(file);
+    QByteArray bytes = readAtOnce(file);
     // A read that fails behind some bytes passes for the end of the file; only the next one tells.
     for (QByteArray more = file.readAll(); !more.isEmpty(); more = file.readAll())
         bytes += more;

@@ -67,6 +67,7 @@ private slots:
     void readFile_followsLinkToFile();
     void readFile_resolvesRelativePathAgainstWorkingFolder();
     void readFile_takesLargeFile();
+    void readFile_returnsEveryByteOfLargeFile_data();
     void readFile_returnsEveryByteOfLargeFile();
 
     void writeFile_createsParents();
@@ -254,11 +255,24 @@ void TestFileTools::readFile_takesLargeFile()
     QVERIFY(QFile::remove(path));
 }
 
+void TestFileTools::readFile_returnsEveryByteOfLargeFile_data()
+{
+    QTest::addColumn<int>("size");
+
+    constexpr int mebibyte = 1024 * 1024;
+    QTest::newRow("one-below-four-mebibytes") << 4 * mebibyte - 1;
+    QTest::newRow("four-mebibytes") << 4 * mebibyte;
+    QTest::newRow("odd") << 4 * mebibyte + 1;
+    QTest::newRow("nine-mebibytes") << 9 * mebibyte + 4097;
+}
+
 void TestFileTools::readFile_returnsEveryByteOfLargeFile()
 {
+    QFETCH(int, size);
     QByteArray content;
-    while (content.size() < 5 * 1024 * 1024)
+    while (content.size() < size)
         content += everyByte() + QByteArray::number(content.size());
+    content.truncate(size);
     QVERIFY(makeFile(inDir(u"large"_s), content));
     QVERIFY(FileTools::readFile(inDir(u"large"_s)) == content);
 }
