@@ -45,7 +45,7 @@ rows=$work/rows
 : >"$rows"
 service=
 finish() {
-  [[ -z $service ]] || kill "$service"
+  [[ -z $service ]] || kill "$service" 2>/dev/null || true
   rm -rf "$work"
 }
 trap finish EXIT

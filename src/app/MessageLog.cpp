@@ -40,9 +40,14 @@ void append(QByteArrayView text)
 
 void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
 {
-    if (type == QtDebugMsg || isWriting)
+    if (type == QtDebugMsg)
         return;
     Messages &captured = messages();
+    if (isWriting) {
+        // This thread holds the lock already.
+        captured.texts.append(text);
+        return;
+    }
     const QMutexLocker lock(&captured.mutex);
     captured.texts.append(text);
     append(text.toUtf8());

@@ -140,7 +140,10 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
             &state, [&state, file] { state.openKvt(file); }, Qt::QueuedConnection);
     logLine("main: event loop");
     running = true;
-    return app.exec();
+    const int code = app.exec();
+    if (code != 0)
+        showLoadFailure();
+    return code;
 }
 
 } // namespace

@@ -11,10 +11,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <future>
 #include <limits>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,20 +24,6 @@ QByteArray refused(QString *error, int systemError)
 {
     setError(error, qt_error_string(systemError));
     return {};
-}
-
-// Memory is handed out page by page as it is first written to, which for a large file takes longer than
-// copying its bytes. Fewer, larger pages spare that; a system without them loses nothing.
-void askForLargePages(QByteArray &bytes)
-{
-#ifdef MADV_HUGEPAGE
-    const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-    const auto begin = reinterpret_cast<std::uintptr_t>(bytes.data());
-    const std::uintptr_t skipped = (page - begin % page) % page;
-    madvise(bytes.data() + skipped, static_cast<size_t>(bytes.size()) - skipped, MADV_HUGEPAGE);
-#else
-    Q_UNUSED(bytes)
-#endif
 }
 
 // How much could be read at once of a part of an open file; less than asked for at its end and on an error.
@@ -55,15 +39,15 @@ qint64 readPart(int file, char *to, qint64 size, qint64 from)
     return done;
 }
 
-// The second half of a large file is read beside the first. What is missing of it is left to the next read,
-// and so is telling why.
+// Where a file lies in the system's cache, copying it and handing out the memory for it page by page keeps
+// one processor busy, so two share that. What is missing of the second half is left to the next read, and so
+// is telling why.
 QByteArray readAtOnce(QFile &file)
 {
     const qint64 size = file.size();
     if (size < largeFile)
         return file.readAll();
     QByteArray bytes(size, Qt::Uninitialized);
-    askForLargePages(bytes);
     const qint64 half = size / 2;
     char *const begin = bytes.data();
     auto second = std::async(readPart, file.handle(), begin + half, size - half, half);
@@ -95,8 +79,12 @@ QByteArray FileTools::readFile(const QString &path, QString *error)
     }
     QByteArray bytes = readAtOnce(file);
     // A read that fails behind some bytes passes for the end of the file; only the next one tells.
-    for (QByteArray more = file.readAll(); !more.isEmpty(); more = file.readAll())
+    for (QByteArray more = file.readAll(); !more.isEmpty(); more = file.readAll()) {
         bytes += more;
+        // Somebody may write on meanwhile, without an end.
+        if (bytes.size() > std::numeric_limits<int>::max())
+            return refused(error, EFBIG);
+    }
     if (file.error() != QFileDevice::NoError) {
         // Half a tune must never pass for a whole one.
         setError(error, file.errorString());

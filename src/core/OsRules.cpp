@@ -24,10 +24,7 @@ bool isAsciiDigit(QChar c)
 
 bool isYear(QStringView text)
 {
-    const auto beginsWith = [text](char16_t first, char16_t second) {
-        return text[0] == first && text[1] == second;
-    };
-    return (beginsWith(u'1', u'9') || beginsWith(u'2', u'0'))
+    return (text.startsWith(QLatin1String("19")) || text.startsWith(QLatin1String("20")))
         && std::all_of(text.begin(), text.end(), isAsciiDigit);
 }
 

@@ -57,7 +57,7 @@ bool writeCopy(const QString &file, const QString &copy, const QByteArray &bytes
     if (stat(QFile::encodeName(copy).constData(), &found) != 0)
         return errno == ENOENT && FileTools::writeFile(copy, bytes);
     if (stat(QFile::encodeName(file).constData(), &source) != 0)
-        return false;
+        return errno == ENOENT && FileTools::writeFile(copy, bytes);
     const bool isSameFile = source.st_dev == found.st_dev && source.st_ino == found.st_ino;
     return isSameFile || FileTools::writeFile(copy, bytes);
 }

@@ -5,7 +5,9 @@
 
 #if QT_CONFIG(xcb) && defined(KVTEDITOR_XCB)
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <string_view>
 #include <xcb/xcb.h>
@@ -23,7 +25,8 @@ bool offers(xcb_connection_t *display, std::string_view extension)
     return !reply || reply->present;
 }
 
-// A server on a network, in memory or behind VNC has none of the ways to a card.
+// A server in memory or behind VNC usually offers none of these. One that offers a way that fails later gets
+// the emulation, as it would have without asking.
 bool displayHasNoCard()
 {
     auto *const native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();

@@ -52,7 +52,7 @@ std::vector<unsigned long> numbers(Display *display, Window window, const char *
         != Success)
         return {};
     const std::unique_ptr<unsigned char, FreeX> data(raw);
-    if (format != 32 || !raw)
+    if (format != 32 || !raw || count == 0)
         return {};
     std::vector<unsigned long> result(count);
     std::memcpy(result.data(), raw, count * sizeof(unsigned long));

@@ -18,6 +18,7 @@ if [[ -z ${KVTEDITOR_OWN_DISPLAY-} ]]; then
   KVTEDITOR_OWN_DISPLAY=1 exec "$here/with-display.sh" "${BASH_SOURCE[0]}" "$@"
 fi
 
+command -v xdotool >/dev/null || { echo "close-at-random: there is no xdotool; scripts/setup.sh installs it" >&2 && exit 2; }
 seed=$((RANDOM * 32768 + RANDOM))
 limit=10
 while [[ ${1-} == --* ]]; do
@@ -215,7 +216,10 @@ run() {
   watch "$limit" &
   watchdog=$!
   begun=${EPOCHREALTIME/./}
-  "$button" press "$program" || complaints+=("there was no window to close")
+  if ! "$button" press "$program"; then
+    complaints+=("there was no window to close")
+    kill "$program" 2>/dev/null || true
+  fi
   wait "$program" || code=$?
   ended=${EPOCHREALTIME/./}
   kill "$watchdog" 2>/dev/null || true

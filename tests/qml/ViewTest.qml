@@ -16,13 +16,17 @@ TestCase {
         failOnWarning(/^(?!DelegateModel::cancel: index out range)/);
         bed.reset();
         fetchedBefore = bed.fetchedPaths().length;
-        window = createTemporaryObject(rootView, root);
+        window = newWindow();
         window.requestActivate();
-        tryVerify(() => window.active);
-        tryVerify(() => window.complete);
+        tryVerify(() => window.active, 60000);
+        tryVerify(() => window.complete, 60000);
         render();
         // Under Quick Test the first key of a process does not reach a window beside its own.
         keyClick(Qt.Key_Shift);
+    }
+
+    function newWindow(): var {
+        return createTemporaryObject(rootView, root);
     }
 
     function cleanupTestCase() {

@@ -235,7 +235,7 @@ ViewTest {
                 continue;
             const tip = find("fullText", find(place[1]));
             mouseMove(row, 20, 10);
-            tryVerify(() => tip.opened, 5000, place[2]);
+            tryVerify(() => tip.opened, 60000, place[2]);
             render();
             verify(tip.width <= 640, place[2] + ": " + tip.width);
             verify(tip.height <= 700, place[2] + ": " + tip.height);

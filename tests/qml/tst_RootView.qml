@@ -22,6 +22,47 @@ ViewTest {
         verify(window.visible);
     }
 
+    // Before a frame was drawn there is the first view only; what is asked for then is there at once.
+    function test_viewsAreMadeWhenAskedFor() {
+        app.tab = "main";
+        const early = newWindow();
+        const made = () => lazyItems(early.contentItem).filter(Boolean).map(item => item.objectName);
+        verify(!early.complete);
+        compare(made(), []);
+        app.tab = "search";
+        compare(made(), ["searchView"]);
+        app.tab = "main";
+        compare(made(), ["searchView"]);
+        bed.openFile("early.kvt", 64);
+        app.showHex = true;
+        compare(made(), ["searchView", "hexOverlay"]);
+        app.showHex = false;
+        tryVerify(() => early.complete, 60000);
+        compare(made().length, 10);
+    }
+
+    function test_viewThatCannotBeMadeIsTold() {
+        ignoreWarning(/Nowhere\.qml/);
+        const view = createTemporaryObject(lazyView, window.contentItem, { file: "Nowhere.qml" });
+        failed.target = view;
+        failed.clear();
+        view.make();
+        compare(view.status, Loader.Error);
+        compare(failed.count, 1);
+    }
+
+    SignalSpy {
+        id: failed
+        signalName: "failed"
+    }
+
+    Component {
+        id: lazyView
+        LazyView {
+            wanted: false
+        }
+    }
+
     function test_tabChoosesTheView_data() {
         const titles = ["MAIN", "CONVERT", "SEGMENTS", "SEARCH", "SORTER", "XDF MAKER", "BIN PATCHER", "TOOLS",
             "STOCK FILES", "FEEDBACK"];

@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QHostAddress>
-#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 
 #include <algorithm>
@@ -105,9 +105,13 @@ const EndpointOperation &operationNamed(const QByteArray &name)
 
 quint16 closedPort()
 {
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    return server.serverPort();
+    // Bound for the process's life, so that nobody else comes to listen there.
+    static const QTcpSocket *const bound = [] {
+        auto *const socket = new QTcpSocket(QCoreApplication::instance());
+        socket->bind(QHostAddress::LocalHost, 0, QAbstractSocket::DontShareAddress);
+        return socket;
+    }();
+    return bound->localPort();
 }
 
 void addOperationRows()

@@ -8,7 +8,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
 #include <QScopeGuard>
-#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
 #include <QTimer>
 
@@ -60,9 +60,13 @@ QByteArray manyHeaders()
 /// A loopback port at which nothing listens.
 quint16 closedPort()
 {
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    return server.serverPort();
+    // Bound for the process's life, so that nobody else comes to listen there.
+    static const QTcpSocket *const bound = [] {
+        auto *const socket = new QTcpSocket(QCoreApplication::instance());
+        socket->bind(QHostAddress::LocalHost, 0, QAbstractSocket::DontShareAddress);
+        return socket;
+    }();
+    return bound->localPort();
 }
 
 bool isPost(Primitive primitive)

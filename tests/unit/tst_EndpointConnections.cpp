@@ -233,7 +233,7 @@ void TestEndpointConnections::neverAnswered()
     m_server->answerNext(holdRequest());
     QSignalSpy arrived(m_server.get(), &RawHttpServer::requestArrived);
     begin(held);
-    QVERIFY(arrived.wait());
+    QVERIFY(arrived.wait(60'000));
     checkAnotherIsAnswered();
     QCOMPARE(m_bench->state().busy(), held.decoding == Decoding::Worker);
     QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_bench->snapshot())),
@@ -247,7 +247,7 @@ void TestEndpointConnections::checkAnotherIsAnswered()
     QSignalSpy status(&m_bench->state(), &AppState::statusChanged);
     m_server->answerNext(answerWith(R"({"files":[{},{},{}]})"));
     m_bench->state().stockSearch({});
-    QTRY_COMPARE(m_bench->state().status(), u"3 stock file(s)."_s);
+    QTRY_COMPARE_WITH_TIMEOUT(m_bench->state().status(), u"3 stock file(s)."_s, 60'000);
     QCOMPARE(status.count(), 1);
     QCOMPARE(m_server->requestCount(), 2);
 }
@@ -265,10 +265,10 @@ void TestEndpointConnections::endlessBody()
     endless.endless = true;
     m_server->answerNext(endless);
     begin(fed);
-    QTRY_VERIFY(m_server->endlessBytes() > 500'000);
+    QTRY_VERIFY_WITH_TIMEOUT(m_server->endlessBytes() > 500'000, 60'000);
     checkAnotherIsAnswered();
     const qint64 taken = m_server->endlessBytes();
-    QTRY_VERIFY(m_server->endlessBytes() > taken);
+    QTRY_VERIFY_WITH_TIMEOUT(m_server->endlessBytes() > taken, 60'000);
     QCOMPARE(m_bench->state().busy(), fed.decoding == Decoding::Worker);
     QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_bench->snapshot())),
              fed.decoding == Decoding::Worker ? QStringList{u"busy"_s} : QStringList());

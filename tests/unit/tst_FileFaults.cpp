@@ -327,7 +327,7 @@ void TestFileFaults::read()
     QVERIFY(makeFile(path, "chosen"));
     if (tried.choose)
         tried.choose(state, path);
-    QTRY_VERIFY(!state.searchBusy());
+    QTRY_VERIFY_WITH_TIMEOUT(!state.searchBusy(), 60'000);
     state.setStatus(u"before"_s, -1);
     m_before = m_bench->snapshot();
     clear(path);

@@ -582,7 +582,6 @@ void TestLife::controllerLeavesAtAnAnnouncement()
         announced[index].make(*state);
         const auto over = [&] { return !state || isOver(*state); };
         bench->releaseController();
-        bench->releaseController();
         m_loop->runThen(
             std::numeric_limits<int>::max(), [] {}, over);
         if (heard.count < times) {

@@ -34,6 +34,10 @@ Item {
         elide: Text.ElideMiddle
         color: root.delegate.icon.color
         font: root.delegate.font
+        // The row itself has no text that a screen reader could tell.
+        Accessible.ignored: false
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 
     Item {

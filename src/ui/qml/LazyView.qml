@@ -12,6 +12,9 @@ Loader {
     // What Ctrl+F leads to, if anything.
     readonly property Item searchField: item?.searchField ?? null
 
+    // The file could not be loaded; the messages say why.
+    signal failed
+
     // Little by little, between frames.
     function prepare(): void {
         active = true;
@@ -26,6 +29,10 @@ Loader {
     active: false
     asynchronous: true
     source: Qt.resolvedUrl(file)
+    onStatusChanged: {
+        if (status === Loader.Error)
+            failed();
+    }
     onWantedChanged: {
         if (wanted)
             make();

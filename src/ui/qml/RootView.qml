@@ -21,7 +21,7 @@ VOXWindow {
         { key: "stock", title: "STOCK FILES" }
     ]
     readonly property var viewKeys: tabs.map(tab => tab.key).concat("feedback")
-    // Whether all views are there.
+    // Whether all views are there, for whoever drives the window from outside.
     property bool complete: false
 
     // One at a time.
@@ -30,6 +30,11 @@ VOXWindow {
             view => view instanceof LazyView && view.status !== Loader.Ready);
         complete = missing.length === 0;
         missing.find(view => !view.active)?.prepare();
+    }
+
+    // A window without one of its views is none: the program ends as it does when the window cannot be loaded.
+    function giveUp(): void {
+        Qt.exit(-1);
     }
 
     visible: true
@@ -103,6 +108,7 @@ VOXWindow {
 
                             file: modelData + ".qml"
                             onLoaded: root.prepareNext()
+                            onFailed: root.giveUp()
                         }
                     }
                 }
@@ -121,6 +127,7 @@ VOXWindow {
         visible: wanted
         wanted: root.appState.showHex
         onLoaded: root.prepareNext()
+        onFailed: root.giveUp()
     }
 
     Connections {

@@ -18,6 +18,7 @@ Item {
     readonly property AppState appState: app // qmllint disable unqualified
     readonly property bool behindHex: appState.showHex
     readonly property Item currentView: views.itemAt(views.currentIndex)
+    // Without its type, which would be loaded with the window.
     readonly property var hexView: hexEditor.item
 
     function openFile(): void {
