@@ -34,9 +34,13 @@ void TextLines::setText(const QString &text)
     beginResetModel();
     m_text = text;
     m_pieces.clear();
+    qsizetype end = -1;
     for (qsizetype start = 0; start < text.size();) {
-        const qsizetype found = text.indexOf(QLatin1Char('\n'), start);
-        const qsizetype end = found < 0 ? text.size() : found;
+        // Once for a line, however many pieces it makes.
+        if (end < start) {
+            const qsizetype found = text.indexOf(QLatin1Char('\n'), start);
+            end = found < 0 ? text.size() : found;
+        }
         qsizetype cut = std::min(end, start + longestPiece);
         // Both halves of a character stay together.
         if (cut < end && text.at(cut - 1).isHighSurrogate() && text.at(cut).isLowSurrogate())

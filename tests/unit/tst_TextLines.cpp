@@ -47,6 +47,7 @@ private slots:
     void longLine_data();
     void longLine();
     void megabyteInOneLine();
+    void longestLineIsLookedThroughOnce();
     void manyLines();
     void textIsKeptWhole();
     void everyOtherTextResets();
@@ -152,6 +153,16 @@ void TestTextLines::megabyteInOneLine()
         for (qsizetype i = 1; i < pieces.size(); ++i)
             QVERIFY(!pieces.at(i - 1).back().isHighSurrogate() || !pieces.at(i).front().isLowSurrogate());
     }
+}
+
+// Looked through once for each piece, it would hold up the window for minutes.
+void TestTextLines::longestLineIsLookedThroughOnce()
+{
+    constexpr qsizetype length = 64 * 1024 * 1024;
+    TextLines model;
+    model.setText(QString(length, u'x') + u"\nend"_s);
+    QCOMPARE(model.rowCount(), int(length / 1000 + 2));
+    QCOMPARE(model.data(model.index(model.rowCount() - 1), lineRole).toString(), u"end"_s);
 }
 
 void TestTextLines::manyLines()
