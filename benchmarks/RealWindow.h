@@ -36,6 +36,16 @@ inline void whenShown(const std::function<void(QQuickWindow *)> &then)
     QTimer::singleShot(10, QCoreApplication::instance(), [then] { whenShown(then); });
 }
 
+/// Calls back once the window is shown and nothing of the start is left to be done.
+inline void whenStarted(const std::function<void(QQuickWindow *)> &then)
+{
+    whenShown([then](QQuickWindow *window) {
+        if (window->property("complete").toBool())
+            return then(window);
+        QTimer::singleShot(10, window, [then] { whenStarted(then); });
+    });
+}
+
 inline AppState *controllerOf(const QQuickWindow *window)
 {
     QQmlContext *const context = QQmlEngine::contextForObject(window)->engine()->rootContext();

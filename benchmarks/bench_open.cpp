@@ -61,7 +61,7 @@ void measure(const QString &path, QQuickWindow *target)
 void begin()
 {
     QTimer::singleShot(0, QCoreApplication::instance(), [] {
-        whenShown([](QQuickWindow *window) { measure(qEnvironmentVariable("BENCH_FILE"), window); });
+        whenStarted([](QQuickWindow *window) { measure(qEnvironmentVariable("BENCH_FILE"), window); });
     });
 }
 

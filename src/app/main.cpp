@@ -15,6 +15,8 @@
 #include <QQmlContext>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QSslConfiguration>
+#include <QThreadPool>
 
 #include <cstdio>
 #include <cstdlib>
@@ -99,6 +101,19 @@ void loadRootView(QQmlApplicationEngine &engine)
 #endif
 }
 
+// The first request would otherwise wait for the library of secure connections, and with it the file that was
+// opened. Behind the first frame, which is not to wait for it either.
+void prepareRequests(const QQmlApplicationEngine &engine)
+{
+    auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+    const auto prepare = [] {
+        QThreadPool::globalInstance()->start([] { QSslConfiguration::defaultConfiguration(); });
+    };
+    if (window)
+        QObject::connect(window, &QQuickWindow::frameSwapped, window, prepare,
+                         static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+}
+
 void showLoadFailure()
 {
     QMessageBox box(QMessageBox::Critical, QStringLiteral("KVT Editor"), loadFailureText(capturedMessages()),
@@ -135,6 +150,7 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
         showLoadFailure();
         return -1;
     }
+    prepareRequests(engine);
     if (!file.isEmpty())
         QMetaObject::invokeMethod(
             &state, [&state, file] { state.openKvt(file); }, Qt::QueuedConnection);

@@ -11,14 +11,18 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <future>
 #include <limits>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr qint64 largeFile = 4 * 1024 * 1024;
+// Small enough to be still in the processor's cache when it is filled.
+constexpr qint64 pieceSize = 1024 * 1024;
 
 QByteArray refused(QString *error, int systemError)
 {
@@ -26,12 +30,31 @@ QByteArray refused(QString *error, int systemError)
     return {};
 }
 
+// Has the system hand out memory for a whole piece at a time: page by page, as the read touches it, costs as
+// much again as the copying. It may refuse; the read then does it.
+void handOut(char *begin, qint64 size)
+{
+#ifdef MADV_POPULATE_WRITE
+    const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const auto start = (reinterpret_cast<std::uintptr_t>(begin) + page - 1) / page * page;
+    const auto end =
+        (reinterpret_cast<std::uintptr_t>(begin) + static_cast<std::uintptr_t>(size)) / page * page;
+    if (start < end)
+        madvise(reinterpret_cast<void *>(start), end - start, MADV_POPULATE_WRITE);
+#else
+    Q_UNUSED(begin)
+    Q_UNUSED(size)
+#endif
+}
+
 // How much could be read at once of a part of an open file; less than asked for at its end and on an error.
 qint64 readPart(int file, char *to, qint64 size, qint64 from)
 {
     qint64 done = 0;
     while (done < size) {
-        const ssize_t count = pread(file, to + done, static_cast<size_t>(size - done), from + done);
+        const qint64 piece = std::min(size - done, pieceSize);
+        handOut(to + done, piece);
+        const ssize_t count = pread(file, to + done, static_cast<size_t>(piece), from + done);
         if (count <= 0)
             break;
         done += count;
@@ -39,9 +62,8 @@ qint64 readPart(int file, char *to, qint64 size, qint64 from)
     return done;
 }
 
-// Where a file lies in the system's cache, copying it and handing out the memory for it page by page keeps
-// one processor busy, so two share that. What is missing of the second half is left to the next read, and so
-// is telling why.
+// Where a file lies in the system's cache, copying it and handing out the memory for it keeps one processor
+// busy, so two share that. What is missing is left to the next read, and so is telling why.
 QByteArray readAtOnce(QFile &file)
 {
     const qint64 size = file.size();
@@ -51,11 +73,11 @@ QByteArray readAtOnce(QFile &file)
     const qint64 half = size / 2;
     char *const begin = bytes.data();
     auto second = std::async(readPart, file.handle(), begin + half, size - half, half);
-    qint64 count = std::max<qint64>(file.read(begin, half), 0);
+    qint64 count = readPart(file.handle(), begin, half, 0);
     const qint64 secondCount = second.get();
-    if (count == half && file.seek(half + secondCount))
+    if (count == half)
         count += secondCount;
-    bytes.truncate(count);
+    bytes.truncate(file.seek(count) ? count : 0);
     return bytes;
 }
 
