@@ -128,6 +128,7 @@ void TestDevEndpointFaults::checkBroken(const QString &fault, const QByteArray &
     } else if (kind.phase == FaultKind::Phase::Bent) {
         QCOMPARE(outcome.bytes == ordinary, fault == "slow"_L1);
         QVERIFY(ordinary.startsWith(outcome.bytes) || outcome.bytes.startsWith(ordinary));
+        QVERIFY(!outcome.bytes.isEmpty());
     } else if (fault.startsWith("redirect"_L1)) {
         QVERIFY(outcome.bytes.contains("\r\nLocation: http://127.0.0.1"));
     } else {

@@ -1,5 +1,6 @@
 #include "support/RawHttpServer.h"
 
+#include <QCoreApplication>
 #include <QHostAddress>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -72,6 +73,17 @@ RawAnswer answerWith(const QByteArray &body)
 RawAnswer holdRequest()
 {
     return {{}, RawAnswer::Ending::KeepOpen};
+}
+
+quint16 closedPort()
+{
+    // Bound for the process's life, so that nobody else comes to listen there.
+    static const QTcpSocket *const bound = [] {
+        auto *const socket = new QTcpSocket(QCoreApplication::instance());
+        socket->bind(QHostAddress::LocalHost, 0, QAbstractSocket::DontShareAddress);
+        return socket;
+    }();
+    return bound->localPort();
 }
 
 RawHttpServer::RawHttpServer(QObject *parent)

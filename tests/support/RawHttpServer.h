@@ -60,6 +60,8 @@ QByteArray httpAnswer(int status, const QByteArray &body,
 RawAnswer answerWith(const QByteArray &body);
 /// Takes the request and never answers.
 RawAnswer holdRequest();
+/// A loopback port at which nothing listens.
+quint16 closedPort();
 
 /// A server on a loopback port that says exactly the bytes it is told to, well-formed or not, and notes what
 /// it was sent. Lives in the thread of the test.

@@ -2,8 +2,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QHostAddress>
-#include <QTcpSocket>
 #include <QTest>
 
 #include <algorithm>
@@ -101,17 +99,6 @@ const EndpointOperation &operationNamed(const QByteArray &name)
     if (found == all.end())
         qFatal("No operation is called %s", name.constData());
     return *found;
-}
-
-quint16 closedPort()
-{
-    // Bound for the process's life, so that nobody else comes to listen there.
-    static const QTcpSocket *const bound = [] {
-        auto *const socket = new QTcpSocket(QCoreApplication::instance());
-        socket->bind(QHostAddress::LocalHost, 0, QAbstractSocket::DontShareAddress);
-        return socket;
-    }();
-    return bound->localPort();
 }
 
 void addOperationRows()

@@ -30,8 +30,6 @@ EndpointOutcome expectedOutcome(const EndpointOperation &operation, bool failed,
                                 int httpStatus = 200);
 const EndpointOperation &operationAt(int index);
 const EndpointOperation &operationNamed(const QByteArray &name);
-/// A loopback port at which nothing listens.
-quint16 closedPort();
 /// A column "operation" with an index into all of them, and a row for each.
 void addOperationRows();
 /// The differences of two snapshots, for comparing with an empty list.

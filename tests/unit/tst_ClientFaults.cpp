@@ -3,12 +3,10 @@
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
 
-#include <QHostAddress>
 #include <QJsonArray>
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
 #include <QScopeGuard>
-#include <QTcpSocket>
 #include <QTest>
 #include <QTimer>
 
@@ -55,18 +53,6 @@ QByteArray manyHeaders()
         lines += "X-Header-" + QByteArray::number(i) + ": value\r\n";
     }
     return lines;
-}
-
-/// A loopback port at which nothing listens.
-quint16 closedPort()
-{
-    // Bound for the process's life, so that nobody else comes to listen there.
-    static const QTcpSocket *const bound = [] {
-        auto *const socket = new QTcpSocket(QCoreApplication::instance());
-        socket->bind(QHostAddress::LocalHost, 0, QAbstractSocket::DontShareAddress);
-        return socket;
-    }();
-    return bound->localPort();
 }
 
 bool isPost(Primitive primitive)
