@@ -99,6 +99,21 @@ ViewTest {
             verify(layerOf(name) >= 0 && layerOf(name) < layerOf("hexOverlay"), name);
     }
 
+    function test_namesTheFile() {
+        openEditor(100);
+        compare(find("hexFileName").text, "");
+        bed.openFile("a <b>tune.kvt", 64);
+        app.showHex = true;
+        const name = find("hexFileName");
+        compare(name.text, "a <b>tune.kvt");
+        compare(name.textFormat, Text.PlainText);
+        bed.openFile("w".repeat(200) + ".kvt", 64);
+        render();
+        verify(name.truncated);
+        compare(name.lineCount, 1);
+        verify(name.x + name.width < find("hexCloseButton").x);
+    }
+
     function test_nothingBehindTheOverlayTakesPart() {
         openEditor(100);
         const nav = find("nav_stock");

@@ -69,8 +69,22 @@ FocusScope {
                 textFormat: Text.PlainText
                 color: VOXTheme.text
                 font { pixelSize: 18; bold: true }
-                Layout.fillWidth: true
                 Accessible.role: Accessible.Heading
+                Accessible.name: text
+            }
+
+            Label {
+                objectName: "hexFileName"
+                text: root.appState.fileName
+                textFormat: Text.PlainText
+                color: VOXTheme.muted
+                font.pixelSize: 12
+                elide: Text.ElideMiddle
+                maximumLineCount: 1
+                Layout.fillWidth: true
+                Layout.alignment: Qt.AlignBaseline
+                Layout.leftMargin: 4
+                Accessible.role: Accessible.StaticText
                 Accessible.name: text
             }
 
