@@ -102,6 +102,18 @@ ViewTest {
         compare(app.busy, true);
     }
 
+    function test_doubleClickConvertsOnce_data() {
+        return test_openFileIsConverted_data();
+    }
+
+    function test_doubleClickConvertsOnce(data) {
+        openTune("a.kvt");
+        show();
+        const before = bed.requestCount();
+        mouseDoubleClickSequence(find(data.button));
+        verifySent(before, 1);
+    }
+
     function test_openFileIsNeeded_data() {
         return [{ tag: "bin", button: "convertKvtToBin" }, { tag: "cm2450", button: "convertKvtToBinCm2450" },
             { tag: "efi", button: "convertKvtToEfi" }];

@@ -40,6 +40,16 @@ ViewTest {
         verify(bed.requestBodies().includes("me@example.com"));
     }
 
+    function test_doubleClickSendsOneMessage() {
+        input("devEmailField").forceActiveFocus();
+        type("me@example.com");
+        input("devMessageField").forceActiveFocus();
+        type("It is slow.");
+        const before = bed.requestCount();
+        mouseDoubleClickSequence(find("sendToDevButton"));
+        verifySent(before, 1);
+    }
+
     function test_openDialog_data() {
         return [{ tag: "plain", name: "a.kvt" }, { tag: "percent", name: "100%.kvt" },
             { tag: "looks-encoded", name: "a%20b.kvt" }, { tag: "blank-hash-question", name: "a b#1?.kvt" },

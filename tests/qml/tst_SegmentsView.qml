@@ -403,6 +403,13 @@ ViewTest {
         verify(boxOf(0).enabled);
     }
 
+    function test_doubleClickAppliesOnce() {
+        preview(numbered(3));
+        const before = bed.requestCount();
+        mouseDoubleClickSequence(find("applySelectedButton"));
+        verifySent(before, 1);
+    }
+
     function test_longLabelIsShownWholeOnHover() {
         const label = "Main spark table ".repeat(30);
         const list = preview([{ label: label }, { label: "short" }]);

@@ -608,7 +608,7 @@ void TestLife::operationStartedTwiceAtOnce_data()
         QTest::newRow(operations[i].name) << static_cast<int>(i);
 }
 
-// What a button does that was clicked twice, fast: the same twice.
+// Only the views keep a double click from asking twice.
 void TestLife::operationStartedTwiceAtOnce()
 {
     QFETCH(int, index);

@@ -126,6 +126,8 @@ Item {
                 VOXButton {
                     objectName: "sendToDevButton"
                     text: "Send to Dev"
+                    // A double click opens one ticket.
+                    onDoubleClicked: {}
                     onClicked: root.appState.sendToDev(emailField.text, messageField.text)
                 }
 
