@@ -278,6 +278,37 @@ ViewTest {
         compare(find("line", find("dtcRow299")).text, app.j1939Rows[299].text);
     }
 
+    function test_oneMegabyteIsShown_data() {
+        return [
+            { tag: "all-ff", digit: "F", count: 131071,
+                text: "SPN 524287  FMI 31 (condition exists)  OC 127  lamp 255  [FFFFFFFF]" },
+            { tag: "all-00", digit: "0", count: 131071,
+                text: "SPN 0  FMI 0 (above normal (most severe))  OC 0  lamp 0  [00000000]" },
+            { tag: "no-digits", digit: "x", count: 0, text: "" }
+        ];
+    }
+
+    function test_oneMegabyteIsShown(data) {
+        show();
+        const list = find("dtcList");
+        app.decodeJ1939(data.digit.repeat(1048576));
+        compare(app.status, data.count + " DTC(s).");
+        compare(app.statusOK, 1);
+        compare(list.count, data.count);
+        compare(find("dtcEmptyLine").visible, data.count === 0);
+        list.forceActiveFocus(Qt.TabFocusReason);
+        keyClick(Qt.Key_End);
+        render();
+        if (data.count > 0)
+            compare(find("line", find("dtcRow" + (data.count - 1))).text, data.text);
+        verify(list.contentItem.children.length < 200);
+        app.decodeJ1939("04 FF 5B 00 03 01");
+        compare(list.count, 1);
+        render();
+        compare(find("line", find("dtcRow0")).text,
+            "SPN 91  FMI 3 (voltage high)  OC 1  lamp 4  [5B000301]");
+    }
+
     function test_textToHex_data() {
         return [
             { tag: "empty", text: "", hex: "" },
