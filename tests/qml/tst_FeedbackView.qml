@@ -202,6 +202,21 @@ ViewTest {
         verifySent(before, 1);
     }
 
+    function test_longTextsGoOutWhole_data() {
+        return [{ tag: "ticketSubmitButton", texts: { Description: "" }, field: "ticketDescriptionField" },
+            { tag: "ticketReplyButton", texts: { Id: "T-7" }, field: "ticketReplyField" }];
+    }
+
+    function test_longTextsGoOutWhole(data) {
+        show();
+        fillIn(data.texts);
+        app.copyText("x".repeat(40000) + " the end", "");
+        input(data.field).forceActiveFocus();
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        click(data.tag);
+        tryVerify(() => bed.requestBodies().includes("x".repeat(40000) + " the end"));
+    }
+
     function test_returnInTheReplySendsNothing() {
         show();
         fillIn({ Id: "T-7", Reply: "x" });

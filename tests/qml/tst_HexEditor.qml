@@ -362,6 +362,29 @@ ViewTest {
         compare(shownRows()[1].characters.slice(0, 3), "AB.");
     }
 
+    function test_longPatchIsPastedWhole_data() {
+        return [{ tag: "apart", text: "FE ".repeat(20000) }, { tag: "together", text: "FE".repeat(20000) }];
+    }
+
+    function test_longPatchIsPastedWhole(data) {
+        openEditor(100000);
+        app.copyText(data.text, "");
+        find("hexPatchField").forceActiveFocus();
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        click("hexApplyButton");
+        compare(app.status, "Patched 20000 byte(s).");
+        compare(shownRows()[0].digits, "FE ".repeat(16).trim());
+        app.hexModel.cursor = 0;
+        app.hexFind("FE FE 20");
+        compare(app.hexModel.cursor, 19998);
+        app.hexModel.cursor = 99999;
+        app.copyText(data.text, "");
+        find("hexSearchField").forceActiveFocus();
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        click("hexFindButton");
+        compare(app.status, "FOUND AT 0X0");
+    }
+
     function test_anotherFileShowsAtOnce() {
         const rows = openEditor(100000);
         rows.forceActiveFocus();

@@ -40,6 +40,14 @@ ViewTest {
         verify(bed.requestBodies().includes("me@example.com"));
     }
 
+    function test_longMessageGoesOutWhole() {
+        app.copyText("x".repeat(40000) + " the end", "");
+        input("devMessageField").forceActiveFocus();
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        click("sendToDevButton");
+        tryVerify(() => bed.requestBodies().includes("x".repeat(40000) + " the end"));
+    }
+
     function test_doubleClickSendsOneMessage() {
         input("devEmailField").forceActiveFocus();
         type("me@example.com");

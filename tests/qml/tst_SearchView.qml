@@ -97,6 +97,20 @@ ViewTest {
         compare(app.searchHits[0].name, "b_2015.ctz");
     }
 
+    // Nothing is left of the root's path, so that is refused in words, and not asked for again.
+    function test_rootFolderIsRefusedInWords() {
+        app.tab = "search";
+        const dialog = find("searchFolderDialog");
+        click("searchBrowseButton");
+        tryVerify(() => dialog.visible);
+        dialog.close();
+        dialog.selectedFolder = "file:///";
+        dialog.accepted();
+        compare(app.status, "Pick a search folder first.");
+        compare(app.statusOK, 0);
+        verify(!dialog.visible);
+    }
+
     function test_everyFilterCounts_data() {
         return [
             { tag: "name", field: "searchNameField", text: "TUNE", hits: ["tune_2014.kvt"] },

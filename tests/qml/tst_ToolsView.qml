@@ -139,6 +139,13 @@ ViewTest {
         compare(bed.openedUrls().pop(), app.serviceUrl("checksum-gui.html"));
     }
 
+    function test_doubleClickStartsOnce() {
+        show();
+        const opened = bed.openedUrls().length;
+        mouseDoubleClickSequence(find("tile_delco"));
+        compare(bed.openedUrls().length, opened + 1);
+    }
+
     function test_conversions_data() {
         return [{ tag: "xcal", operation: "convert_xcal2bin" },
             { tag: "ecfg", operation: "convert_ecfg2xdf" }];
@@ -276,6 +283,27 @@ ViewTest {
         render();
         verify(list.contentY > list.originY);
         compare(find("line", find("dtcRow299")).text, app.j1939Rows[299].text);
+    }
+
+    function test_longDumpIsPastedWhole() {
+        show();
+        app.copyText("00 00" + " 5B 00 03 01".repeat(20000), "");
+        find("dtcField").forceActiveFocus();
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        click("dtcDecodeButton");
+        compare(app.status, "20000 DTC(s).");
+    }
+
+    function test_longTextIsTurnedWhole() {
+        openPopup();
+        popupInput("vinTextField").forceActiveFocus();
+        app.copyText("A".repeat(40000), "");
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        compare(popupInput("vinHexField").text, "41 ".repeat(40000).trim());
+        popupInput("hexInField").forceActiveFocus();
+        app.copyText(popupInput("vinHexField").text, "");
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        compare(popupInput("asciiOutField").text, "A".repeat(40000));
     }
 
     function test_oneMegabyteIsShown_data() {

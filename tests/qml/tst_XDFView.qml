@@ -220,6 +220,17 @@ ViewTest {
         verifyNothingSent(requests);
     }
 
+    function test_doubleClickOpensOnePage_data() {
+        return test_storeSite_data();
+    }
+
+    function test_doubleClickOpensOnePage(data) {
+        show();
+        const opened = bed.openedUrls().length;
+        mouseDoubleClickSequence(find(data.button));
+        compare(bed.openedUrls().length, opened + 1);
+    }
+
     function test_rowShowsItsItem() {
         const list = load({ items: [{ id: 7, title: "Truck 5.3", os_id: "12654321", credits: 3 }] });
         compare(list.count, 1);

@@ -23,6 +23,7 @@ VOXCard {
         VOXField {
             id: message
             objectName: "dtcField"
+            ofAnyLength: true
             placeholderText: "Paste a DM1 message"
             onAccepted: root.decode()
             Layout.fillWidth: true

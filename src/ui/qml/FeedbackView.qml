@@ -50,6 +50,7 @@ Item {
                     id: descriptionField
                     objectName: "ticketDescriptionField"
                     title: "Description"
+                    ofAnyLength: true
                 }
 
                 VOXButton {
@@ -96,6 +97,7 @@ Item {
                     id: replyField
                     objectName: "ticketReplyField"
                     title: "Reply"
+                    ofAnyLength: true
                 }
 
                 VOXButton {

@@ -104,6 +104,7 @@ FocusScope {
             VOXField {
                 id: searchField
                 objectName: "hexSearchField"
+                ofAnyLength: true
                 hint: "Ctrl+F"
                 placeholderText: "Hex or ASCII search"
                 focus: true
@@ -141,6 +142,7 @@ FocusScope {
             VOXField {
                 id: patchField
                 objectName: "hexPatchField"
+                ofAnyLength: true
                 placeholderText: "Patch hex at cursor (e.g. FF 00)"
                 Layout.fillWidth: true
             }

@@ -121,6 +121,7 @@ Item {
                     id: messageField
                     objectName: "devMessageField"
                     title: "Message for dev team"
+                    ofAnyLength: true
                 }
 
                 VOXButton {

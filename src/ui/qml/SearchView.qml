@@ -21,13 +21,17 @@ Item {
         if (folder === "")
             showFolderDialog();
         else
-            appState.scanFolder(folder, appState.searchRecursive !== "0", nameField.text, osField.text,
-                makeField.text, yearField.text);
+            scan();
+    }
+
+    function scan(): void {
+        appState.scanFolder(folder, appState.searchRecursive !== "0", nameField.text, osField.text,
+            makeField.text, yearField.text);
     }
 
     function takeFolder(path: string): void {
         folder = path;
-        search();
+        scan();
     }
 
     objectName: "searchView"

@@ -27,6 +27,8 @@ Button {
     Accessible.role: Accessible.Button
     Accessible.name: comingSoon ? text + ", coming soon" : text
 
+    // A double click starts one program, and opens one page.
+    onDoubleClicked: {}
     Keys.onReturnPressed: event => {
         if (!event.isAutoRepeat)
             clicked();

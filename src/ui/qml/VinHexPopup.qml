@@ -45,11 +45,13 @@ Popup {
             id: vinText
             objectName: "vinTextField"
             title: "Text / VIN"
+            ofAnyLength: true
         }
 
         VOXTextField {
             objectName: "vinHexField"
             title: "Hex bytes"
+            ofAnyLength: true
             text: VinHex.hexOf(vinText.text)
             locked: true
         }
@@ -58,11 +60,13 @@ Popup {
             id: hexIn
             objectName: "hexInField"
             title: "Hex in"
+            ofAnyLength: true
         }
 
         VOXTextField {
             objectName: "asciiOutField"
             title: "ASCII out"
+            ofAnyLength: true
             text: VinHex.asciiOf(hexIn.text)
             locked: true
         }

@@ -71,6 +71,8 @@ Item {
                         objectName: "xdfRegisterButton"
                         text: "REGISTER"
                         Layout.preferredWidth: 140
+                        // A double click opens one page.
+                        onDoubleClicked: {}
                         onClicked: root.openStore()
                     }
                 }
@@ -78,6 +80,8 @@ Item {
                 VOXButton {
                     objectName: "xdfForgotButton"
                     text: "FORGOT PASSWORD?"
+                    // A double click opens one page.
+                    onDoubleClicked: {}
                     onClicked: root.openStore()
                 }
 

@@ -13,6 +13,7 @@ ColumnLayout {
     property alias text: field.text
     property alias input: field
     property alias hint: field.hint
+    property alias ofAnyLength: field.ofAnyLength
     property bool locked: false
     property bool secret: false
     property bool copyable: false
