@@ -93,6 +93,7 @@ private slots:
     void endlessBodyKeepsTheLoopAlive();
     void authenticationRequestIsAnErrorWithoutLoop();
     void decompressionBombIsRefused();
+    void erasedFlashIsUnpacked();
     void sixtyFourMebibytes();
     void hundredThousandItems();
 
@@ -597,6 +598,20 @@ void TestClientFaults::decompressionBombIsRefused()
         QVERIFY2(primitive == Primitive::KvtWorker || !outcome.error.isEmpty(), name);
         QVERIFY2(outcome.bytes.size() < 200'000'000, name);
     }
+}
+
+void TestClientFaults::erasedFlashIsUnpacked()
+{
+    // A thousand to one.
+    const QByteArray image(64 * 1024 * 1024, '\xff');
+    const QByteArray packed = qCompress(image, 9).mid(4);
+    QVERIFY(packed.size() * 900 < image.size());
+    m_server->answerNext({httpAnswer(200, packed, "Content-Encoding: deflate\r\n")});
+    start(*m_client, Primitive::KvtWorker, *m_outcome);
+    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
+    QCOMPARE(m_outcome->worker.error, QString());
+    QCOMPARE(m_outcome->worker.data.size(), image.size());
+    QVERIFY(m_outcome->worker.data == image);
 }
 
 void TestClientFaults::sixtyFourMebibytes()
