@@ -5,6 +5,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace {
@@ -22,10 +23,14 @@ QString progress(const QString &what, qint64 done, qint64 total)
                      : QStringLiteral("%1 %2").arg(what, size(done));
 }
 
-/// The sum of two totals is known when both are.
+/// The sum of two totals is known when both are. A peer may announce any number: what is more than can be
+/// counted is the most that can.
 qint64 totalOf(qint64 one, qint64 other)
 {
-    return one < 0 || other < 0 ? -1 : one + other;
+    if (one < 0 || other < 0)
+        return -1;
+    constexpr qint64 most = std::numeric_limits<qint64>::max();
+    return one > most - other ? most : one + other;
 }
 
 } // namespace

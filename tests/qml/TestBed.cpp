@@ -1,10 +1,12 @@
 #include "TestBed.h"
 
 #include <QAccessible>
+#include <QClipboard>
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QFile>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMimeData>
@@ -85,10 +87,9 @@ void TestBed::writeUndecodable(const QString &folder)
     std::ofstream(undecodableIn(tempPath(folder))) << "bytes";
 }
 
-void TestBed::removeUndecodable(const QString &folder)
+bool TestBed::removeUndecodable(const QString &folder)
 {
-    if (!std::filesystem::remove(undecodableIn(tempPath(folder))))
-        qFatal("The file of undecodable name is gone");
+    return std::filesystem::remove(undecodableIn(tempPath(folder)));
 }
 
 bool TestBed::dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls)
@@ -194,6 +195,11 @@ void TestBed::answerNext(const QString &body)
     m_server.answerNext(answerWith(body.toUtf8()));
 }
 
+void TestBed::answerPart(int request, const QString &bytes)
+{
+    m_server.answerHeld(request, {bytes.toUtf8(), RawAnswer::Ending::KeepOpen});
+}
+
 bool TestBed::allArrived() const
 {
     return m_server.completeRequestCount() - fetchedPaths().size() == m_sentCount;
@@ -234,4 +240,9 @@ QStringList TestBed::openedUrls() const
     for (const QUrl &url : m_opened->opened)
         urls.append(url.toString());
     return urls;
+}
+
+QString TestBed::clipboardText() const
+{
+    return QGuiApplication::clipboard()->text();
 }

@@ -35,8 +35,8 @@ public:
     Q_INVOKABLE void writeFile(const QString &name, int size = 32);
     /// Writes a file whose name is no text, "caf\xe9.kvt", into a folder of the bed's.
     Q_INVOKABLE void writeUndecodable(const QString &folder);
-    /// Removes it, which the library's own clearing up cannot; there must be one.
-    Q_INVOKABLE void removeUndecodable(const QString &folder);
+    /// Removes it, which the library's own clearing up cannot; tells whether there was one.
+    Q_INVOKABLE bool removeUndecodable(const QString &folder);
     /// Drags what is at these addresses to a place in the window, from outside, with the key for moving held;
     /// tells whether it would be taken.
     Q_INVOKABLE bool dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls);
@@ -64,6 +64,8 @@ public:
     Q_INVOKABLE QString lastRequestBody() const;
     /// What the next request gets, with status 200.
     Q_INVOKABLE void answerNext(const QString &body);
+    /// A part of an answer to a request, counted from 0, that has none yet; more may follow.
+    Q_INVOKABLE void answerPart(int request, const QString &bytes);
     Q_INVOKABLE int requestCount() const { return m_server.requestCount(); }
     /// Whether every request that the controllers sent has come, whole.
     Q_INVOKABLE bool allArrived() const;
@@ -74,6 +76,7 @@ public:
     /// An address on the server, for texts that must not be fetched.
     Q_INVOKABLE QString address(const QString &path) const;
     Q_INVOKABLE QStringList openedUrls() const;
+    Q_INVOKABLE QString clipboardText() const;
 
 private:
     const UrlRecorder *m_opened;

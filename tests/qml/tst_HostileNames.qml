@@ -37,6 +37,11 @@ ViewTest {
         ];
     }
 
+    // The library could not remove the folder of a file whose name is no text.
+    function cleanup() {
+        bed.removeUndecodable("undecodable");
+    }
+
     // A file of that name in a folder of that name, of a size that no other has.
     function write(name: string): string {
         bed.writeFile(name + "/" + name + ".kvt", ++size);
@@ -196,6 +201,6 @@ ViewTest {
         tryVerify(() => textsIn(window.overlayItem).some(item => item.text === "plain.kvt"));
         dialog.reject();
         tryVerify(() => !dialog.visible);
-        bed.removeUndecodable("undecodable");
+        verify(bed.removeUndecodable("undecodable"));
     }
 }

@@ -5,7 +5,7 @@ import KvtEditor
 
 // One text of the worst kind in every place of the window at once: whatever shows it, in whatever view, shows
 // letters, keeps to its place, and fetches nothing.
-ViewTest {
+HostileTest {
     id: root
 
     name: "HostileWindow"
@@ -14,46 +14,6 @@ ViewTest {
     // which.
     readonly property var shownPerView: ({ main: 22, convert: 22, segments: 30, search: 5, sorter: 5, xdf: 12,
         patcher: 8, tools: 1, stock: 11, feedback: 6 })
-
-    function texts(): var {
-        return {
-            "picture": "<img src='" + bed.address("picture.png") + "'>",
-            "entities": "<img src='" + bed.address("picture.png").replace(/\//g, "&#47;") + "'>",
-            "tag": "<b>bold</b>",
-            "ampersand": "R&D &amp;&lt;b&gt;",
-            "newlines": "line\n".repeat(300),
-            "carriage-returns": "line\r\u2028".repeat(300),
-            "nul": "a\u0000b",
-            "override": "a\u202Eb",
-            "lone-surrogate": "a\uD800b",
-            "combining": "a" + "\u0301".repeat(2000),
-            "links": "<a href='javascript:x()'>x</a> file:///etc/passwd",
-            "markdown": "![x](" + bed.address("picture.png") + ")",
-            "place-holder": "%1 %2 %n",
-            "long": "x".repeat(1000000)
-        };
-    }
-
-    function rows(tags: var): var {
-        return tags.map(tag => ({ tag: tag }));
-    }
-
-    // Half a character has no UTF-8, but JSON can spell it.
-    function bodyOf(object: var): string {
-        return JSON.stringify(object).split("\uD800").join("\\ud800");
-    }
-
-    // What the service answers to a call, until the status line tells of it.
-    function answerWords(words: string, call: var): void {
-        bed.answerNext(words);
-        app.setStatus("");
-        call();
-        tryVerify(() => app.status !== "", 30000);
-    }
-
-    function answer(object: var, call: var): void {
-        answerWords(bodyOf(object), call);
-    }
 
     function infoOf(text: string, moduleCount: int): var {
         const module = { title: text, vin: text, serial: text, mainOs: text,
@@ -94,77 +54,6 @@ ViewTest {
         find("sorterView").folder = text;
         find("segmentsView").baseName = text;
         find("segmentsView").donorName = text;
-    }
-
-    function visitAll(): void {
-        app.showHex = true;
-        app.showHex = false;
-        for (const key of window.viewKeys) {
-            app.tab = key;
-            render();
-        }
-    }
-
-    // Every item in sight, however deep; popups are in the overlay.
-    function inSight(): var {
-        const found = [];
-        const collect = item => {
-            if (!item.visible)
-                return;
-            found.push(item);
-            for (let i = 0; i < item.children.length; ++i)
-                collect(item.children[i]);
-        };
-        collect(window.contentItem);
-        collect(window.overlayItem);
-        return found;
-    }
-
-    function clipperOf(item: var): var {
-        let around = item.parent;
-        while (around.parent && !around.clip)
-            around = around.parent;
-        return around;
-    }
-
-    // Captions are in capitals, and lists make one line of several.
-    function plain(text: string): string {
-        return text.toUpperCase().replace(/[\r\n\u2028\u2029]+/g, " ");
-    }
-
-    function shows(item: var, text: string): bool {
-        return plain(item.text.slice(0, 5000)).includes(plain(text.slice(0, 100).trim()));
-    }
-
-    // What is wrong with how the item shows its text; empty when nothing is.
-    function faultOf(item: var): string {
-        // A line of input has no format.
-        if (item instanceof TextInput)
-            return item.text.length <= 32767 ? "" : "more than a field takes";
-        if (item instanceof Text || item instanceof TextEdit) {
-            const place = inWindow(item);
-            const around = inWindow(clipperOf(item));
-            return item.textFormat !== Text.PlainText ? "takes tags"
-                : item.contentWidth > item.width + 1 ? item.contentWidth + " wide in " + item.width
-                : item.contentHeight > item.height + 1 ? item.contentHeight + " high in " + item.height
-                : place.left < around.left - 1 || place.right > around.right + 1 ? place + " beyond " + around : "";
-        }
-        // Qt's own labels in controls take tags.
-        return /IconLabel|CheckLabel|MnemonicLabel/.test(String(item.contentItem)) ? "a label of Qt's" : "";
-    }
-
-    // Every text in sight is letters; tells how many items say this one.
-    function verifyView(text: string): int {
-        let count = 0;
-        for (const item of inSight()) {
-            if (typeof item.text !== "string" || item.text === "")
-                continue;
-            const fault = faultOf(item);
-            verify(fault === "", [item, item.objectName, item.text.slice(0, 60), fault].join(" "));
-            if (shows(item, text))
-                ++count;
-        }
-        return count;
     }
 
     function test_everyView_data() { return rows(Object.keys(texts())); }
@@ -328,6 +217,8 @@ ViewTest {
               properties: { textFormat: Text.PlainText, height: 5 } },
             { tag: "out-of-its-place", component: textComponent, fault: /beyond/,
               properties: { textFormat: Text.PlainText, x: -50 } },
+            { tag: "below-the-window", component: textComponent, fault: /out of the window$/,
+              properties: { textFormat: Text.PlainText, y: 895 } },
             { tag: "button", component: buttonComponent, properties: {}, fault: "a label of Qt's" }
         ];
     }
@@ -339,6 +230,33 @@ ViewTest {
         verify(inSight().includes(item));
         const fault = faultOf(item);
         verify(data.fault instanceof RegExp ? data.fault.test(fault) : fault === data.fault, fault);
+    }
+
+    function test_walkSeesCollisions() {
+        const place = inWindow(find("statusLine").parent);
+        app.setStatus("some words", 0);
+        render();
+        compare(collision(), "");
+        const beside = { text: "others", textFormat: Text.PlainText, x: place.x, y: place.y - 60 };
+        const item = createTemporaryObject(textComponent, layerOf(find("statusLine")), beside);
+        compare(collision(), "");
+        item.y = inWindow(find("statusLine")).y;
+        verify(/^(others.* and some words|some words.* and others)/.test(collision()), collision());
+        const clip = createTemporaryObject(clipComponent, item.parent, { x: place.x, y: item.y });
+        item.parent = clip;
+        item.x = 0;
+        item.y = 40;
+        compare(collision(), "");
+    }
+
+    Component {
+        id: clipComponent
+
+        Item {
+            width: 300
+            height: 20
+            clip: true
+        }
     }
 
     Component {
