@@ -7,6 +7,10 @@
 #include <QMutexLocker>
 #include <QScopedValueRollback>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 struct Messages
@@ -24,16 +28,33 @@ Messages &messages()
 
 thread_local bool isWriting = false;
 
+// The temporary folder is everybody's: a pipe of that name would hold up the program's start, so nothing is
+// waited for, and only a regular file is written to. -1 when there is none.
+int openLog(const QString &path)
+{
+    const int log = ::open(QFile::encodeName(path).constData(),
+                           O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    struct stat status;
+    if (log >= 0 && (::fstat(log, &status) != 0 || !S_ISREG(status.st_mode))) {
+        ::close(log);
+        return -1;
+    }
+    return log;
+}
+
 // Opened for each line, so that a crash loses none that was written.
 void append(QByteArrayView text)
 {
     // What the framework says of a log that it cannot write would wait for the lock that is held here.
     const QScopedValueRollback<bool> writing(isWriting, true);
     const QString folder = QDir::tempPath();
-    QFile file(QDir(folder).filePath(QStringLiteral("kvteditornew-qt.log")));
     // A temporary folder that is gone is reported as an empty path, and the log must not land in the working
     // folder.
-    if (folder.isEmpty() || !file.open(QIODevice::Append | QIODevice::Text))
+    if (folder.isEmpty())
+        return;
+    const int log = openLog(QDir(folder).filePath(QStringLiteral("kvteditornew-qt.log")));
+    QFile file;
+    if (log < 0 || !file.open(log, QIODevice::Append | QIODevice::Text, QFileDevice::AutoCloseHandle))
         return;
     file.write(text.toByteArray() + '\n');
 }

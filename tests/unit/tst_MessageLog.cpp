@@ -1,4 +1,5 @@
 #include "app/MessageLog.h"
+#include "support/FileSizeLimit.h"
 #include "support/TestMain.h"
 
 #include <QDebug>
@@ -10,6 +11,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -70,6 +73,50 @@ QByteArray logContent()
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+/// A pipe in the file system, and the end of it that is read; it never blocks.
+class Pipe
+{
+public:
+    explicit Pipe(const QString &path)
+        : m_path(QFile::encodeName(path))
+    {
+        m_made = ::mkfifo(m_path.constData(), 0600) == 0;
+    }
+    ~Pipe()
+    {
+        ::close(m_reader);
+        ::close(m_writer);
+    }
+    Q_DISABLE_COPY_MOVE(Pipe)
+
+    bool isMade() const { return m_made; }
+    bool openForReading() { return (m_reader = ::open(m_path.constData(), O_RDONLY | O_NONBLOCK)) >= 0; }
+    /// Writes until it takes no more. How many bytes it took.
+    qsizetype fill()
+    {
+        m_writer = ::open(m_path.constData(), O_WRONLY | O_NONBLOCK);
+        const QByteArray page(4096, 'f');
+        qsizetype filled = 0;
+        for (ssize_t count = 0; count >= 0; count = ::write(m_writer, page.constData(), 4096))
+            filled += count;
+        return filled;
+    }
+    QByteArray content()
+    {
+        QByteArray content;
+        char byte = 0;
+        while (::read(m_reader, &byte, 1) == 1)
+            content.append(byte);
+        return content;
+    }
+
+private:
+    QByteArray m_path;
+    bool m_made = false;
+    int m_reader = -1;
+    int m_writer = -1;
+};
+
 } // namespace
 
 class TestMessageLog : public QObject
@@ -94,6 +141,10 @@ private slots:
     void manyThreads();
     void unwritableLogIsPassedOver_data();
     void unwritableLogIsPassedOver();
+    void logThatIsNoFileIsPassedOver_data();
+    void logThatIsNoFileIsPassedOver();
+    void logBehindALinkIsAppendedTo();
+    void fullDiskIsPassedOver();
     void loadFailureText_data();
     void loadFailureText();
 
@@ -118,7 +169,8 @@ void TestMessageLog::cleanup()
 {
     qInstallMessageHandler(m_ofTheTest);
     qputenv("TMPDIR", m_temporaryFolder);
-    QDir(logPath()).removeRecursively();
+    if (!QFile::remove(logPath()))
+        QDir(logPath()).removeRecursively();
 }
 
 void TestMessageLog::debugGoesNowhere()
@@ -290,6 +342,73 @@ void TestMessageLog::unwritableLogIsPassedOver()
     QCOMPARE(captured(), QStringList{u"warned"_s});
     QVERIFY(QDir(current.path()).isEmpty());
     QCOMPARE(QFileInfo::exists(logPath()), folderInItsPlace);
+}
+
+void TestMessageLog::logThatIsNoFileIsPassedOver_data()
+{
+    QTest::addColumn<bool>("behindALink");
+    QTest::addColumn<bool>("read");
+    QTest::addColumn<bool>("full");
+    QTest::newRow("pipe-nobody-reads") << false << false << false;
+    QTest::newRow("pipe-somebody-reads") << false << true << false;
+    QTest::newRow("pipe-full") << false << true << true;
+    QTest::newRow("link-to-a-pipe") << true << true << false;
+}
+
+void TestMessageLog::logThatIsNoFileIsPassedOver()
+{
+    QFETCH(bool, behindALink);
+    QFETCH(bool, read);
+    QFETCH(bool, full);
+    QTemporaryDir elsewhere;
+    const QString path = behindALink ? elsewhere.filePath(u"pipe"_s) : logPath();
+    Pipe pipe(path);
+    QVERIFY(pipe.isMade());
+    QVERIFY(!behindALink || QFile::link(path, logPath()));
+    QVERIFY(!read || pipe.openForReading());
+    const qsizetype filled = full ? pipe.fill() : 0;
+    QCOMPARE(filled > 0, full);
+    Console console;
+    logLine("main: start");
+    qWarning("warned");
+    const QByteArray printed = console.printed();
+    QCOMPARE(printed, QByteArray());
+    QCOMPARE(captured(), QStringList{u"warned"_s});
+    QVERIFY(pipe.content() == QByteArray(filled, 'f'));
+
+    QVERIFY(QFile::remove(logPath()));
+    logLine("main: start");
+    QCOMPARE(logContent(), QByteArray("main: start\n"));
+}
+
+void TestMessageLog::logBehindALinkIsAppendedTo()
+{
+    QTemporaryDir elsewhere;
+    QFile target(elsewhere.filePath(u"log"_s));
+    QVERIFY(target.open(QIODevice::WriteOnly) && target.write("earlier\n") == 8);
+    target.close();
+    QVERIFY(QFile::link(target.fileName(), logPath()));
+    logLine("main: start");
+    QVERIFY(QFileInfo(logPath()).isSymLink());
+    QVERIFY(target.open(QIODevice::ReadOnly));
+    QCOMPARE(target.readAll(), QByteArray("earlier\nmain: start\n"));
+}
+
+void TestMessageLog::fullDiskIsPassedOver()
+{
+    Console console;
+    {
+        const FileSizeLimit limit(7);
+        logLine("main: start");
+        qWarning("warned");
+    }
+    // What is printed goes into a file as well, which may grow as far.
+    const QByteArray printed = console.printed();
+    QCOMPARE(printed, QByteArray());
+    QCOMPARE(captured(), QStringList{u"warned"_s});
+    QCOMPARE(logContent(), QByteArray("main: s"));
+    logLine("main: loading QML");
+    QCOMPARE(logContent(), QByteArray("main: smain: loading QML\n"));
 }
 
 void TestMessageLog::loadFailureText_data()
