@@ -173,7 +173,7 @@ private:
         size_t next = 0;
     };
 
-    bool isOver() const { return (m_cancel && *m_cancel) || (m_limit > 0 && m_hits.size() >= m_limit); }
+    bool isOver() const { return isCancelled() || (m_limit > 0 && m_hits.size() >= m_limit); }
 
     bool isCancelled() const { return m_cancel && *m_cancel; }
 

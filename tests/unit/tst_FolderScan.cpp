@@ -12,14 +12,32 @@
 
 #include <atomic>
 #include <fcntl.h>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
 
 using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+// What happens once so many files were asked for their size.
+std::function<void()> afterSizes;
+int sizesLeft = 0;
+
+} // namespace
+
+// In place of the C library's, to know where a scan is.
+extern "C" int fstatat(int folder, const char *path, struct stat *status, int flags) noexcept
+{
+    if (sizesLeft > 0 && --sizesLeft == 0)
+        afterSizes();
+    return static_cast<int>(syscall(SYS_newfstatat, folder, path, status, flags));
+}
 
 namespace {
 
@@ -178,6 +196,7 @@ private slots:
     void limit();
     void limitCountsHits();
     void cancelBefore();
+    void cancelAmongFilesOfOneFolder();
     void cancelDuring();
     void oddNames_data();
     void oddNames();
@@ -591,6 +610,19 @@ void TestFolderScan::cancelBefore()
     cancel = false;
     QCOMPARE(scan(m_dir->path(), {}, true, 0, &cancel).size(), 1);
     QVERIFY(!cancel);
+}
+
+void TestFolderScan::cancelAmongFilesOfOneFolder()
+{
+    for (int index = 0; index < 50; ++index)
+        QVERIFY(makeFile(inDir(u"%1.kvt"_s.arg(index))));
+    std::atomic<bool> cancel = false;
+    sizesLeft = 7;
+    afterSizes = [&cancel] { cancel = true; };
+    const QVariantList hits = scan(m_dir->path(), {}, true, 0, &cancel);
+    QVERIFY(cancel);
+    QCOMPARE(hits.size(), 7);
+    QCOMPARE(hits, foundByIterator(m_dir->path()).mid(0, 7));
 }
 
 void TestFolderScan::cancelDuring()
