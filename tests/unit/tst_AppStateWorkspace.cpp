@@ -74,6 +74,9 @@ private slots:
     void save_keepsIdentifiersAndSendsNothing();
     void save_failureKeepsPathAndName();
     void save_overItself();
+    void save_overItselfThroughALink_data();
+    void save_overItselfThroughALink();
+    void save_afterTheFolderWasRemoved();
 
     void hexFind_emptyQuery();
     void hexFind_stepsAndWraps();
@@ -587,6 +590,67 @@ void TestAppStateWorkspace::save_overItself()
     m_state->saveKvt(inDir(u"truck.kvt"_s));
     QCOMPARE(m_state->status(), u"Saved."_s);
     QCOMPARE(contentOf(inDir(u"truck.kvt"_s)), QByteArray("bytes"));
+}
+
+void TestAppStateWorkspace::save_overItselfThroughALink_data()
+{
+    QTest::addColumn<QString>("opened");
+    QTest::addColumn<QString>("saved");
+
+    QTest::newRow("link-to-the-open-file") << u"truck.kvt"_s << u"link.kvt"_s;
+    QTest::newRow("opened-through-the-link") << u"link.kvt"_s << u"link.kvt"_s;
+    QTest::newRow("file-behind-the-open-link") << u"link.kvt"_s << u"truck.kvt"_s;
+}
+
+void TestAppStateWorkspace::save_overItselfThroughALink()
+{
+    QFETCH(QString, opened);
+    QFETCH(QString, saved);
+    QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
+    QVERIFY(QFile::link(inDir(u"truck.kvt"_s), inDir(u"link.kvt"_s)));
+    QVERIFY(openFile(opened, "bytes"));
+    m_state->hexPatch(u"B"_s);
+    QSignalSpy statuses(m_state.get(), &AppState::statusChanged);
+    m_state->saveKvt(inDir(saved));
+    QCOMPARE(m_state->status(), u"Saved."_s);
+    QCOMPARE(m_state->statusOK(), 1);
+    QCOMPARE(statuses.count(), 1);
+    QCOMPARE(m_state->fileName(), saved);
+    QCOMPARE(QFileInfo(inDir(u"link.kvt"_s)).symLinkTarget(), inDir(u"truck.kvt"_s));
+    QCOMPARE(contentOf(inDir(u"truck.kvt"_s)), QByteArray("Bytes"));
+    QCOMPARE(m_state->currentKvtBytes(), QByteArray("Bytes"));
+    QCOMPARE(QDir(m_dir->path()).entryList(QDir::Files), QStringList({u"link.kvt"_s, u"truck.kvt"_s}));
+    QCOMPARE(m_server->requestCount(), 1);
+}
+
+void TestAppStateWorkspace::save_afterTheFolderWasRemoved()
+{
+    QVERIFY(QDir(m_dir->path()).mkpath(u"trucks/ford"_s));
+    const QString path = inDir(u"trucks/ford/truck.kvt"_s);
+    QVERIFY(makeFile(path, "bytes"));
+    m_state->openKvt(path);
+    QTRY_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
+    m_state->hexPatch(u"B"_s);
+    QVERIFY(QDir(inDir(u"trucks"_s)).removeRecursively());
+    m_state->saveKvt(path);
+    QCOMPARE(m_state->status(), u"Saved."_s);
+    QCOMPARE(m_state->statusOK(), 1);
+    QCOMPARE(m_state->fileName(), u"truck.kvt"_s);
+    QCOMPARE(contentOf(path), QByteArray("Bytes"));
+    QCOMPARE(m_server->requestCount(), 1);
+
+    // No folder can be made again where a file stands by now.
+    QVERIFY(QDir(inDir(u"trucks"_s)).removeRecursively());
+    QVERIFY(makeFile(inDir(u"trucks"_s), "in the way"));
+    QSignalSpy statuses(m_state.get(), &AppState::statusChanged);
+    m_state->saveKvt(path);
+    QVERIFY(!m_state->status().isEmpty() && m_state->status() != u"Saved."_s);
+    QCOMPARE(m_state->statusOK(), 0);
+    QCOMPARE(statuses.count(), 1);
+    QCOMPARE(contentOf(inDir(u"trucks"_s)), QByteArray("in the way"));
+    QCOMPARE(m_state->currentKvtBytes(), QByteArray("Bytes"));
+    m_state->saveKvt(inDir(u"truck.kvt"_s));
+    QCOMPARE(m_state->status(), u"Saved."_s);
 }
 
 void TestAppStateWorkspace::hexFind_emptyQuery()

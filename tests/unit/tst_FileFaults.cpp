@@ -1,4 +1,5 @@
 #include "EndpointTest.h"
+#include "core/FileTools.h"
 #include "support/FileSizeLimit.h"
 #include "support/FormData.h"
 #include "support/PlainRights.h"
@@ -7,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QScopeGuard>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -142,6 +144,63 @@ constexpr Reading readings[] = {
      Refusal::FixedText, "Copied 0 of 1 file(s)."},
 };
 
+constexpr qint64 quarterOfGibibyte = 268'435'456;
+const QByteArray lastBytes = "the last bytes";
+
+/// Zeros up to the last bytes, which take no room on the disk.
+bool makeLarge(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.seek(quarterOfGibibyte - lastBytes.size())
+        && file.write(lastBytes) == lastBytes.size();
+}
+
+/// Something that reads a file of a quarter of a gibibyte, and sends it along.
+struct LargeReading
+{
+    const char *name;
+    void (*start)(AppState &state, const QString &path, const QString &other);
+    const char *status;
+    /// In how many of the form's parts it goes out; without any there is no request.
+    int parts = 1;
+    bool opens = false;
+};
+
+constexpr LargeReading largeReadings[] = {
+    {"openKvt", [](AppState &state, const QString &path, const QString &) { state.openKvt(path); },
+     "Opened chosen.kvt \u2014 268435456 bytes.", 1, true},
+    {"kvt2bin",
+     [](AppState &state, const QString &path, const QString &) { state.convertOp(u"kvt2bin"_s, path); },
+     R"({"status":"ok","vin":"BIGVIN"})"},
+    {"bin2kvt-base",
+     [](AppState &state, const QString &path, const QString &other) {
+         state.pickBaseKvt(path);
+         state.convertOp(u"bin2kvt"_s, other);
+     },
+     R"({"status":"ok","vin":"BIGVIN"})"},
+    {"xcal",
+     [](AppState &state, const QString &path, const QString &) { state.toolConvert(u"xcal"_s, path); },
+     R"({"status":"ok","vin":"BIGVIN"})"},
+    {"swap-preview",
+     [](AppState &state, const QString &path, const QString &) {
+         state.pickSegmentFile(u"base"_s, path);
+         state.previewSegments();
+     },
+     "0 swap candidate(s)."},
+    {"swap-apply",
+     [](AppState &state, const QString &path, const QString &) {
+         state.pickSegmentFile(u"base"_s, path);
+         state.pickSegmentFile(u"donor"_s, path);
+         state.applySegments();
+     },
+     R"({"status":"ok","vin":"BIGVIN"})", 2},
+    {"sorted-file",
+     [](AppState &state, const QString &path, const QString &) {
+         state.sortCopy({path}, QFileInfo(path).path() + u"/sorted"_s, u"make"_s);
+     },
+     "Copied 1 of 1 file(s).", 0},
+};
+
 /// What keeps a file from being written, and what the status line says then; an empty text stands for the
 /// system's own word.
 struct Hindrance
@@ -210,21 +269,25 @@ struct Writing
     const char *failure = "";
     int failureLevel = 0;
     const char *success = "";
+    /// How many requests it sends, and what more is sent and said where the written file is opened, too.
+    int requests = 1;
+    int requestsForOpening = 0;
+    int textsForOpening = 0;
 };
 
 constexpr Writing writings[] = {
     {"saveKvt", [](AppState &state, const QString &folder) { state.saveKvt(folder + u"/below/saved.kvt"_s); },
-     "below/saved.kvt", Writing::Place::Folder, "{}", "", 0, "Saved."},
+     "below/saved.kvt", Writing::Place::Folder, "{}", "", 0, "Saved.", 0},
     {"convertOp", [](AppState &state, const QString &) { state.convertOp(u"kvt2bin"_s, {}); }, "open.bin",
      Writing::Place::Documents, "8 bytes.", "", 0, "Saved open.bin"},
     {"convertOp-tune",
      [](AppState &state, const QString &folder) { state.convertOp(u"ctz2kvt"_s, folder + u"/in.bin"_s); },
-     "from_ctz.kvt", Writing::Place::Documents, "8 bytes.", "", 0, "Saved from_ctz.kvt"},
+     "from_ctz.kvt", Writing::Place::Documents, "8 bytes.", "", 0, "Saved from_ctz.kvt", 1, 1, 1},
     {"toolConvert",
      [](AppState &state, const QString &folder) { state.toolConvert(u"vbf"_s, folder + u"/in.vbf"_s); },
      "in.bin", Writing::Place::Documents, "8 bytes.", "", 0, "Saved in.bin"},
     {"applySegments", [](AppState &state, const QString &) { state.applySegments(); }, "swapped.kvt",
-     Writing::Place::Documents, "8 bytes.", "", 0, "Saved swapped.kvt"},
+     Writing::Place::Documents, "8 bytes.", "", 0, "Saved swapped.kvt", 1, 1, 1},
     {"xdfDownload", [](AppState &state, const QString &) { state.xdfDownload(0); }, "Tables.xdf",
      Writing::Place::Documents, "8 bytes.", "", 0, "Downloaded XDF."},
     // The patch is paid for and applied, whatever becomes of the copy.
@@ -239,9 +302,9 @@ constexpr Writing writings[] = {
          state.sortCopy({folder + u"/in.bin"_s}, folder + u"/sorted"_s, u"make"_s);
      },
      "sorted/UnknownMake/in.bin", Writing::Place::Folder, "{}", "Copied 0 of 1 file(s).", 0,
-     "Copied 1 of 1 file(s)."},
+     "Copied 1 of 1 file(s).", 0},
     {"stockOpen", [](AppState &state, const QString &) { state.stockDownload(0, true); }, "stock.kvt",
-     Writing::Place::Temporary, "8 bytes.", "", 0, "Opened stock.kvt \u2014 8 bytes."},
+     Writing::Place::Temporary, "8 bytes.", "", 0, "Opened stock.kvt \u2014 8 bytes.", 1, 1, 0},
 };
 
 QString targetOf(const Writing &writing, const QString &folder)
@@ -291,6 +354,7 @@ class TestFileFaults : public EndpointTest
 private slots:
     void read_data();
     void read();
+    void quarterOfAGibibyte_data();
     void quarterOfAGibibyte();
     void write_data();
     void write();
@@ -301,8 +365,14 @@ private:
     QString inFolder(const QString &name) const { return m_bench->folder() + u'/' + name; }
     /// Writes, on a disk with so much room, and waits for the end of it.
     void run(const Writing &writing, rlim_t room = RLIM_INFINITY);
+    /// After run(): that it said so once, and sent nothing twice.
+    void checkFailure(const Writing &writing, const QString &text, const QString &path);
+    void checkSuccess(const Writing &writing, const QString &path);
     /// Nothing but the file itself differs, and the view that an opened download leads to.
     void checkNothingElse(const QString &path);
+
+    qsizetype m_texts = 0;
+    int m_requests = 0;
 };
 
 void TestFileFaults::read_data()
@@ -332,6 +402,7 @@ void TestFileFaults::read()
     m_before = m_bench->snapshot();
     clear(path);
     QVERIFY(met.make(path));
+    const QSignalSpy texts(&state, &AppState::statusChanged);
     {
         const PlainRights rights;
         tried.use(state, path, inFolder(u"in.bin"_s));
@@ -339,6 +410,7 @@ void TestFileFaults::read()
     }
 
     QCOMPARE(state.statusOK(), 0);
+    QCOMPARE(texts.count(), 1);
     QStringList changed = differences(m_before, m_bench->snapshot());
     if (tried.leadsToMain)
         changed.removeAll(u"tab"_s);
@@ -364,21 +436,39 @@ void TestFileFaults::read()
     QCOMPARE(state.statusOK(), 1);
 }
 
+void TestFileFaults::quarterOfAGibibyte_data()
+{
+    QTest::addColumn<int>("reading");
+
+    for (int reading = 0; reading < int(std::size(largeReadings)); ++reading)
+        QTest::newRow(largeReadings[reading].name) << reading;
+}
+
 void TestFileFaults::quarterOfAGibibyte()
 {
+    QFETCH(int, reading);
+    const LargeReading &tried = largeReadings[reading];
     const QString path = inFolder(u"chosen.kvt"_s);
-    QVERIFY(makeFile(path, "start"));
-    QVERIFY(QFile::resize(path, 268'435'456));
+    QVERIFY(makeLarge(path));
     AppState &state = m_bench->state();
-    state.pickBaseKvt(path);
-    QCOMPARE(state.status(), u"Base KVT set: chosen.kvt"_s);
     m_server->answerAlways(answerWith(R"({"status":"ok","vin":"BIGVIN"})"));
-    state.openKvt(path);
-    QCOMPARE(state.status(), u"Opened chosen.kvt \u2014 268435456 bytes."_s);
+    m_before = m_bench->snapshot();
+    tried.start(state, path, inFolder(u"in.bin"_s));
     QVERIFY(m_bench->settle());
-    QCOMPARE(state.vin(), u"BIGVIN"_s);
-    QCOMPARE(m_server->requestCount(), 1);
-    QVERIFY(m_server->request(0).body.size() > 268'435'456);
+    QCOMPARE(state.status(), QString::fromUtf8(tried.status));
+    QCOMPARE(state.statusOK(), 1);
+    if (tried.opens)
+        QCOMPARE(state.vin(), u"BIGVIN"_s);
+    else
+        QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_bench->snapshot())), QStringList());
+
+    QCOMPARE(m_server->requestCount(), qMin(tried.parts, 1));
+    const QByteArray body = m_server->request(0).body;
+    QCOMPARE(body.size() / quarterOfGibibyte, tried.parts);
+    QCOMPARE(body.count(lastBytes + "\r\n"), tried.parts);
+    if (tried.parts == 0)
+        QVERIFY(FileTools::readFile(inFolder(u"sorted/UnknownMake/chosen.kvt"_s))
+                == FileTools::readFile(path));
     checkNextGoodOne(operationNamed("kvt_info"));
 }
 
@@ -410,17 +500,11 @@ void TestFileFaults::write()
         const PlainRights rights;
         run(tried);
     }
-    const AppState &state = m_bench->state();
-    QVERIFY2(isRefused(tried, QString::fromUtf8(met.text), state), qPrintable(state.status()));
-    QCOMPARE(m_desktop->opened, QList<QUrl>());
-    checkNothingElse(path);
+    checkFailure(tried, QString::fromUtf8(met.text), path);
 
     clear(tried, path);
     run(tried);
-    QCOMPARE(state.status(), QString::fromUtf8(tried.success));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), eightBytes);
+    checkSuccess(tried, path);
 }
 
 void TestFileFaults::run(const Writing &writing, rlim_t room)
@@ -431,9 +515,34 @@ void TestFileFaults::run(const Writing &writing, rlim_t room)
     m_server->answerAlways(answerWith("{}"));
     m_server->answerNext(answerWith(writing.answer));
     m_before = m_bench->snapshot();
+    const QSignalSpy texts(&m_bench->state(), &AppState::statusChanged);
+    const int requests = m_server->requestCount();
     const FileSizeLimit limit(room);
     writing.start(m_bench->state(), m_bench->folder());
     QVERIFY(m_bench->settle());
+    m_texts = texts.count();
+    m_requests = m_server->requestCount() - requests;
+}
+
+void TestFileFaults::checkFailure(const Writing &writing, const QString &text, const QString &path)
+{
+    const AppState &state = m_bench->state();
+    QVERIFY2(isRefused(writing, text, state), qPrintable(state.status()));
+    QCOMPARE(m_texts, 1);
+    QCOMPARE(m_requests, writing.requests);
+    QCOMPARE(m_desktop->opened, QList<QUrl>());
+    checkNothingElse(path);
+}
+
+void TestFileFaults::checkSuccess(const Writing &writing, const QString &path)
+{
+    QCOMPARE(m_bench->state().status(), QString::fromUtf8(writing.success));
+    QCOMPARE(m_bench->state().statusOK(), 1);
+    QCOMPARE(m_texts, 1 + writing.textsForOpening);
+    QCOMPARE(m_requests, writing.requests + writing.requestsForOpening);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), eightBytes);
 }
 
 void TestFileFaults::checkNothingElse(const QString &path)
@@ -465,20 +574,17 @@ void TestFileFaults::diskFull()
     const Writing &tried = writings[writing];
     const QString path = targetOf(tried, m_bench->folder());
     const auto cleaned = qScopeGuard([&] { clear(tried, path); });
-    const bool fits = limit == eightBytes.size();
     // What the test itself writes is there before the disk is full.
     run(tried, rlim_t(limit));
-    const AppState &state = m_bench->state();
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), eightBytes.first(limit));
-    if (fits) {
-        QCOMPARE(state.status(), QString::fromUtf8(tried.success));
-        return;
+    if (limit < eightBytes.size()) {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), eightBytes.first(limit));
+        checkFailure(tried, u"Short write."_s, path);
+        // Over what reached the disk.
+        run(tried);
     }
-    QVERIFY2(isRefused(tried, u"Short write."_s, state), qPrintable(state.status()));
-    QCOMPARE(m_desktop->opened, QList<QUrl>());
-    checkNothingElse(path);
+    checkSuccess(tried, path);
 }
 
 KVTEDITOR_TEST_MAIN(TestFileFaults)
