@@ -21,6 +21,7 @@
 
 namespace {
 
+// Asked again and again: by itself X tells neither what is drawn in a window nor that its process has ended.
 constexpr std::chrono::milliseconds pollInterval(5);
 
 // What is asked of a window that goes meanwhile fails, which is no reason to end.

@@ -5,6 +5,7 @@
 //   refused prints the status text with which the command line's file is refused, and the name of the open
 //           file, and closes the window
 //   dialog  closes the window while the file dialog is open in it
+//   drawing prints the number of the interface by which the window is drawn, and closes it
 //   scan    closes the window right after a search of the folder that KVTEDITOR_SCAN_ROOT names has begun
 // Whatever it says, a failure box is printed and answered with its button.
 
@@ -16,6 +17,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QQuickWindow>
+#include <QSGRendererInterface>
 #include <QTimer>
 
 #include <cstdio>
@@ -64,6 +66,13 @@ void beginScan(const WindowDriver &driver)
     std::printf("%s\n", driver.app()->searchBusy() ? "scan: running" : "scan: not running");
 }
 
+void tellDrawing(const WindowDriver &driver)
+{
+    driver.waitFor([&driver] { return driver.window()->isSceneGraphInitialized(); },
+                   QStringLiteral("the means of drawing"));
+    std::printf("drawn: %d\n", driver.window()->rendererInterface()->graphicsApi());
+}
+
 void closeWindow(const QByteArray &wish)
 {
     const WindowDriver driver;
@@ -73,6 +82,8 @@ void closeWindow(const QByteArray &wish)
         waitForRefusal(driver);
     else if (wish == "dialog")
         openDialog(driver);
+    else if (wish == "drawing")
+        tellDrawing(driver);
     else if (wish == "scan")
         beginScan(driver);
     driver.window()->close();
