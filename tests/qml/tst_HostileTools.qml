@@ -21,7 +21,7 @@ HostileTest {
             { tag: "combining", text: all["combining"], faults: 0 },
             { tag: "half-a-character", text: all["lone-surrogate"], faults: 0 },
             { tag: "newlines", text: "00 00\n5B\r\n00\u2028 03 01", faults: 1 },
-            { tag: "long", text: "F".repeat(1000000), faults: 4095 }
+            { tag: "long", text: "F".repeat(1000000), faults: 124999 }
         ];
     }
 
@@ -60,7 +60,7 @@ HostileTest {
         const field = name => find("field", find(name, popup.contentItem));
         field("vinTextField").text = text;
         const hex = field("vinHexField").text;
-        verify(/^[0-9A-F]{2,6}( [0-9A-F]{2,6})*/.test(hex), hex.slice(0, 40));
+        verify(/^[0-9A-F]{2,6}( [0-9A-F]{2,6})*( |$)/.test(hex.slice(0, 3000)), hex.slice(0, 40));
         field("hexInField").text = isLatin ? hex : text;
         if (isLatin)
             verify(text.startsWith(field("asciiOutField").text) && field("asciiOutField").text !== "");

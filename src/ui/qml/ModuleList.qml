@@ -32,6 +32,7 @@ Item {
         // A number: only another number of lines makes the list anew, and thereby loses the place in it.
         model: root.lines.count + 1
         reuseItems: true
+        cacheBuffer: 0
         interactive: contentHeight > height
         boundsBehavior: Flickable.StopAtBounds
         // The line with the keyboard is the current one, which stays alive out of sight.

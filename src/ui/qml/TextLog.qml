@@ -61,6 +61,7 @@ Rectangle {
         anchors { fill: parent; margins: 10 }
         clip: true
         reuseItems: true
+        cacheBuffer: 0
         boundsBehavior: Flickable.StopAtBounds
         highlightFollowsCurrentItem: false
         keyNavigationEnabled: false

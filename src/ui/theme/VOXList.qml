@@ -28,6 +28,9 @@ ListView {
     header: Item { implicitHeight: 4 }
     footer: Item { implicitHeight: 4 }
     reuseItems: true
+    // Rows made beforehand are made bit by bit, and one that is half made when the rows change is never finished
+    // nor forgotten (seen in Qt 6.4).
+    cacheBuffer: 0
     boundsBehavior: Flickable.StopAtBounds
     currentIndex: -1
     highlightMoveDuration: 0
