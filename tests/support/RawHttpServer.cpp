@@ -145,15 +145,17 @@ void RawHttpServer::accept()
         ++m_connectionCount;
         m_connections.insert(socket, {});
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-            m_connections.remove(socket);
+            const Connection gone = m_connections.take(socket);
+            if (gone.request < 0)
+                m_strayBytes += gone.unread;
             socket->deleteLater();
         });
         const RawAnswer &next = m_queue.isEmpty() ? m_always : m_queue.first();
-        if (next.moment == RawAnswer::Moment::OnConnect) {
-            act(socket, takeAnswer());
-            continue;
-        }
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
+        if (next.moment == RawAnswer::Moment::OnConnect) {
+            m_connections[socket].answered = true;
+            act(socket, takeAnswer());
+        }
         read(socket);
     }
 }
@@ -171,7 +173,7 @@ void RawHttpServer::read(QTcpSocket *socket)
             return;
         }
         startRequest(socket, connection, headEnd + 4);
-        if (connection.answer.moment == RawAnswer::Moment::AfterHead) {
+        if (!connection.answered && connection.answer.moment == RawAnswer::Moment::AfterHead) {
             act(socket, RawAnswer(connection.answer));
             return;
         }
@@ -186,8 +188,10 @@ void RawHttpServer::read(QTcpSocket *socket)
     }
     request.complete = true;
     connection.request = -1;
-    const RawAnswer answer = connection.answer;
-    act(socket, answer);
+    if (!connection.answered) {
+        const RawAnswer answer = connection.answer;
+        act(socket, answer);
+    }
     emit requestArrived();
 }
 
@@ -198,7 +202,8 @@ void RawHttpServer::startRequest(QTcpSocket *socket, Connection &connection, qsi
     connection.unread.remove(0, headEnd);
     connection.missing = announcedLength(request);
     connection.request = requestCount();
-    connection.answer = takeAnswer();
+    if (!connection.answered)
+        connection.answer = takeAnswer();
     m_requests.append(request);
     m_requestSockets.append(socket);
 }
@@ -223,8 +228,17 @@ void RawHttpServer::act(QTcpSocket *socket, const RawAnswer &answer)
     if (answer.ending == RawAnswer::Ending::Reset) {
         reset(socket);
     } else if (answer.ending == RawAnswer::Ending::Close) {
-        socket->disconnectFromHost();
+        if (answer.moment == RawAnswer::Moment::OnConnect)
+            closeForWriting(socket);
+        else
+            socket->disconnectFromHost();
     }
+}
+
+// The peer sees the connection closed, and what it sends all the same is still counted here.
+void RawHttpServer::closeForWriting(QTcpSocket *socket)
+{
+    ::shutdown(static_cast<int>(socket->socketDescriptor()), SHUT_WR);
 }
 
 void RawHttpServer::reset(QTcpSocket *socket)

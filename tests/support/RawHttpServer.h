@@ -85,9 +85,12 @@ public:
     void answerHeld(int request, const RawAnswer &answer);
 
     int connectionCount() const { return m_connectionCount; }
+    /// Requests whose head came, those too that were answered at connecting, unless that was a reset.
     int requestCount() const { return static_cast<int>(m_requests.size()); }
     int completeRequestCount() const;
     RecordedRequest request(int index) const { return m_requests.value(index); }
+    /// What came over connections that are gone, and made no head.
+    QByteArray strayBytes() const { return m_strayBytes; }
     /// Bytes of endless bodies that the peers have taken so far.
     qint64 endlessBytes() const { return m_endlessBytes; }
 
@@ -102,6 +105,8 @@ private:
         int request = -1;
         qint64 missing = 0;
         RawAnswer answer;
+        /// Nothing more is said here, whatever comes.
+        bool answered = false;
     };
 
     void accept();
@@ -109,6 +114,7 @@ private:
     void startRequest(QTcpSocket *socket, Connection &connection, qsizetype headEnd);
     void act(QTcpSocket *socket, const RawAnswer &answer);
     static void reset(QTcpSocket *socket);
+    static void closeForWriting(QTcpSocket *socket);
     void feedEndless(QTcpSocket *socket);
     RawAnswer takeAnswer();
 
@@ -119,5 +125,6 @@ private:
     QList<RawAnswer> m_queue;
     RawAnswer m_always;
     int m_connectionCount = 0;
+    QByteArray m_strayBytes;
     qint64 m_endlessBytes = 0;
 };

@@ -153,7 +153,7 @@ bool EndpointBench::fill()
         && !m_state->threadText().isEmpty();
 }
 
-bool EndpointBench::enlargeInputs(int size)
+bool EndpointBench::resizeInputs(int size)
 {
     const QByteArray big(size, 'B');
     m_state->hexModel()->setBytes(big);

@@ -70,7 +70,7 @@ public:
     /// Fills the features from a server of its own; false when one of them stayed empty.
     bool fill();
     /// From now on every file that an operation sends has so many bytes; false when one could not be written.
-    bool enlargeInputs(int size);
+    bool resizeInputs(int size);
     void setApiBase(const QString &base) { m_state->findChild<VoxApiClient *>()->setApiBase(base); }
     void start(const EndpointOperation &operation) { operation.start(*m_state, m_folder.path()); }
     /// Waits until no request is under way.

@@ -172,7 +172,12 @@ void EndpointTest::cleanup()
 
 void EndpointTest::begin(const EndpointOperation &operation)
 {
+    disconnect(m_listening);
+    m_said.clear();
     m_bench->start(operation);
+    const AppState *const state = &m_bench->state();
+    m_listening =
+        connect(state, &AppState::statusChanged, this, [this, state] { m_said.append(state->status()); });
     m_before = m_bench->snapshot();
     QCOMPARE(m_before.value(u"busy"_s).toBool(), operation.decoding == Decoding::Worker);
     m_before.insert(u"busy"_s, false);
@@ -184,6 +189,7 @@ void EndpointTest::checkExactly(const EndpointOperation &operation, const Endpoi
     const AppState &state = m_bench->state();
     QVERIFY2(matches(state.status(), outcome.status), qPrintable(state.status()));
     QCOMPARE(state.statusOK(), outcome.level);
+    checkStatuses(operation);
     const Snapshot after = m_bench->snapshot();
     if (!outcome.saved) {
         // A success may change what the operation is about, and nothing else.
@@ -201,6 +207,7 @@ void EndpointTest::checkLoosely(const EndpointOperation &operation)
 {
     const Snapshot after = m_bench->snapshot();
     QVERIFY(!after.value(u"busy"_s).toBool());
+    checkStatuses(operation);
     const bool emptyFile = m_bench->state().status() == u"Could not read file."_s;
     if (m_bench->state().statusOK() == 0 && !emptyFile) {
         QCOMPARE(differences(m_before, after), QStringList());
@@ -211,6 +218,26 @@ void EndpointTest::checkLoosely(const EndpointOperation &operation)
     if (*operation.savedName != '\0' && after.contains(savedPath(operation)))
         expected = withSavedFile(operation, expected, after.value(savedPath(operation)).toByteArray());
     QCOMPARE(differences(expected, fileAndDisk(after)), QStringList());
+}
+
+void EndpointTest::checkStatuses(const EndpointOperation &operation)
+{
+    if (operation.decoding == Decoding::Silent) {
+        QCOMPARE(m_said, QStringList());
+        return;
+    }
+    const AppState &state = m_bench->state();
+    QStringList expected{state.status()};
+    // An accepted reply leads to a second request, which may fail.
+    const bool replies = QLatin1StringView(operation.name) == "replyTicket"_L1;
+    if (replies && (state.statusOK() == 1 || m_said.size() > 1))
+        expected.prepend(u"Reply sent."_s);
+    if (operation.destination == Destination::DocumentsAndOpened
+        && state.status() == QLatin1StringView(operation.savedStatus)) {
+        expected.prepend(u"Opened %1 \u2014 %2 bytes."_s.arg(
+            QLatin1StringView(operation.savedName), QString::number(state.currentKvtBytes().size())));
+    }
+    QCOMPARE(m_said, expected);
 }
 
 void EndpointTest::checkNextGoodOne(const EndpointOperation &operation)

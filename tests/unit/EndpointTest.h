@@ -58,6 +58,8 @@ protected:
                       const QByteArray &body);
     /// Whatever came of it: it failed and changed nothing, or it worked and touched only its own things.
     void checkLoosely(const EndpointOperation &operation);
+    /// One text for each step that was done, and none that the operation does not say.
+    void checkStatuses(const EndpointOperation &operation);
     /// Before the test's own server again.
     void checkNextGoodOne(const EndpointOperation &operation);
 
@@ -65,4 +67,9 @@ protected:
     std::unique_ptr<UrlRecorder> m_desktop;
     std::unique_ptr<EndpointBench> m_bench;
     Snapshot m_before;
+    /// What the status line said since the operation was started.
+    QStringList m_said;
+
+private:
+    QMetaObject::Connection m_listening;
 };

@@ -14,6 +14,8 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int bigBody = 20'000'000;
+/// What a good answer's status line counts.
+constexpr int smallBody = 5;
 
 QString certificate(const QString &name)
 {
@@ -102,7 +104,8 @@ void TestEndpointConnections::unreachable()
     QFETCH(int, operation);
     QFETCH(QString, base);
     const EndpointOperation &tried = operationAt(operation);
-    if (base == u"https"_s) {
+    const bool wrongProtocol = base == u"https"_s;
+    if (wrongProtocol) {
         m_server->answerAlways(
             {httpAnswer(400, "no"), RawAnswer::Ending::Close, RawAnswer::Moment::OnConnect});
         base = withScheme(u"https"_s, m_server->baseUrl());
@@ -111,7 +114,11 @@ void TestEndpointConnections::unreachable()
     begin(tried);
     QVERIFY(m_bench->settle());
     checkExactly(tried, expectedOutcome(tried, true, {}), {});
-    QCOMPARE(m_server->requestCount(), 0);
+    if (wrongProtocol) {
+        // The first byte of a handshake's record, and never a request in clear.
+        QTRY_VERIFY_WITH_TIMEOUT(m_server->strayBytes().startsWith('\x16'), 60'000);
+        QCOMPARE(m_server->requestCount(), 0);
+    }
     if (!QTest::currentTestFailed())
         checkNextGoodOne(tried);
 }
@@ -135,13 +142,16 @@ void TestEndpointConnections::proxyRefuses()
     const EndpointOperation &tried = operationAt(operation);
     const QNetworkProxy before = QNetworkProxy::applicationProxy();
     const auto restore = qScopeGuard([&before] { QNetworkProxy::setApplicationProxy(before); });
-    // The proxy would be the one to look up the host.
+    // The proxy would be the one to look up the host: without it the text would be of a host not found.
     QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, closedPort()));
     m_bench->setApiBase(scheme + u"://service.example/api/"_s);
     begin(tried);
     QVERIFY(m_bench->settle());
-    checkExactly(tried, expectedOutcome(tried, true, {}), {});
-    QCOMPARE(m_server->connectionCount(), 0);
+    EndpointOutcome outcome = expectedOutcome(tried, true, {});
+    if (outcome.status.endsWith(u'!'))
+        outcome.status = outcome.status.chopped(1)
+            + (scheme == u"http"_s ? u"Connection refused"_s : u"Proxy connection refused"_s);
+    checkExactly(tried, outcome, {});
     if (!QTest::currentTestFailed())
         checkNextGoodOne(tried);
 }
@@ -163,8 +173,10 @@ void TestEndpointConnections::plainAddressOnSecurePort()
     checkExactly(tried, expectedOutcome(tried, true, {}), {});
     // Joins every thread of the service: nothing can arrive any more.
     service.stop();
+    // What was sent in clear was sent once; a document is asked for again.
     QVERIFY(service.connectionCount() > 0);
-    QCOMPARE(service.requestCount(), 0);
+    QVERIFY2(service.connectionCount() <= (tried.decoding == Decoding::Get ? 20 : 1),
+             qPrintable(QString::number(service.connectionCount())));
     if (!QTest::currentTestFailed())
         checkNextGoodOne(tried);
 }
@@ -304,18 +316,22 @@ void TestEndpointConnections::bigBodyIsSentOnce()
     QFETCH(int, ending);
     QFETCH(int, moment);
     const EndpointOperation &tried = operationNamed(operation);
-    QVERIFY(m_bench->enlargeInputs(bigBody));
+    QVERIFY(m_bench->resizeInputs(bigBody));
     m_server->answerNext({{}, RawAnswer::Ending(ending), RawAnswer::Moment(moment)});
     begin(tried);
-    const int level = m_bench->state().statusOK();
     QVERIFY(m_bench->settle());
-    QCOMPARE(m_bench->state().statusOK(), tried.decoding == Decoding::Silent ? level : 0);
-    QCOMPARE(differences(m_before, m_bench->snapshot()), QStringList());
+    EndpointOutcome outcome = expectedOutcome(tried, true, {});
+    if (tried.decoding == Decoding::Silent)
+        outcome.status = u"Opened other.kvt \u2014 20000000 bytes."_s;
+    checkExactly(tried, outcome, {});
     QCOMPARE(m_server->requestCount(), 1);
     if (RawAnswer::Moment(moment) == RawAnswer::Moment::AfterRequest)
         QVERIFY(m_server->request(0).body.size() > bigBody);
     else
         QVERIFY(!m_server->request(0).complete);
+    QVERIFY(m_bench->resizeInputs(smallBody));
+    if (!QTest::currentTestFailed())
+        checkNextGoodOne(tried);
 }
 
 KVTEDITOR_TEST_MAIN(TestEndpointConnections)

@@ -1,7 +1,6 @@
 #include "EndpointTest.h"
 
 #include <QGuiApplication>
-#include <QSignalSpy>
 #include <QTest>
 
 #include <algorithm>
@@ -118,6 +117,11 @@ QList<Fault> faults()
     };
 }
 
+// The library connects again, up to three times, where the peer left before anything was sent, and asks for a
+// document as often. Now and then a connection that was reset is made twice (seen in 6.4), so this only tells
+// that there is an end.
+constexpr int mostConnections = 20;
+
 int statusOf(const Fault &fault)
 {
     return fault.answer.bytes.mid(9, 3).toInt();
@@ -145,6 +149,9 @@ private slots:
     void authenticationIsAskedForInVain();
     void controllerDestroyedWithEverythingInFlight_data();
     void controllerDestroyedWithEverythingInFlight();
+
+private:
+    void checkRequests(const EndpointOperation &operation, bool mayBeUnsent);
 };
 
 void TestEndpointFaults::answer_data()
@@ -171,13 +178,12 @@ void TestEndpointFaults::answer()
     const Fault fed = faults().at(fault);
     // The library may ask for a document again; what is posted is posted once.
     const bool isPost = tried.decoding != Decoding::Get;
-    const bool counted = isPost && fed.answer.moment != RawAnswer::Moment::OnConnect;
-    if (counted)
+    const bool beforeItIsSent = fed.answer.moment == RawAnswer::Moment::OnConnect;
+    if (isPost && !beforeItIsSent)
         m_server->answerNext(fed.answer);
     else
         m_server->answerAlways(fed.answer);
     begin(tried);
-    QSignalSpy status(&m_bench->state(), &AppState::statusChanged);
     QVERIFY(m_bench->settle());
 
     const bool exact = fed.arrives == Arrives::Body || fed.arrives == Arrives::ErrorAndBody;
@@ -190,17 +196,24 @@ void TestEndpointFaults::answer()
     if (QTest::currentTestFailed())
         return;
     const int level = m_bench->state().statusOK();
-    const bool silent = tried.decoding == Decoding::Silent;
-    QVERIFY(silent ? status.isEmpty() : level == 0 ? status.count() == 1 : status.count() >= 1);
     const bool failsByTransport =
         fed.arrives == Arrives::ErrorAndBody || fed.arrives == Arrives::ErrorMaybeBody;
     const bool reads = tried.decoding == Decoding::Json || tried.decoding == Decoding::Get;
     QVERIFY(!failsByTransport || !reads || level == 0);
-    if (counted) {
-        const int requests = m_server->requestCount();
-        QVERIFY(requests == 1 || (level == 1 && requests == tried.goodRequests));
-    }
+    checkRequests(tried, beforeItIsSent);
     checkNextGoodOne(tried);
+}
+
+/// How often the server was asked, and called at.
+void TestEndpointFaults::checkRequests(const EndpointOperation &operation, bool mayBeUnsent)
+{
+    const int requests = m_server->requestCount();
+    QVERIFY2(m_server->connectionCount() <= mostConnections,
+             qPrintable(QString::number(m_server->connectionCount())));
+    if (operation.decoding == Decoding::Get || (mayBeUnsent && requests == 0))
+        return;
+    QVERIFY2(requests == 1 || (m_bench->state().statusOK() == 1 && requests == operation.goodRequests),
+             qPrintable(QString::number(requests)));
 }
 
 void TestEndpointFaults::resetBeforeADocumentIsAskedFor()
