@@ -7,6 +7,7 @@
 #include <QMutexLocker>
 #include <QScopedValueRollback>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -32,8 +33,11 @@ thread_local bool isWriting = false;
 // waited for, and only a regular file is written to. -1 when there is none.
 int openLog(const QString &path)
 {
-    const int log = ::open(QFile::encodeName(path).constData(),
-                           O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+    const QByteArray name = QFile::encodeName(path);
+    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    int log = ::open(name.constData(), flags, 0666);
+    while (log < 0 && errno == EINTR)
+        log = ::open(name.constData(), flags, 0666);
     struct stat status;
     if (log >= 0 && (::fstat(log, &status) != 0 || !S_ISREG(status.st_mode))) {
         ::close(log);

@@ -185,8 +185,10 @@ start_program() {
   rm -rf "$work/run"
   mkdir -p "$work/run/home" "$work/run/tmp" "$work/run/path"
   mkdir -m 700 "$work/run/runtime"
+  # Takes an address, and opens nothing.
+  ln -s "$(type -P true)" "$work/run/path/xdg-open"
   local environment=(
-    # Nothing on the path, so no browser.
+    # Nothing else on the path, so no browser.
     "PATH=$work/run/path" "LANG=C.UTF-8" "HOME=$work/run/home" "XDG_CONFIG_HOME=$work/run/home/config"
     "TMPDIR=$work/run/tmp" "XDG_RUNTIME_DIR=$work/run/runtime" "DISPLAY=$DISPLAY" "QT_QPA_PLATFORM=xcb"
     "KVTEDITOR_SERVICE_CONFIG=$work/service.json" "${drawing[@]}"
