@@ -131,8 +131,9 @@ bool TestBed::drop(QObject *window, const QPointF &place, const QList<QUrl> &url
 
 void TestBed::repeatKey(QObject *window, int key, int modifiers)
 {
-    QTest::simulateEvent(qobject_cast<QWindow *>(window), true, key, Qt::KeyboardModifiers(modifiers), {},
-                         true);
+    for (const bool press : {false, true})
+        QTest::simulateEvent(qobject_cast<QWindow *>(window), press, key, Qt::KeyboardModifiers(modifiers), {},
+                             true);
 }
 
 void TestBed::fillHex(int size)

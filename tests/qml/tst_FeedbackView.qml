@@ -202,6 +202,19 @@ ViewTest {
         verifySent(before, 1);
     }
 
+    function test_heldSpaceSendsOnce_data() {
+        return [{ tag: "ticketSubmitButton" }, { tag: "ticketReplyButton" }, { tag: "ticketLoadButton" }];
+    }
+
+    function test_heldSpaceSendsOnce(data) {
+        show();
+        fillIn({ Description: "It is slow.", Id: "T-7", Reply: "Thank you." });
+        const before = bed.requestCount();
+        find(data.tag).forceActiveFocus(Qt.TabFocusReason);
+        hold(Qt.Key_Space);
+        verifySent(before, 1);
+    }
+
     function test_longTextsGoOutWhole_data() {
         return [{ tag: "ticketSubmitButton", texts: { Description: "" }, field: "ticketDescriptionField" },
             { tag: "ticketReplyButton", texts: { Id: "T-7" }, field: "ticketReplyField" }];

@@ -68,6 +68,17 @@ ViewTest {
         return Array.from({ length: count }, (_, index) => ({ label: "Row " + index, value: "V" + index }));
     }
 
+    function test_longValueIsCopiedWhole() {
+        app.tab = "main";
+        bed.openFile("truck.kvt", 64);
+        const told = "1.0 " + "x".repeat(40000);
+        bed.applyInfo({ softwareVersion: told });
+        render();
+        mouseClick(find("copyArea", find("versionField")));
+        compare(app.status, "Version copied.");
+        verify(bed.clipboardText() === told);
+    }
+
     function test_field_data() {
         return [
             { tag: "vin", title: "VIN" }, { tag: "serial", title: "Serial Number" },

@@ -392,6 +392,14 @@ ViewTest {
         verify(list.activeFocus);
     }
 
+    function test_heldSpaceTicksOnce() {
+        const list = preview(numbered(3));
+        list.forceActiveFocus(Qt.TabFocusReason);
+        list.currentIndex = 1;
+        hold(Qt.Key_Space);
+        compare(app.swapCandidates[1].selected, false);
+    }
+
     function test_onlyApplyingWaitsForTheService() {
         preview(numbered(3));
         bed.startConversion();

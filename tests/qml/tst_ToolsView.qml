@@ -139,6 +139,19 @@ ViewTest {
         compare(bed.openedUrls().pop(), app.serviceUrl("checksum-gui.html"));
     }
 
+    function test_heldSpaceStartsOnce() {
+        show();
+        const opened = bed.openedUrls().length;
+        find("tile_delco").forceActiveFocus(Qt.TabFocusReason);
+        hold(Qt.Key_Space);
+        compare(bed.openedUrls().length, opened + 1);
+        const box = find("box", find("vbfSkipVerifyBox"));
+        box.forceActiveFocus(Qt.TabFocusReason);
+        hold(Qt.Key_Space);
+        compare(app.vbfSkipVerify, true);
+        compare(box.checked, true);
+    }
+
     function test_doubleClickStartsOnce() {
         show();
         const opened = bed.openedUrls().length;

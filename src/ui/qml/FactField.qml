@@ -5,8 +5,11 @@ VOXTextField {
     id: root
 
     readonly property AppState appState: app // qmllint disable unqualified
+    // The field may show its beginning only.
+    required property string value
 
+    text: value
     locked: true
     copyable: true
-    onCopyRequested: appState.copyText(text, title)
+    onCopyRequested: appState.copyText(value, title)
 }

@@ -16,7 +16,7 @@ GridLayout {
     FactField {
         objectName: "openFileName"
         title: "Filename"
-        text: root.appState.fileName
+        value: root.appState.fileName
         Layout.columnSpan: 2
         Layout.preferredWidth: 1
     }
@@ -24,7 +24,7 @@ GridLayout {
     FactField {
         objectName: "openFileCreated"
         title: "Created"
-        text: root.appState.created
+        value: root.appState.created
         Layout.columnSpan: root.dense ? 1 : 2
         Layout.preferredWidth: 1
     }
@@ -32,7 +32,7 @@ GridLayout {
     FactField {
         objectName: "openFileVersion"
         title: "Version"
-        text: root.appState.editorVersion
+        value: root.appState.editorVersion
         Layout.columnSpan: root.dense ? 1 : 2
         Layout.preferredWidth: 1
     }

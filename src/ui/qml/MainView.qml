@@ -68,19 +68,19 @@ Item {
                 FactField {
                     objectName: "fileNameField"
                     title: "Filename"
-                    text: root.appState.fileName
+                    value: root.appState.fileName
                 }
 
                 FactField {
                     objectName: "createdField"
                     title: "Created"
-                    text: root.appState.created
+                    value: root.appState.created
                 }
 
                 FactField {
                     objectName: "versionField"
                     title: "Version"
-                    text: root.appState.editorVersion
+                    value: root.appState.editorVersion
                 }
 
                 RowLayout {

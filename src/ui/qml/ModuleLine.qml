@@ -55,7 +55,7 @@ FocusScope {
         visible: !root.heading
         enabled: visible
         title: root.heading ? "" : root.title
-        text: root.text
+        value: root.text
         input.focus: true
         input.activeFocusOnTab: false
     }

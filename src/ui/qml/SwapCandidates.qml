@@ -28,8 +28,8 @@ VOXList {
     model: candidates
     Component.onCompleted: refresh()
 
-    Keys.onSpacePressed: {
-        if (currentItem)
+    Keys.onSpacePressed: event => {
+        if (currentItem && !event.isAutoRepeat)
             (currentItem as SwapCandidateRow).toggle();
     }
 

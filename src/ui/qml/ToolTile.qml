@@ -29,6 +29,9 @@ Button {
 
     // A double click starts one program, and opens one page.
     onDoubleClicked: {}
+    // Held, the key is told as released and pressed again and again: one press acts once.
+    Keys.onPressed: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
+    Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
     Keys.onReturnPressed: event => {
         if (!event.isAutoRepeat)
             clicked();

@@ -20,6 +20,10 @@ Button {
     Accessible.name: root.text
     Accessible.description: root.hint
 
+    // Held, the key is told as released and pressed again and again: one press acts once.
+    Keys.onPressed: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
+    Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
+
     contentItem: Text {
         text: root.text
         textFormat: Text.PlainText

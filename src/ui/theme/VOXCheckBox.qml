@@ -28,6 +28,9 @@ RowLayout {
         Accessible.role: Accessible.CheckBox
         Accessible.name: root.text
         onToggled: root.toggled(checked)
+        // Held, the key is told as released and pressed again and again: one press acts once.
+        Keys.onPressed: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
+        Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
 
         contentItem: Item {
             implicitWidth: 0
