@@ -132,8 +132,8 @@ bool TestBed::drop(QObject *window, const QPointF &place, const QList<QUrl> &url
 void TestBed::repeatKey(QObject *window, int key, int modifiers)
 {
     for (const bool press : {false, true})
-        QTest::simulateEvent(qobject_cast<QWindow *>(window), press, key, Qt::KeyboardModifiers(modifiers), {},
-                             true);
+        QTest::simulateEvent(qobject_cast<QWindow *>(window), press, key, Qt::KeyboardModifiers(modifiers),
+                             {}, true);
 }
 
 void TestBed::fillHex(int size)
