@@ -116,15 +116,15 @@ public:
     QString moduleOneOs() const;
     QString created() const;
     QString editorVersion() const;
-    void setVin(const QString &value);
-    void setSerial(const QString &value);
-    void setMainOS(const QString &value);
-    void setSystem(const QString &value);
-    void setFuel(const QString &value);
-    void setSpeedometer(const QString &value);
-    void setEngineDiag(const QString &value);
-    void setEngineOp(const QString &value);
-    void setInterfaceID(const QString &value);
+    Q_INVOKABLE void setVin(const QString &value);
+    Q_INVOKABLE void setSerial(const QString &value);
+    Q_INVOKABLE void setMainOS(const QString &value);
+    Q_INVOKABLE void setSystem(const QString &value);
+    Q_INVOKABLE void setFuel(const QString &value);
+    Q_INVOKABLE void setSpeedometer(const QString &value);
+    Q_INVOKABLE void setEngineDiag(const QString &value);
+    Q_INVOKABLE void setEngineOp(const QString &value);
+    Q_INVOKABLE void setInterfaceID(const QString &value);
     void setId(const QString &key, const QString &value);
     /// Reads the file whole and asks the service for its identifiers. A failed open keeps the file that was
     /// open.
@@ -160,7 +160,7 @@ public:
 
     // Hex editor: AppStateHex.cpp
     bool showHex() const { return m_showHex; }
-    void setShowHex(bool show);
+    Q_INVOKABLE void setShowHex(bool show);
     HexModel *hexModel() const { return m_hexModel; }
     /// Moves the cursor to the next occurrence after it, from the start again when there is none.
     Q_INVOKABLE void hexFind(const QString &query);
@@ -187,8 +187,8 @@ public:
     QString xdfCredits() const { return m_xdf.credits; }
     QVariantList xdfItems() const { return m_xdf.items; }
     QString catalogText() const { return m_xdf.catalogText; }
-    void setXdfEmail(const QString &email);
-    void setXdfPassword(const QString &password);
+    Q_INVOKABLE void setXdfEmail(const QString &email);
+    Q_INVOKABLE void setXdfPassword(const QString &password);
     /// Signs in with the address and password that the properties hold.
     Q_INVOKABLE void xdfLogin();
     /// Loads the items for the first module's OS.
@@ -200,7 +200,7 @@ public:
     bool searchBusy() const { return m_search.busy; }
     QString searchRecursive() const;
     /// Only "0" turns recursion off.
-    void setSearchRecursive(const QString &text);
+    Q_INVOKABLE void setSearchRecursive(const QString &text);
     /// Walks the folder in a thread of its own; one scan at a time.
     Q_INVOKABLE void scanFolder(const QString &root, bool recursive, const QString &nameQ, const QString &osQ,
                                 const QString &makeQ, const QString &yearQ);
@@ -237,8 +237,8 @@ public:
     QVariantList j1939Rows() const { return m_tools.j1939Rows; }
     bool vbfSkipVerify() const { return m_tools.vbfSkipVerify; }
     QString xcalMode() const { return m_tools.xcalMode; }
-    void setVbfSkipVerify(bool skip);
-    void setXcalMode(const QString &mode);
+    Q_INVOKABLE void setVbfSkipVerify(bool skip);
+    Q_INVOKABLE void setXcalMode(const QString &mode);
     /// Turns a pasted hex dump into one line per fault.
     Q_INVOKABLE void decodeJ1939(const QString &hex);
     /// Starts one of the helper programs by its key.
