@@ -4,6 +4,7 @@
 #include "api/ServiceConfig.h"
 #include "api/UploadBody.h"
 
+#include <QCoreApplication>
 #include <QHttpMultiPart>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
@@ -111,10 +112,22 @@ bool endedByClosing(const QNetworkReply *reply)
         && !reply->hasRawHeader("Content-Length") && !reply->hasRawHeader("Transfer-Encoding");
 }
 
+// The library has no words for a request that it could not send again, which is how it takes every answer
+// that ends with the connection. It gets those that the library has for what happened.
+QString brokenOffText(const QNetworkReply *reply)
+{
+    if (httpStatus(reply) < 300)
+        return QCoreApplication::translate("QHttp", "Connection closed");
+    return QCoreApplication::translate("QNetworkReply", "Error transferring %1 - server replied: %2")
+        .arg(reply->url().toString(),
+             reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString());
+}
+
 QString errorText(const QNetworkReply *reply)
 {
-    return reply->error() == QNetworkReply::NoError || endedByClosing(reply) ? QString()
-                                                                             : reply->errorString();
+    if (reply->error() == QNetworkReply::NoError || endedByClosing(reply))
+        return {};
+    return reply->error() == QNetworkReply::ContentReSendError ? brokenOffText(reply) : reply->errorString();
 }
 
 } // namespace
@@ -168,10 +181,15 @@ QString VoxApiClient::url(const QString &path) const
 
 void VoxApiClient::postJson(const QString &path, const QJsonObject &object, JsonCallback callback)
 {
+    postJsonText(path, {QJsonDocument(object).toJson(QJsonDocument::Compact)}, std::move(callback));
+}
+
+void VoxApiClient::postJsonText(const QString &path, const QList<QByteArray> &pieces, JsonCallback callback)
+{
     QNetworkRequest request = requestTo(url(path));
     request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json; charset=utf-8"));
     auto *const manager = newManager();
-    handOver(postOnce(manager, request, {QJsonDocument(object).toJson(QJsonDocument::Compact)}), manager,
+    handOver(postOnce(manager, request, pieces), manager,
              [callback = std::move(callback)](QNetworkReply *finished, const QByteArray &answer,
                                               const QString &error) {
                  const std::optional<QJsonObject> parsed = jsonObjectFromBody(answer);
@@ -281,12 +299,17 @@ void VoxApiClient::patches(const QString &sessionToken, const QString &calId, Js
 void VoxApiClient::applyPatch(const QString &sessionToken, int patchId, const QByteArray &binBytes,
                               const QString &calId, JsonCallback callback)
 {
-    postJson(QStringLiteral("patches/patch_process.aspx"),
-             {{sessionTokenKey, sessionToken},
-              {QStringLiteral("patch_id"), QString::number(patchId)},
-              {QStringLiteral("file_data"), QString::fromLatin1(binBytes.toBase64())},
-              {calIdKey, calId}},
-             std::move(callback));
+    const QByteArray text = QJsonDocument({{sessionTokenKey, sessionToken},
+                                           {QStringLiteral("patch_id"), QString::number(patchId)},
+                                           {QStringLiteral("file_data"), QString()},
+                                           {calIdKey, calId}})
+                                .toJson(QJsonDocument::Compact);
+    // Filled in only now: as text in an object, a large file would take ten times its size, and seconds. No
+    // value can look like the member, for its quotes would be escaped.
+    const QByteArray member = QByteArrayLiteral("\"file_data\":\"");
+    const qsizetype value = text.indexOf(member) + member.size();
+    postJsonText(QStringLiteral("patches/patch_process.aspx"),
+                 {text.first(value), binBytes.toBase64(), text.sliced(value)}, std::move(callback));
 }
 
 void VoxApiClient::stockList(const QVariantMap &filters, JsonCallback callback)

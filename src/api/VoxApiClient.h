@@ -99,6 +99,8 @@ signals:
 
 private:
     using Finished = std::function<void(QNetworkReply *, const QByteArray &, const QString &)>;
+    /// POSTs pieces that make up one JSON text.
+    void postJsonText(const QString &path, const QList<QByteArray> &pieces, JsonCallback callback);
     void handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished);
     QNetworkAccessManager *newManager();
 

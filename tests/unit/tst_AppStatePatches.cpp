@@ -39,6 +39,7 @@ private slots:
 
     void apply_wire_data();
     void apply_wire();
+    void apply_wireOfACalibrationLikeAMember();
     void apply_wireOfABigFile();
     void apply_savesAndShows_data();
     void apply_savesAndShows();
@@ -314,6 +315,15 @@ void TestAppStatePatches::apply_wire()
     QCOMPARE(request.body,
              R"({"cal_id":" cal ","file_data":")" + base64 + R"(","patch_id":")" + patchId
                  + R"(","session_token":"tok"})");
+}
+
+void TestAppStatePatches::apply_wireOfACalibrationLikeAMember()
+{
+    list(uR"("file_data":"x)"_s, R"({"patches":[{"id":5}]})");
+    QCOMPARE(apply(answerWith("{}"), 0, binFile(u"tune.bin"_s, "PAT")), 1);
+    QCOMPARE(
+        m_bed->lastRequest().body,
+        QByteArray(R"({"cal_id":"\"file_data\":\"x","file_data":"UEFU","patch_id":"5","session_token":""})"));
 }
 
 void TestAppStatePatches::apply_wireOfABigFile()

@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <tuple>
 #include <utility>
 
 using namespace Qt::Literals::StringLiterals;
@@ -76,6 +77,8 @@ private slots:
 
     void answer_data();
     void answer();
+    void brokenOffAnswerHasWords_data();
+    void brokenOffAnswerHasWords();
     void sentOnce_data();
     void sentOnce();
     void sentOnceToARealServer_data();
@@ -288,6 +291,48 @@ void TestClientFaults::checkOutcome(Primitive primitive, bool failed, const QByt
     }
 }
 
+// The library may take the connection's end for a request to be sent again, and has no words for that.
+void TestClientFaults::brokenOffAnswerHasWords_data()
+{
+    QTest::addColumn<int>("primitive");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("error");
+
+    const std::tuple<const char *, QByteArray, QString> answers[] = {
+        {"nothing", {}, u"Connection closed"_s},
+        {"cut-head", "HTTP/1.1 200 OK\r\nContent-Ty", u"Connection closed"_s},
+        {"500-html", "HTTP/1.1 500 Odd Words\r\n\r\n<html></html>",
+         u"Error transferring %1 - server replied: Odd Words"_s},
+        {"400-json-old", "HTTP/1.0 400 Bad Request\r\n\r\n{\"a\":1}",
+         u"Error transferring %1 - server replied: Bad Request"_s},
+    };
+    for (const auto &[primitive, name] : primitives) {
+        for (const auto &[answer, bytes, error] : answers) {
+            // Bytes beside an error are a worker's file.
+            if (primitive != Primitive::KvtWorker || !bytes.contains("\r\n\r\n")) {
+                QTest::addRow("%s-%s", answer, name) << int(primitive) << bytes << error;
+            }
+        }
+    }
+}
+
+void TestClientFaults::brokenOffAnswerHasWords()
+{
+    QFETCH(int, primitive);
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, error);
+    m_server->answerAlways({bytes});
+    // Which way the library takes is a race.
+    for (int i = 0; i < 20; ++i) {
+        Outcome outcome;
+        start(*m_client, Primitive(primitive), outcome);
+        QTRY_COMPARE(outcome.calls, 1);
+        const QString address = m_client->url(u"x"_s);
+        QCOMPARE(Primitive(primitive) == Primitive::KvtWorker ? outcome.worker.error : outcome.error,
+                 error.contains(u"%1"_s) ? error.arg(address) : error);
+    }
+}
+
 void TestClientFaults::sentOnce_data()
 {
     QTest::addColumn<int>("primitive");
@@ -405,6 +450,7 @@ void TestClientFaults::postIsRedirected()
     QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
     QCOMPARE(m_outcome->calls, 1);
     QCOMPARE(m_outcome->failed(), !followed);
+    QVERIFY(m_outcome->error != u"Unknown error"_s);
     QCOMPARE(m_outcome->worker.ok, followed && Primitive(primitive) == Primitive::KvtWorker);
 
     Outcome after;
