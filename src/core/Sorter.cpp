@@ -70,11 +70,13 @@ bool sortOne(const QString &file, const QString &destination, const QStringList 
         return false;
     const QString fileName = QFileInfo(file).fileName();
     const QVariantMap meta{{QStringLiteral("mainOS"), FileTools::osTokenFromName(fileName)}};
-    QString folder = destination;
-    for (const QString &part : FileTools::folderParts(fileName, meta, keys))
-        folder = QDir(folder).filePath(part);
+    // Joined by hand: QDir takes a name that begins with a colon for a resource's full path.
+    QString copy = destination.isEmpty() ? QStringLiteral(".") : destination;
+    for (const QString &folder : FileTools::folderParts(fileName, meta, keys))
+        copy += QLatin1Char('/') + folder;
+    copy += QLatin1Char('/') + fileName;
     // Writing makes the folder with all that is missing above it.
-    return writeCopy(file, QDir(folder).filePath(fileName), bytes);
+    return writeCopy(file, copy, bytes);
 }
 
 } // namespace

@@ -247,6 +247,7 @@ void TestSorter::sortsInto_data()
     QTest::newRow("backslash") << u"a\\b.kvt"_s << u"year"_s << u"UnknownYear/a\\b.kvt"_s;
     QTest::newRow("as-long-as-it-gets") << QString(251, u'X') + u".kvt"_s << u"os"_s
                                         << QString(251, u'X') + u'/' + QString(251, u'X') + u".kvt"_s;
+    QTest::newRow("colon-in-front") << u":2012.kvt"_s << u"year"_s << u"2012/:2012.kvt"_s;
     QTest::newRow("any-file") << u"notes.txt"_s << u"make"_s << u"UnknownMake/notes.txt"_s;
     QTest::newRow("no-ending") << u"2012"_s << u"year"_s << u"2012/2012"_s;
 }
