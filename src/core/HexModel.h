@@ -27,7 +27,7 @@ public:
     explicit HexModel(QObject *parent = nullptr);
 
     int rowCount(const QModelIndex &parent = {}) const override;
-    QVariant data(const QModelIndex &index, int role) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QHash<int, QByteArray> roleNames() const override;
 
     QByteArray bytes() const { return m_bytes; }

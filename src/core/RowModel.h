@@ -17,7 +17,7 @@ public:
 
     int rowCount(const QModelIndex &parent = {}) const override;
     /// One role, "row": the map.
-    QVariant data(const QModelIndex &index, int role) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QHash<int, QByteArray> roleNames() const override;
 
     QVariantList rows() const { return m_rows; }

@@ -17,7 +17,7 @@ public:
 
     int rowCount(const QModelIndex &parent = {}) const override;
     /// One role, "line": the line without its end.
-    QVariant data(const QModelIndex &index, int role) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QHash<int, QByteArray> roleNames() const override;
 
     QString text() const { return m_text; }
