@@ -208,7 +208,8 @@ ViewTest {
         return [{ tag: "1000-characters", text: "some words ".repeat(91).slice(0, 1000) },
             { tag: "1000-characters-unbroken", text: "x".repeat(1000) },
             { tag: "many-lines", text: "A line.\n".repeat(60) },
-            { tag: "too-long", text: "some words ".repeat(1000) }];
+            { tag: "too-long", text: "some words ".repeat(1000) },
+            { tag: "too-long-in-lines", text: "A line.\r\n".repeat(1000) }];
     }
 
     function test_priceIsShownBehindEveryDescription(data) {
@@ -217,7 +218,7 @@ ViewTest {
         load([{ variant: "A", description: data.text, credits_cost: 12 }]);
         const row = find("patch0");
         const about = find("about", row);
-        verify(about.text.endsWith("  •  12 credits"));
+        verify(about.text.endsWith((data.text.length > 2000 ? "…" : "") + "  •  12 credits"));
         verify(!about.truncated);
         fuzzyCompare(about.height, about.contentHeight, 1);
         verify(inWindow(about).bottom <= inWindow(row).bottom - 8);
@@ -246,7 +247,7 @@ ViewTest {
     // The number of a patch would mean another one in the new list.
     function test_newListEndsThePicking_data() {
         return [{ tag: "other", answered: patches(5) }, { tag: "shorter", answered: patches(1) },
-            { tag: "same", answered: patches(3) }, { tag: "none", answered: [] }];
+            { tag: "none", answered: [] }];
     }
 
     function test_newListEndsThePicking(data) {
@@ -262,6 +263,17 @@ ViewTest {
         dialog.selectedFile = bed.urlOf(bed.tempPath("late.bin"));
         dialog.accepted();
         verifyNothingSent(before);
+    }
+
+    // Such as the second answer to a list that was asked for twice.
+    function test_sameListLeavesThePicking() {
+        bed.writeFile("late.bin", 3);
+        load(patches(3));
+        mouseClick(find("action", find("patch2")));
+        tryVerify(() => find("patcherDialog").visible);
+        load(patches(3));
+        verify(find("patcherDialog").visible);
+        compare(sent(() => choose("late.bin")).fields.patch_id, "1002");
     }
 
     function test_chosenFileIsSentWithItsPatch_data() {

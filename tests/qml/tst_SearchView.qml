@@ -278,6 +278,7 @@ ViewTest {
             for (const column in headings) {
                 const heading = find("heading" + headings[column]);
                 compare(heading.text, headings[column]);
+                compare(heading.font.capitalization, Font.MixedCase);
                 compare(inWindow(heading).x, inWindow(find(column, row)).x, column);
                 compare(heading.width, find(column, row).width, column);
             }

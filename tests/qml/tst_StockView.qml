@@ -404,7 +404,7 @@ ViewTest {
     function test_downloadNeedsASelection() {
         fill(manyFiles(2, "a"));
         const asked = bed.requestCount();
-        compare(find("stockDownloadButton").text, "DOWNLOAD & OPEN");
+        compare(find("stockDownloadButton").shownText, "DOWNLOAD & OPEN");
         verify(find("stockDownloadButton").orange);
         click("stockDownloadButton");
         compare(app.status, "Select a stock file first.");
@@ -423,6 +423,15 @@ ViewTest {
         verify(/name="?id"?\r\n[^]*\r\n42\r\n/.test(body), body);
         verify(!body.includes("first"));
         compare(find("stockResults").selected, 1);
+    }
+
+    // What stands behind the ampersand is no key of the button's.
+    function test_ampersandMakesNoShortcut() {
+        fill(manyFiles(2, "a"));
+        click("stockRow1");
+        const before = bed.requestCount();
+        keyClick(Qt.Key_Space, Qt.AltModifier);
+        verifyNothingSent(before);
     }
 
     function test_downloadedTuneIsOpened() {

@@ -7,7 +7,7 @@ Label {
     textFormat: Text.PlainText
     color: VOXTheme.muted
     elide: Text.ElideRight
-    font { pixelSize: 11; weight: Font.DemiBold; capitalization: Font.AllUppercase }
+    font { pixelSize: 11; weight: Font.DemiBold }
     Accessible.role: Accessible.ColumnHeader
     Accessible.name: text
 }

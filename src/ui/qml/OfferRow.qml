@@ -22,11 +22,8 @@ VOXListRow {
     signal wanted()
 
     function oneLine(text: string): string {
-        return text.slice(0, longest + 1).replace(/[\r\n\u2028\u2029]+/g, " ");
-    }
-
-    function cut(text: string): string {
-        return text.length > longest ? text.slice(0, longest) + "…" : text;
+        const shown = text.slice(0, longest).replace(/[\r\n\u2028\u2029]+/g, " ");
+        return text.length > longest ? shown + "…" : shown;
     }
 
     function makeCurrent(): void {
@@ -51,7 +48,7 @@ VOXListRow {
             id: titleText
             objectName: "title"
             width: parent.width
-            text: root.cut(root.oneLine(root.title))
+            text: root.oneLine(root.title)
             textFormat: Text.PlainText
             elide: Text.ElideRight
             color: VOXTheme.text
@@ -63,7 +60,7 @@ VOXListRow {
             id: aboutText
             objectName: "about"
             width: parent.width
-            text: root.cut(root.oneLine(root.about)) + root.price
+            text: root.oneLine(root.about) + root.price
             textFormat: Text.PlainText
             wrapMode: root.wrapping ? Text.Wrap : Text.NoWrap
             elide: root.wrapping ? Text.ElideNone : Text.ElideMiddle

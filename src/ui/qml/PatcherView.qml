@@ -21,6 +21,12 @@ Item {
         binDialog.open();
     }
 
+    // The number of a patch means nothing in another list, where it might stand for a dearer one.
+    function forgetPick(): void {
+        pendingIndex = -1;
+        binDialog.close();
+    }
+
     // A key that is held asks once.
     function load(event: var): void {
         if (!event.isAutoRepeat)
@@ -28,15 +34,6 @@ Item {
     }
 
     objectName: "patcherView"
-
-    // The number of a patch means nothing in another list, where it might stand for a dearer one.
-    Connections {
-        target: root.appState
-        function onPatcherChanged(): void {
-            root.pendingIndex = -1;
-            binDialog.close();
-        }
-    }
 
     FileDialog {
         id: binDialog
@@ -131,6 +128,7 @@ Item {
                     resetting: true
                     // Announced when the list itself has seen to the reset.
                     onRowsChanged: {
+                        root.forgetPick();
                         patches.currentIndex = -1;
                         patches.positionViewAtBeginning();
                     }

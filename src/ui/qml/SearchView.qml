@@ -25,7 +25,7 @@ Item {
     }
 
     function scan(): void {
-        appState.scanFolder(folder, appState.searchRecursive !== "0", nameField.text, osField.text,
+        appState.scanFolder(folder, recursiveBox.checked, nameField.text, osField.text,
             makeField.text, yearField.text);
     }
 
@@ -79,6 +79,7 @@ Item {
                 }
 
                 VOXCheckBox {
+                    id: recursiveBox
                     objectName: "searchRecursiveBox"
                     text: "Include subfolders"
                     checked: root.appState.searchRecursive !== "0"

@@ -108,7 +108,7 @@ VOXCard {
 
     VOXButton {
         objectName: "stockDownloadButton"
-        text: "DOWNLOAD & OPEN"
+        text: "DOWNLOAD && OPEN"
         orange: true
         onDoubleClicked: {}
         onClicked: root.download()
@@ -116,6 +116,6 @@ VOXCard {
 
     component Heading: ListCaption {
         color: VOXTheme.orange
-        font { pixelSize: 12; capitalization: Font.MixedCase }
+        font.pixelSize: 12
     }
 }
