@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QIcon>
 #include <QMessageBox>
@@ -70,6 +71,13 @@ void answer(Text text)
                 "  file           The tune file to open.\n");
 }
 
+// By hand where the name begins with a colon, which the framework takes for a resource.
+QString absolutePath(const QString &file)
+{
+    return file.startsWith(QLatin1Char(':')) ? QDir::currentPath() + QLatin1Char('/') + file
+                                             : QFileInfo(file).absoluteFilePath();
+}
+
 // The first argument that the framework left and that is no option, made absolute; empty when there is none.
 // Behind "--" nothing is an option.
 QString fileFromCommandLine()
@@ -79,9 +87,17 @@ QString fileFromCommandLine()
         if (options && argument == QLatin1String("--"))
             options = false;
         else if (!argument.isEmpty() && !(options && argument.startsWith(QLatin1Char('-'))))
-            return QFileInfo(argument).absoluteFilePath();
+            return absolutePath(argument);
     }
     return {};
+}
+
+// A relative one would be another folder as soon as the working folder is another.
+void keepTemporaryFolder()
+{
+    const QByteArray folder = qgetenv("TMPDIR");
+    if (!folder.isEmpty() && !folder.startsWith('/'))
+        qputenv("TMPDIR", QFile::encodeName(QDir::currentPath()) + '/' + folder);
 }
 
 // Unless the user has chosen a way of drawing.
@@ -188,6 +204,7 @@ int main(int argc, char **argv)
 #ifdef Q_OS_UNIX
     // Paths that come from file dialogs have lost their leading slash; from here they resolve all the same.
     // Not earlier: the controller has just read its service file, whose name may be relative.
+    keepTemporaryFolder();
     QDir::setCurrent(QDir::rootPath());
 #endif
     logLine("main: loading QML");

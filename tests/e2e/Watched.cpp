@@ -29,8 +29,9 @@ void answerFailureBox()
     auto *const box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
     if (!box)
         return;
-    std::printf("title: %s\nicon: %d\nbuttons: %d\n%s\n", qPrintable(box->windowTitle()), box->icon(),
-                static_cast<int>(box->buttons().size()), qPrintable(box->text()));
+    std::printf("title: %s\nicon: %d\nbuttons: %d\nformat: %d\n%s\n", qPrintable(box->windowTitle()),
+                box->icon(), static_cast<int>(box->buttons().size()), box->textFormat(),
+                qPrintable(box->text()));
     box->button(QMessageBox::Ok)->click();
 }
 

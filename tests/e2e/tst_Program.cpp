@@ -57,6 +57,7 @@ private slots:
     void answersWithoutDisplay();
     void refusesToStartWithoutDisplay();
     void logsFourMilestones();
+    void relativeTemporaryFolderStaysTheSame();
     void startsAloneInAFolder();
     void secondRunAppendsToTheLog();
     void brokenRootViewShowsTheBox();
@@ -220,6 +221,17 @@ void TestProgram::logsFourMilestones()
     QCOMPARE(logLines(), milestones);
 }
 
+// The program leaves the working folder, which such a name is relative to.
+void TestProgram::relativeTemporaryFolderStaysTheSame()
+{
+    m_environment.insert(QStringLiteral("TMPDIR"), QStringLiteral("tmp"));
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {}, m_folder->path());
+    QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(logLines(), milestones);
+}
+
 void TestProgram::startsAloneInAFolder()
 {
     const QString folder = m_folder->filePath(QStringLiteral("alone"));
@@ -288,7 +300,9 @@ void TestProgram::checkLoadFailure(const Outcome &outcome, const QString &warnin
     const QString warnings = log.mid(3, end - 3).join(QLatin1Char('\n'));
     QVERIFY2(warnings.contains(warning), qPrintable(warnings));
     QCOMPARE(outcome.out,
-             QStringLiteral("title: KVT Editor\nicon: 3\nbuttons: 1\nThe editor window failed to load.\n")
+             QStringLiteral("title: KVT Editor\nicon: 3\nbuttons: 1\nformat: %1\n"
+                            "The editor window failed to load.\n")
+                     .arg(Qt::PlainText)
                  + warnings + QLatin1Char('\n'));
 }
 
@@ -367,6 +381,7 @@ void TestProgram::fileFromTheCommandLineOpens_data()
     QTest::newRow("percent-escape") << QStringLiteral("a%20b.kvt") << nothing;
     QTest::newRow("umlaut") << QStringLiteral("größe.kvt") << nothing;
     QTest::newRow("newline") << QStringLiteral("two\nlines.kvt") << nothing;
+    QTest::newRow("colon-in-front") << QStringLiteral(":truck.kvt") << nothing;
     QTest::newRow("behind-an-unknown-option")
         << QStringLiteral("truck.kvt") << QStringList{QStringLiteral("--no-such-option")};
     QTest::newRow("behind-the-end-of-options")
@@ -383,7 +398,7 @@ void TestProgram::fileFromTheCommandLineOpens()
     QString error;
     QVERIFY2(service.start(&error), qPrintable(error));
     useService(service);
-    QFile file(m_folder->filePath(name));
+    QFile file(m_folder->path() + QLatin1Char('/') + name);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("not a tune, but bytes");
     file.close();
