@@ -8,6 +8,23 @@
 
 namespace {
 
+const QString unreadable = QStringLiteral("Could not read file.");
+
+/// Where a download goes that is to be opened; empty, and `error` says why, when the temporary folder is
+/// gone.
+QString temporaryPath(const QString &name, QString *error)
+{
+    const QString folder = QDir::tempPath();
+    if (!folder.isEmpty())
+        return folder + QLatin1Char('/') + name;
+    // The framework has no word for it but the empty path, which would lead to the root. The system has one.
+    const QString gone = qEnvironmentVariable("TMPDIR", QStringLiteral("/tmp"));
+    FileTools::readFile(gone + QLatin1Char('/') + name, error);
+    if (error->isEmpty())
+        *error = unreadable;
+    return {};
+}
+
 /// Why a download that could not be written whole at `path` cannot be opened there; empty when it lies there
 /// all the same. Part of it, or somebody's file of that name, must not pass for what was downloaded.
 QString whyNotOpened(const QString &path, const QByteArray &bytes, const QString &writeError)
@@ -15,7 +32,7 @@ QString whyNotOpened(const QString &path, const QByteArray &bytes, const QString
     QString error;
     const QByteArray found = FileTools::readFile(path, &error);
     if (found.isEmpty())
-        return error.isEmpty() ? QStringLiteral("Could not read file.") : error;
+        return error.isEmpty() ? unreadable : error;
     return found == bytes ? QString() : writeError;
 }
 
@@ -73,9 +90,9 @@ void AppState::finishStockDownload(const QByteArray &bytes, const QString &filen
             setStatus(QStringLiteral("Downloaded %1").arg(name), 1);
         return;
     }
-    const QString path = QDir::tempPath() + QLatin1Char('/') + name;
     QString error;
-    if (!FileTools::writeFile(path, bytes, &error))
+    const QString path = temporaryPath(name, &error);
+    if (!path.isEmpty() && !FileTools::writeFile(path, bytes, &error))
         error = whyNotOpened(path, bytes, error);
     if (error.isEmpty())
         openKvt(path);

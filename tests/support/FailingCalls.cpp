@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdarg>
+#include <cstdlib>
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -478,6 +479,26 @@ extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept
     void *const argument = va_arg(arguments, void *);
     va_end(arguments);
     return ON_DESCRIPTOR("ioctl", EIO) == Verdict::Fails ? -1 : next(descriptor, request, argument);
+}
+
+// The C library follows a path within itself, where none of the calls above is seen. Leading nowhere is the
+// one error for which the framework does not keep the path as it is.
+#define FOLLOW(...) ON_PATH("realpath", ENOENT) == Verdict::Fails ? nullptr : next(__VA_ARGS__)
+
+DECLARE_INTERCEPTOR(realpath)
+extern "C" char *realpath(const char *path, char *resolved) noexcept
+{
+    HIDDEN(realpath);
+    return FOLLOW(path, resolved);
+}
+
+// What a hardened build makes of it, which no header declares here.
+extern "C" char *__realpath_chk(const char *path, char *resolved, size_t size) noexcept;
+DECLARE_INTERCEPTOR(__realpath_chk)
+extern "C" char *__realpath_chk(const char *path, char *resolved, size_t size) noexcept
+{
+    HIDDEN(__realpath_chk);
+    return FOLLOW(path, resolved, size);
 }
 
 DECLARE_INTERCEPTOR(opendir)

@@ -2,6 +2,7 @@
 #include "support/FileSizeLimit.h"
 
 #include <QDir>
+#include <QScopeGuard>
 #include <QTest>
 
 #include <limits>
@@ -71,6 +72,8 @@ private slots:
     void open_nothingCame();
     void open_cannotWrite();
     void open_diskFull();
+    void open_noTemporaryFolder_data();
+    void open_noTemporaryFolder();
     void open_errorTextOpensNothing();
 
     void names_stayInTheirFolder_data();
@@ -650,6 +653,60 @@ void TestAppStateStock::open_diskFull()
     QCOMPARE(m_bed->announced, QStringList{u"0 Short write."_s});
     QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
     QCOMPARE(m_bed->state->tab(), u"main"_s);
+}
+
+void TestAppStateStock::open_noTemporaryFolder_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("status");
+
+    QTest::newRow("gone") << u"gone"_s << u"0 No such file or directory"_s;
+    QTest::newRow("link-to-nothing") << u"link-to-nothing"_s << u"0 No such file or directory"_s;
+    QTest::newRow("below-a-file") << u"file/below"_s << u"0 Not a directory"_s;
+    QTest::newRow("link-to-itself") << u"link-to-itself"_s << u"0 Too many levels of symbolic links"_s;
+}
+
+// Reported as an empty path, it must not stand for the root.
+void TestAppStateStock::open_noTemporaryFolder()
+{
+    QFETCH(QString, folder);
+    QFETCH(QString, status);
+    const QString name = u"kvteditor-without-temporary-folder.kvt"_s;
+    openTune(u"mine.kvt"_s);
+    m_bed->state->setTab(u"stock"_s);
+    listFile(name.toUtf8());
+    QVERIFY(makeFile(m_bed->inDir(u"file"_s), {}));
+    QVERIFY(QFile::link(m_bed->inDir(u"nothing"_s), m_bed->inDir(u"link-to-nothing"_s)));
+    QVERIFY(QFile::link(m_bed->inDir(u"link-to-itself"_s), m_bed->inDir(u"link-to-itself"_s)));
+    const QStringList before = m_bed->filesEverywhere();
+    QTemporaryDir current;
+    {
+        const QByteArray temporaryFolder = qgetenv("TMPDIR");
+        const QString workingFolder = QDir::currentPath();
+        const auto restored = qScopeGuard([&] {
+            qputenv("TMPDIR", temporaryFolder);
+            QDir::setCurrent(workingFolder);
+        });
+        qputenv("TMPDIR", QFile::encodeName(m_bed->inDir(folder)));
+        QVERIFY(QDir::setCurrent(current.path()));
+        download(answerWith("bytes"), true);
+    }
+    // Taken away again, whatever comes of it.
+    const bool wasInTheRoot = QFile::remove(u'/' + name);
+    QVERIFY(!wasInTheRoot);
+    QVERIFY(QDir(current.path()).isEmpty());
+    QCOMPARE(m_bed->filesEverywhere(), before);
+    QCOMPARE(m_bed->announced, QStringList({status, u"tab"_s}));
+    QCOMPARE(m_bed->state->tab(), u"main"_s);
+    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(m_bed->state->currentKvtBytes(), QByteArray("mine"));
+    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+
+    // Once it is there again.
+    m_bed->announced.clear();
+    QCOMPARE(download(answerWith("bytes"), true), 2);
+    QCOMPARE(m_bed->announced.constLast(), openedText(name, 5));
+    QCOMPARE(contentOf(inTemp(name)), QByteArray("bytes"));
 }
 
 void TestAppStateStock::open_errorTextOpensNothing()
