@@ -1,5 +1,6 @@
 #include "app/MessageLog.h"
 #include "support/FileSizeLimit.h"
+#include "support/PlainRights.h"
 #include "support/TestMain.h"
 
 #include <QDebug>
@@ -141,6 +142,8 @@ private slots:
     void manyThreads();
     void unwritableLogIsPassedOver_data();
     void unwritableLogIsPassedOver();
+    void logWithoutRightsIsPassedOver_data();
+    void logWithoutRightsIsPassedOver();
     void logThatIsNoFileIsPassedOver_data();
     void logThatIsNoFileIsPassedOver();
     void logBehindALinkIsAppendedTo();
@@ -342,6 +345,56 @@ void TestMessageLog::unwritableLogIsPassedOver()
     QCOMPARE(captured(), QStringList{u"warned"_s});
     QVERIFY(QDir(current.path()).isEmpty());
     QCOMPARE(QFileInfo::exists(logPath()), folderInItsPlace);
+}
+
+void TestMessageLog::logWithoutRightsIsPassedOver_data()
+{
+    QTest::addColumn<QByteArray>("earlier");
+    QTest::addColumn<int>("ofTheFolder");
+    QTest::addColumn<int>("ofTheLog");
+    const int all = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+    QTest::newRow("read-only-log") << QByteArray("earlier\n") << all << int(QFile::ReadOwner);
+    QTest::newRow("log-without-any-right") << QByteArray("earlier\n") << all << 0;
+    QTest::newRow("read-only-folder-without-a-log")
+        << QByteArray() << int(QFile::ReadOwner | QFile::ExeOwner) << 0;
+    QTest::newRow("folder-that-may-not-be-entered")
+        << QByteArray("earlier\n") << int(QFile::ReadOwner | QFile::WriteOwner)
+        << int(QFile::ReadOwner | QFile::WriteOwner);
+}
+
+void TestMessageLog::logWithoutRightsIsPassedOver()
+{
+    QFETCH(QByteArray, earlier);
+    QFETCH(int, ofTheFolder);
+    QFETCH(int, ofTheLog);
+    const QString folder = QFileInfo(logPath()).path();
+    const auto setRights = [&](int rightsOfTheFolder, int rightsOfTheLog) {
+        return (earlier.isEmpty() || QFile::setPermissions(logPath(), QFile::Permissions(rightsOfTheLog)))
+            && QFile::setPermissions(folder, QFile::Permissions(rightsOfTheFolder));
+    };
+    QFile log(logPath());
+    QVERIFY(earlier.isEmpty() || (log.open(QIODevice::WriteOnly) && log.write(earlier) == earlier.size()));
+    log.close();
+    const QFile::Permissions before = QFile::permissions(folder);
+    Console console;
+    const bool areTaken = setRights(ofTheFolder, ofTheLog);
+    {
+        const PlainRights rights;
+        logLine("main: start");
+        qWarning("warned");
+    }
+    const bool areBack = QFile::setPermissions(folder, before)
+        && (earlier.isEmpty() || QFile::setPermissions(logPath(), QFile::ReadOwner | QFile::WriteOwner));
+    const QByteArray printed = console.printed();
+    QVERIFY(areTaken && areBack);
+    QCOMPARE(printed, QByteArray());
+    QCOMPARE(captured(), QStringList{u"warned"_s});
+    QCOMPARE(logContent(), earlier);
+
+    const PlainRights rights;
+    qWarning("again");
+    QCOMPARE(captured().constLast(), u"again"_s);
+    QCOMPARE(logContent(), earlier + "again\n");
 }
 
 void TestMessageLog::logThatIsNoFileIsPassedOver_data()
