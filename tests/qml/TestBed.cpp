@@ -81,6 +81,12 @@ void TestBed::writeFile(const QString &name, int size)
         qFatal("Cannot write %s", qPrintable(path));
 }
 
+void TestBed::removeFolder(const QString &name)
+{
+    if (!QDir(tempPath(name)).removeRecursively())
+        qFatal("Cannot remove %s", qPrintable(tempPath(name)));
+}
+
 void TestBed::writeUndecodable(const QString &folder)
 {
     QDir().mkpath(tempPath(folder));

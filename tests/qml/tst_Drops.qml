@@ -54,6 +54,21 @@ ViewTest {
         compare(app.statusOK, data.opened !== "" ? 1 : -1);
     }
 
+    // Not even the file that has the escape itself in its name.
+    function test_noUtf8_data() {
+        return ["caf%E9.kvt", "%E9/x.kvt"].map(name => ({ tag: name, name: name }));
+    }
+
+    function test_noUtf8(data) {
+        bed.writeFile(data.name);
+        const dropped = "file://" + bed.tempPath(data.name);
+        bed.drop(window, Qt.point(700, 400), [dropped]);
+        compare(app.fileName, "");
+        verify(app.statusOK !== 1);
+        verify(bed.drop(window, Qt.point(700, 400), urls([data.name])));
+        compare(app.fileName, data.name.split("/").pop());
+    }
+
     function test_anywhere_data() {
         return ["nav_stock", "helpButton", "identifiersPanel", "fileNameField", "statusLine"].map(
             name => ({ tag: name }));

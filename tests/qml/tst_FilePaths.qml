@@ -40,13 +40,37 @@ TestCase {
             { tag: "one-prefix-only", text: "file:///file://b.kvt", path: "file://b.kvt" },
             { tag: "no-prefix", text: "/home/u/x.kvt", path: "/home/u/x.kvt" },
             { tag: "not-decodable", text: "/home/u/100%.kvt", path: "/home/u/100%.kvt" },
-            { tag: "not-utf-8", text: "file:///home/u/%FF.kvt", path: "home/u/%FF.kvt" },
+            { tag: "text-not-utf-8", text: "/home/u/%FF.kvt", path: "/home/u/%FF.kvt" },
+            { tag: "text-not-utf-8-with-more", text: "/home/u/%20%FF.kvt", path: "/home/u/%20%FF.kvt" },
+            { tag: "url-within", text: "/home/file:///u/%FF.kvt", path: "/home/u/%FF.kvt" },
             { tag: "empty", text: "", path: "" }
         ];
     }
 
     function test_pathOfText(data) {
         compare(FilePaths.pathFromUrl(data.text), data.path);
+    }
+
+    // None of these may lead to the file that has the escape itself in its name.
+    function test_pathOfUrlThatIsNoUtf8_data() {
+        return [
+            { tag: "latin-1", url: "file:///u/caf%E9.kvt", path: "u/caf\uFFFD.kvt" },
+            { tag: "small-letters", url: "file:///u/caf%e9.kvt", path: "u/caf\uFFFD.kvt" },
+            { tag: "never-a-byte", url: "file:///u/%FF.kvt", path: "u/\uFFFD.kvt" },
+            { tag: "run", url: "file:///u/%FF%FE%80.kvt", path: "u/\uFFFD\uFFFD.kvt" },
+            { tag: "cut", url: "file:///u/%C3.kvt", path: "u/\uFFFD.kvt" },
+            { tag: "overlong", url: "file:///u/%C0%AF.kvt", path: "u/\uFFFD.kvt" },
+            { tag: "half-a-character", url: "file:///u/%ED%A0%80.kvt", path: "u/\uFFFD.kvt" },
+            { tag: "folder", url: "file:///u/%E9/x.kvt", path: "u/\uFFFD/x.kvt" },
+            { tag: "beside-others", url: "file:///u/%20%C3%A9%E9%2541.kvt", path: "u/ \u00E9\uFFFD%41.kvt" },
+            { tag: "beyond-16-bit", url: "file:///u/%FF%F0%9F%98%80.kvt", path: "u/\uFFFD\u{1F600}.kvt" },
+            { tag: "no-escape", url: "file:///u/%E9100%.kvt", path: "u/\uFFFD100%.kvt" },
+            { tag: "two-slashes", url: "file://u/caf%E9.kvt", path: "u/caf\uFFFD.kvt" }
+        ];
+    }
+
+    function test_pathOfUrlThatIsNoUtf8(data) {
+        compare(FilePaths.pathFromUrl(data.url), data.path);
     }
 
     function test_proposedNameKeepsEveryCharacter_data() {
@@ -62,5 +86,32 @@ TestCase {
     function test_folders() {
         compare(FilePaths.inFolder("file:///", "x.kvt"), "file:///x.kvt");
         compare(FilePaths.inFolder("file:///home/u/", "x.kvt"), "file:///home/u/x.kvt");
+    }
+
+    function test_halfACharacter() {
+        compare(FilePaths.inFolder("file:///u", "x\uD800.kvt"), "file:///u/x%EF%BF%BD.kvt");
+        compare(FilePaths.inFolder("file:///u", "\uDC00\uD800"), "file:///u/%EF%BF%BD%EF%BF%BD");
+        compare(FilePaths.inFolder("file:///u", "\u{1F600}"), "file:///u/%F0%9F%98%80");
+    }
+
+    function test_typed_data() {
+        return [
+            { tag: "name", text: "a%20b#1?.kvt", url: "file:///d%2541/a%2520b%231%3F.kvt" },
+            { tag: "below", text: "sub/x#1.kvt", url: "file:///d%2541/sub/x%231.kvt" },
+            { tag: "above", text: "../x.kvt", url: "file:///d%2541/../x.kvt" },
+            { tag: "root", text: "/u/a%20b#1.kvt", url: "file:///u/a%2520b%231.kvt" },
+            { tag: "only-the-root", text: "/", url: "file:///" },
+            { tag: "url", text: "file:///u/a%20b#1.kvt", url: "file:///u/a%20b%231.kvt" },
+            { tag: "url-not-utf-8", text: "file:///u/%E9.kvt", url: "file:///u/%EF%BF%BD.kvt" },
+            { tag: "begun-url", text: "file:/", url: "file:///d%2541/file%3A/" },
+            { tag: "url-of-a-host", text: "file://u/x", url: "file:///d%2541/file%3A//u/x" },
+            { tag: "tilde", text: "~/x.kvt", url: "file:///d%2541/~/x.kvt" },
+            { tag: "half-a-character", text: "/u/x\uD800", url: "file:///u/x%EF%BF%BD" }
+        ];
+    }
+
+    function test_typed(data) {
+        compare(FilePaths.fromTyped("file:///d%2541", data.text), data.url);
+        compare(FilePaths.fromTyped("file:///d%2541/", data.text), data.url);
     }
 }

@@ -3,49 +3,8 @@ import QtTest
 import KvtEditor
 
 // What is pressed and typed in Qt's own dialog for saving, and which file comes of it.
-ViewTest {
-    id: root
-
-    // The library's list shows nothing of a folder with one of these in its name: it has no row to press.
-    readonly property var unlisted: /[#?]|%[0-9A-F]{2}/
-
-    // Each test has a folder of its own.
-    property int number: 0
-
+DialogTest {
     name: "SaveDialog"
-
-    function at(path: string): string {
-        return bed.tempPath(number + "/" + path);
-    }
-
-    function write(path: string, size: int): void {
-        bed.writeFile(number + "/" + path, size);
-    }
-
-    function folders_data(): var {
-        return ["plain", "é f", "50%", "R&D <b>", "d%41", "e%20f", "g#h", "i?j"].map(
-            folder => ({ tag: folder, folder: folder }));
-    }
-
-    function listedFolders_data(): var {
-        return folders_data().filter(data => !unlisted.test(data.folder));
-    }
-
-    function itemsIn(item: var, matches: var): var {
-        const own = item.visible && matches(item) ? [item] : [];
-        return Array.from(item.children).reduce((found, child) => found.concat(itemsIn(child, matches)), own);
-    }
-
-    function button(text: string): var {
-        return itemsIn(window.overlayItem, item => item.clicked !== undefined && item.text === text)[0];
-    }
-
-    function row(fileName: string): var {
-        const isRow = item => item.fileModified !== undefined && item.fileName === fileName;
-        tryVerify(() => itemsIn(window.overlayItem, isRow).length === 1, 5000, "There is no row " + fileName);
-        render();
-        return itemsIn(window.overlayItem, isRow)[0];
-    }
 
     function nameField(): var {
         return find("fileNameTextField", window.overlayItem);
@@ -79,6 +38,15 @@ ViewTest {
         nameField().forceActiveFocus();
         nameField().selectAll();
         type(name);
+        compare(nameField().text, name);
+    }
+
+    function paste(name: string): void {
+        app.copyText(name, "");
+        nameField().forceActiveFocus();
+        verify(nameField().activeFocus);
+        nameField().selectAll();
+        nameField().paste();
         compare(nameField().text, name);
     }
 
@@ -260,13 +228,122 @@ ViewTest {
 
     function test_pastedName() {
         const dialog = openSaveDialog("d%41");
-        app.copyText("a%20b.kvt", "");
-        nameField().forceActiveFocus();
-        verify(nameField().activeFocus);
-        nameField().selectAll();
-        nameField().paste();
-        compare(nameField().text, "a%20b.kvt");
+        paste("a%20b.kvt");
         verifySaved(dialog, "d%41/a%20b.kvt");
+    }
+
+    function test_path_data() {
+        const paths = [
+            { tag: "root", text: () => at("far/a%20b #1.kvt"), saved: "far/a%20b #1.kvt" },
+            { tag: "url", text: () => bed.encodedUrlOf(at("far/100% #1.kvt")), saved: "far/100% #1.kvt" },
+            { tag: "readable-url", text: () => "file://" + at("far/a b #1.kvt"), saved: "far/a b #1.kvt" },
+            { tag: "below", text: () => "sub/a%20b #1.kvt", saved: "d%41/sub/a%20b #1.kvt" },
+            { tag: "beside", text: () => "../a%20b.kvt", saved: "a%20b.kvt" },
+            { tag: "tilde", text: () => "~/a%20b.kvt", saved: "d%41/~/a%20b.kvt" }
+        ];
+        return paths.reduce((all, path) => all.concat(
+            { tag: path.tag + ", typed", text: path.text, saved: path.saved, enterText: retype },
+            { tag: path.tag + ", pasted", text: path.text, saved: path.saved, enterText: paste }), []);
+    }
+
+    function test_path(data) {
+        const dialog = openSaveDialog("d%41");
+        data.enterText(data.text());
+        verifySaved(dialog, data.saved);
+        verify(!bed.fileExists(at("d%41") + at("far")));
+    }
+
+    // The dialog looks at the text again when the field is left.
+    function test_leftPathStays() {
+        const dialog = openSaveDialog("plain");
+        retype(at("far/x.kvt"));
+        keyClick(Qt.Key_Return);
+        keyClick(Qt.Key_Tab);
+        verify(!nameField().activeFocus);
+        compare(nameField().text, at("far/x.kvt"));
+        const list = find("fileDialogListView", window.overlayItem);
+        mouseClick(list, list.width / 2, list.height - 5);
+        compare(nameField().text, at("far/x.kvt"));
+        verifySaved(dialog, "far/x.kvt");
+    }
+
+    function test_pathGoesAlong_data() {
+        return [
+            { tag: "root", text: () => at("far/x.kvt"), saved: "far/x.kvt" },
+            { tag: "below", text: () => "sub/x.kvt", saved: "plain/inner/sub/x.kvt" }
+        ];
+    }
+
+    function test_pathGoesAlong(data) {
+        const dialog = openSaveDialog("plain");
+        retype(data.text());
+        enter("inner", "first.kvt");
+        tryCompare(nameField(), "text", data.text());
+        verifySaved(dialog, data.saved);
+        verifySize("plain/inner/first.kvt", 32);
+    }
+
+    function test_rowInsteadOfPath() {
+        const dialog = openSaveDialog("plain");
+        retype(at("far/x.kvt"));
+        mouseClick(row("z.kvt"));
+        tryCompare(nameField(), "text", "z.kvt");
+        verifySaved(dialog, "plain/z.kvt");
+        verify(!bed.fileExists(at("far")));
+    }
+
+    function test_pathOfAFolderIsEntered() {
+        const dialog = openSaveDialog("plain");
+        retype(at("plain/inner"));
+        mouseClick(button("Save"));
+        row("first.kvt");
+        verify(dialog.visible);
+        retype("new.kvt");
+        verifySaved(dialog, "plain/inner/new.kvt");
+    }
+
+    // The list makes its rows anew then.
+    function test_folderGrowsMeanwhile_data() {
+        return [
+            { tag: "file-chosen", chosen: "z.kvt", saved: "plain/z.kvt" },
+            { tag: "nothing-chosen", saved: "plain/orig.kvt" }
+        ];
+    }
+
+    function test_folderGrowsMeanwhile(data) {
+        const dialog = openSaveDialog("plain");
+        if (data.chosen) {
+            mouseClick(row(data.chosen));
+            tryCompare(nameField(), "text", data.chosen);
+        }
+        write("plain/aaa.kvt", 36);
+        row("aaa.kvt");
+        tryVerify(() => rows().filter(item => item.highlighted).every(item => item.fileName === data.chosen));
+        compare(nameField().text, data.chosen ?? "orig.kvt");
+        verifySaved(dialog, data.saved);
+        verifySize("plain/aaa.kvt", 36);
+        verifySize("plain/a.kvt", 33);
+    }
+
+    // A service can give such a name to a file that it sends.
+    function test_halfACharacter_data() {
+        return [
+            { tag: "first", name: "x\uD800.kvt", saved: "x\uFFFD.kvt" },
+            { tag: "second", name: "\uDC00x.kvt", saved: "\uFFFDx.kvt" },
+            { tag: "beside-a-whole", name: "\u{1F600}\uD83D\uD83D.kvt", saved: "\u{1F600}\uFFFD\uFFFD.kvt" }
+        ];
+    }
+
+    function test_halfACharacter(data) {
+        ++number;
+        write("plain/" + data.name, 48);
+        app.openKvt(at("plain/" + data.name));
+        compare(app.fileName, data.name);
+        const dialog = find("saveDialog");
+        keyClick(Qt.Key_S, Qt.ControlModifier);
+        tryVerify(() => dialog.visible);
+        compare(nameField().text, data.saved);
+        verifySaved(dialog, "plain/" + data.saved);
     }
 
     function test_noName() {

@@ -5,54 +5,102 @@ import QtQuick.Controls.Basic
 import QtQuick.Dialogs.quickimpl as Dialogs
 import KvtEditor
 
-// The bar of folders in Qt's own file dialogs, whose buttons would take a folder's name for markup. It also sees
-// to what is chosen: left alone, a dialog chooses the first entry of each folder it shows. Save would then write
-// over another file than the one that was named.
+// The bar of folders in Qt's own dialogs for files and folders, whose buttons would take a folder's name for
+// markup. It also sees to what is chosen: left alone, a dialog chooses the first entry of each folder it
+// shows, or reads anew. Save would then write over another file than the one that was named, and Open take a
+// folder below the one that is shown.
 Dialogs.FolderBreadcrumbBar {
     id: root
 
     readonly property Dialogs.FileDialogImpl fileDialog: dialog as Dialogs.FileDialogImpl
     readonly property Dialogs.FolderDialogImpl folderDialog: dialog as Dialogs.FolderDialogImpl
     readonly property url place: fileDialog?.selectedFile ?? folderDialog?.currentFolder ?? ""
-    readonly property ListView list: fileDialog?.Dialogs.FileDialogImpl.fileDialogListView ?? null
+    readonly property ListView list: fileDialog?.Dialogs.FileDialogImpl.fileDialogListView
+        ?? folderDialog?.Dialogs.FolderDialogImpl.folderDialogListView ?? null
     // Seen in a dialog for saving only.
     readonly property TextField nameField: fileDialog?.Dialogs.FileDialogImpl.fileNameTextField ?? null
-    // What to save as, whichever folder is shown.
+    // What to save as, whichever folder is shown: a name there, or a path from the root.
     property string fileName
-    // Whether a row is being chosen by mouse or keys; all other choices are the dialog's own.
-    property bool byHand: false
+    // What the name field shows. The dialog would show the last part of a path alone.
+    property string shownName
+    // Whether the chosen row has to be found again, in a folder that is being read anew.
+    property bool remarking: false
+    // A dialog for opening files is left its choice.
+    readonly property bool correcting: folderDialog !== null || nameField?.visible === true
 
     function begin(): void {
-        fileName = nameField?.text ?? "";
+        fileName = fileDialog?.fileName ?? "";
+        shownName = fileName;
         enterFolder();
     }
 
     function enterFolder(): void {
-        byHand = false;
+        correct();
         correction.start();
     }
 
-    // A folder's row stays chosen: taken back, the keys would not get past it. It names nothing to save as.
-    function chooseRow(): void {
+    function chosen(): url {
+        return fileDialog?.selectedFile ?? folderDialog?.selectedFolder;
+    }
+
+    function isRowChosen(): bool {
+        return String(list.currentItem?.file) === String(chosen());
+    }
+
+    // Mouse and keys choose the row that they mark, all other choices are the dialog's own. They are taken
+    // back at once, for one may be made on the way to saving. A folder's row names nothing to save as.
+    function chooseFile(): void {
         const row = list.currentItem;
-        if (byHand && row?.fileIsDir === false && row.file === fileDialog.selectedFile)
-            fileName = row.fileName;
+        if (!isRowChosen()) {
+            correct();
+        } else {
+            shownName = row.fileName;
+            if (!row.fileIsDir)
+                fileName = row.fileName;
+        }
         correction.start();
     }
 
     function rename(): void {
         fileName = nameField.text;
-        byHand = false;
         correct();
     }
 
-    // The dialog would decode a name, and the folder with it: so it gets the whole url.
     function correct(): void {
-        if (byHand || !nameField?.visible)
+        if (folderDialog) {
+            folderDialog.selectedFolder = folderDialog.currentFolder;
+        } else if (correcting) {
+            shownName = fileName;
+            // The dialog would decode a name, and the folder with it: so it gets the whole url.
+            fileDialog.selectedFile = fileName ? FilePaths.fromTyped(fileDialog.currentFolder, fileName) : "";
+        }
+    }
+
+    // Without a current row of its own choice the list would mark the first one, and the dialog choose it.
+    function loseRows(): void {
+        if (!correcting)
             return;
-        fileDialog.selectedFile = fileName ? FilePaths.inFolder(fileDialog.currentFolder, fileName) : "";
-        // A click on the row that is the current one already would choose nothing.
+        remarking = remarking || isRowChosen();
         list.currentIndex = -1;
+    }
+
+    // What is marked is what is chosen. A click on the row that is the current one already would choose
+    // nothing, and a key would enter the row that has the focus.
+    function mark(): void {
+        if (remarking)
+            list.currentIndex = list.model.indexOf(chosen());
+        remarking = false;
+        if (isRowChosen())
+            return;
+        if (list.currentItem)
+            list.currentItem.focus = false;
+        list.currentIndex = -1;
+        correct();
+    }
+
+    // The dialog closes the path's field by itself, but opens it again when a row took the focus meanwhile.
+    function leavePath(): void {
+        list.forceActiveFocus();
     }
 
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
@@ -81,7 +129,8 @@ Dialogs.FolderBreadcrumbBar {
         required property int index
         required property string folderName
 
-        text: folderName
+        // An ampersand alone would make a key for the button of what follows it.
+        text: folderName.replace(/&/g, "&&")
         flat: true
         implicitWidth: Math.min(implicitContentWidth + 16, 300)
         implicitHeight: 40
@@ -123,6 +172,14 @@ Dialogs.FolderBreadcrumbBar {
     textField: TextField {
         text: root.place
         Accessible.name: "Path"
+        onAccepted: Qt.callLater(root.leavePath)
+    }
+
+    // Not by a press beside it, as that of a double click on what opened it may be.
+    Binding {
+        target: root.dialog
+        property: "closePolicy"
+        value: Popup.CloseOnEscape
     }
 
     Connections {
@@ -138,8 +195,21 @@ Dialogs.FolderBreadcrumbBar {
             root.enterFolder();
         }
         function onSelectedFileChanged(): void {
-            root.chooseRow();
+            root.chooseFile();
         }
+    }
+
+    Connections {
+        target: root.folderDialog
+        function onCurrentFolderChanged(): void {
+            root.enterFolder();
+        }
+    }
+
+    Binding {
+        target: root.nameField
+        property: "text"
+        value: root.shownName
     }
 
     Connections {
@@ -157,24 +227,22 @@ Dialogs.FolderBreadcrumbBar {
     }
 
     Connections {
-        target: root.list?.Keys ?? null
-        function onPressed(): void {
-            root.byHand = true;
+        target: root.list?.model ?? null
+        function onRowsAboutToBeRemoved(): void {
+            root.loseRows();
+        }
+        function onRowsInserted(): void {
+            correction.start();
         }
     }
 
-    PointHandler {
-        parent: root.list
-        onActiveChanged: root.byHand = root.byHand || active
-    }
-
-    // Not within the dialog's own signals, where it is still making its choice.
+    // Not within the dialog's own signals, where it is still marking its choice.
     Timer {
         id: correction
         interval: 0
         onTriggered: {
-            if (root.dialog.visible)
-                root.correct();
+            if (root.dialog.visible && root.correcting)
+                root.mark();
         }
     }
 }

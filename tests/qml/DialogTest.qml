@@ -1,0 +1,50 @@
+import QtQuick
+import KvtEditor
+
+// A test of what is pressed and typed in Qt's own dialogs for files and folders.
+ViewTest {
+    id: root
+
+    // The library's list shows nothing of a folder with one of these in its name: it has no row to press.
+    readonly property var unlisted: /[#?]|%[0-9A-F]{2}/
+
+    // Each test has a folder of its own.
+    property int number: 0
+
+    function at(path: string): string {
+        return bed.tempPath(number + "/" + path);
+    }
+
+    function write(path: string, size: int): void {
+        bed.writeFile(number + "/" + path, size);
+    }
+
+    function folders_data(): var {
+        return ["plain", "é f", "50%", "R&D <b>", "d%41", "e%20f", "g#h", "i?j"].map(
+            folder => ({ tag: folder, folder: folder }));
+    }
+
+    function listedFolders_data(): var {
+        return folders_data().filter(data => !unlisted.test(data.folder));
+    }
+
+    function itemsIn(item: var, matches: var): var {
+        const own = item.visible && matches(item) ? [item] : [];
+        return Array.from(item.children).reduce((found, child) => found.concat(itemsIn(child, matches)), own);
+    }
+
+    function button(text: string): var {
+        return itemsIn(window.overlayItem, item => item.clicked !== undefined && item.text === text)[0];
+    }
+
+    function rows(): var {
+        return itemsIn(window.overlayItem, item => item.fileModified !== undefined);
+    }
+
+    function row(fileName: string): var {
+        const named = () => rows().filter(item => item.fileName === fileName);
+        tryVerify(() => named().length === 1, 5000, "There is no row " + fileName);
+        render();
+        return named()[0];
+    }
+}
