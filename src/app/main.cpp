@@ -4,6 +4,7 @@
 #include "core/Version.h"
 #include "platform/Graphics.h"
 #include "ui/PlainFileDialogs.h"
+#include "ui/SecondClicks.h"
 
 #include <QApplication>
 #include <QDir>
@@ -142,6 +143,8 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
 {
     installMessageLog();
     PlainFileDialogs plainFileDialogs;
+    SecondClicks secondClicks;
+    app.installEventFilter(&secondClicks);
     QQmlApplicationEngine engine;
     engine.addUrlInterceptor(&plainFileDialogs);
     engine.rootContext()->setContextProperty(QStringLiteral("app"), &state);

@@ -1,4 +1,5 @@
 #include "TestBed.h"
+#include "ui/SecondClicks.h"
 
 #include <QDir>
 #include <QQuickStyle>
@@ -12,6 +13,8 @@ int main(int argc, char **argv)
     // As at the start of the program: a dialog hands over paths without their leading slash.
     QDir::setCurrent(QDir::rootPath());
     QQuickStyle::setStyle(QStringLiteral("Basic"));
+    SecondClicks secondClicks;
+    application.installEventFilter(&secondClicks);
     const UrlRecorder opened;
     TestBed bed(&opened);
     return quick_test_main_with_setup(argc, argv, "views", QUICK_TEST_SOURCE_DIR, &bed);

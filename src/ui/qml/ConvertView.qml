@@ -182,5 +182,7 @@ Item {
 
     component ConversionButton: VOXButton {
         Layout.preferredWidth: 1
+        // Not even when the service has answered between the clicks.
+        onDoubleClicked: {}
     }
 }

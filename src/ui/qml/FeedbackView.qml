@@ -80,6 +80,7 @@ Item {
                         text: "Load conversation"
                         Layout.preferredWidth: 160
                         Layout.minimumWidth: implicitWidth
+                        onDoubleClicked: {}
                         onClicked: root.loadConversation()
                     }
 
@@ -88,6 +89,7 @@ Item {
                         text: "Check update"
                         Layout.preferredWidth: 120
                         Layout.minimumWidth: implicitWidth
+                        onDoubleClicked: {}
                         onClicked: root.appState.checkUpdate()
                     }
                 }

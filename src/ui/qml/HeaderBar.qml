@@ -54,6 +54,7 @@ Rectangle {
             hint: "F1"
             implicitWidth: 90
             Layout.fillWidth: false
+            onDoubleClicked: {}
             onClicked: root.appState.goHelp()
         }
 
@@ -62,6 +63,7 @@ Rectangle {
             text: "UPDATES"
             implicitWidth: 110
             Layout.fillWidth: false
+            onDoubleClicked: {}
             onClicked: root.appState.checkUpdate()
         }
     }

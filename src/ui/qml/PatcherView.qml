@@ -96,6 +96,7 @@ Item {
                         orange: true
                         Layout.preferredWidth: 120
                         Layout.minimumWidth: implicitWidth
+                        onDoubleClicked: {}
                         onClicked: root.appState.loadPatches(calIdField.text)
                     }
 

@@ -114,6 +114,7 @@ Item {
                     objectName: "segmentSwapButton"
                     text: "SEGMENT SWAP"
                     orange: true
+                    onDoubleClicked: {}
                     onClicked: root.appState.previewSegments()
                 }
 
@@ -126,6 +127,7 @@ Item {
                         orange: true
                         enabled: !root.appState.busy
                         Layout.preferredWidth: 1
+                        onDoubleClicked: {}
                         onClicked: root.appState.applySegments()
                     }
 

@@ -154,6 +154,7 @@ Item {
                         text: root.sorting ? "SORTING..." : "START SORT"
                         orange: true
                         Layout.preferredWidth: 140
+                        onDoubleClicked: {}
                         onClicked: root.start()
                     }
 

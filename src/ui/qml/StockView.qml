@@ -126,6 +126,7 @@ Item {
                     text: "SEARCH"
                     orange: true
                     Layout.preferredWidth: 160
+                    onDoubleClicked: {}
                     onClicked: root.search()
                 }
 

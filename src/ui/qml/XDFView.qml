@@ -64,6 +64,7 @@ Item {
                         text: "LOGIN"
                         orange: true
                         Layout.preferredWidth: 140
+                        onDoubleClicked: {}
                         onClicked: root.appState.xdfLogin()
                     }
 
@@ -95,6 +96,7 @@ Item {
                 VOXButton {
                     objectName: "xdfCatalogButton"
                     text: "Load catalog"
+                    onDoubleClicked: {}
                     onClicked: root.appState.xdfCatalog()
                 }
 

@@ -1,0 +1,321 @@
+import QtQuick
+import QtTest
+import KvtEditor
+
+// Who is used to double clicks makes them everywhere: each does what one click does.
+ViewTest {
+    id: root
+
+    name: "DoubleClicks"
+
+    function show(view: string): void {
+        app.tab = view;
+        render();
+    }
+
+    function spyOn(target: var, signalName: string): var {
+        return createTemporaryObject(spyComponent, root, { target: target, signalName: signalName });
+    }
+
+    // Runs `wait` between the two clicks.
+    function mouseDoubleClickAround(button: var, wait: var, x: var, y: var): void {
+        let clicks = 0;
+        const between = () => {
+            if (++clicks === 1)
+                wait();
+        };
+        button.clicked.connect(between);
+        mouseDoubleClickSequence(button, x, y);
+        button.clicked.disconnect(between);
+        compare(clicks, 1);
+    }
+
+    function openTune(): void {
+        const before = bed.requestCount();
+        bed.openFile("a.kvt", 64);
+        tryVerify(() => bed.requestCount() > before && bed.allArrived());
+    }
+
+    function pickSegments(): void {
+        bed.writeFile("base.kvt", 24);
+        bed.writeFile("donor.kvt", 40);
+        app.pickSegmentFile("base", bed.tempPath("base.kvt"));
+        app.pickSegmentFile("donor", bed.tempPath("donor.kvt"));
+    }
+
+    // Has the service answer a call, and waits until the status line tells of it.
+    function answered(body: var, call: var): void {
+        bed.answerNext(JSON.stringify(body));
+        app.setStatus("");
+        call();
+        tryVerify(() => app.status !== "");
+        render();
+    }
+
+    function previewSegments(): void {
+        pickSegments();
+        answered({ status: "ok", candidates: [{ label: "Fuel" }] }, () => app.previewSegments());
+    }
+
+    function findStock(): void {
+        answered({ files: [{ id: 1, filename: "a.bin" }] }, () => app.stockSearch({}));
+        find("stockResults").selected = 0;
+    }
+
+    function loadCatalog(): void {
+        answered({ items: [{ id: 7, title: "Truck", os_id: "126", credits: 3 }] }, () => app.xdfCatalog());
+    }
+
+    function loadPatches(): void {
+        answered({ patches: [{ id: 7, variant: "A", description: "B" }] }, () => app.loadPatches("126"));
+    }
+
+    function fillTicket(): void {
+        const texts = { ticketDescriptionField: "It is slow.", ticketIdField: "T-7",
+            ticketReplyField: "Thanks." };
+        for (const name in texts)
+            input(name).text = texts[name];
+    }
+
+    function test_request_data() {
+        const none = () => {};
+        return [
+            { tag: "updatesButton", view: "main", prepare: none },
+            { tag: "sendToDevButton", view: "main", prepare: () => input("devMessageField").text = "Hello." },
+            { tag: "convertKvtToBin", view: "convert", prepare: openTune },
+            { tag: "convertKvtToBinCm2450", view: "convert", prepare: openTune },
+            { tag: "convertKvtToEfi", view: "convert", prepare: openTune },
+            { tag: "segmentSwapButton", view: "segments", prepare: pickSegments },
+            { tag: "applySelectedButton", view: "segments", prepare: previewSegments },
+            { tag: "xdfLoginButton", view: "xdf", prepare: none },
+            { tag: "xdfCatalogButton", view: "xdf", prepare: none },
+            { tag: "action", view: "xdf", prepare: loadCatalog },
+            { tag: "patcherLoadButton", view: "patcher", prepare: none },
+            { tag: "stockSearchButton", view: "stock", prepare: none },
+            { tag: "stockDownloadButton", view: "stock", prepare: findStock },
+            { tag: "ticketSubmitButton", view: "feedback", prepare: fillTicket },
+            { tag: "ticketLoadButton", view: "feedback", prepare: fillTicket },
+            { tag: "ticketUpdateButton", view: "feedback", prepare: none },
+            { tag: "ticketReplyButton", view: "feedback", prepare: fillTicket }
+        ];
+    }
+
+    function test_request(data) {
+        show(data.view);
+        data.prepare();
+        const before = bed.requestCount();
+        mouseDoubleClickSequence(find(data.tag, data.view === "xdf" ? find("xdfView") : null));
+        verifySent(before, 1);
+    }
+
+    // The service may have answered by the second click: then nothing is under way that would keep it out.
+    function test_requestAnsweredInBetween_data() {
+        return test_request_data().filter(
+            data => data.view === "convert" || data.tag === "applySelectedButton");
+    }
+
+    function test_requestAnsweredInBetween(data) {
+        show(data.view);
+        data.prepare();
+        const before = bed.requestCount();
+        bed.answerNext(JSON.stringify({ status: "error", message: "No." }));
+        mouseDoubleClickAround(find(data.tag), () => tryVerify(() => !app.busy));
+        verifySent(before, 1);
+    }
+
+    function test_page_data() {
+        return [{ tag: "xdfRegisterButton", view: "xdf" }, { tag: "xdfForgotButton", view: "xdf" },
+            { tag: "tile_delco", view: "tools" }, { tag: "updatesButton", view: "main", update: true },
+            { tag: "ticketUpdateButton", view: "feedback", update: true }];
+    }
+
+    function test_page(data) {
+        show(data.view);
+        const opened = bed.openedUrls().length;
+        const before = bed.requestCount();
+        const update = { latest_version: "9.0", download_url: "https://127.0.0.1/setup" };
+        if (data.update)
+            bed.answerNext(JSON.stringify(update));
+        mouseDoubleClickSequence(find(data.tag));
+        tryVerify(() => bed.openedUrls().length > opened);
+        verifySent(before, data.update ? 1 : 0);
+        compare(bed.openedUrls().length, opened + 1);
+    }
+
+    // What is not installed is told of instead, once as well.
+    function test_program_data() {
+        return [{ tag: "helpButton", view: "main" }, { tag: "tile_vbfphf", view: "tools" }];
+    }
+
+    function test_program(data) {
+        show(data.view);
+        const told = spyOn(app, "statusChanged");
+        const opened = bed.openedUrls().length;
+        mouseDoubleClickSequence(find(data.tag));
+        compare(told.count, 1);
+        verify(bed.openedUrls().length <= opened + 1);
+    }
+
+    function test_dialog_data() {
+        return [
+            { tag: "openFileButton", view: "main", dialog: "openDialog", sends: 1 },
+            { tag: "saveFileButton", view: "main", dialog: "saveDialog" },
+            { tag: "convertBinToKvt", view: "convert", dialog: "convertInputDialog", sends: 1 },
+            { tag: "convertBinToKvtCm2450", view: "convert", dialog: "convertHeaderDialog" },
+            { tag: "convertCtzToBin", view: "convert", dialog: "convertInputDialog", sends: 1 },
+            { tag: "convertCtzToKvt", view: "convert", dialog: "convertInputDialog", sends: 1 },
+            { tag: "pickBaseButton", view: "segments", dialog: "segmentFileDialog" },
+            { tag: "pickDonorButton", view: "segments", dialog: "segmentFileDialog" },
+            { tag: "searchBrowseButton", view: "search", dialog: "searchFolderDialog" },
+            { tag: "searchButton", view: "search", dialog: "searchFolderDialog" },
+            { tag: "sorterBrowseFilesButton", view: "sorter", dialog: "sorterFilesDialog" },
+            { tag: "sorterBrowseFolderButton", view: "sorter", dialog: "sorterFolderDialog" },
+            { tag: "tile_xcal", view: "tools", dialog: "toolConvertDialog", sends: 1 },
+            { tag: "tile_ecfg", view: "tools", dialog: "toolConvertDialog", sends: 1 },
+            { tag: "action", view: "patcher", dialog: "patcherDialog", prepare: loadPatches, sends: 1 }
+        ];
+    }
+
+    function test_dialog(data) {
+        show(data.view);
+        if (data.prepare)
+            data.prepare();
+        const dialog = find(data.dialog);
+        const changes = spyOn(dialog, "visibleChanged");
+        mouseDoubleClickSequence(find(data.tag, data.view === "patcher" ? find("patcherView") : null));
+        tryVerify(() => dialog.visible);
+        compare(changes.count, 1);
+        if (data.sends) {
+            bed.writeFile("chosen.bin", 16);
+            const before = bed.requestCount();
+            dialog.close();
+            dialog.selectedFile = bed.urlOf(bed.tempPath("chosen.bin"));
+            dialog.accepted();
+            verifySent(before, data.sends);
+        } else {
+            dialog.close();
+        }
+        tryVerify(() => !dialog.visible);
+        compare(changes.count, 2);
+    }
+
+    // Qt's own dialog comes up below the pointer, and has a row there by the time of the second click.
+    function test_rowBelowThePointer_data() {
+        return [{ tag: "saveFileButton", dialog: "saveDialog" },
+            { tag: "openFileButton", dialog: "openDialog" }];
+    }
+
+    function test_rowBelowThePointer(data) {
+        window.height = 720;
+        for (let i = 10; i < 30; ++i)
+            bed.writeFile("rows/" + i + ".kvt", i);
+        app.openKvt(bed.tempPath("rows/29.kvt"));
+        app.setStatus("", -1);
+        render();
+        const button = find(data.tag);
+        const dialog = find(data.dialog);
+        const rows = () => find("fileDialogListView", window.overlayItem);
+        const place = () => rows().mapFromItem(button, button.width - 20, button.height / 2);
+        const rowThere = () => rows().itemAt(place().x, place().y + rows().contentY);
+        mouseDoubleClickAround(button, () => {
+            tryVerify(() => dialog.visible);
+            tryVerify(rowThere);
+        }, button.width - 20, button.height / 2);
+        compare(app.status, "");
+        verify(dialog.visible);
+        // Nor is a click beside the dialog meant for it.
+        mouseClick(window.contentItem, 10, window.height - 10);
+        verify(dialog.visible);
+        // A row takes its own.
+        mouseDoubleClickSequence(rowThere());
+        tryVerify(() => !dialog.visible);
+        compare(app.statusOK, 1);
+    }
+
+    function test_sorting() {
+        bed.writeFile("a 2014.kvt", 16);
+        show("sorter");
+        find("sorterView").files = [bed.tempPath("a 2014.kvt")];
+        find("sorterView").folder = bed.tempPath("sorted");
+        const told = spyOn(app, "statusChanged");
+        const button = find("sorterStartButton");
+        mouseDoubleClickAround(button, () => {
+            tryVerify(() => told.count === 1);
+            tryVerify(() => button.enabled);
+        });
+        compare(app.status, "Copied 1 of 1 file(s).");
+        compare(told.count, 1);
+    }
+
+    function test_popup() {
+        show("tools");
+        const popup = find("vinHexPopup");
+        const changes = spyOn(popup, "visibleChanged");
+        mouseDoubleClickSequence(find("tile_vin2hex"));
+        tryVerify(() => popup.opened);
+        compare(changes.count, 1);
+        popup.close();
+        tryVerify(() => !popup.visible);
+    }
+
+    // The first click shows another view, whose controls the second must not press.
+    function test_searchHit_data() {
+        return [{ tag: "saveFileButton", dialog: "saveDialog" }, { tag: "hexEditorButton" },
+            { tag: "sendToDevButton" }];
+    }
+
+    function test_searchHit(data) {
+        const below = inWindow(find(data.tag));
+        for (let i = 0; i < 20; ++i)
+            bed.writeFile("hits/" + i + ".kvt", 16);
+        show("search");
+        find("searchView").takeFolder(bed.tempPath("hits"));
+        tryCompare(app, "searchBusy", false);
+        const list = find("searchList");
+        tryCompare(list, "count", 20);
+        render();
+        input("devMessageField").text = "Hello.";
+        const place = list.mapFromItem(null, below.right - 20, below.y + below.height / 2);
+        verify(list.itemAt(place.x, place.y + list.contentY), "there is no hit above " + data.tag);
+        const before = bed.requestCount();
+        mouseDoubleClickSequence(window.contentItem, below.right - 20, below.y + below.height / 2);
+        compare(app.tab, "main");
+        compare(app.showHex, false);
+        if (data.dialog)
+            compare(find(data.dialog).visible, false);
+        verifySent(before, 1);
+    }
+
+    // What lies behind the hex editor is not pressed by the second click either.
+    function test_closingTheHexEditor() {
+        openTune();
+        app.showHex = true;
+        render();
+        const place = inWindow(find("hexCloseButton"));
+        const before = bed.requestCount();
+        mouseDoubleClickSequence(window.contentItem, place.x + place.width / 2, place.y + place.height / 2);
+        compare(app.showHex, false);
+        verifyNothingSent(before);
+        const behind = inWindow(find("updatesButton"));
+        verify(place.x < behind.right && place.right > behind.x, "nothing lies behind");
+        verify(place.y < behind.bottom && place.bottom > behind.y, "nothing lies behind");
+    }
+
+    // Where one search follows the other, clicks may come as quick as they can.
+    function test_findNextCountsEveryClick() {
+        bed.openFile("a.kvt", 64);
+        app.showHex = true;
+        render();
+        find("hexSearchField").text = "00";
+        const hex = app.hexModel;
+        hex.cursor = 0;
+        mouseDoubleClickSequence(find("hexNextButton"));
+        compare(hex.cursor, 2);
+    }
+
+    Component {
+        id: spyComponent
+
+        SignalSpy {}
+    }
+}
