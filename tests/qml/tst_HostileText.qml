@@ -23,7 +23,7 @@ ViewTest {
         return ["picture", "tag", "ampersand", "override", "nul", "long"].map(tag => ({ tag: tag }));
     }
 
-    // A field takes no more than 32767 characters.
+    // A field shows no more than 32767 characters.
     function compareShown(shown: string, value: string): void {
         verify(value !== "");
         verify(shown === value.slice(0, 32767), shown.length + " of " + value.length);
@@ -86,6 +86,23 @@ ViewTest {
         compareField(input("versionField"), app.editorVersion);
         for (const item of shownTexts())
             compare(item.textFormat, Text.PlainText, item.objectName);
+        verifyNothingFetched();
+    }
+
+    function test_editedIdentifier_data() { return rows_data(); }
+
+    // The field with the keyboard holds all of it.
+    function test_editedIdentifier(data) {
+        bed.applyInfo({ serial: texts()[data.tag] });
+        const before = app.serial;
+        const field = input("serialField");
+        field.forceActiveFocus();
+        render();
+        verify(field.text === before);
+        keyClick(Qt.Key_Home);
+        keyClick(Qt.Key_Delete);
+        render();
+        verify(app.serial === before.slice(1), app.serial.length + " of " + before.length);
         verifyNothingFetched();
     }
 

@@ -469,4 +469,193 @@ ViewTest {
         compare(find("identifierFields").visible, true);
         compare(find("vinField").text, "");
     }
+
+    function showIn(view: string): void {
+        app.tab = view;
+        render();
+    }
+
+    function inPanel(name: string, view: string): var {
+        return find(name, find(view + "View"));
+    }
+
+    function isInside(item: var, ancestor: var): bool {
+        while (item && item !== ancestor)
+            item = item.parent;
+        return item === ancestor;
+    }
+
+    function verifyKeyboardIn(name: string, view: string): void {
+        const face = inPanel(name, view);
+        const focused = window.activeFocusItem;
+        verify(focused.visible && focused.enabled);
+        verify(isInside(focused, face), "the keyboard is in " + focused.objectName);
+    }
+
+    // Everything the fields may change.
+    function identifiers(): string {
+        return test_field_data().map(data => app[data.tag]).join("|");
+    }
+
+    function panels_data(): var {
+        return [{ tag: "main" }, { tag: "convert" }, { tag: "segments" }];
+    }
+
+    function test_typingEndsWhenTheFieldsGo_data() { return panels_data(); }
+
+    function test_typingEndsWhenTheFieldsGo(data) {
+        showIn(data.tag);
+        for (const field of ["vin", "interfaceID"]) {
+            mouseClick(find("field", inPanel(field + "Field", data.tag)));
+            type("AB");
+            verify(app[field].includes("AB"));
+            bed.applyInfo({ modules: twoModules });
+            const before = identifiers();
+            type("CD");
+            keyClick(Qt.Key_Backspace);
+            keyClick(Qt.Key_Delete);
+            compare(identifiers(), before);
+            render();
+            verifyKeyboardIn("moduleList", data.tag);
+            keyClick(Qt.Key_Tab);
+            verifyKeyboardIn("moduleList", data.tag);
+            type("EF");
+            compare(identifiers(), before);
+            bed.applyInfo({ modules: twoModules.slice(0, 1) });
+            // Back in the field that it left.
+            verify(find("field", inPanel(field + "Field", data.tag)).activeFocus);
+            type("GH");
+            verify(app[field].includes("GH"));
+        }
+    }
+
+    function test_keyboardLeavesTheModulesWithThem_data() { return panels_data(); }
+
+    function test_keyboardLeavesTheModulesWithThem(data) {
+        bed.applyInfo({ modules: twoModules });
+        showIn(data.tag);
+        const lines = inPanel("lines", data.tag);
+        mouseClick(find("field", lines.itemAtIndex(2)));
+        verifyKeyboardIn("moduleList", data.tag);
+        bed.openFile("one.kvt", 16);
+        verifyKeyboardIn("identifierFields", data.tag);
+        verify(find("field", inPanel("vinField", data.tag)).activeFocus);
+        keyClick(Qt.Key_Tab);
+        verify(find("field", inPanel("serialField", data.tag)).activeFocus);
+        bed.applyInfo({ modules: twoModules });
+        render();
+        verifyKeyboardIn("moduleList", data.tag);
+    }
+
+    function test_keyboardElsewhereStaysThere() {
+        const button = find("sendToDevButton");
+        button.forceActiveFocus();
+        for (const count of [2, 1, 2]) {
+            bed.applyInfo({ modules: twoModules.slice(0, count) });
+            render();
+            compare(window.activeFocusItem, button);
+        }
+        keyClick(Qt.Key_Tab);
+        compare(lineWithKeyboard(), 1);
+    }
+
+    // The control that had the keyboard before the hex editor gets it back, unless it has gone meanwhile.
+    function test_facesChangeBehindTheHexEditor() {
+        bed.openFile("one.kvt", 16);
+        input("vinField").forceActiveFocus();
+        keyClick(Qt.Key_H, Qt.ControlModifier);
+        verify(app.showHex);
+        bed.applyInfo({ modules: twoModules });
+        const before = identifiers();
+        keyClick(Qt.Key_Escape);
+        verify(!app.showHex);
+        type("CD");
+        compare(identifiers(), before);
+        verifyKeyboardIn("moduleList", "main");
+    }
+
+    // Longer than what most fields take.
+    function longSerial(): string {
+        return "<" + "x".repeat(39998) + ">";
+    }
+
+    function test_longValueIsEditedWhole_data() {
+        return [
+            { tag: "delete-first", keys: [Qt.Key_Home, Qt.Key_Delete], expected: text => text.slice(1) },
+            { tag: "delete-last", keys: [Qt.Key_End, Qt.Key_Left, Qt.Key_Delete],
+              expected: text => text.slice(0, -1) },
+            { tag: "backspace-last", keys: [Qt.Key_End, Qt.Key_Backspace],
+              expected: text => text.slice(0, -1) },
+            { tag: "typed-at-the-end", keys: [Qt.Key_End, Qt.Key_7], expected: text => text + "7" },
+            { tag: "two", keys: [Qt.Key_Home, Qt.Key_Delete, Qt.Key_End, Qt.Key_Backspace],
+              expected: text => text.slice(1, -1) },
+            { tag: "all", keys: [Qt.Key_Delete], select: true, expected: () => "" }
+        ];
+    }
+
+    function test_longValueIsEditedWhole(data) {
+        const serial = longSerial();
+        bed.applyInfo({ serial: serial });
+        const field = input("serialField");
+        verify(field.text === serial.slice(0, 32767));
+        field.forceActiveFocus();
+        if (data.select)
+            keyClick(Qt.Key_A, Qt.ControlModifier);
+        for (const key of data.keys)
+            keyClick(key);
+        const expected = data.expected(serial);
+        verify(app.serial === expected, app.serial.length + " characters");
+        verify(field.text === expected);
+        // Beside the field only its beginning is laid out, and shown.
+        input("vinField").forceActiveFocus();
+        verify(app.serial === expected);
+        verify(field.text === expected.slice(0, 32767));
+        compare(field.cursorPosition, 0);
+    }
+
+    function test_longValueIsEditedWhereItIsClicked() {
+        const serial = longSerial();
+        bed.applyInfo({ serial: serial });
+        const field = input("serialField");
+        render();
+        mouseClick(field, field.leftPadding + 1, field.height / 2);
+        compare(field.cursorPosition, 0);
+        keyClick(Qt.Key_Delete);
+        verify(app.serial === serial.slice(1));
+        compare(field.cursorPosition, 0);
+    }
+
+    function test_longValueArrivesWhileTheFieldIsEdited() {
+        const serial = longSerial();
+        const field = input("serialField");
+        field.forceActiveFocus();
+        type("1");
+        bed.applyInfo({ serial: serial });
+        verify(field.text === serial);
+        keyClick(Qt.Key_End);
+        keyClick(Qt.Key_Backspace);
+        verify(app.serial === serial.slice(0, -1));
+    }
+
+    function test_longTextIsPastedWhole() {
+        const serial = longSerial();
+        app.copyText(serial, "Test");
+        const field = input("serialField");
+        field.forceActiveFocus();
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        verify(app.serial === serial);
+    }
+
+    // What the fields show shortened is not thereby changed.
+    function test_walkingOverLongValuesChangesNothing() {
+        for (const data of test_field_data())
+            app[data.tag] = longSerial();
+        const before = identifiers();
+        input("vinField").forceActiveFocus(Qt.TabFocusReason);
+        for (let i = 0; i < 12; ++i)
+            keyClick(Qt.Key_Tab);
+        app.tab = "convert";
+        render();
+        verify(identifiers() === before);
+    }
 }

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick.Layouts
 import KvtEditor
 
@@ -11,66 +13,82 @@ ColumnLayout {
     spacing: 10
     Layout.fillWidth: true
 
-    VOXTextField {
+    Identifier {
         objectName: "vinField"
         title: "VIN"
-        text: root.appState.vin
+        input.focus: true
+        value: root.appState.vin
         onEdited: value => root.appState.vin = value
     }
 
-    VOXTextField {
+    Identifier {
         objectName: "serialField"
         title: "Serial Number"
-        text: root.appState.serial
+        value: root.appState.serial
         onEdited: value => root.appState.serial = value
     }
 
-    VOXTextField {
+    Identifier {
         objectName: "mainOSField"
         title: "Main OS"
-        text: root.appState.mainOS
+        value: root.appState.mainOS
         onEdited: value => root.appState.mainOS = value
     }
 
-    VOXTextField {
+    Identifier {
         objectName: "systemField"
         title: "System"
-        text: root.appState.system
+        value: root.appState.system
         onEdited: value => root.appState.system = value
     }
 
-    VOXTextField {
+    Identifier {
         objectName: "fuelField"
         title: "Fuel System"
-        text: root.appState.fuel
+        value: root.appState.fuel
         onEdited: value => root.appState.fuel = value
     }
 
-    VOXTextField {
+    Identifier {
         objectName: "speedometerField"
         title: "Speedometer"
-        text: root.appState.speedometer
+        value: root.appState.speedometer
         onEdited: value => root.appState.speedometer = value
     }
 
-    VOXTextField {
+    Identifier {
         objectName: "engineDiagField"
         title: "Engine Diag"
-        text: root.appState.engineDiag
+        value: root.appState.engineDiag
         onEdited: value => root.appState.engineDiag = value
     }
 
-    VOXTextField {
+    Identifier {
         objectName: "engineOpField"
         title: "Engine Op"
-        text: root.appState.engineOp
+        value: root.appState.engineOp
         onEdited: value => root.appState.engineOp = value
     }
 
-    VOXTextField {
+    Identifier {
         objectName: "interfaceIDField"
         title: "Interface ID"
-        text: root.appState.interfaceID
+        value: root.appState.interfaceID
         onEdited: value => root.appState.interfaceID = value
+    }
+
+    // To lay out a long value takes long: only the field that has the keyboard holds it whole.
+    component Identifier: VOXTextField {
+        required property string value
+        property bool whole: false
+
+        ofAnyLength: true
+        text: whole ? value : value.slice(0, 32767)
+        input.onActiveFocusChanged: {
+            const place = input.cursorPosition;
+            whole = input.activeFocus;
+            if (whole && input.cursorPosition !== place)
+                input.cursorPosition = place;
+        }
     }
 }

@@ -14,25 +14,43 @@ VOXCard {
     objectName: "identifiersPanel"
     title: "Identifiers"
 
+    // The keyboard goes along, for what is typed must not change what is out of sight.
+    onSeveralModulesChanged: {
+        if (severalModules && fields.focus)
+            list.focus = true;
+        else if (!severalModules && list.focus)
+            fields.focus = true;
+    }
+
     ModuleLines {
         id: moduleLines
         modules: root.appState.modules
     }
 
-    VOXScroll {
-        objectName: "identifierFields"
+    FocusScope {
+        id: fields
         visible: !root.severalModules
+        enabled: !root.severalModules
+        Layout.fillWidth: true
+        Layout.fillHeight: true
 
-        IdentifierFields {}
+        VOXScroll {
+            objectName: "identifierFields"
+            anchors.fill: parent
 
-        Item {
-            Layout.fillHeight: true
+            IdentifierFields {}
+
+            Item {
+                Layout.fillHeight: true
+            }
         }
     }
 
     ModuleList {
+        id: list
         objectName: "moduleList"
         visible: root.severalModules
+        enabled: root.severalModules
         lines: moduleLines
         interfaceID: root.appState.interfaceID
     }

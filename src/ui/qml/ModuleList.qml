@@ -7,7 +7,7 @@ import KvtEditor
 
 // What the control modules of a file say about themselves, one block for each, and below them the identifier
 // they share. A service may answer with any number of modules, so only the lines in sight exist.
-Item {
+FocusScope {
     id: root
 
     required property ModuleLines lines
@@ -28,6 +28,7 @@ Item {
 
         objectName: "lines"
         anchors.fill: parent
+        focus: true
         clip: true
         // A number: only another number of lines makes the list anew, and thereby loses the place in it.
         model: root.lines.count + 1
