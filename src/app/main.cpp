@@ -3,6 +3,7 @@
 #include "core/HexModel.h"
 #include "core/Version.h"
 #include "platform/Graphics.h"
+#include "ui/ButtonTexts.h"
 #include "ui/PlainFileDialogs.h"
 #include "ui/SecondClicks.h"
 
@@ -142,6 +143,7 @@ void showLoadFailure()
 int runWindow(QApplication &app, AppState &state, const QString &file)
 {
     installMessageLog();
+    takeButtonTextsAsTheyAre();
     PlainFileDialogs plainFileDialogs;
     SecondClicks secondClicks;
     app.installEventFilter(&secondClicks);

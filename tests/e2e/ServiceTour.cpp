@@ -182,7 +182,7 @@ void ServiceTour::openStockFile()
     const QString view = QStringLiteral("stockView");
     m_window.click(QStringLiteral("nav_stock"));
     m_picture(QStringLiteral("stock-files-empty"));
-    press(view, QStringLiteral("DOWNLOAD && OPEN"));
+    press(view, QStringLiteral("DOWNLOAD & OPEN"));
     m_window.waitForStatus(QStringLiteral("Select a stock file first."));
     press(view, QStringLiteral("SEARCH"));
     m_window.waitForStatusEnding(QStringLiteral(" stock file(s)."));
@@ -195,7 +195,7 @@ void ServiceTour::openStockFile()
     m_window.click(m_window.inside(
         view, [&](const QQuickItem *item) { return item->property("text").toString() == name; }, name));
     m_picture(QStringLiteral("stock-files"));
-    press(view, QStringLiteral("DOWNLOAD && OPEN"));
+    press(view, QStringLiteral("DOWNLOAD & OPEN"));
     AppState *const app = m_window.app();
     m_window.waitFor([&] { return app->fileName() == name && app->tab() == QLatin1String("main"); },
                      QStringLiteral("the stock file to open"));

@@ -1,4 +1,5 @@
 #include "TestBed.h"
+#include "ui/ButtonTexts.h"
 #include "ui/SecondClicks.h"
 
 #include <QDir>
@@ -13,6 +14,7 @@ int main(int argc, char **argv)
     // As at the start of the program: a dialog hands over paths without their leading slash.
     QDir::setCurrent(QDir::rootPath());
     QQuickStyle::setStyle(QStringLiteral("Basic"));
+    takeButtonTextsAsTheyAre();
     SecondClicks secondClicks;
     application.installEventFilter(&secondClicks);
     const UrlRecorder opened;

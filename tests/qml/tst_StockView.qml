@@ -404,7 +404,7 @@ ViewTest {
     function test_downloadNeedsASelection() {
         fill(manyFiles(2, "a"));
         const asked = bed.requestCount();
-        compare(find("stockDownloadButton").shownText, "DOWNLOAD & OPEN");
+        compare(find("stockDownloadButton").text, "DOWNLOAD & OPEN");
         verify(find("stockDownloadButton").orange);
         click("stockDownloadButton");
         compare(app.status, "Select a stock file first.");

@@ -108,7 +108,7 @@ VOXCard {
 
     VOXButton {
         objectName: "stockDownloadButton"
-        text: "DOWNLOAD && OPEN"
+        text: "DOWNLOAD & OPEN"
         orange: true
         onDoubleClicked: {}
         onClicked: root.download()

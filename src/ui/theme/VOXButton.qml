@@ -3,14 +3,12 @@ import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
-// A push button; `orange` marks the primary action of a view, `hint` names the key that does the same. In `text` an
-// ampersand is written twice: the library makes Alt and the character behind a single one press the button.
+// A push button; `orange` marks the primary action of a view, `hint` names the key that does the same.
 Button {
     id: root
 
     property bool orange: false
     property string hint
-    readonly property string shownText: text.replace(/&&/g, "&")
 
     Layout.fillWidth: true
     Layout.preferredHeight: 40
@@ -19,7 +17,7 @@ Button {
     font.weight: Font.DemiBold
 
     Accessible.role: Accessible.Button
-    Accessible.name: root.shownText
+    Accessible.name: root.text
     Accessible.description: root.hint
 
     // Held, the key is told as released and pressed again and again: one press acts once.
@@ -27,7 +25,7 @@ Button {
     Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
 
     contentItem: Text {
-        text: root.shownText
+        text: root.text
         textFormat: Text.PlainText
         font: root.font
         color: root.orange ? VOXTheme.accentText : VOXTheme.text
