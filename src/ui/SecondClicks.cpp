@@ -4,6 +4,18 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 
+namespace {
+
+// An answer is given to a dialog once, though its first click may have led from one folder into another.
+bool answersADialog(const QQuickItem *item)
+{
+    while (item && !item->inherits("QQuickDialogButtonBox"))
+        item = item->parentItem();
+    return item;
+}
+
+} // namespace
+
 bool SecondClicks::eventFilter(QObject *watched, QEvent *event)
 {
     const bool released = event->type() == QEvent::MouseButtonRelease;
@@ -15,7 +27,7 @@ bool SecondClicks::eventFilter(QObject *watched, QEvent *event)
     QQuickItem *const pressed = window->mouseGrabberItem();
     if (released)
         m_clicked = pressed;
-    if (released || pressed == m_clicked)
+    if (released || (pressed == m_clicked && !answersADialog(pressed)))
         return false;
     if (pressed)
         pressed->ungrabMouse();

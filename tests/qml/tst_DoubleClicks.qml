@@ -247,6 +247,21 @@ ViewTest {
         compare(told.count, 1);
     }
 
+    function test_searching() {
+        bed.writeFile("searched/a.kvt", 16);
+        show("search");
+        find("searchView").folder = bed.tempPath("searched");
+        const told = spyOn(app, "statusChanged");
+        const button = find("searchButton");
+        mouseDoubleClickAround(button, () => {
+            tryVerify(() => told.count === 2);
+            tryVerify(() => button.enabled);
+        });
+        compare(app.status, "Found 1 file(s).");
+        tryCompare(app, "searchBusy", false);
+        compare(told.count, 2);
+    }
+
     function test_popup() {
         show("tools");
         const popup = find("vinHexPopup");

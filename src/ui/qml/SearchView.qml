@@ -128,6 +128,7 @@ Item {
                         enabled: !root.appState.searchBusy
                         Layout.preferredWidth: 160
                         Layout.minimumWidth: implicitWidth
+                        onDoubleClicked: {}
                         onClicked: root.search()
                     }
 
