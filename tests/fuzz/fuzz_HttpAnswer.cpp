@@ -171,14 +171,36 @@ private:
     int m_calls = 0;
 };
 
+// Whether a chunked body stops in the midst of the line that gives a chunk's size. The two bytes behind a
+// chunk may be any to the library.
+bool endsWithinASize(const QByteArray &body)
+{
+    qsizetype at = 0;
+    while (at <= body.size()) {
+        const qsizetype end = body.indexOf("\r\n", at);
+        if (end < 0)
+            return body.size() - at >= 2;
+        const QByteArray line = body.sliced(at, end - at);
+        const qsizetype size =
+            line.first(line.indexOf(';') < 0 ? line.size() : line.indexOf(';')).trimmed().toInt(nullptr, 16);
+        if (size <= 0)
+            return false;
+        at = end + 2 + size + 2;
+    }
+    return false;
+}
+
 // The network library (seen in 6.4) never tells that the connection was closed where it stops reading a
-// chunked body half-way: at a negative size, at a line that ends in anything but CR LF, and ahead of the very
-// last line break.
+// chunked body half-way: within the size of a chunk, at a negative one, at a line that ends in anything but
+// CR LF, and ahead of the very last line break.
 bool isNeverAnswered(const QByteArray &answer)
 {
     const qsizetype chunked = answer.toLower().indexOf("chunked");
     if (chunked < 0)
         return false;
+    const qsizetype head = answer.indexOf("\r\n\r\n", chunked);
+    if (head >= 0 && endsWithinASize(answer.sliced(head + 4)))
+        return true;
     const QByteArray body = answer.sliced(chunked);
     const qsizetype breaks = body.count("\r\n");
     const QList<QByteArray> lines = body.split('\n');
