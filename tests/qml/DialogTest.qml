@@ -47,4 +47,25 @@ ViewTest {
         render();
         return named()[0];
     }
+
+    function verifyMarked(names: var): void {
+        const marked = () => rows().filter(item => item.highlighted).map(item => item.fileName);
+        tryVerify(() => marked().join() === names.join(), 5000, "Not marked alone: " + names);
+    }
+
+    function showPath(): var {
+        keyClick(Qt.Key_L, Qt.ControlModifier);
+        const field = itemsIn(window.overlayItem, item => item.Accessible.name === "Path")[0];
+        verify(field.activeFocus);
+        return field;
+    }
+
+    function givePath(path: string): void {
+        const field = showPath();
+        app.copyText(path, "");
+        field.selectAll();
+        field.paste();
+        compare(field.text, path);
+        keyClick(Qt.Key_Return);
+    }
 }

@@ -81,6 +81,12 @@ void TestBed::writeFile(const QString &name, int size)
         qFatal("Cannot write %s", qPrintable(path));
 }
 
+void TestBed::removeFile(const QString &name)
+{
+    if (!QFile::remove(tempPath(name)))
+        qFatal("Cannot remove %s", qPrintable(tempPath(name)));
+}
+
 void TestBed::removeFolder(const QString &name)
 {
     if (!QDir(tempPath(name)).removeRecursively())

@@ -33,6 +33,7 @@ public:
     Q_INVOKABLE void openFile(const QString &name, int size, const QString &tail = {});
     /// Writes a file of zeros into the bed's folder, or a folder below it.
     Q_INVOKABLE void writeFile(const QString &name, int size = 32);
+    Q_INVOKABLE void removeFile(const QString &name);
     Q_INVOKABLE void removeFolder(const QString &name);
     /// Writes a file whose name is no text, "caf\xe9.kvt", into a folder of the bed's.
     Q_INVOKABLE void writeUndecodable(const QString &folder);

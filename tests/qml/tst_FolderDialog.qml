@@ -47,11 +47,6 @@ DialogTest {
         tryVerify(() => String(dialog.selectedFolder) === String(dialog.currentFolder));
     }
 
-    function verifyMarked(names: var): void {
-        const marked = () => rows().filter(item => item.highlighted).map(item => item.fileName);
-        tryVerify(() => marked().join() === names.join(), 5000, "Not marked alone: " + names);
-    }
-
     function enter(dialog: var, folder: string, within: string): void {
         mouseDoubleClickSequence(row(folder));
         row(within);
@@ -165,9 +160,7 @@ DialogTest {
 
     function test_typedPath(data) {
         const dialog = openFolderDialog("plain");
-        keyClick(Qt.Key_L, Qt.ControlModifier);
-        const pathField = itemsIn(window.overlayItem, item => item.Accessible.name === "Path")[0];
-        verify(pathField.activeFocus);
+        const pathField = showPath();
         verify(!button("Open").enabled);
         pathField.selectAll();
         type(at(data.path));

@@ -139,6 +139,21 @@ DialogTest {
         verifySize(data.folder + "/inner/first.kvt", 32);
     }
 
+    // Its second half would save over the file of that name in there.
+    function test_doubleClickOnSaveEntersOnly() {
+        const dialog = openSaveDialog("plain", "plain/inner/orig.kvt");
+        mouseClick(row("inner"));
+        tryCompare(nameField(), "text", "inner");
+        app.setStatus("", -1);
+        mouseDoubleClickSequence(button("Save") ?? button("Open"));
+        row("first.kvt");
+        verify(dialog.visible);
+        compare(app.status, "");
+        mouseClick(button("Cancel"));
+        tryVerify(() => !dialog.visible);
+        verifySize("plain/inner/orig.kvt", 35);
+    }
+
     function test_chosenFileIsTaken_data() { return listedFolders_data(); }
 
     function test_chosenFileIsTaken(data) {
@@ -300,6 +315,93 @@ DialogTest {
         verify(dialog.visible);
         retype("new.kvt");
         verifySaved(dialog, "plain/inner/new.kvt");
+    }
+
+    // The text has done what it said: the file keeps the name that it had before.
+    function test_typedFolderIsEntered_data() {
+        return [
+            { tag: "name", text: () => "inner", entered: "inner" },
+            { tag: "slash", text: () => "inner/", entered: "inner/" },
+            { tag: "below", text: () => "./inner", entered: "./inner" },
+            { tag: "root", text: () => at("e%20f/inner"), entered: "inner" },
+            { tag: "url", text: () => bed.encodedUrlOf(at("e%20f")) + "/inner", entered: "inner" },
+            { tag: "parent", text: () => "..", entered: ".." },
+            { tag: "same", text: () => ".", entered: "." },
+            { tag: "finished-first", text: () => "inner", entered: "inner", key: Qt.Key_Return },
+            { tag: "left-first", text: () => "inner", entered: "inner", key: Qt.Key_Tab }
+        ];
+    }
+
+    function test_typedFolderIsEntered(data) {
+        const dialog = openSaveDialog("e%20f");
+        const before = String(dialog.currentFolder);
+        retype(data.text());
+        if (data.key)
+            keyClick(data.key);
+        mouseClick(button("Save"));
+        tryVerify(() => String(dialog.currentFolder) !== before);
+        verify(dialog.visible);
+        tryCompare(nameField(), "text", "orig.kvt");
+        render();
+        compare(nameField().text, "orig.kvt");
+        verifySaved(dialog, "e%20f/" + data.entered + "/orig.kvt");
+        verifySize("e%20f/inner/first.kvt", 32);
+    }
+
+    function test_typedFolderAfterAnotherName_data() {
+        return [
+            { tag: "chosen", name: () => mouseClick(row("z.kvt")), file: "z.kvt" },
+            { tag: "gone-along", file: "mine.kvt",
+                name: () => {
+                    retype("mine.kvt");
+                    keyClick(Qt.Key_Up, Qt.AltModifier);
+                    row("plain");
+                    retype("plain");
+                    mouseClick(button("Save"));
+                    row("inner");
+                } }
+        ];
+    }
+
+    function test_typedFolderAfterAnotherName(data) {
+        const dialog = openSaveDialog("plain");
+        data.name();
+        tryCompare(nameField(), "text", data.file);
+        retype("inner");
+        mouseClick(button("Save"));
+        row("first.kvt");
+        tryCompare(nameField(), "text", data.file);
+        verifySaved(dialog, "plain/inner/" + data.file);
+        verifySize("plain/z.kvt", 34);
+    }
+
+    // A path is given above the list as well, and says what to save as.
+    function test_pathAbove_data() {
+        return [
+            { tag: "there", path: "plain/z.kvt" },
+            { tag: "elsewhere", path: "far/a%20b #1.kvt", write: true },
+            { tag: "new", path: "plain/inner/new.kvt" }
+        ];
+    }
+
+    function test_pathAbove(data) {
+        const dialog = openSaveDialog("plain", data.write ? data.path : "");
+        app.setStatus("", -1);
+        givePath(at(data.path));
+        tryVerify(() => !dialog.visible);
+        compare(app.status, "Saved.");
+        verifySize(data.path, 48);
+        verifySize("plain/a.kvt", 33);
+    }
+
+    function test_noPathAbove() {
+        const dialog = openSaveDialog("plain");
+        showPath().selectAll();
+        keyClick(Qt.Key_Delete);
+        keyClick(Qt.Key_Return);
+        verify(dialog.visible);
+        keyClick(Qt.Key_Escape);
+        verifySaved(dialog, "plain/orig.kvt");
     }
 
     // The list makes its rows anew then.

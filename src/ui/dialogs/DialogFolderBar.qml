@@ -7,30 +7,39 @@ import KvtEditor
 
 // The bar of folders in Qt's own dialogs for files and folders, whose buttons would take a folder's name for
 // markup. It also sees to what is chosen: left alone, a dialog chooses the first entry of each folder it
-// shows, or reads anew. Save would then write over another file than the one that was named, and Open take a
-// folder below the one that is shown.
+// shows, or reads anew. Save would then write over another file than the one that was named, and Open take
+// another file than the one that was chosen, or a folder below the one that is shown.
 Dialogs.FolderBreadcrumbBar {
     id: root
 
     readonly property Dialogs.FileDialogImpl fileDialog: dialog as Dialogs.FileDialogImpl
     readonly property Dialogs.FolderDialogImpl folderDialog: dialog as Dialogs.FolderDialogImpl
-    readonly property url place: fileDialog?.selectedFile ?? folderDialog?.currentFolder ?? ""
+    readonly property url place: fileDialog?.currentFolder ?? folderDialog?.currentFolder ?? ""
     readonly property ListView list: fileDialog?.Dialogs.FileDialogImpl.fileDialogListView
         ?? folderDialog?.Dialogs.FolderDialogImpl.folderDialogListView ?? null
-    // Seen in a dialog for saving only.
     readonly property TextField nameField: fileDialog?.Dialogs.FileDialogImpl.fileNameTextField ?? null
+    // The name field is seen in a dialog for saving only.
+    readonly property bool saving: nameField?.visible === true
     // What to save as, whichever folder is shown: a name there, or a path from the root.
     property string fileName
+    // What to save as if the name that was typed since turns out to be a folder's.
+    property string earlierName
+    // The folder that was shown last, and the file that `fileName` meant there.
+    property url lastFolder
+    property url namedFile
     // What the name field shows. The dialog would show the last part of a path alone.
     property string shownName
     // Whether the chosen row has to be found again, in a folder that is being read anew.
     property bool remarking: false
-    // A dialog for opening files is left its choice.
-    readonly property bool correcting: folderDialog !== null || nameField?.visible === true
+    // Whether the path's field is choosing.
+    property bool takingPath: false
 
     function begin(): void {
         fileName = fileDialog?.fileName ?? "";
+        earlierName = fileName;
+        lastFolder = fileDialog?.currentFolder ?? "";
         shownName = fileName;
+        remarking = false;
         enterFolder();
     }
 
@@ -47,16 +56,19 @@ Dialogs.FolderBreadcrumbBar {
         return String(list.currentItem?.file) === String(chosen());
     }
 
-    // Mouse and keys choose the row that they mark, all other choices are the dialog's own. They are taken
-    // back at once, for one may be made on the way to saving. A folder's row names nothing to save as.
+    // Mouse and keys choose the row that they mark, and a path chooses what it names. All other choices are
+    // the dialog's own. They are taken back at once, for one may be made on the way to saving. A folder's row
+    // names nothing to save as.
     function chooseFile(): void {
+        if (takingPath)
+            return;
         const row = list.currentItem;
         if (!isRowChosen()) {
             correct();
         } else {
             shownName = row.fileName;
             if (!row.fileIsDir)
-                fileName = row.fileName;
+                fileName = earlierName = row.fileName;
         }
         correction.start();
     }
@@ -69,17 +81,30 @@ Dialogs.FolderBreadcrumbBar {
     function correct(): void {
         if (folderDialog) {
             folderDialog.selectedFolder = folderDialog.currentFolder;
-        } else if (correcting) {
+        } else if (saving) {
+            takeAlong();
             shownName = fileName;
             // The dialog would decode a name, and the folder with it: so it gets the whole url.
-            fileDialog.selectedFile = fileName ? FilePaths.fromTyped(fileDialog.currentFolder, fileName) : "";
+            namedFile = fileName ? FilePaths.fromTyped(fileDialog.currentFolder, fileName) : "";
+            fileDialog.selectedFile = namedFile;
+        } else if (fileDialog.visible) {
+            fileDialog.selectedFile = "";
         }
+    }
+
+    // A name goes along into another folder, but not into the one that it turned out to name.
+    function takeAlong(): void {
+        const folder = fileDialog.currentFolder;
+        if (String(folder) === String(lastFolder))
+            return;
+        if (String(folder) === String(namedFile))
+            fileName = earlierName;
+        earlierName = fileName;
+        lastFolder = folder;
     }
 
     // Without a current row of its own choice the list would mark the first one, and the dialog choose it.
     function loseRows(): void {
-        if (!correcting)
-            return;
         remarking = remarking || isRowChosen();
         list.currentIndex = -1;
     }
@@ -100,6 +125,7 @@ Dialogs.FolderBreadcrumbBar {
 
     // The dialog closes the path's field by itself, but opens it again when a row took the focus meanwhile.
     function leavePath(): void {
+        takingPath = false;
         list.forceActiveFocus();
     }
 
@@ -129,8 +155,7 @@ Dialogs.FolderBreadcrumbBar {
         required property int index
         required property string folderName
 
-        // An ampersand alone would make a key for the button of what follows it.
-        text: folderName.replace(/&/g, "&&")
+        text: folderName
         flat: true
         implicitWidth: Math.min(implicitContentWidth + 16, 300)
         implicitHeight: 40
@@ -172,7 +197,13 @@ Dialogs.FolderBreadcrumbBar {
     textField: TextField {
         text: root.place
         Accessible.name: "Path"
-        onAccepted: Qt.callLater(root.leavePath)
+        // An empty one would be taken for a choice.
+        validator: RegularExpressionValidator { regularExpression: /[\s\S]+/ }
+        // Ahead of the dialog, which accepts it next.
+        onAccepted: {
+            root.takingPath = true;
+            Qt.callLater(root.leavePath);
+        }
     }
 
     // Not by a press beside it, as that of a double click on what opened it may be.
@@ -184,8 +215,9 @@ Dialogs.FolderBreadcrumbBar {
 
     Connections {
         target: root.dialog
-        function onAboutToShow(): void {
-            root.begin();
+        function onVisibleChanged(): void {
+            if (root.dialog.visible)
+                root.begin();
         }
     }
 
@@ -241,7 +273,7 @@ Dialogs.FolderBreadcrumbBar {
         id: correction
         interval: 0
         onTriggered: {
-            if (root.dialog.visible && root.correcting)
+            if (root.dialog.visible)
                 root.mark();
         }
     }
