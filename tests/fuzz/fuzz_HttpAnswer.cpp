@@ -171,8 +171,8 @@ private:
     int m_calls = 0;
 };
 
-// Whether a chunked body stops in the midst of the line that gives a chunk's size. The two bytes behind a
-// chunk may be any to the library.
+// Whether a chunked body stops in the midst of the line that gives a chunk's size, or has an empty one there.
+// The two bytes behind a chunk may be any to the library.
 bool endsWithinASize(const QByteArray &body)
 {
     qsizetype at = 0;
@@ -181,8 +181,9 @@ bool endsWithinASize(const QByteArray &body)
         if (end < 0)
             return body.size() - at >= 2;
         const QByteArray line = body.sliced(at, end - at);
-        const qsizetype size =
-            line.first(line.indexOf(';') < 0 ? line.size() : line.indexOf(';')).trimmed().toInt(nullptr, 16);
+        if (line.trimmed().isEmpty())
+            return true;
+        const int size = line.split(';').constFirst().trimmed().toInt(nullptr, 16);
         if (size <= 0)
             return false;
         at = end + 2 + size + 2;
@@ -191,8 +192,8 @@ bool endsWithinASize(const QByteArray &body)
 }
 
 // The network library (seen in 6.4) never tells that the connection was closed where it stops reading a
-// chunked body half-way: within the size of a chunk, at a negative one, at a line that ends in anything but
-// CR LF, and ahead of the very last line break.
+// chunked body half-way: within the size of a chunk, at an empty or a negative one, at a line that ends in
+// anything but CR LF, and ahead of the very last line break.
 bool isNeverAnswered(const QByteArray &answer)
 {
     const qsizetype chunked = answer.toLower().indexOf("chunked");
