@@ -162,6 +162,7 @@ DialogTest {
         const dialog = openFolderDialog("plain");
         const pathField = showPath();
         verify(!button("Open").enabled);
+        verify(button("Open").opacity < 1);
         pathField.selectAll();
         type(at(data.path));
         keyClick(Qt.Key_Return);
@@ -177,6 +178,7 @@ DialogTest {
         const dialog = openFolderDialog("plain");
         keyClick(Qt.Key_L, Qt.ControlModifier);
         verify(!button("Open").enabled);
+        verify(button("Open").opacity < 1);
         keyClick(Qt.Key_Escape);
         tryVerify(() => button("Open").enabled);
         verifyTaken(dialog, "plain");

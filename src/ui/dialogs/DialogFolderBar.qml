@@ -17,6 +17,8 @@ Dialogs.FolderBreadcrumbBar {
     readonly property url place: fileDialog?.currentFolder ?? folderDialog?.currentFolder ?? ""
     readonly property ListView list: fileDialog?.Dialogs.FileDialogImpl.fileDialogListView
         ?? folderDialog?.Dialogs.FolderDialogImpl.folderDialogListView ?? null
+    // Open or Save.
+    property Item accepting: null
     readonly property TextField nameField: fileDialog?.Dialogs.FileDialogImpl.fileNameTextField ?? null
     // The name field is seen in a dialog for saving only.
     readonly property bool saving: nameField?.visible === true
@@ -35,6 +37,8 @@ Dialogs.FolderBreadcrumbBar {
     property bool takingPath: false
 
     function begin(): void {
+        const answers = fileDialog?.Dialogs.FileDialogImpl.buttonBox ?? folderDialog.footer;
+        accepting = answers.standardButton(DialogButtonBox.Open) ?? answers.standardButton(DialogButtonBox.Save);
         fileName = fileDialog?.fileName ?? "";
         earlierName = fileName;
         lastFolder = fileDialog?.currentFolder ?? "";
@@ -204,6 +208,13 @@ Dialogs.FolderBreadcrumbBar {
             root.takingPath = true;
             Qt.callLater(root.leavePath);
         }
+    }
+
+    // The palette of a dialog has no colours for what is disabled.
+    Binding {
+        target: root.accepting
+        property: "opacity"
+        value: root.accepting?.enabled ? 1 : 0.45
     }
 
     // Not by a press beside it, as that of a double click on what opened it may be.
