@@ -13,7 +13,7 @@ cd "$top"
 export DEB_BUILD_MAINT_OPTIONS=hardening=+all DEB_CXXFLAGS_MAINT_STRIP=-g
 cxx_flags="$(dpkg-buildflags --get CPPFLAGS) $(dpkg-buildflags --get CXXFLAGS) -ffile-prefix-map=$build=."
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
-  -DBUILD_TESTING=OFF -DKVTEDITOR_BUILD_BENCHMARKS=OFF -DKVTEDITOR_WARNINGS_AS_ERRORS=OFF \
+  -DBUILD_TESTING=OFF \
   -DCMAKE_CXX_FLAGS="$cxx_flags" -DCMAKE_EXE_LINKER_FLAGS="$(dpkg-buildflags --get LDFLAGS)" \
   ${options[@]+"${options[@]}"} >&2
 cmake --build "$build" --target kvteditor kvteditor_manual_pdf kvteditor_package_files -j "$(nproc)" >&2

@@ -26,13 +26,13 @@ absolute() { case $1 in /*) printf '%s' "$1" ;; *) printf '%s/%s' "$caller" "$1"
 [[ -z $tour ]] || tour=$(absolute "$tour")
 [[ -z $file ]] || file=$(absolute "$file")
 
-"$top/scripts/setup.sh"
+"$top/scripts/setup.sh" run
 cd "$top"
 if [[ -z $tour && -z ${DISPLAY-} && -z ${WAYLAND_DISPLAY-} ]]; then
   echo "run: there is no display here, so the tour shows the window instead${file:+; $file is not opened}" >&2
   tour=$build/tour
 fi
-cmake --preset release >/dev/null
+cmake --preset release -D KVTEDITOR_BUILD_BENCHMARKS=OFF >/dev/null
 if [[ -n $tour ]]; then
   cmake --build --preset release --target kvteditor_tour
   mkdir -p "$tour"

@@ -1,35 +1,50 @@
 #!/usr/bin/env bash
-# Installs every Debian package that building, running and testing KVT Editor needs, and those named as arguments.
-# Does nothing, and touches no network, when all of them are there.
+# Installs the Debian packages that are missing. Does nothing, and touches no network, when all are there.
+#   scripts/setup.sh run [PACKAGE...]   what building and running KVT Editor needs, and the packages named
+#   scripts/setup.sh [PACKAGE...]       what testing needs, too
+# The names are those of Debian 12, 13 and sid.
 set -euo pipefail
 
 packages=(
-  # compilers and tools
-  build-essential cmake ninja-build git pkg-config clang clang-format libclang-rt-14-dev shellcheck openssl
+  # compiler and tools
+  build-essential cmake ninja-build pkg-config openssl
   # libraries
-  qt6-base-dev qt6-base-private-dev qt6-declarative-dev qt6-declarative-dev-tools libgl-dev libx11-dev libxcb1-dev
-  libcpp-httplib-dev libssl-dev zlib1g-dev libbenchmark-dev
-  # the QML modules that the views and the view tests import; none of them pulls in another
+  qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools libgl-dev libxcb1-dev
+  libcpp-httplib-dev libssl-dev zlib1g-dev
+  # the QML modules that the views import; none of them pulls in another
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtquick
   qml6-module-qtquick-controls qml6-module-qtquick-dialogs qml6-module-qtquick-layouts
   qml6-module-qtquick-templates qml6-module-qtquick-window qml6-module-qt-labs-folderlistmodel
-  qml6-module-qttest
   # run time: TLS roots, window system plug-ins, fonts, the default handler of a desktop
-  ca-certificates qt6-qpa-plugins libqt6svg6 fontconfig fonts-dejavu-core xdg-utils
+  ca-certificates qt6-qpa-plugins fontconfig fonts-dejavu-core xdg-utils
   # native file dialogs, which choose several files at once, where the desktop is one of GTK's
   qt6-gtk-platformtheme
-  # a display for the tests that want a real window
-  xvfb xauth openbox xdotool x11-utils
-  # the accessibility bus, and a client that looks at the program through it
-  dbus at-spi2-core python3 python3-gi gir1.2-atspi-2.0
-  # the package: icons, and checks of its files; lintian and debootstrap test it in a clean system
-  librsvg2-bin desktop-file-utils appstream shared-mime-info man-db libxml2-utils file lintian debootstrap
-  # reads the manual's pages back
-  poppler-utils
-  # a public tool that the benchmarks run beside
-  fd-find
-  "$@"
 )
+if [[ ${1-} == run ]]; then
+  shift
+else
+  packages+=(
+    # the second compiler with its sanitizers, a fast linker, checks of the sources
+    clang libclang-rt-dev lld clang-format shellcheck git
+    # libraries and the QML module of the tests and benchmarks
+    libx11-dev libbenchmark-dev qml6-module-qttest
+    # a display for the tests that want a real window
+    xvfb xauth openbox xdotool x11-utils
+    # the accessibility bus, and a client that looks at the program through it
+    dbus at-spi2-core python3 python3-gi gir1.2-atspi-2.0
+    # the package: icons, and checks of its files; lintian and debootstrap test it in a clean system
+    librsvg2-bin desktop-file-utils appstream shared-mime-info man-db libxml2-utils file lintian debootstrap
+    # reads the manual's pages back
+    poppler-utils
+  )
+fi
+packages+=("$@")
+
+if ! command -v apt-get >/dev/null 2>&1; then
+  printf 'setup: without apt-get nothing is installed here; needed is what these Debian packages hold:\n' >&2
+  printf '  %s\n' "${packages[@]}" >&2
+  exit 0
+fi
 
 missing=()
 for package in "${packages[@]}"; do

@@ -17,7 +17,6 @@ fi
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 top=$(cd "$here/../.." && pwd)
 build=$(realpath "${1:-$top/build/release}")
-suite=bookworm
 work=$(mktemp -d)
 root=$work/root
 finish() {
@@ -46,24 +45,8 @@ if grep --recursive --text --files-with-matches --fixed-strings -e "$top" -e "$b
 fi
 
 step "a clean system"
-# One line for each part of Debian's own archive that apt uses on this machine.
-apt-get indextargets --format "\$(ORIGIN) deb \$(REPO_URI) \$(RELEASE) \$(COMPONENT)" 'Identifier: Packages' \
-  | sed -n "s/^Debian \(deb [^ ]* ${suite}[^ ]* .*\)/\1/p" | sort -u >"$work/sources.list"
-mirror=$(sed -n "s/^deb \([^ ]*\) $suite main$/\1/p" "$work/sources.list")
-if [[ -z $mirror ]]; then
-  echo "test-package: apt on this machine does not use the suite $suite" >&2
-  exit 1
-fi
-debootstrap --variant=minbase "$suite" "$root" "$mirror" >"$work/debootstrap.log" || {
-  tail -n 30 "$work/debootstrap.log" >&2
-  exit 1
-}
-cp "$work/sources.list" "$root/etc/apt/sources.list"
-cp -L /etc/resolv.conf "$root/etc/resolv.conf"
-apt-config dump | grep -E '^Acquire::(https?::)?(Proxy|Retries)' >"$root/etc/apt/apt.conf.d/10host" || true
-# No daemon is started by an installation.
-printf '#!/bin/sh\nexit 101\n' >"$root/usr/sbin/policy-rc.d"
-chmod 755 "$root/usr/sbin/policy-rc.d"
+suite=$(apt-get indextargets --format "\$(ORIGIN) \$(RELEASE)" 'Identifier: Packages' | sed -n 's/^Debian //p' | sort | head -n 1)
+"$here/../systems/bare-root.sh" "$suite" "$root"
 mount -t proc proc "$root/proc"
 in_root() {
   chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 DEBIAN_FRONTEND=noninteractive "$@"
