@@ -486,7 +486,11 @@ std::unique_ptr<QTextDocument> readManual(const QString &folder, const QStringLi
     }
     auto text = newText(page, device);
     text->setMarkdown(markdown, QTextDocument::MarkdownDialectGitHub);
+    // In one edit: each of its own would lay out the whole manual again.
+    QTextCursor edit(text.get());
+    edit.beginEditBlock();
     *error = Finisher(*text, folder, chapters, page.width / device->logicalDpiX() * unitsPerInch).finish();
+    edit.endEditBlock();
     if (!error->isEmpty())
         return nullptr;
     return text;
