@@ -2,15 +2,18 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QMessageLogContext>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QScopedValueRollback>
 
+#ifndef KVTEDITOR_PORTABLE_FILES
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 namespace {
 
@@ -30,20 +33,26 @@ Messages &messages()
 thread_local bool isWriting = false;
 
 // The temporary folder is everybody's: a pipe of that name would hold up the program's start, so nothing is
-// waited for, and only a regular file is written to. -1 when there is none.
-int openLog(const QString &path)
+// waited for, and only a regular file is written to.
+bool openLog(QFile &log)
 {
-    const QByteArray name = QFile::encodeName(path);
+    constexpr QIODevice::OpenMode mode = QIODevice::Append | QIODevice::Text;
+#ifdef KVTEDITOR_PORTABLE_FILES
+    const QFileInfo found(log);
+    return (!found.exists() || found.isFile()) && log.open(mode);
+#else
+    const QByteArray name = QFile::encodeName(log.fileName());
     constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    int log = ::open(name.constData(), flags, 0666);
-    while (log < 0 && errno == EINTR)
-        log = ::open(name.constData(), flags, 0666);
+    int file = ::open(name.constData(), flags, 0666);
+    while (file < 0 && errno == EINTR)
+        file = ::open(name.constData(), flags, 0666);
     struct stat status;
-    if (log >= 0 && (::fstat(log, &status) != 0 || !S_ISREG(status.st_mode))) {
-        ::close(log);
-        return -1;
+    if (file >= 0 && (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode))) {
+        ::close(file);
+        return false;
     }
-    return log;
+    return file >= 0 && log.open(file, mode, QFileDevice::AutoCloseHandle);
+#endif
 }
 
 // Opened for each line, so that a crash loses none that was written.
@@ -56,11 +65,9 @@ void append(QByteArrayView text)
     // folder.
     if (folder.isEmpty())
         return;
-    const int log = openLog(QDir(folder).filePath(QStringLiteral("kvteditornew-qt.log")));
-    QFile file;
-    if (log < 0 || !file.open(log, QIODevice::Append | QIODevice::Text, QFileDevice::AutoCloseHandle))
-        return;
-    file.write(text.toByteArray() + '\n');
+    QFile log(QDir(folder).filePath(QStringLiteral("kvteditornew-qt.log")));
+    if (openLog(log))
+        log.write(text.toByteArray() + '\n');
 }
 
 void handleMessage(QtMsgType type, const QMessageLogContext &, const QString &text)

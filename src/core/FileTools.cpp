@@ -1,6 +1,7 @@
 #include "core/FileTools.h"
 
 #include "core/ErrorText.h"
+#include "core/SystemPath.h"
 
 #include <QDesktopServices>
 #include <QDir>
@@ -9,26 +10,42 @@
 #include <QStandardPaths>
 #include <QUrl>
 
+#include <limits>
+#include <system_error>
+
+#ifndef KVTEDITOR_PORTABLE_FILES
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <future>
-#include <limits>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
+#endif
 
 namespace {
+
+QByteArray refused(QString *error, const std::error_code &problem)
+{
+    setError(error, QString::fromLocal8Bit(problem.message().c_str()));
+    return {};
+}
+
+QByteArray refused(QString *error, std::errc problem)
+{
+    return refused(error, std::make_error_code(problem));
+}
+
+#ifdef KVTEDITOR_PORTABLE_FILES
+
+QByteArray readAtOnce(QFile &file)
+{
+    return file.readAll();
+}
+
+#else
 
 constexpr qint64 largeFile = 4 * 1024 * 1024;
 // Small enough to be still in the processor's cache when it is filled.
 constexpr qint64 pieceSize = 1024 * 1024;
-
-QByteArray refused(QString *error, int systemError)
-{
-    setError(error, qt_error_string(systemError));
-    return {};
-}
 
 // Has the system hand out memory for a whole piece at a time: page by page, as the read touches it, costs as
 // much again as the copying. It may refuse; the read then does it.
@@ -81,31 +98,35 @@ QByteArray readAtOnce(QFile &file)
     return bytes;
 }
 
+#endif
+
 } // namespace
 
 QByteArray FileTools::readFile(const QString &path, QString *error)
 {
     // Asked before the open: opening a pipe that nobody writes to would never return.
-    struct stat status;
-    if (stat(QFile::encodeName(path).constData(), &status) != 0)
-        return refused(error, errno);
-    if (!S_ISREG(status.st_mode))
-        return refused(error, S_ISDIR(status.st_mode) ? EISDIR : EOPNOTSUPP);
-    if (status.st_size > std::numeric_limits<int>::max())
-        return refused(error, EFBIG);
+    std::error_code problem;
+    const std::filesystem::file_status status = std::filesystem::status(systemPath(path), problem);
+    if (problem)
+        return refused(error, problem);
+    if (!is_regular_file(status))
+        return refused(error,
+                       is_directory(status) ? std::errc::is_a_directory : std::errc::operation_not_supported);
 
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         setError(error, file.errorString());
         return {};
     }
+    if (file.size() > std::numeric_limits<int>::max())
+        return refused(error, std::errc::file_too_large);
     QByteArray bytes = readAtOnce(file);
     // A read that fails behind some bytes passes for the end of the file; only the next one tells.
     for (QByteArray more = file.readAll(); !more.isEmpty(); more = file.readAll()) {
         bytes += more;
         // Somebody may write on meanwhile, without an end.
         if (bytes.size() > std::numeric_limits<int>::max())
-            return refused(error, EFBIG);
+            return refused(error, std::errc::file_too_large);
     }
     if (file.error() != QFileDevice::NoError) {
         // Half a tune must never pass for a whole one.
@@ -121,9 +142,9 @@ bool FileTools::writeFile(const QString &path, const QByteArray &data, QString *
     QDir(QString()).mkpath(folder);
 
     // Opening a pipe that nobody reads from would never return.
-    struct stat status;
-    if (stat(QFile::encodeName(path).constData(), &status) == 0 && S_ISFIFO(status.st_mode)) {
-        setError(error, qt_error_string(EOPNOTSUPP));
+    std::error_code problem;
+    if (is_fifo(std::filesystem::status(systemPath(path), problem))) {
+        refused(error, std::errc::operation_not_supported);
         return false;
     }
 

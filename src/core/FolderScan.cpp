@@ -5,18 +5,23 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <dirent.h>
-#include <fcntl.h>
 #include <iterator>
 #include <map>
-#include <memory>
 #include <string>
 #include <string_view>
+
+// Walks with the system's own calls: Qt's iterator asks for the kind, and often the size, of each file, which
+// costs more than all the rest for the many files that no filter lets through. It is what other systems than
+// Unix get.
+#ifdef KVTEDITOR_PORTABLE_FILES
+#include <QDirIterator>
+#else
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <vector>
-
-// Walks with the system's own calls: the framework's iterator asks for the kind, and often the size, of each
-// file, which costs more than all the rest for the many files that no filter lets through.
+#endif
 
 namespace {
 
@@ -28,14 +33,12 @@ bool isAscii(std::string_view text)
 QString decoded(std::string_view name)
 {
     const auto length = static_cast<qsizetype>(name.size());
+#ifdef KVTEDITOR_PORTABLE_FILES
+    return QString::fromUtf8(name.data(), length);
+#else
     return isAscii(name) ? QString::fromLatin1(name.data(), length)
                          : QFile::decodeName(QByteArray(name.data(), length));
-}
-
-// Every text holds a file's name in UTF-8, so a name that is none could be listed but never opened.
-bool isText(std::string_view name)
-{
-    return isAscii(name) || QFile::encodeName(decoded(name)).toStdString() == name;
+#endif
 }
 
 char asciiLower(char c)
@@ -86,6 +89,14 @@ bool hasTuneEnding(std::string_view name)
     });
 }
 
+#ifndef KVTEDITOR_PORTABLE_FILES
+
+// A name that is no UTF-8 could be listed, but no QString would open it.
+bool isText(std::string_view name)
+{
+    return isAscii(name) || QFile::encodeName(decoded(name)).toStdString() == name;
+}
+
 enum class Kind
 {
     Folder,
@@ -122,6 +133,8 @@ Kind kindOf(const dirent &entry, const std::string &folder)
     }
 }
 
+#endif
+
 class Scan
 {
 public:
@@ -137,10 +150,49 @@ public:
     {
     }
 
-    QVariantList run(const std::string &root)
+    QVariantList run(const QString &root)
     {
-        const QString absoluteRoot = QFileInfo(QFile::decodeName(root.c_str())).absoluteFilePath();
-        m_pathsAreFinal = QFile::encodeName(absoluteRoot).toStdString() == root;
+        walk(root);
+        return std::move(m_hits);
+    }
+
+private:
+    bool isOver() const { return isCancelled() || (m_limit > 0 && m_hits.size() >= m_limit); }
+
+    bool isCancelled() const { return m_cancel && *m_cancel; }
+
+#ifdef KVTEDITOR_PORTABLE_FILES
+
+    void walk(const QString &root)
+    {
+        QDirIterator files(root, QDir::Files | QDir::NoSymLinks,
+                           m_recursive ? QDirIterator::Subdirectories : QDirIterator::NoIteratorFlags);
+        while (!isOver() && files.hasNext()) {
+            const QFileInfo file = files.nextFileInfo();
+            const std::string path = file.filePath().toStdString();
+            const std::string name = file.fileName().toStdString();
+            // Half a character has no bytes of its own.
+            if (mayPass(name) && decoded(path) == file.filePath())
+                take(path, name, [&file] { return file.size(); });
+        }
+    }
+
+#else
+
+    using Stream = std::unique_ptr<DIR, decltype([](DIR *stream) { closedir(stream); })>;
+
+    struct Level
+    {
+        std::string folder;
+        Stream stream;
+        std::vector<Entry> entries;
+        size_t next = 0;
+    };
+
+    void walk(const QString &rootPath)
+    {
+        const std::string root = QFile::encodeName(rootPath).toStdString();
+        m_pathsAreFinal = QFile::encodeName(QFileInfo(rootPath).absoluteFilePath()).toStdString() == root;
         // Folders that are begun, innermost last. A list of names each, so that a tree of any depth needs one
         // open folder at a time: the innermost, until it is left for a subfolder.
         std::vector<Level> levels;
@@ -153,29 +205,14 @@ public:
             }
             const Entry &entry = level.entries[level.next++];
             if (entry.kind == Kind::File) {
-                take(level, entry.name);
+                take(level.folder + entry.name, entry.name,
+                     [&level, &entry] { return sizeOf(level, entry.name); });
             } else {
                 level.stream.reset();
                 levels.push_back(read(level.folder + entry.name + '/'));
             }
         }
-        return std::move(m_hits);
     }
-
-private:
-    using Stream = std::unique_ptr<DIR, decltype([](DIR *stream) { closedir(stream); })>;
-
-    struct Level
-    {
-        std::string folder;
-        Stream stream;
-        std::vector<Entry> entries;
-        size_t next = 0;
-    };
-
-    bool isOver() const { return isCancelled() || (m_limit > 0 && m_hits.size() >= m_limit); }
-
-    bool isCancelled() const { return m_cancel && *m_cancel; }
 
     // The tune files, and the folders to descend into, in the order in which the system has them. Hidden ones
     // and links are left out. A folder that cannot be read is an empty one.
@@ -198,23 +235,6 @@ private:
         return level;
     }
 
-    bool mayPass(std::string_view name) const
-    {
-        return hasTuneEnding(name) && (m_name.isEmpty() || m_name.isIn(name));
-    }
-
-    void take(const Level &level, const std::string &name)
-    {
-        const std::string path = level.folder + name;
-        if ((!m_make.isEmpty() && !m_make.isIn(path)) || (!m_year.isEmpty() && !m_year.isIn(path)))
-            return;
-        const QString fileName = decoded(name);
-        const QString token = FileTools::osTokenFromName(fileName);
-        if (!m_os.isEmpty() && !m_os.isIn(token.toStdString()) && !m_os.isIn(name))
-            return;
-        m_hits.append(hit(path, fileName, token, sizeOf(level, name)));
-    }
-
     // The system need not walk the whole path again while the folder is open.
     static qint64 sizeOf(const Level &level, const std::string &name)
     {
@@ -223,6 +243,24 @@ private:
             ? fstatat(dirfd(level.stream.get()), name.c_str(), &status, AT_SYMLINK_NOFOLLOW)
             : lstat((level.folder + name).c_str(), &status);
         return failed ? 0 : status.st_size;
+    }
+
+#endif
+
+    bool mayPass(std::string_view name) const
+    {
+        return hasTuneEnding(name) && (m_name.isEmpty() || m_name.isIn(name));
+    }
+
+    void take(const std::string &path, const std::string &name, const auto &size)
+    {
+        if ((!m_make.isEmpty() && !m_make.isIn(path)) || (!m_year.isEmpty() && !m_year.isIn(path)))
+            return;
+        const QString fileName = decoded(name);
+        const QString token = FileTools::osTokenFromName(fileName);
+        if (!m_os.isEmpty() && !m_os.isIn(token.toStdString()) && !m_os.isIn(name))
+            return;
+        m_hits.append(hit(path, fileName, token, size()));
     }
 
     QVariantMap hit(const std::string &path, const QString &name, const QString &os, qint64 size) const
@@ -264,5 +302,5 @@ QVariantList FileTools::scanCalFolder(const QString &root, bool recursive, const
     if (!QFileInfo(root).isDir())
         return {};
     Scan scan(recursive, nameFilter, osFilter, makeFilter, yearFilter, limit, cancel);
-    return scan.run(QFile::encodeName(root).toStdString());
+    return scan.run(root);
 }

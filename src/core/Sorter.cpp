@@ -1,13 +1,12 @@
 #include "core/FileTools.h"
 
 #include "core/ErrorText.h"
+#include "core/SystemPath.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 
-#include <cerrno>
-#include <sys/stat.h>
+#include <system_error>
 
 namespace {
 
@@ -48,18 +47,25 @@ QString folderName(const QString &fileName, const QVariantMap &meta, const QStri
     return firstNonEmpty(text(key), QStringLiteral("Unknown"));
 }
 
+bool isMissing(const std::filesystem::path &path)
+{
+    std::error_code problem;
+    return std::filesystem::status(path, problem).type() == std::filesystem::file_type::not_found;
+}
+
 // A file that lies where it belongs could only be lost by writing it onto itself, and where it cannot be told
 // whether it does, nothing is written.
 bool writeCopy(const QString &file, const QString &copy, const QByteArray &bytes)
 {
-    struct stat source;
-    struct stat found;
-    if (stat(QFile::encodeName(copy).constData(), &found) != 0)
-        return errno == ENOENT && FileTools::writeFile(copy, bytes);
-    if (stat(QFile::encodeName(file).constData(), &source) != 0)
-        return errno == ENOENT && FileTools::writeFile(copy, bytes);
-    const bool isSameFile = source.st_dev == found.st_dev && source.st_ino == found.st_ino;
-    return isSameFile || FileTools::writeFile(copy, bytes);
+    const std::filesystem::path from = systemPath(file);
+    const std::filesystem::path to = systemPath(copy);
+    if (!isMissing(to) && !isMissing(from)) {
+        std::error_code problem;
+        const bool isSameFile = std::filesystem::equivalent(from, to, problem);
+        if (isSameFile || problem)
+            return isSameFile;
+    }
+    return FileTools::writeFile(copy, bytes);
 }
 
 // Reads one source and writes its copy below the destination; false when either failed.
