@@ -1,5 +1,4 @@
 #include "Endpoints.h"
-#include "FlashRules.h"
 #include "SampleData.h"
 #include "SampleDefinition.h"
 #include "StoredZip.h"
@@ -14,10 +13,43 @@ namespace {
 constexpr QLatin1StringView xcalModes[] = {"kvt"_L1, "efi"_L1, "bench"_L1, "flat"_L1, "allseg"_L1};
 constexpr QLatin1StringView skipVerifyValues[] = {"0"_L1, "1"_L1};
 
+/// Of all modules, in their order.
+QList<SampleSegment> segmentsOf(const SampleTune &tune)
+{
+    QList<SampleSegment> result;
+    for (const SampleModule &module : tune.modules)
+        result.append(module.segments);
+    return result;
+}
+
+/// What a BIN is to the stand-in: the segments of a container, one after the other.
+QByteArray toBin(const SampleTune &tune)
+{
+    QByteArray bin;
+    for (const SampleSegment &segment : segmentsOf(tune))
+        bin.append(segment.bytes);
+    return bin;
+}
+
+/// The tune with the BIN's bytes in its segments. Where the BIN ends early the segments keep their own bytes;
+/// what is left of it after the last segment is dropped.
+SampleTune withBin(SampleTune tune, const QByteArray &bin)
+{
+    qsizetype position = 0;
+    for (SampleModule &module : tune.modules) {
+        for (SampleSegment &segment : module.segments) {
+            const QByteArray piece = bin.mid(position, segment.bytes.size());
+            segment.bytes.replace(0, piece.size(), piece);
+            position += segment.bytes.size();
+        }
+    }
+    return tune;
+}
+
 /// An empty file would look like a failed transfer, so it is refused.
 ServiceAnswer binAnswer(const SampleTune &tune)
 {
-    const QByteArray bin = FlashRules::toBin(tune);
+    const QByteArray bin = toBin(tune);
     return bin.isEmpty() ? errorAnswer(u"The file has no segments"_s) : bytesAnswer(bin);
 }
 
@@ -79,7 +111,7 @@ ServiceAnswer importBin(const ServiceRequest &request, const ReceivedPart &file)
     const std::optional<SampleTune> tune = SampleContainer::read(base->data, &error);
     if (!tune)
         return errorAnswer(u"Base: %1"_s.arg(error));
-    return bytesAnswer(SampleContainer::write(FlashRules::withBin(*tune, file.data)));
+    return bytesAnswer(SampleContainer::write(withBin(*tune, file.data)));
 }
 
 ServiceAnswer importHeaderAndExport(const ServiceRequest &request, const ReceivedPart &)
@@ -100,11 +132,11 @@ ServiceAnswer containerToZip(const ServiceRequest &, const ReceivedPart &file)
     const std::optional<SampleTune> tune = SampleContainer::read(file.data, &error);
     if (!tune)
         return errorAnswer(error);
-    const QList<SampleSegment> segments = FlashRules::segments(*tune);
+    const QList<SampleSegment> segments = segmentsOf(*tune);
     if (segments.isEmpty())
         return errorAnswer(u"The file has no segments"_s);
     const QByteArray header = segments.first().bytes;
-    const QByteArray rest = FlashRules::toBin(*tune).mid(header.size());
+    const QByteArray rest = toBin(*tune).mid(header.size());
     return bytesAnswer(storedZip({{"header.bin", header}, {"export.bin", rest}}));
 }
 
@@ -112,7 +144,7 @@ ServiceAnswer toDefinition(const ServiceRequest &, const ReceivedPart &file)
 {
     const SampleTune tune = SampleContainer::read(file.data).value_or(importedBin(file.data));
     const SampleModule first = tune.modules.value(0);
-    return bytesAnswer(SampleDefinition::write(first.title, first.mainOs, FlashRules::segments(tune)));
+    return bytesAnswer(SampleDefinition::write(first.title, first.mainOs, segmentsOf(tune)));
 }
 
 constexpr WorkerOperation operations[] = {

@@ -70,15 +70,6 @@ std::optional<QJsonObject> textBody(const ServiceRequest &request,
     return body;
 }
 
-QString missingField(const ServiceRequest &request, std::initializer_list<QLatin1StringView> fields)
-{
-    for (const QLatin1StringView field : fields) {
-        if (!request.part(field))
-            return QStringLiteral("No %1").arg(field);
-    }
-    return {};
-}
-
 const ReceivedPart *ServiceRequest::part(const QString &name) const
 {
     for (const ReceivedPart &part : parts) {

@@ -40,8 +40,6 @@ std::optional<QJsonObject> jsonBody(const ServiceRequest &request);
 /// when one is not there.
 std::optional<QJsonObject> textBody(const ServiceRequest &request,
                                     std::initializer_list<QLatin1StringView> members, QString *error);
-/// Empty when the form has all these fields.
-QString missingField(const ServiceRequest &request, std::initializer_list<QLatin1StringView> fields);
 
 // The groups, each in a source of its own
 

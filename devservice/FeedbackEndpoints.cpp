@@ -4,7 +4,6 @@
 #include <QMap>
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 
 using namespace Qt::StringLiterals;
@@ -27,26 +26,9 @@ struct Ticket
     QList<Message> messages;
 };
 
-bool isTicketType(const QString &type)
-{
-    return std::find(std::begin(ticketTypes), std::end(ticketTypes), type) != std::end(ticketTypes);
-}
+using TicketBook = QMap<QString, Ticket>;
 
-/// The tickets opened since the start; gone at the end.
-class TicketBook
-{
-public:
-    ServiceAnswer open(const ServiceRequest &request);
-    ServiceAnswer answerFollowUp(const ServiceRequest &request);
-
-private:
-    ServiceAnswer history(const QString &id, const Ticket &ticket) const;
-    ServiceAnswer reply(Ticket &ticket, const QJsonObject &body) const;
-
-    QMap<QString, Ticket> m_tickets;
-};
-
-ServiceAnswer TicketBook::open(const ServiceRequest &request)
+ServiceAnswer open(TicketBook &book, const ServiceRequest &request)
 {
     QString error;
     const std::optional<QJsonObject> body = textBody(
@@ -54,33 +36,15 @@ ServiceAnswer TicketBook::open(const ServiceRequest &request)
     if (!body)
         return errorAnswer(error);
     const QString type = body->value("type"_L1).toString();
-    if (!isTicketType(type))
+    if (std::ranges::find(ticketTypes, type) == std::end(ticketTypes))
         return errorAnswer(u"Unknown ticket type: %1"_s.arg(type));
     const QString name = body->value("name"_L1).toString();
-    const QString id = u"T-%1"_s.arg(firstTicket + m_tickets.size());
-    m_tickets.insert(id, {type, name, {{name, body->value("description"_L1).toString()}}});
+    const QString id = u"T-%1"_s.arg(firstTicket + book.size());
+    book.insert(id, {type, name, {{name, body->value("description"_L1).toString()}}});
     return jsonAnswer({{u"status"_s, u"ok"_s}, {u"ticket_id"_s, id}});
 }
 
-ServiceAnswer TicketBook::answerFollowUp(const ServiceRequest &request)
-{
-    QString error;
-    const std::optional<QJsonObject> body = textBody(request, {"action"_L1, "ticket_id"_L1}, &error);
-    if (!body)
-        return errorAnswer(error);
-    const QString id = body->value("ticket_id"_L1).toString();
-    const auto ticket = m_tickets.find(id);
-    if (ticket == m_tickets.end())
-        return errorAnswer(u"No such ticket: %1"_s.arg(id));
-    const QString action = body->value("action"_L1).toString();
-    if (action == "history"_L1)
-        return history(id, *ticket);
-    if (action == "reply"_L1)
-        return reply(*ticket, *body);
-    return errorAnswer(u"Unknown action: %1"_s.arg(action));
-}
-
-ServiceAnswer TicketBook::history(const QString &id, const Ticket &ticket) const
+ServiceAnswer history(const QString &id, const Ticket &ticket)
 {
     QJsonArray messages;
     for (const Message &message : ticket.messages)
@@ -89,12 +53,25 @@ ServiceAnswer TicketBook::history(const QString &id, const Ticket &ticket) const
         {{u"status"_s, u"ok"_s}, {u"ticket_id"_s, id}, {u"type"_s, ticket.type}, {u"messages"_s, messages}});
 }
 
-ServiceAnswer TicketBook::reply(Ticket &ticket, const QJsonObject &body) const
+ServiceAnswer followUp(TicketBook &book, const ServiceRequest &request)
 {
-    const QString text = body.value("message"_L1).toString();
+    QString error;
+    const std::optional<QJsonObject> body = textBody(request, {"action"_L1, "ticket_id"_L1}, &error);
+    if (!body)
+        return errorAnswer(error);
+    const QString id = body->value("ticket_id"_L1).toString();
+    const auto ticket = book.find(id);
+    if (ticket == book.end())
+        return errorAnswer(u"No such ticket: %1"_s.arg(id));
+    const QString action = body->value("action"_L1).toString();
+    if (action == "history"_L1)
+        return history(id, *ticket);
+    if (action != "reply"_L1)
+        return errorAnswer(u"Unknown action: %1"_s.arg(action));
+    const QString text = body->value("message"_L1).toString();
     if (text.isEmpty())
         return errorAnswer(u"No message"_s);
-    ticket.messages.append({ticket.name, text});
+    ticket->messages.append({ticket->name, text});
     return jsonAnswer({{u"status"_s, u"ok"_s}});
 }
 
@@ -107,10 +84,11 @@ ServiceAnswer upload(const ServiceRequest &request)
 
 void addFeedbackEndpoints(EndpointTable &table)
 {
+    // The tickets opened since the start; gone at the end.
     const auto book = std::make_shared<TicketBook>();
     table.add("POST", apiRoot() + "feedback.aspx"_L1,
-              [book](const ServiceRequest &request) { return book->open(request); });
+              [book](const ServiceRequest &request) { return open(*book, request); });
     table.add("POST", apiRoot() + "feedback_reply.aspx"_L1,
-              [book](const ServiceRequest &request) { return book->answerFollowUp(request); });
+              [book](const ServiceRequest &request) { return followUp(*book, request); });
     table.add("POST", apiRoot() + "upload.aspx"_L1, upload);
 }

@@ -7,27 +7,27 @@ namespace {
 constexpr QByteArrayView magic = "KVTSAMPLE1\n";
 constexpr QByteArrayView endLine = "end";
 constexpr int keyWidth = 12;
+constexpr int rowWidth = 48;
 
-struct FieldWidth
+// Wide enough for what users type into them: overwriting a shorter text with a longer one stays within the
+// field.
+template <typename Owner> struct Field
 {
     QByteArrayView key;
     int width;
+    QString Owner::*text;
 };
-// Wide enough for what users type into them: overwriting a shorter text with a longer one stays within the
-// field.
-constexpr FieldWidth fieldWidths[] = {
-    {"created", 20}, {"software", 20}, {"interface", 20}, {"module", 24},
-    {"vin", 17},     {"serial", 20},   {"mainos", 24},    {"row", 48},
+constexpr Field<SampleTune> tuneFields[] = {
+    {"created", 20, &SampleTune::created},
+    {"software", 20, &SampleTune::softwareVersion},
+    {"interface", 20, &SampleTune::interfaceCalId},
 };
-
-int widthOf(QByteArrayView key)
-{
-    for (const FieldWidth &field : fieldWidths) {
-        if (field.key == key)
-            return field.width;
-    }
-    return 0;
-}
+constexpr Field<SampleModule> moduleFields[] = {
+    {"module", 24, &SampleModule::title},
+    {"vin", 17, &SampleModule::vin},
+    {"serial", 20, &SampleModule::serial},
+    {"mainos", 24, &SampleModule::mainOs},
+};
 
 QByteArray cleaned(const QString &text, bool isLabel = false)
 {
@@ -39,23 +39,24 @@ QByteArray cleaned(const QString &text, bool isLabel = false)
     return result.toUtf8();
 }
 
-QByteArray line(const char *key, const QByteArray &value)
+QByteArray line(QByteArrayView key, int width, const QByteArray &value)
 {
-    return QByteArray(key).leftJustified(keyWidth, ' ') + value.leftJustified(widthOf(key), ' ') + '\n';
+    return key.toByteArray().leftJustified(keyWidth, ' ') + value.leftJustified(width, ' ') + '\n';
 }
 
 QByteArray segmentLines(const SampleSegment &segment)
 {
     const QByteArray size = QByteArray::number(segment.bytes.size(), 16).toUpper().rightJustified(8, '0');
-    return line("segment", cleaned(segment.name, true) + '=' + size) + segment.bytes + '\n';
+    return line("segment", 0, cleaned(segment.name, true) + '=' + size) + segment.bytes + '\n';
 }
 
 QByteArray moduleLines(const SampleModule &module)
 {
-    QByteArray result = line("module", cleaned(module.title)) + line("vin", cleaned(module.vin))
-        + line("serial", cleaned(module.serial)) + line("mainos", cleaned(module.mainOs));
+    QByteArray result;
+    for (const auto &[key, width, text] : moduleFields)
+        result += line(key, width, cleaned(module.*text));
     for (const SampleRow &row : module.rows)
-        result += line("row", cleaned(row.label, true) + '=' + cleaned(row.value));
+        result += line("row", rowWidth, cleaned(row.label, true) + '=' + cleaned(row.value));
     for (const SampleSegment &segment : module.segments)
         result += segmentLines(segment);
     return result;
@@ -78,7 +79,6 @@ private:
     bool fail(const QString &reason);
     bool nextLine(QByteArray *key, QByteArray *value);
     bool takeLine(const QByteArray &key, const QByteArray &value);
-    bool takeModuleLine(const QByteArray &key, const QByteArray &value);
     bool takeRow(const QByteArray &value);
     bool takeSegment(const QByteArray &value);
 
@@ -134,42 +134,27 @@ bool Reader::takeSegment(const QByteArray &value)
     return true;
 }
 
-bool Reader::takeModuleLine(const QByteArray &key, const QByteArray &value)
-{
-    if (m_tune.modules.isEmpty())
-        return fail(QStringLiteral("A module's line before the first module"));
-    SampleModule &module = m_tune.modules.last();
-    const QString text = QString::fromUtf8(value);
-    if (key == "vin")
-        module.vin = text;
-    else if (key == "serial")
-        module.serial = text;
-    else if (key == "mainos")
-        module.mainOs = text;
-    else if (key == "row")
-        return takeRow(value);
-    else if (key == "segment")
-        return takeSegment(value);
-    else
-        return fail(QStringLiteral("An unknown line"));
-    return true;
-}
-
 bool Reader::takeLine(const QByteArray &key, const QByteArray &value)
 {
-    const QString text = QString::fromUtf8(value);
-    if (key == "created") {
-        m_tune.created = text;
-    } else if (key == "software") {
-        m_tune.softwareVersion = text;
-    } else if (key == "interface") {
-        m_tune.interfaceCalId = text;
-    } else if (key == "module") {
-        m_tune.modules.append(SampleModule{text, {}, {}, {}, {}, {}});
-    } else {
-        return takeModuleLine(key, value);
+    for (const auto &[name, width, text] : tuneFields) {
+        if (key == name) {
+            m_tune.*text = QString::fromUtf8(value);
+            return true;
+        }
     }
-    return true;
+    if (key == "module")
+        m_tune.modules.append(SampleModule{});
+    if (m_tune.modules.isEmpty())
+        return fail(QStringLiteral("A module's line before the first module"));
+    for (const auto &[name, width, text] : moduleFields) {
+        if (key == name) {
+            m_tune.modules.last().*text = QString::fromUtf8(value);
+            return true;
+        }
+    }
+    if (key == "row")
+        return takeRow(value);
+    return key == "segment" ? takeSegment(value) : fail(QStringLiteral("An unknown line"));
 }
 
 std::optional<SampleTune> Reader::read()
@@ -207,8 +192,9 @@ QString SampleModule::rowValue(const QString &label) const
 
 QByteArray SampleContainer::write(const SampleTune &tune)
 {
-    QByteArray result = magic.toByteArray() + line("created", cleaned(tune.created))
-        + line("software", cleaned(tune.softwareVersion)) + line("interface", cleaned(tune.interfaceCalId));
+    QByteArray result = magic.toByteArray();
+    for (const auto &[key, width, text] : tuneFields)
+        result += line(key, width, cleaned(tune.*text));
     for (const SampleModule &module : tune.modules)
         result += moduleLines(module);
     return result + endLine.toByteArray() + '\n';

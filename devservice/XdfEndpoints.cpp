@@ -85,9 +85,10 @@ ServiceAnswer catalog(const StoreAccount &account, const ServiceRequest &request
 
 ServiceAnswer download(StoreAccount &account, const ServiceRequest &request)
 {
-    const QString missing = missingField(request, {"session_token"_L1, "id"_L1});
-    if (!missing.isEmpty())
-        return errorAnswer(missing, 400);
+    for (const QLatin1StringView field : {"session_token"_L1, "id"_L1}) {
+        if (!request.part(field))
+            return errorAnswer(u"No %1"_s.arg(field), 400);
+    }
     if (!account.hasSession(request.field(u"session_token"_s)))
         return errorAnswer(u"Not signed in"_s, 403);
     const std::optional<Item> item = findItem(request.field(u"id"_s));

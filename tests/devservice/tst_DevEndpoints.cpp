@@ -35,7 +35,6 @@ private slots:
     void filters();
     void sorting_data();
     void sorting();
-    void equalRowsKeepTheirOrder();
     void everyFileCanBeDownloaded();
     void refusedSearches_data();
     void refusedSearches();
@@ -166,19 +165,6 @@ void TestDevEndpoints::sorting()
     QVERIFY(std::is_sorted(falling.begin(), falling.end(),
                            [&rises](const QJsonValue &a, const QJsonValue &b) { return rises(b, a); }));
     QCOMPARE(rows({{u"sort"_s, sort}}), rising);
-}
-
-void TestDevEndpoints::equalRowsKeepTheirOrder()
-{
-    const auto byIdentifier = [](const QJsonValue &a, const QJsonValue &b) {
-        return a["id"_L1].toString() < b["id"_L1].toString();
-    };
-    for (const QString &direction : {u"asc"_s, u"desc"_s}) {
-        const QJsonArray found =
-            rows({{u"make"_s, u"GMC"_s}, {u"sort"_s, u"make"_s}, {u"sort_dir"_s, direction}});
-        QCOMPARE(found.size(), 6);
-        QVERIFY(std::is_sorted(found.begin(), found.end(), byIdentifier));
-    }
 }
 
 void TestDevEndpoints::everyFileCanBeDownloaded()

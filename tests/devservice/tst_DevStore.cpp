@@ -44,8 +44,9 @@ private slots:
     void downloadRefusals();
 
 private:
-    /// To that session, or to the one of the test.
+    /// In the session of the test.
     QJsonObject ask(const QString &endpoint, const QString &key, const QString &value);
+    /// Without a token, in the session of the test.
     Outcome download(const QByteArray &id, const QString &token = {});
     QJsonObject patch(const QString &id, const QByteArray &bin);
     int credits() { return send(u"xdf/login.aspx"_s, account()).json().value("credits"_L1).toInt(-1); }
@@ -203,7 +204,7 @@ void TestDevStore::jsonRefusals_data()
     const QString catalog = u"xdf/catalog.aspx"_s;
     const QString patches = u"patches/patches.aspx"_s;
     const QString process = u"patches/patch_process.aspx"_s;
-    // "TOKEN" becomes the token of the session, an empty value stands for a member that is missing.
+    // "TOKEN" becomes the token of the session.
     const auto row = [](const char *name, const QString &path, const QList<const char *> &members, int status,
                         const char *error) {
         QJsonObject body;

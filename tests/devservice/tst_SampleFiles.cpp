@@ -61,16 +61,13 @@ private slots:
     void hostileBytesAreRefused_data();
     void hostileBytesAreRefused();
     void everyCutIsRefused();
-    void everyOverwrittenByteIsSurvived();
 
     void vinHasRightCheckDigit();
     void generatedFiles();
-    void donorHasTheSameSegmentsWithOtherBytes();
     void unwritableFolderIsReported();
 
     void candidates_data();
     void candidates();
-    void candidateIsDescribed();
     void chosen_data();
     void chosen();
     void swappedChangesTheChosenBytesOnly();
@@ -192,23 +189,6 @@ void TestSampleFiles::everyCutIsRefused()
         QVERIFY(!SampleContainer::read(whole.left(size)));
 }
 
-void TestSampleFiles::everyOverwrittenByteIsSurvived()
-{
-    const QByteArray whole = SampleContainer::write(smallTune());
-    int refused = 0;
-    for (qsizetype at = 0; at < whole.size(); ++at) {
-        for (const char byte : {'\0', '\n', '=', '\xff', '9'}) {
-            QByteArray changed = whole;
-            changed[at] = byte;
-            QString error;
-            const std::optional<SampleTune> read = SampleContainer::read(changed, &error);
-            QCOMPARE(read.has_value(), error.isEmpty());
-            refused += read ? 0 : 1;
-        }
-    }
-    QVERIFY(refused > 0);
-}
-
 void TestSampleFiles::vinHasRightCheckDigit()
 {
     QCOMPARE(SampleData::vin(1), u"1GCRKSE08FZ000001"_s);
@@ -265,18 +245,6 @@ void TestSampleFiles::generatedFiles()
     QCOMPARE(suffixed, 67);
 }
 
-void TestSampleFiles::donorHasTheSameSegmentsWithOtherBytes()
-{
-    const QList<SampleSegment> base = SampleData::tune(1, 1).modules.first().segments;
-    const QList<SampleSegment> donor = SampleData::tune(1, 4).modules.first().segments;
-    QCOMPARE(donor.size(), base.size());
-    for (qsizetype i = 0; i < base.size(); ++i) {
-        QCOMPARE(donor[i].name, base[i].name);
-        QCOMPARE(donor[i].bytes.size(), base[i].bytes.size());
-        QVERIFY(donor[i].bytes != base[i].bytes);
-    }
-}
-
 void TestSampleFiles::unwritableFolderIsReported()
 {
     QTemporaryFile inTheWay;
@@ -317,13 +285,6 @@ void TestSampleFiles::candidates()
     for (const SwapCandidate &candidate : SwapRules::candidates(base, donor))
         found.append({candidate.targetIndex, candidate.donorIndex});
     QCOMPARE(found, pairs);
-}
-
-void TestSampleFiles::candidateIsDescribed()
-{
-    const SampleTune tune = tuneOf({module(u"Engine"_s, {{u"Fuel"_s, QByteArray(7, 'x')}})});
-    const SwapCandidate expected = {0, 0, u"Fuel"_s, 7, u"Engine: Fuel (7 bytes)"_s};
-    QVERIFY(SwapRules::candidates(tune, tune) == QList<SwapCandidate>{expected});
 }
 
 void TestSampleFiles::chosen_data()
