@@ -2,6 +2,7 @@
 #include "DevService.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QFile>
 #include <QHostAddress>
@@ -130,8 +131,8 @@ void TestClientTls::startService(const DevService::Options &options)
 void TestClientTls::call(int primitive, qsizetype bodySize)
 {
     start(*m_client, Primitive(primitive), *m_outcome, bodySize);
-    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
-    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    WAIT_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
     QCOMPARE(m_outcome->calls, 1);
 }
 
@@ -274,7 +275,7 @@ void TestClientTls::speaksTheOldProtocol()
     QVERIFY(server.listen(QHostAddress::LocalHost));
     m_client->setApiBase(u"https://127.0.0.1:%1/api/"_s.arg(server.serverPort()));
     start(*m_client, Primitive(primitive), *m_outcome);
-    QTRY_VERIFY(server.hasPendingConnections());
+    WAIT_VERIFY(server.hasPendingConnections());
     const auto *const socket = qobject_cast<QSslSocket *>(server.nextPendingConnection());
     QVERIFY(socket && socket->isEncrypted());
     QVERIFY(socket->sslConfiguration().nextNegotiatedProtocol() != QSslConfiguration::ALPNProtocolHTTP2);

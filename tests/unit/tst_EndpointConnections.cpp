@@ -1,5 +1,6 @@
 #include "DevService.h"
 #include "EndpointTest.h"
+#include "support/Waiting.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
@@ -122,7 +123,7 @@ void TestEndpointConnections::unreachable()
     checkExactly(tried, outcome, {});
     if (wrongProtocol) {
         // The first byte of a handshake's record, and never a request in clear.
-        QTRY_VERIFY_WITH_TIMEOUT(m_server->strayBytes().startsWith('\x16'), 60'000);
+        WAIT_VERIFY(m_server->strayBytes().startsWith('\x16'));
         QCOMPARE(m_server->requestCount(), 0);
     }
     if (!QTest::currentTestFailed())
@@ -265,7 +266,7 @@ void TestEndpointConnections::checkAnotherIsAnswered()
     QSignalSpy status(&m_bench->state(), &AppState::statusChanged);
     m_server->answerNext(answerWith(R"({"files":[{},{},{}]})"));
     m_bench->state().stockSearch({});
-    QTRY_COMPARE_WITH_TIMEOUT(m_bench->state().status(), u"3 stock file(s)."_s, 60'000);
+    WAIT_COMPARE(m_bench->state().status(), u"3 stock file(s)."_s);
     QCOMPARE(status.count(), 1);
     QCOMPARE(m_server->requestCount(), 2);
 }
@@ -283,10 +284,10 @@ void TestEndpointConnections::endlessBody()
     endless.endless = true;
     m_server->answerNext(endless);
     begin(fed);
-    QTRY_VERIFY_WITH_TIMEOUT(m_server->endlessBytes() > 500'000, 60'000);
+    WAIT_VERIFY(m_server->endlessBytes() > 500'000);
     checkAnotherIsAnswered();
     const qint64 taken = m_server->endlessBytes();
-    QTRY_VERIFY_WITH_TIMEOUT(m_server->endlessBytes() > taken, 60'000);
+    WAIT_VERIFY(m_server->endlessBytes() > taken);
     QCOMPARE(m_bench->state().busy(), fed.decoding == Decoding::Worker);
     QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_bench->snapshot())),
              fed.decoding == Decoding::Worker ? QStringList{u"busy"_s} : QStringList());

@@ -1,4 +1,5 @@
 #include "EndpointTest.h"
+#include "support/Waiting.h"
 
 #include <QGuiApplication>
 #include <QTest>
@@ -222,7 +223,7 @@ void TestEndpointFaults::resetBeforeADocumentIsAskedFor()
     QCOMPARE(get.decoding, Decoding::Get);
     m_server->answerAlways({{}, RawAnswer::Ending::Reset, RawAnswer::Moment::OnConnect});
     begin(get);
-    QTRY_VERIFY_WITH_TIMEOUT(m_server->connectionCount() > 0, 60'000);
+    WAIT_VERIFY(m_server->connectionCount() > 0);
     QCOMPARE(differences(m_before, m_bench->snapshot()), QStringList());
     // Whether the first one ever ends or not, the next one is answered, and the controller goes in peace.
     m_server->answerAlways(answerWith(get.goodAnswer));
@@ -231,7 +232,7 @@ void TestEndpointFaults::resetBeforeADocumentIsAskedFor()
     const auto listening =
         connect(&state, &AppState::statusChanged, this, [&] { said.append(state.status()); });
     m_bench->start(get);
-    QTRY_VERIFY_WITH_TIMEOUT(said.contains(QString::fromUtf8(get.goodStatus)), 60'000);
+    WAIT_VERIFY(said.contains(QString::fromUtf8(get.goodStatus)));
     disconnect(listening);
     QVERIFY(!m_bench->state().busy());
     m_bench->destroyController();
@@ -278,7 +279,7 @@ void TestEndpointFaults::controllerDestroyedWithEverythingInFlight()
         m_bench->start(operation);
     const int count = static_cast<int>(endpointOperations().size());
     QVERIFY(count >= 10);
-    QTRY_COMPARE_WITH_TIMEOUT(m_server->completeRequestCount(), count, 60'000);
+    WAIT_COMPARE(m_server->completeRequestCount(), count);
     m_bench->destroyController();
     // What is answered now has nobody left to call.
     for (int request = 0; request < count; ++request)
@@ -288,7 +289,7 @@ void TestEndpointFaults::controllerDestroyedWithEverythingInFlight()
     m_server->answerAlways(answerWith(R"({"good":1})"));
     bool answered = false;
     other.getJson(u"x"_s, [&answered](const QJsonObject &, const QString &) { answered = true; });
-    QTRY_VERIFY_WITH_TIMEOUT(answered, 60'000);
+    WAIT_VERIFY(answered);
     QCOMPARE(m_server->requestCount(), count + 1);
     QCOMPARE(filesOnDisk(), files);
     QCOMPARE(m_desktop->opened, QList<QUrl>());

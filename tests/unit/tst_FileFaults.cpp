@@ -3,6 +3,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/FormData.h"
 #include "support/PlainRights.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QFile>
@@ -174,7 +175,7 @@ constexpr LargeReading largeReadings[] = {
     {"openSearchHit",
      [](AppState &state, const QString &path, const QString &) {
          state.scanFolder(QFileInfo(path).path(), false, QFileInfo(path).fileName(), {}, {}, {});
-         QTRY_VERIFY_WITH_TIMEOUT(!state.searchBusy(), 60'000);
+         WAIT_VERIFY(!state.searchBusy());
          state.openSearchHit(0);
      },
      "Opened chosen.kvt \u2014 268435456 bytes.", 1, true},
@@ -437,7 +438,7 @@ void TestFileFaults::read()
     QVERIFY(makeFile(path, "chosen"));
     if (tried.choose)
         tried.choose(state, path);
-    QTRY_VERIFY_WITH_TIMEOUT(!state.searchBusy(), 60'000);
+    WAIT_VERIFY(!state.searchBusy());
     state.setStatus(u"before"_s, -1);
     m_before = m_bench->snapshot();
     clear(path);
