@@ -3,7 +3,6 @@
 #include "ServiceTypes.h"
 
 #include <QMap>
-#include <QString>
 
 #include <memory>
 
@@ -17,8 +16,8 @@ public:
         /// 0 takes any free port.
         quint16 port = 0;
         /// Paths of PEM files; both empty: without TLS.
-        QString certificate;
-        QString key;
+        QString certificate = {};
+        QString key = {};
         /// What the update check is told.
         QString updateVersion = QStringLiteral("4.0.2");
     };
@@ -32,11 +31,12 @@ public:
 
     /// False, with the reason in `error` (may be null), when the certificate or the port cannot be used.
     bool start(QString *error = nullptr);
-    /// Ends every connection, held ones too, and joins every thread. Does nothing when not started.
+    /// Answers held requests with 503, breaks off what is being sent, and joins every thread. A client that
+    /// neither sends nor reads may keep it for five seconds. Does nothing when not started.
     void stop();
 
     quint16 port() const;
-    /// Absolute, ending in "/api/".
+    /// Absolute, with "/api/" at its end.
     QString apiBase() const;
 
     // What was received. Paths are relative to the API base, or absolute with a leading "/".
@@ -56,11 +56,12 @@ public:
     /// the next `times` of them. "none" takes it away. False for an unknown fault.
     bool setFault(const QString &endpointPath, const QString &fault, int times = -1);
     void clearFaults();
-    /// What the endpoint answers from now on, in place of its own answer, until cleared.
+    /// What the endpoint answers from now on, in place of its own answer.
     void setAnswer(const QString &endpointPath, const ServiceAnswer &answer);
-    void clearAnswers();
     /// Requests held at this moment.
     int heldCount() const;
+    /// Waits until that many requests are held; false when they are not within a minute.
+    bool awaitHeld(int count) const;
     /// Lets the held requests go on to their ordinary answers.
     void release();
 

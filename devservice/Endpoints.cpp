@@ -79,15 +79,6 @@ QString missingField(const ServiceRequest &request, std::initializer_list<QLatin
     return {};
 }
 
-QByteArray ServiceRequest::header(const QByteArray &name) const
-{
-    for (const auto &[key, value] : headers) {
-        if (key.compare(name, Qt::CaseInsensitive) == 0)
-            return value;
-    }
-    return {};
-}
-
 const ReceivedPart *ServiceRequest::part(const QString &name) const
 {
     for (const ReceivedPart &part : parts) {
@@ -101,12 +92,4 @@ QString ServiceRequest::field(const QString &name) const
 {
     const ReceivedPart *found = part(name);
     return found ? QString::fromUtf8(found->data) : QString();
-}
-
-QStringList ServiceRequest::partNames() const
-{
-    QStringList names;
-    for (const ReceivedPart &part : parts)
-        names.append(part.name);
-    return names;
 }

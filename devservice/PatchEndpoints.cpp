@@ -1,13 +1,32 @@
-#include "BinPatches.h"
 #include "Endpoints.h"
 #include "SampleData.h"
 #include "StoreAccount.h"
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// Writes bytes over a BIN's own at a fixed place.
+struct BinPatch
+{
+    int id;
+    QLatin1StringView variant;
+    int credits;
+    qsizetype offset;
+    /// In hexadecimal; empty for a patch that changes nothing.
+    const char *bytes;
+
+    QByteArray written() const { return QByteArray::fromHex(bytes); }
+};
+constexpr BinPatch binPatches[] = {
+    {301, "Speed limit"_L1, 5, 0x0100, "FFFF"},        {302, "Idle speed"_L1, 10, 0x0240, "02BC02BC"},
+    {303, "Marker"_L1, 0, 0x0000, "4B56545041544348"}, {304, "Check only"_L1, 0, 0x0000, ""},
+    {305, "Everything"_L1, 500, 0x0400, "00000000"},
+};
 
 QString description(const BinPatch &patch)
 {
@@ -28,7 +47,7 @@ ServiceAnswer list(const StoreAccount &account, const ServiceRequest &request)
         return errorAnswer(u"Not signed in"_s, 403);
     QJsonArray patches;
     if (SampleData::mainOsNumbers().contains(body->value("cal_id"_L1).toString())) {
-        for (const BinPatch &patch : BinPatches::all())
+        for (const BinPatch &patch : binPatches)
             patches.append(QJsonObject{{u"id"_s, patch.id},
                                        {u"variant"_s, QString(patch.variant)},
                                        {u"description"_s, description(patch)},
@@ -45,14 +64,15 @@ QByteArray binOf(const QJsonObject &body)
     return decoded ? *decoded : QByteArray();
 }
 
-ServiceAnswer patchedAnswer(StoreAccount &account, const BinPatch &patch, const QByteArray &bin)
+ServiceAnswer patchedAnswer(StoreAccount &account, const BinPatch &patch, QByteArray bin)
 {
-    const std::optional<QByteArray> patched = BinPatches::applied(patch, bin);
-    if (!patched)
+    const QByteArray written = patch.written();
+    if (patch.offset + written.size() > bin.size())
         return errorAnswer(u"The BIN is too short for this patch"_s);
     if (!account.pay(patch.credits))
         return errorAnswer(u"Not enough credits"_s);
-    const QByteArray answered = patch.bytes.isEmpty() ? QByteArray() : patched->toBase64();
+    bin.replace(patch.offset, written.size(), written);
+    const QByteArray answered = written.isEmpty() ? QByteArray() : bin.toBase64();
     return jsonAnswer({{u"status"_s, u"ok"_s},
                        {u"message"_s, description(patch)},
                        {u"file_data"_s, QString::fromLatin1(answered)},
@@ -70,8 +90,8 @@ ServiceAnswer process(StoreAccount &account, const ServiceRequest &request)
         return errorAnswer(u"Not signed in"_s);
     const QString id = body->value("patch_id"_L1).toString();
     const QString os = body->value("cal_id"_L1).toString();
-    const BinPatch *patch = BinPatches::find(id.toInt());
-    if (!patch || !SampleData::mainOsNumbers().contains(os))
+    const auto *patch = std::ranges::find(binPatches, id.toInt(), &BinPatch::id);
+    if (patch == std::end(binPatches) || !SampleData::mainOsNumbers().contains(os))
         return errorAnswer(u"No patch %1 for %2"_s.arg(id, os));
     const QByteArray bin = binOf(*body);
     return bin.isEmpty() ? errorAnswer(u"file_data holds no Base64"_s) : patchedAnswer(account, *patch, bin);

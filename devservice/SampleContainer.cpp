@@ -7,8 +7,6 @@ namespace {
 constexpr QByteArrayView magic = "KVTSAMPLE1\n";
 constexpr QByteArrayView endLine = "end";
 constexpr int keyWidth = 12;
-constexpr int maxLine = 4096;
-constexpr int maxText = 256;
 
 struct FieldWidth
 {
@@ -33,7 +31,7 @@ int widthOf(QByteArrayView key)
 
 QByteArray cleaned(const QString &text, bool isLabel = false)
 {
-    QString result = text.trimmed().left(maxText).trimmed();
+    QString result = text.trimmed();
     for (QChar &c : result) {
         if (c.category() == QChar::Other_Control || (isLabel && c == u'='))
             c = u'_';
@@ -100,7 +98,7 @@ bool Reader::fail(const QString &reason)
 bool Reader::nextLine(QByteArray *key, QByteArray *value)
 {
     const QByteArrayView rest = QByteArrayView(m_bytes).sliced(m_position);
-    const qsizetype length = rest.first(qMin(rest.size(), qsizetype(maxLine))).indexOf('\n');
+    const qsizetype length = rest.indexOf('\n');
     if (length < 0)
         return fail(QStringLiteral("The file is cut short"));
     const QByteArray text = rest.first(length).toByteArray();
@@ -113,10 +111,9 @@ bool Reader::nextLine(QByteArray *key, QByteArray *value)
 bool Reader::takeRow(const QByteArray &value)
 {
     const qsizetype split = value.indexOf('=');
-    QList<SampleRow> &rows = m_tune.modules.last().rows;
-    if (split < 0 || rows.size() >= SampleContainer::maxRows)
-        return fail(QStringLiteral("A row without \"=\", or too many rows"));
-    rows.append(
+    if (split < 0)
+        return fail(QStringLiteral("A row without \"=\""));
+    m_tune.modules.last().rows.append(
         {QString::fromUtf8(value.left(split).trimmed()), QString::fromUtf8(value.mid(split + 1).trimmed())});
     return true;
 }
@@ -126,12 +123,12 @@ bool Reader::takeSegment(const QByteArray &value)
     const qsizetype split = value.lastIndexOf('=');
     bool isNumber = false;
     const qint64 size = value.mid(split + 1).toLongLong(&isNumber, 16);
-    QList<SampleSegment> &segments = m_tune.modules.last().segments;
-    if (split < 0 || !isNumber || size < 0 || segments.size() >= SampleContainer::maxSegments)
-        return fail(QStringLiteral("A segment without a size, or too many segments"));
+    if (split < 0 || !isNumber || size < 0)
+        return fail(QStringLiteral("A segment without a size"));
     if (size >= m_bytes.size() - m_position || m_bytes.at(m_position + size) != '\n')
         return fail(QStringLiteral("A segment does not end where it says"));
-    segments.append({QString::fromUtf8(value.left(split).trimmed()), m_bytes.mid(m_position, size)});
+    m_tune.modules.last().segments.append(
+        {QString::fromUtf8(value.left(split).trimmed()), m_bytes.mid(m_position, size)});
     m_segmentOffsets.append(m_position);
     m_position += size + 1;
     return true;
@@ -168,8 +165,6 @@ bool Reader::takeLine(const QByteArray &key, const QByteArray &value)
     } else if (key == "interface") {
         m_tune.interfaceCalId = text;
     } else if (key == "module") {
-        if (m_tune.modules.size() >= SampleContainer::maxModules)
-            return fail(QStringLiteral("Too many modules"));
         m_tune.modules.append(SampleModule{text, {}, {}, {}, {}, {}});
     } else {
         return takeModuleLine(key, value);

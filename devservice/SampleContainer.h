@@ -51,12 +51,8 @@ struct SampleTune
 /// functions, for any thread.
 namespace SampleContainer {
 
-inline constexpr int maxModules = 64;
-inline constexpr int maxRows = 64;
-inline constexpr int maxSegments = 256;
-
 /// Control characters in texts, and "=" in labels and segment names, are written as "_"; blanks at either end
-/// are lost. Each text is cut to its first 256 characters.
+/// are lost.
 QByteArray write(const SampleTune &tune);
 
 /// Nothing, with the reason in `error` (may be null), when the bytes are no sample container. Takes any

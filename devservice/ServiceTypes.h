@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
-#include <QStringList>
 
 #include <utility>
 
@@ -19,36 +18,39 @@ struct ReceivedPart
     qint64 size = 0;
 };
 
-using HeaderList = QList<std::pair<QByteArray, QByteArray>>;
-
 /// A request as it came over the wire.
 struct ServiceRequest
 {
     QByteArray method;
     /// Decoded, without the query, beginning with "/".
     QString path;
-    HeaderList headers;
-    /// Bytes of the body as sent, the framing of a form included.
+    /// Bytes of the body as announced, the framing of a form included.
     qint64 bodySize = 0;
     /// Empty for a form: `parts` holds its content.
     QByteArray body;
     QList<ReceivedPart> parts;
     /// Whether the whole body arrived.
-    bool complete = false;
+    bool complete = true;
 
-    /// Empty when there is none; the name is compared without regard to case.
-    QByteArray header(const QByteArray &name) const;
     /// Null when the form has no such part.
     const ReceivedPart *part(const QString &name) const;
     /// A form field's text, or empty.
     QString field(const QString &name) const;
-    QStringList partNames() const;
 };
 
 struct ServiceAnswer
 {
+    enum class Delivery
+    {
+        Whole,
+        Slow, ///< in small pieces with pauses
+        Half, ///< breaks off in the middle of the body
+        Endless, ///< bytes in place of the body, until the client leaves
+    };
+
     int status = 200;
-    QByteArray contentType;
-    QByteArray body;
-    HeaderList headers;
+    QByteArray contentType = "text/plain";
+    QByteArray body = {};
+    QList<std::pair<QByteArray, QByteArray>> headers = {};
+    Delivery delivery = Delivery::Whole;
 };

@@ -1,52 +1,25 @@
 #include "StoredZip.h"
 
-#include <QtEndian>
+#include <QDataStream>
+#include <QIODevice>
 
 #include <zlib.h>
 
 namespace {
 
 constexpr quint16 versionNeeded = 10;
+constexpr quint16 none = 0;
 /// 1 January 1980, the earliest that the format can say.
 constexpr quint16 noDate = 0x0021;
 
-template <typename Number> QByteArray little(Number number)
-{
-    QByteArray bytes(qsizetype(sizeof number), Qt::Uninitialized);
-    qToLittleEndian(number, bytes.data());
-    return bytes;
-}
-
 /// What an entry's own header and its line in the directory have in common.
-QByteArray description(const ZipEntry &entry)
+void describe(QDataStream &out, const ZipEntry &entry)
 {
     const auto size = quint32(entry.bytes.size());
-    const auto *data = reinterpret_cast<const Bytef *>(entry.bytes.constData());
-    const auto checksum = quint32(crc32(0, data, size));
-    const quint16 flags = 0;
-    const quint16 stored = 0;
-    const quint16 time = 0;
-    const quint16 extra = 0;
-    return little(versionNeeded) + little(flags) + little(stored) + little(time) + little(noDate)
-        + little(checksum) + little(size) + little(size) + little(quint16(entry.name.size())) + little(extra);
-}
-
-QByteArray directoryLine(const ZipEntry &entry, quint32 offset)
-{
-    const quint16 comment = 0;
-    const quint16 disk = 0;
-    const quint16 internal = 0;
-    const quint32 external = 0;
-    return "PK\x01\x02" + little(versionNeeded) + description(entry) + little(comment) + little(disk)
-        + little(internal) + little(external) + little(offset) + entry.name;
-}
-
-QByteArray directoryEnd(quint16 count, quint32 size, quint32 offset)
-{
-    const quint16 disk = 0;
-    const quint16 comment = 0;
-    return "PK\x05\x06" + little(disk) + little(disk) + little(count) + little(count) + little(size)
-        + little(offset) + little(comment);
+    const auto checksum = quint32(crc32(0, reinterpret_cast<const Bytef *>(entry.bytes.constData()), size));
+    const quint16 flags = none, stored = none, time = none, extra = none;
+    out << versionNeeded << flags << stored << time << noDate << checksum << size << size
+        << quint16(entry.name.size()) << extra;
 }
 
 } // namespace
@@ -55,11 +28,27 @@ QByteArray storedZip(const QList<ZipEntry> &entries)
 {
     QByteArray result;
     QByteArray directory;
+    QDataStream out(&result, QIODevice::WriteOnly);
+    QDataStream lines(&directory, QIODevice::WriteOnly);
+    out.setByteOrder(QDataStream::LittleEndian);
+    lines.setByteOrder(QDataStream::LittleEndian);
     for (const ZipEntry &entry : entries) {
-        directory += directoryLine(entry, quint32(result.size()));
-        result += "PK\x03\x04" + description(entry) + entry.name + entry.bytes;
+        const quint16 comment = none, disk = none, internal = none;
+        const quint32 external = 0;
+        lines << quint32(0x02014b50) << versionNeeded;
+        describe(lines, entry);
+        lines << comment << disk << internal << external << quint32(result.size());
+        lines.writeRawData(entry.name.constData(), int(entry.name.size()));
+        out << quint32(0x04034b50);
+        describe(out, entry);
+        out.writeRawData(entry.name.constData(), int(entry.name.size()));
+        out.writeRawData(entry.bytes.constData(), int(entry.bytes.size()));
     }
-    const QByteArray end =
-        directoryEnd(quint16(entries.size()), quint32(directory.size()), quint32(result.size()));
-    return result + directory + end;
+    const auto count = quint16(entries.size());
+    const auto offset = quint32(result.size());
+    const quint16 disk = none, comment = none;
+    out.writeRawData(directory.constData(), int(directory.size()));
+    out << quint32(0x06054b50) << disk << disk << count << count << quint32(directory.size()) << offset
+        << comment;
+    return result;
 }

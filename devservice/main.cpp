@@ -92,16 +92,6 @@ bool writeWhole(const QString &path, const QByteArray &bytes)
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
 }
 
-/// Serves until SIGTERM or SIGINT; SIGUSR1 clears the faults, since nothing else reaches a service that
-/// refuses.
-void serveUntilSignalled(DevService &service, const sigset_t &endings)
-{
-    int signal = 0;
-    while (sigwait(&endings, &signal) == 0 && signal == SIGUSR1)
-        service.clearFaults();
-    service.stop();
-}
-
 int run(const Order &order, const sigset_t &endings)
 {
     QString error;
@@ -118,7 +108,8 @@ int run(const Order &order, const sigset_t &endings)
         || !writeWhole(order.configFile, config))
         return complain(u"Cannot write %1 or %2"_s.arg(order.portFile, order.configFile));
     say(u"Listening at "_s + service.apiBase());
-    serveUntilSignalled(service, endings);
+    int signal = 0;
+    sigwait(&endings, &signal);
     return 0;
 }
 
@@ -129,7 +120,7 @@ int main(int argc, char **argv)
     // Before any thread is made, so that all of them leave these signals to the main thread.
     sigset_t endings;
     sigemptyset(&endings);
-    for (const int signal : {SIGTERM, SIGINT, SIGUSR1})
+    for (const int signal : {SIGTERM, SIGINT})
         sigaddset(&endings, signal);
     pthread_sigmask(SIG_BLOCK, &endings, nullptr);
 

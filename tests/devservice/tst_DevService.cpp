@@ -1,310 +1,302 @@
-#include "DevService.h"
-#include "Exchange.h"
-#include "SampleData.h"
+#include "ServiceTest.h"
 #include "support/TestMain.h"
 
-#include <QJsonArray>
+#include <QSslSocket>
 #include <QTcpServer>
-#include <QTcpSocket>
-#include <QtTest/QSignalSpy>
 
-#include <thread>
+#include <future>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-const Fields infoFields = {{"operation", "kvt_info"}, {"version", "4.0.2"}};
+const QString update = u"updates/kvteditornew/update.json"_s;
+const QByteArray updatePath = "/api/updates/kvteditornew/update.json";
 
-QString worker(const DevService &service)
+QString certificate(const QString &name)
 {
-    return service.apiBase() + "kvt_worker/process.aspx"_L1;
+    return QStringLiteral(KVTEDITOR_CERTIFICATES_DIR) + u'/' + name;
+}
+
+DevService::Options withCertificate(const QString &name)
+{
+    return {.certificate = certificate(name + ".pem"_L1), .key = certificate(name + ".key"_L1)};
 }
 
 } // namespace
 
-class TestDevService : public QObject
+class TestDevService : public ServiceTest
 {
     Q_OBJECT
 
 private slots:
-    void infoOfWhatWasReallySent();
-    void overwrittenVinComesBackOverwritten();
-    void secondModuleFillsTheSecondKeys();
-    void workerRefuses_data();
-    void workerRefuses();
-    void updateNamesVersionAndReachableDownload();
-    void unknownPathAndMethodAreJsonErrors();
     void requestsAreRecordedAsSent();
     void largeUploadArrivesWhole();
-    void bodyThatIsCutIsRecordedAsIncomplete();
-    void noHttpIsRefusedAndNotCounted();
+    void cutBodyIsRecordedAsIncomplete();
+    void whatIsNoRequestIsRefusedAndNotCounted_data();
+    void whatIsNoRequestIsRefusedAndNotCounted();
+    void unknownPathAndMethodAreJsonErrors();
+    void updateNamesVersionAndReachableDownload();
+    void answerCanBeReplaced();
+    void manyRequestsWhileOthersAreHeld();
+    void stopAnswersHeldRequests();
+    void stopBreaksOffAnEndlessBody();
+    void stopsTwiceAndStartsAgain();
     void portInUseIsReported();
     void listensOnLoopbackOnly();
-    void manyRequestsAtOnce();
-    void setAnswerReplacesTheAnswer();
-    void stopIsIdempotentAndStartsAgain();
-    void stopEndsIdleConnections();
+
+    void goodCertificateIsAccepted();
+    void badCertificateIsRefusedBeforeAnyByte_data();
+    void badCertificateIsRefusedBeforeAnyByte();
+    void wrongProtocolIsNotCounted();
+    void unusableCertificateIsReported();
 };
-
-void TestDevService::infoOfWhatWasReallySent()
-{
-    DevService service;
-    QVERIFY(service.start());
-    const SampleTune tune = SampleData::tune(1, 7);
-    const Outcome outcome = postForm(worker(service), infoFields, SampleContainer::write(tune));
-    QCOMPARE(outcome.status, 200);
-    const QJsonObject json = outcome.json();
-    const SampleModule &module = tune.modules.first();
-    const QMap<QString, QString> expected = {
-        {u"status"_s, u"ok"_s},
-        {u"created"_s, tune.created},
-        {u"softwareVersion"_s, tune.softwareVersion},
-        {u"interfaceCalId"_s, tune.interfaceCalId},
-        {u"vin1"_s, module.vin},
-        {u"serial1"_s, module.serial},
-        {u"mainOs"_s, module.mainOs},
-        {u"gmSystem"_s, module.rows[0].value},
-        {u"gmFuel"_s, module.rows[1].value},
-        {u"gmSpeedometer"_s, module.rows[2].value},
-        {u"gmEngineDiag"_s, module.rows[3].value},
-        {u"gmEngineOp"_s, module.rows[4].value},
-    };
-    for (auto entry = expected.begin(); entry != expected.end(); ++entry)
-        QCOMPARE(json.value(entry.key()).toString(), entry.value());
-    QVERIFY(!module.rows[4].value.isEmpty());
-    const QJsonArray modules = json.value("modules"_L1).toArray();
-    QCOMPARE(modules.size(), 1);
-    QCOMPARE(modules[0].toObject().value("title"_L1).toString(), module.title);
-    QCOMPARE(modules[0].toObject().value("mainOs"_L1).toString(), module.mainOs);
-    const QJsonArray rows = modules[0].toObject().value("rows"_L1).toArray();
-    QCOMPARE(rows.size(), 6);
-    QCOMPARE(rows[5].toObject().value("label"_L1).toString(), module.rows[5].label);
-    QCOMPARE(rows[5].toObject().value("value"_L1).toString(), module.rows[5].value);
-}
-
-void TestDevService::overwrittenVinComesBackOverwritten()
-{
-    DevService service;
-    QVERIFY(service.start());
-    QByteArray bytes = SampleContainer::write(SampleData::tune(1, 1));
-    const qsizetype at = bytes.indexOf(SampleData::vin(1).toLatin1());
-    QVERIFY(at > 0);
-    bytes.replace(at, 17, "2FTRX18W1XCA01212");
-    const QJsonObject json = postForm(worker(service), infoFields, bytes).json();
-    QCOMPARE(json.value("vin1"_L1).toString(), u"2FTRX18W1XCA01212"_s);
-    QCOMPARE(json.value("modules"_L1)[0]["vin"_L1].toString(), u"2FTRX18W1XCA01212"_s);
-}
-
-void TestDevService::secondModuleFillsTheSecondKeys()
-{
-    DevService service;
-    QVERIFY(service.start());
-    SampleTune tune = SampleData::tune(5, 3);
-    tune.modules[1].vin = u"SECOND"_s;
-    const QJsonObject json = postForm(worker(service), infoFields, SampleContainer::write(tune)).json();
-    QCOMPARE(json.value("vin2"_L1).toString(), u"SECOND"_s);
-    QCOMPARE(json.value("serial2"_L1).toString(), tune.modules[1].serial);
-    QCOMPARE(json.value("modules"_L1).toArray().size(), 5);
-}
-
-void TestDevService::workerRefuses_data()
-{
-    QTest::addColumn<Fields>("fields");
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QString>("message");
-    const QByteArray file = SampleContainer::write(SampleData::tune(1, 1));
-    QTest::newRow("no-version") << Fields{{"operation", "kvt_info"}} << file << u"No version"_s;
-    QTest::newRow("no-operation") << Fields{{"version", "4.0.2"}} << file << u"No operation"_s;
-    QTest::newRow("no-file") << infoFields << QByteArray() << u"No file"_s;
-    QTest::newRow("empty-file") << infoFields << QByteArray("") << u"No file"_s;
-    QTest::newRow("no-container") << infoFields << QByteArray("MZ") << u"Not a sample container at byte 0"_s;
-    QTest::newRow("other-operation") << Fields{{"version", "4.0.2"}, {"operation", "make_tea"}} << file
-                                     << u"Operation not supported: make_tea"_s;
-}
-
-void TestDevService::workerRefuses()
-{
-    QFETCH(Fields, fields);
-    QFETCH(QByteArray, file);
-    QFETCH(QString, message);
-    DevService service;
-    QVERIFY(service.start());
-    const Outcome outcome = postForm(worker(service), fields, file);
-    QCOMPARE(outcome.status, 200);
-    QCOMPARE(outcome.json().value("status"_L1).toString(), u"error"_s);
-    QCOMPARE(outcome.json().value("message"_L1).toString(), message);
-}
-
-void TestDevService::updateNamesVersionAndReachableDownload()
-{
-    DevService service({.port = 0, .certificate = {}, .key = {}, .updateVersion = u"5.1"_s});
-    QVERIFY(service.start());
-    const QJsonObject json = get(service.apiBase() + "updates/kvteditornew/update.json"_L1).json();
-    QCOMPARE(json.value("latest_version"_L1).toString(), u"5.1"_s);
-    const Outcome download = get(json.value("download_url"_L1).toString());
-    QCOMPARE(download.status, 200);
-    QVERIFY(download.body.contains("stand-in"));
-}
-
-void TestDevService::unknownPathAndMethodAreJsonErrors()
-{
-    DevService service;
-    QVERIFY(service.start());
-    const Outcome unknown = get(service.apiBase() + "no/such.aspx"_L1);
-    QCOMPARE(unknown.status, 404);
-    QCOMPARE(unknown.json().value("message"_L1).toString(), u"No such endpoint: /api/no/such.aspx"_s);
-    const Outcome wrong = get(service.apiBase() + "feedback.aspx"_L1);
-    QCOMPARE(wrong.status, 405);
-    QCOMPARE(wrong.json().value("status"_L1).toString(), u"error"_s);
-}
 
 void TestDevService::requestsAreRecordedAsSent()
 {
-    DevService service;
-    QVERIFY(service.start());
-    postForm(worker(service), {{"b", "2"}, {"a", "1"}}, "bytes", "my \"file\".kvt");
-    get(service.apiBase() + "updates/kvteditornew/update.json?x=1"_L1);
-    QCOMPARE(service.requestCount(), 2);
-    QCOMPARE(service.connectionCount(), 2);
-    QCOMPARE(service.requestCount(u"kvt_worker/process.aspx"_s), 1);
-    QCOMPARE(service.requestCount(u"/api/kvt_worker/process.aspx"_s), 1);
-    QCOMPARE(service.requestCount(u"feedback.aspx"_s), 0);
-    const QList<ServiceRequest> requests = service.requests();
+    postForm(url(u"kvt_worker/process.aspx"_s), {{"b", "2"}, {"a", "1"}},
+             {{"file", "bytes", "my \"file\".kvt"}});
+    get(url(update + "?x=1"_L1));
+    QCOMPARE(m_service->requestCount(), 2);
+    QCOMPARE(m_service->connectionCount(), 2);
+    QCOMPARE(m_service->requestCount(u"kvt_worker/process.aspx"_s), 1);
+    QCOMPARE(m_service->requestCount(u"/api/kvt_worker/process.aspx"_s), 1);
+    QCOMPARE(m_service->requestCount(u"feedback.aspx"_s), 0);
+    const QList<ServiceRequest> requests = m_service->requests();
     QCOMPARE(requests.size(), 2);
     const ServiceRequest &form = requests[0];
     QCOMPARE(form.method, "POST");
     QCOMPARE(form.path, u"/api/kvt_worker/process.aspx"_s);
     QVERIFY(form.complete);
-    QCOMPARE(form.header("content-length").toLongLong(), form.bodySize);
     QVERIFY(form.bodySize > 100);
-    QCOMPARE(form.partNames(), QStringList({u"b"_s, u"a"_s, u"file"_s}));
+    QStringList names;
+    for (const ReceivedPart &part : form.parts)
+        names.append(part.name);
+    QCOMPARE(names, QStringList({u"b"_s, u"a"_s, u"file"_s}));
     QCOMPARE(form.field(u"b"_s), u"2"_s);
     QCOMPARE(form.part(u"file"_s)->fileName, u"my \"file\".kvt"_s);
     QCOMPARE(form.part(u"file"_s)->contentType, "application/octet-stream");
     QCOMPARE(form.part(u"file"_s)->data, "bytes");
     QCOMPARE(form.part(u"none"_s), nullptr);
     QCOMPARE(requests[1].method, "GET");
-    QCOMPARE(requests[1].path, u"/api/updates/kvteditornew/update.json"_s);
+    QCOMPARE(requests[1].path, u"/api/"_s + update);
 }
 
 void TestDevService::largeUploadArrivesWhole()
 {
-    DevService service;
-    QVERIFY(service.start());
-    SampleTune tune = SampleData::tune(1, 1);
-    tune.modules.first().segments.append({u"Large"_s, QByteArray(20'000'000, '\r')});
-    const Outcome outcome = postForm(worker(service), infoFields, SampleContainer::write(tune));
-    QCOMPARE(outcome.json().value("status"_L1).toString(), u"ok"_s);
-    const ServiceRequest request = service.requests().first();
-    QVERIFY(request.bodySize > 20'000'000);
-    QVERIFY(request.part(u"file"_s)->size > 20'000'000);
+    const QByteArray bin(20'000'000, '\r');
+    QVERIFY(askWorker("convert_vbf2bin", {{"file", bin}}, {{"vbf_skip_verify", "0"}}).body == bin);
+    const ServiceRequest request = m_service->requests().first();
+    QVERIFY(request.bodySize > bin.size());
+    QCOMPARE(request.part(u"file"_s)->size, bin.size());
     QCOMPARE(request.part(u"file"_s)->data.size(), 1 << 20);
 }
 
-void TestDevService::bodyThatIsCutIsRecordedAsIncomplete()
+void TestDevService::cutBodyIsRecordedAsIncomplete()
 {
-    DevService service;
-    QVERIFY(service.start());
-    QTcpSocket client;
-    client.connectToHost(QHostAddress::LocalHost, service.port());
-    QVERIFY(client.waitForConnected());
-    client.write(
-        "POST /api/feedback.aspx HTTP/1.1\r\nHost: x\r\nContent-Length: 100\r\n\r\n{\"type\":\"dev\"}");
-    QVERIFY(client.waitForBytesWritten());
-    client.disconnectFromHost();
-    QTRY_COMPARE(service.requestCount(u"feedback.aspx"_s), 1);
-    QVERIFY(!service.requests().first().complete);
+    const QByteArray request = "POST /api/feedback.aspx HTTP/1.1\r\nHost: x\r\nContent-Length: 1000\r\n\r\n";
+    rawExchange(*m_service, request + ticketOf("dev"), true);
+    QCOMPARE(m_service->requestCount(u"feedback.aspx"_s), 1);
+    QVERIFY(!m_service->requests().first().complete);
+    QCOMPARE(post(url(u"feedback.aspx"_s), ticketOf("dev")).json().value("ticket_id"_L1), u"T-1001"_s);
 }
 
-void TestDevService::noHttpIsRefusedAndNotCounted()
+void TestDevService::whatIsNoRequestIsRefusedAndNotCounted_data()
 {
-    DevService service;
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QByteArray>("answer");
+    QTest::newRow("no-http") << QByteArray("what is this\r\n\r\n") << QByteArray("HTTP/1.1 400 ");
+    QTest::newRow("body-without-end")
+        << QByteArray("POST /_dev/clear HTTP/1.1\r\nHost: x\r\n\r\n") << QByteArray("HTTP/1.1 411 ");
+}
+
+void TestDevService::whatIsNoRequestIsRefusedAndNotCounted()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, answer);
+    const QByteArray answered = rawExchange(*m_service, bytes);
+    QVERIFY2(answered.startsWith(answer), answered.constData());
+    QCOMPARE(m_service->requestCount(), 0);
+    QCOMPARE(m_service->connectionCount(), 1);
+}
+
+void TestDevService::unknownPathAndMethodAreJsonErrors()
+{
+    const Outcome unknown = get(url(u"no/such.aspx"_s));
+    QCOMPARE(unknown.status, 404);
+    QCOMPARE(unknown.refusal(), u"No such endpoint: /api/no/such.aspx"_s);
+    const Outcome wrong = get(url(u"feedback.aspx"_s));
+    QCOMPARE(wrong.status, 405);
+    QCOMPARE(wrong.refusal(), u"Method not allowed"_s);
+}
+
+void TestDevService::updateNamesVersionAndReachableDownload()
+{
+    DevService service({.updateVersion = u"5.1"_s});
     QVERIFY(service.start());
-    const RawOutcome outcome = rawExchange(service, "what is this\r\n\r\n");
-    QVERIFY2(outcome.bytes.startsWith("HTTP/1.1 400"), outcome.bytes.constData());
-    QCOMPARE(service.requestCount(), 0);
-    QCOMPARE(service.connectionCount(), 1);
+    const QJsonObject json = get(service.apiBase() + update).json();
+    QCOMPARE(json.value("latest_version"_L1).toString(), u"5.1"_s);
+    const Outcome download = get(json.value("download_url"_L1).toString());
+    QCOMPARE(download.status, 200);
+    QVERIFY(download.body.contains("stand-in"));
+}
+
+void TestDevService::answerCanBeReplaced()
+{
+    m_service->setAnswer(u"feedback.aspx"_s, {418, "text/plain", "short and stout", {{"X-Pot", "tea"}}});
+    const Outcome replaced = post(url(u"feedback.aspx"_s), ticketOf("dev"));
+    QCOMPARE(replaced.status, 418);
+    QCOMPARE(replaced.body, "short and stout");
+    m_service->setAnswer(update, {204});
+    const QByteArray nothing = rawGet(*m_service, updatePath);
+    QVERIFY2(nothing.startsWith("HTTP/1.1 204 ") && nothing.endsWith("\r\n\r\n"), nothing.constData());
+}
+
+void TestDevService::manyRequestsWhileOthersAreHeld()
+{
+    const auto ask = [this] { return rawGet(*m_service, updatePath).contains("latest_version"); };
+    const auto askAtOnce = [&ask](int count) {
+        std::vector<std::future<bool>> asked;
+        for (int i = 0; i < count; ++i)
+            asked.push_back(std::async(std::launch::async, ask));
+        return asked;
+    };
+    QVERIFY(m_service->setFault(update, u"hold"_s, 8));
+    std::vector<std::future<bool>> held = askAtOnce(8);
+    QVERIFY(m_service->awaitHeld(8));
+    for (std::future<bool> &answered : askAtOnce(24))
+        QVERIFY(answered.get());
+    QCOMPARE(m_service->heldCount(), 8);
+    m_service->release();
+    for (std::future<bool> &answered : held)
+        QVERIFY(answered.get());
+    QCOMPARE(m_service->heldCount(), 0);
+    QCOMPARE(m_service->requestCount(update), 32);
+}
+
+void TestDevService::stopAnswersHeldRequests()
+{
+    QVERIFY(m_service->setFault(update, u"hold"_s));
+    auto held = std::async(std::launch::async, [this] { return rawGet(*m_service, updatePath); });
+    QVERIFY(m_service->awaitHeld(1));
+    m_service->stop();
+    QVERIFY(held.get().startsWith("HTTP/1.1 503 "));
+    QCOMPARE(m_service->heldCount(), 0);
+}
+
+void TestDevService::stopBreaksOffAnEndlessBody()
+{
+    QVERIFY(m_service->setFault(update, u"endless-body"_s));
+    std::promise<bool> answered;
+    auto client = std::async(std::launch::async, [this, &answered] {
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, m_service->port());
+        socket.write("GET " + updatePath + " HTTP/1.1\r\nHost: x\r\n\r\n");
+        answered.set_value(socket.waitForReadyRead(60'000));
+        while (socket.waitForReadyRead(60'000))
+            socket.readAll();
+        return socket.state();
+    });
+    QVERIFY(answered.get_future().get());
+    m_service->stop();
+    QCOMPARE(client.get(), QAbstractSocket::UnconnectedState);
+}
+
+void TestDevService::stopsTwiceAndStartsAgain()
+{
+    m_service->stop();
+    m_service->stop();
+    QCOMPARE(get(url(update)).error, QNetworkReply::ConnectionRefusedError);
+    QVERIFY(m_service->start());
+    QCOMPARE(get(url(update)).status, 200);
+    QCOMPARE(m_service->requestCount(), 1);
 }
 
 void TestDevService::portInUseIsReported()
 {
-    QTcpServer other;
-    QVERIFY(other.listen(QHostAddress::LocalHost));
-    DevService service({.port = other.serverPort(), .certificate = {}, .key = {}});
+    DevService second({.port = m_service->port()});
     QString error;
-    QVERIFY(!service.start(&error));
-    QVERIFY2(error.contains(QString::number(other.serverPort())), qPrintable(error));
-    QVERIFY(!service.start());
+    QVERIFY(!second.start(&error));
+    QVERIFY2(error.contains(QString::number(m_service->port())), qPrintable(error));
+    QVERIFY(!second.start());
+    const quint16 port = m_service->port();
+    m_service->stop();
+    QVERIFY(second.start());
+    QCOMPARE(second.port(), port);
 }
 
 void TestDevService::listensOnLoopbackOnly()
 {
-    DevService service;
-    QVERIFY(service.start());
     // Were the port taken on every address, no other loopback address could have it.
     QTcpServer neighbour;
-    QVERIFY(neighbour.listen(QHostAddress(u"127.0.0.2"_s), service.port()));
-    QVERIFY(service.apiBase() == u"http://127.0.0.1:%1/api/"_s.arg(service.port()));
+    QVERIFY(neighbour.listen(QHostAddress(u"127.0.0.2"_s), m_service->port()));
+    QCOMPARE(m_service->apiBase(), u"http://127.0.0.1:%1/api/"_s.arg(m_service->port()));
 }
 
-void TestDevService::manyRequestsAtOnce()
+void TestDevService::goodCertificateIsAccepted()
 {
-    DevService service;
-    QVERIFY(service.start());
-    std::vector<std::thread> clients;
-    std::atomic<int> answered = 0;
-    for (int i = 0; i < 8; ++i) {
-        clients.emplace_back([&service, &answered] {
-            for (int n = 0; n < 20; ++n) {
-                const QByteArray body = rawGet(service, "/api/updates/kvteditornew/update.json").bytes;
-                answered += body.contains("latest_version") ? 1 : 0;
-                service.requests();
-            }
-        });
-    }
-    for (std::thread &client : clients)
-        client.join();
-    QCOMPARE(answered.load(), 160);
-    QCOMPARE(service.requestCount(), 160);
+    DevService service(withCertificate(u"server"_s));
+    QString error;
+    QVERIFY2(service.start(&error), qPrintable(error));
+    QVERIFY(service.apiBase().startsWith("https://127.0.0.1:"_L1));
+    const QString authority = certificate(u"ca.pem"_s);
+    const Outcome outcome = get(service.apiBase() + update, authority);
+    QCOMPARE(outcome.error, QNetworkReply::NoError);
+    QVERIFY(outcome.json().value("download_url"_L1).toString().startsWith("https://"_L1));
+    QVERIFY(service.setFault(update, u"short-body"_s));
+    QVERIFY(get(service.apiBase() + update, authority).error != QNetworkReply::NoError);
+    QVERIFY(service.setFault(update, u"redirect-plain"_s));
+    QCOMPARE(get(service.apiBase() + update, authority).error, QNetworkReply::InsecureRedirectError);
+    QCOMPARE(service.requestCount(update), 3);
 }
 
-void TestDevService::setAnswerReplacesTheAnswer()
+void TestDevService::badCertificateIsRefusedBeforeAnyByte_data()
 {
-    DevService service;
-    QVERIFY(service.start());
-    service.setAnswer(u"feedback.aspx"_s, {418, "text/plain", "short and stout", {{"X-Pot", "tea"}}});
-    const QString url = service.apiBase() + "feedback.aspx"_L1;
-    const Outcome replaced = post(url, ticketOf("dev"));
-    QCOMPARE(replaced.status, 418);
-    QCOMPARE(replaced.body, "short and stout");
-    service.clearAnswers();
-    QCOMPARE(post(url, ticketOf("dev")).json().value("ticket_id"_L1).toString(), u"T-1001"_s);
+    QTest::addColumn<QSslError::SslError>("error");
+    QTest::newRow("self-signed") << QSslError::SelfSignedCertificate;
+    QTest::newRow("other-host") << QSslError::HostNameMismatch;
+    QTest::newRow("expired") << QSslError::CertificateExpired;
+    QTest::newRow("unknown-ca") << QSslError::UnableToGetLocalIssuerCertificate;
 }
 
-void TestDevService::stopIsIdempotentAndStartsAgain()
+void TestDevService::badCertificateIsRefusedBeforeAnyByte()
 {
-    DevService service;
-    service.stop();
+    QFETCH(QSslError::SslError, error);
+    DevService service(withCertificate(QString::fromLatin1(QTest::currentDataTag())));
     QVERIFY(service.start());
+    const Outcome outcome =
+        post(service.apiBase() + "feedback.aspx"_L1, "{}", "application/json", certificate(u"ca.pem"_s));
+    QCOMPARE(outcome.error, QNetworkReply::SslHandshakeFailedError);
+    QVERIFY(outcome.tlsErrors.contains(error));
     service.stop();
-    service.stop();
-    QVERIFY(rawGet(service, "/").refused);
-    QVERIFY(service.start());
-    QCOMPARE(get(service.apiBase() + "updates/kvteditornew/update.json"_L1).status, 200);
-}
-
-void TestDevService::stopEndsIdleConnections()
-{
-    DevService service;
-    QVERIFY(service.start());
-    QTcpSocket silent;
-    silent.connectToHost(QHostAddress::LocalHost, service.port());
-    QVERIFY(silent.waitForConnected());
-    QTRY_COMPARE(service.connectionCount(), 1);
-    service.stop();
-    QTRY_COMPARE(silent.state(), QAbstractSocket::UnconnectedState);
+    QVERIFY(service.connectionCount() > 0);
     QCOMPARE(service.requestCount(), 0);
+}
+
+void TestDevService::wrongProtocolIsNotCounted()
+{
+    QSslSocket client;
+    client.connectToHostEncrypted(u"127.0.0.1"_s, m_service->port());
+    QVERIFY(!client.waitForEncrypted(60'000));
+    m_service->stop();
+    QCOMPARE(m_service->requestCount(), 0);
+
+    DevService service(withCertificate(u"server"_s));
+    QVERIFY(service.start());
+    QVERIFY(!rawGet(service, updatePath).startsWith("HTTP"));
+    service.stop();
+    QCOMPARE(service.connectionCount(), 1);
+    QCOMPARE(service.requestCount(), 0);
+}
+
+void TestDevService::unusableCertificateIsReported()
+{
+    DevService missing({.certificate = u"/no/such.pem"_s, .key = u"/no/such.key"_s});
+    QString error;
+    QVERIFY(!missing.start(&error));
+    QVERIFY2(error.contains("/no/such.pem"_L1), qPrintable(error));
+    DevService mixed({.certificate = certificate(u"server.pem"_s), .key = certificate(u"expired.key"_s)});
+    QVERIFY(!mixed.start());
 }
 
 KVTEDITOR_TEST_MAIN(TestDevService)

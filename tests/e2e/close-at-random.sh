@@ -116,7 +116,7 @@ use() {
   while "$1"; do :; done
 }
 
-bent_answers=(none slow reset-mid-body json-64m body-64m endless-body gzip-bomb redirect-loop status:500:html)
+bent_answers=(none slow short-body json-64m body-64m endless-body deflate-bomb redirect-loop status:500:html)
 
 # Sets what the user does, and what the service does to that; the latter may be to stand still, as a line does
 # on which nothing moves.

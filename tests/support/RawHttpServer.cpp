@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 #include <QHostAddress>
+#include <QSslConfiguration>
+#include <QSslServer>
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -87,10 +89,24 @@ quint16 closedPort()
 }
 
 RawHttpServer::RawHttpServer(QObject *parent)
+    : RawHttpServer(new QTcpServer, parent)
+{
+}
+
+RawHttpServer::RawHttpServer(const QSslConfiguration &tls)
+    : RawHttpServer(new QSslServer, nullptr)
+{
+    qobject_cast<QSslServer *>(m_server)->setSslConfiguration(tls);
+    // Only then is the handshake done.
+    connect(m_server, &QTcpServer::pendingConnectionAvailable, this, &RawHttpServer::accept);
+}
+
+RawHttpServer::RawHttpServer(QTcpServer *server, QObject *parent)
     : QObject(parent)
-    , m_server(new QTcpServer(this))
+    , m_server(server)
     , m_always(answerWith("{}"))
 {
+    m_server->setParent(this);
     connect(m_server, &QTcpServer::newConnection, this, &RawHttpServer::accept);
     if (!m_server->listen(QHostAddress::LocalHost)) {
         qFatal("No loopback port to listen on: %s", qPrintable(m_server->errorString()));
@@ -113,7 +129,8 @@ quint16 RawHttpServer::port() const
 
 QString RawHttpServer::baseUrl() const
 {
-    return u"http://127.0.0.1:%1/api/"_s.arg(port());
+    const bool usesTls = qobject_cast<QSslServer *>(m_server);
+    return u"%1://127.0.0.1:%2/api/"_s.arg(usesTls ? u"https"_s : u"http"_s).arg(port());
 }
 
 void RawHttpServer::answerAlways(const RawAnswer &answer)

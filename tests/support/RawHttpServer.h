@@ -10,6 +10,7 @@
 
 #include <utility>
 
+class QSslConfiguration;
 class QTcpServer;
 class QTcpSocket;
 
@@ -71,6 +72,8 @@ class RawHttpServer : public QObject
 
 public:
     explicit RawHttpServer(QObject *parent = nullptr);
+    /// Speaks TLS.
+    explicit RawHttpServer(const QSslConfiguration &tls);
     ~RawHttpServer() override;
 
     quint16 port() const;
@@ -109,6 +112,7 @@ private:
         bool answered = false;
     };
 
+    RawHttpServer(QTcpServer *server, QObject *parent);
     void accept();
     void read(QTcpSocket *socket);
     void startRequest(QTcpSocket *socket, Connection &connection, qsizetype headEnd);

@@ -209,7 +209,7 @@ bool TestAppStateSearch::endsCancelled(const std::function<void()> &stop)
     for (int attempt = 0; attempt < 100; ++attempt) {
         scanBigTree();
         stop();
-        if (!waitUntil([this] { return !m_state->searchBusy(); }, 30'000))
+        if (!waitUntil([this] { return !m_state->searchBusy(); }))
             return false;
         if (m_state->status() == keptText(m_state->searchHits().size()))
             return m_state->statusOK() == 0;

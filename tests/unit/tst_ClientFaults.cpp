@@ -1,5 +1,4 @@
 #include "ClientCall.h"
-#include "DevService.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
@@ -83,8 +82,6 @@ private slots:
     void brokenOffAnswerHasWords();
     void sentOnce_data();
     void sentOnce();
-    void sentOnceToARealServer_data();
-    void sentOnceToARealServer();
     void postIsRedirected_data();
     void postIsRedirected();
     void postRedirectLoopEnds_data();
@@ -385,43 +382,6 @@ void TestClientFaults::sentOnce()
     QCOMPARE(m_server->requestCount(), 2);
     QVERIFY(m_server->request(0).requestLine().startsWith("POST "));
     QVERIFY(m_server->request(1).requestLine().startsWith("GET "));
-    QCOMPARE(m_outcome->calls, 1);
-}
-
-void TestClientFaults::sentOnceToARealServer_data()
-{
-    QTest::addColumn<int>("primitive");
-    QTest::addColumn<QString>("fault");
-    QTest::addColumn<int>("size");
-
-    for (const auto &[primitive, name] : primitives) {
-        if (!isPost(primitive)) {
-            continue;
-        }
-        for (const char *fault : {"close", "close-early", "reset", "reset-early"}) {
-            QTest::addRow("%s-%s-small", name, fault) << int(primitive) << QString::fromLatin1(fault) << 10;
-            QTest::addRow("%s-%s-20-mb", name, fault)
-                << int(primitive) << QString::fromLatin1(fault) << 20'000'000;
-        }
-    }
-}
-
-void TestClientFaults::sentOnceToARealServer()
-{
-    QFETCH(int, primitive);
-    QFETCH(QString, fault);
-    QFETCH(int, size);
-    DevService service;
-    QVERIFY(service.start());
-    QVERIFY(service.setFault(u"*"_s, fault));
-    m_client->setApiBase(service.apiBase());
-    start(*m_client, Primitive(primitive), *m_outcome, size);
-    WAIT_COMPARE(m_outcome->calls, 1);
-    WAIT_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
-    QVERIFY(m_outcome->failed());
-    // Joins every thread of the service: nothing can arrive any more.
-    service.stop();
-    QCOMPARE(service.requestCount(), 1);
     QCOMPARE(m_outcome->calls, 1);
 }
 

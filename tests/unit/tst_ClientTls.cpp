@@ -15,6 +15,7 @@
 #include <QTest>
 
 #include <memory>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -30,6 +31,18 @@ QString certificate(const QString &name)
 DevService::Options withCertificate(const QString &name)
 {
     return {.port = 0, .certificate = certificate(name + u".pem"_s), .key = certificate(name + u".key"_s)};
+}
+
+/// Of a server with the good certificate.
+QSslConfiguration serverConfiguration()
+{
+    QFile key(certificate(u"server.key"_s));
+    if (!key.open(QIODevice::ReadOnly))
+        qFatal("No key: %s", qPrintable(key.errorString()));
+    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+    configuration.setLocalCertificate(QSslCertificate::fromPath(certificate(u"server.pem"_s)).constFirst());
+    configuration.setPrivateKey(QSslKey(&key, QSsl::Ec));
+    return configuration;
 }
 
 QString withScheme(const QString &scheme, const QString &url)
@@ -263,11 +276,7 @@ void TestClientTls::speaksTheOldProtocol_data()
 void TestClientTls::speaksTheOldProtocol()
 {
     QFETCH(int, primitive);
-    QFile key(certificate(u"server.key"_s));
-    QVERIFY(key.open(QIODevice::ReadOnly));
-    QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-    configuration.setLocalCertificate(QSslCertificate::fromPath(certificate(u"server.pem"_s)).constFirst());
-    configuration.setPrivateKey(QSslKey(&key, QSsl::Ec));
+    QSslConfiguration configuration = serverConfiguration();
     configuration.setAllowedNextProtocols(
         {QSslConfiguration::ALPNProtocolHTTP2, QSslConfiguration::NextProtocolHttp1_1});
     QSslServer server;
@@ -284,11 +293,21 @@ void TestClientTls::speaksTheOldProtocol()
 void TestClientTls::sentOnce_data()
 {
     QTest::addColumn<int>("primitive");
-    QTest::addColumn<QString>("fault");
-    for (const char *fault : {"close", "close-early", "reset", "reset-early"}) {
-        for (const auto &[primitive, name] : primitives) {
-            if (isPost(primitive)) {
-                QTest::addRow("%s-%s", name, fault) << int(primitive) << QString::fromLatin1(fault);
+    QTest::addColumn<int>("ending");
+    QTest::addColumn<int>("moment");
+
+    const std::pair<RawAnswer::Ending, const char *> endings[] = {{RawAnswer::Ending::Close, "close"},
+                                                                  {RawAnswer::Ending::Reset, "reset"}};
+    const std::pair<RawAnswer::Moment, const char *> moments[] = {
+        {RawAnswer::Moment::AfterHead, "after-head"}, {RawAnswer::Moment::AfterRequest, "after-request"}};
+    for (const auto &[primitive, name] : primitives) {
+        if (!isPost(primitive)) {
+            continue;
+        }
+        for (const auto &[ending, endingName] : endings) {
+            for (const auto &[moment, momentName] : moments) {
+                QTest::addRow("%s-%s-%s", name, endingName, momentName)
+                    << int(primitive) << int(ending) << int(moment);
             }
         }
     }
@@ -297,13 +316,21 @@ void TestClientTls::sentOnce_data()
 void TestClientTls::sentOnce()
 {
     QFETCH(int, primitive);
-    QFETCH(QString, fault);
-    startService(withCertificate(u"server"_s));
-    QVERIFY(m_service->setFault(u"*"_s, fault));
+    QFETCH(int, ending);
+    QFETCH(int, moment);
+    RawHttpServer server(serverConfiguration());
+    server.answerAlways({{}, RawAnswer::Ending(ending), RawAnswer::Moment(moment)});
+    m_client->setApiBase(server.baseUrl());
     call(primitive, 2'000'000);
     QVERIFY(m_outcome->failed());
-    m_service->stop();
-    QCOMPARE(m_service->requestCount(), 1);
+    QVERIFY(server.request(0).requestLine().startsWith("POST "));
+    // A later request comes after everything that could still be on its way.
+    server.answerAlways(answerWith("{}"));
+    Outcome after;
+    start(*m_client, Primitive::GetJson, after);
+    WAIT_COMPARE(after.calls, 1);
+    QCOMPARE(after.error, QString());
+    QCOMPARE(server.requestCount(), 2);
 }
 
 KVTEDITOR_TEST_MAIN(TestClientTls)

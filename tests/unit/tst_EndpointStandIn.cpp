@@ -12,7 +12,8 @@ namespace {
 QStringList faultsToMeet()
 {
     // These hold a request for as long as it lasts, or take seconds to make; other tests send them.
-    const QStringList elsewhere{u"hold"_s, u"endless-body"_s, u"gzip-bomb"_s, u"body-64m"_s, u"json-64m"_s};
+    const QStringList elsewhere{u"hold"_s, u"endless-body"_s, u"deflate-bomb"_s, u"body-64m"_s,
+                                u"json-64m"_s};
     QStringList faults;
     for (const FaultKind &kind : faultKinds()) {
         const QString name = kind.name;
@@ -65,7 +66,7 @@ void TestEndpointStandIn::namedFaults()
     DevService service;
     QVERIFY(service.start());
     const QStringList faults = faultsToMeet();
-    QVERIFY(faults.size() > 30);
+    QVERIFY(faults.size() > 15);
     for (const QString &fault : faults) {
         meet(tried, fault, service);
         if (QTest::currentTestFailed()) {
@@ -88,10 +89,6 @@ void TestEndpointStandIn::meet(const EndpointOperation &operation, const QString
     begin(operation);
     QVERIFY(m_bench->settle());
     checkLoosely(operation);
-    if (fault == "refuse"_L1) {
-        QCOMPARE(service.requestCount(), before);
-        return;
-    }
     // A redirect is followed by asking for a document; a good answer may lead to another request.
     QStringList posts = postsSince(service, before);
     if (operation.decoding == Decoding::Get) {
