@@ -23,3 +23,6 @@ for preset in release asan; do
   step "tests: $preset"
   ctest --preset "$preset"
 done
+
+step "tests: release, everything before every fault"
+ctest --preset exhaustive

@@ -90,7 +90,6 @@ private slots:
     void refusedProxy();
     void hostNotFound_data();
     void hostNotFound();
-    void secureAddressOnPlainPort();
     void plainAddressOnSecurePort();
     void neverAnsweringServerNeverCallsBack();
     void endlessBodyKeepsTheLoopAlive();
@@ -151,8 +150,6 @@ void TestClientFaults::answer_data()
 
     // The connection ends before the answer does.
     addPrimitiveRows("close-at-connect", {none, Ending::Close, Moment::OnConnect}, Expect::Error, none,
-                     false);
-    addPrimitiveRows("reset-at-connect", {none, Ending::Reset, Moment::OnConnect}, Expect::Error, none,
                      false);
     addPrimitiveRows("close-without-a-byte", {none}, Expect::Error, none, false);
     addPrimitiveRows("reset-without-a-byte", {none, Ending::Reset}, Expect::Error, none, false);
@@ -531,21 +528,6 @@ void TestClientFaults::hostNotFound()
         WAIT_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
         const QString said = primitive == Primitive::KvtWorker ? outcome.worker.error : outcome.error;
         QVERIFY2(error.isEmpty() ? !said.isEmpty() : said == error, name + (": " + said.toUtf8()));
-        QCOMPARE(outcome.bytes, QByteArray());
-    }
-}
-
-void TestClientFaults::secureAddressOnPlainPort()
-{
-    m_server->answerAlways(
-        {httpAnswer(400, "plain"), RawAnswer::Ending::Close, RawAnswer::Moment::OnConnect});
-    m_client->setApiBase(u"https://127.0.0.1:%1/api/"_s.arg(m_server->port()));
-    for (const auto &[primitive, name] : primitives) {
-        Outcome outcome;
-        start(*m_client, primitive, outcome);
-        WAIT_COMPARE(outcome.calls, 1);
-        WAIT_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
-        QVERIFY2(!outcome.error.isEmpty() || !outcome.worker.error.isEmpty(), name);
         QCOMPARE(outcome.bytes, QByteArray());
     }
 }
