@@ -167,14 +167,18 @@ void RawHttpServer::accept()
                 m_strayBytes += gone.unread;
             socket->deleteLater();
         });
-        const RawAnswer &next = m_queue.isEmpty() ? m_always : m_queue.first();
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
-        if (next.moment == RawAnswer::Moment::OnConnect) {
-            m_connections[socket].answered = true;
-            act(socket, takeAnswer());
-        }
+        if (nextAnswer().moment == RawAnswer::Moment::OnConnect)
+            answerAtOnce(socket);
         read(socket);
     }
+}
+
+// Whatever came, and be it no request.
+void RawHttpServer::answerAtOnce(QTcpSocket *socket)
+{
+    m_connections[socket].answered = true;
+    act(socket, takeAnswer());
 }
 
 void RawHttpServer::read(QTcpSocket *socket)
@@ -182,8 +186,15 @@ void RawHttpServer::read(QTcpSocket *socket)
     if (!m_connections.contains(socket)) {
         return;
     }
+    m_connections[socket].unread += socket->readAll();
+    const Connection &came = m_connections[socket];
+    if (!came.answered && came.request < 0 && !came.unread.isEmpty()
+        && nextAnswer().moment == RawAnswer::Moment::OnFirstBytes) {
+        answerAtOnce(socket);
+        if (!m_connections.contains(socket))
+            return;
+    }
     Connection &connection = m_connections[socket];
-    connection.unread += socket->readAll();
     if (connection.request < 0) {
         const qsizetype headEnd = connection.unread.indexOf("\r\n\r\n");
         if (headEnd < 0) {
@@ -245,7 +256,7 @@ void RawHttpServer::act(QTcpSocket *socket, const RawAnswer &answer)
     if (answer.ending == RawAnswer::Ending::Reset) {
         reset(socket);
     } else if (answer.ending == RawAnswer::Ending::Close) {
-        if (answer.moment == RawAnswer::Moment::OnConnect)
+        if (answer.moment == RawAnswer::Moment::OnConnect || answer.moment == RawAnswer::Moment::OnFirstBytes)
             closeForWriting(socket);
         else
             socket->disconnectFromHost();

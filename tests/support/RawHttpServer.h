@@ -36,6 +36,7 @@ struct RawAnswer
     enum class Moment
     {
         OnConnect,
+        OnFirstBytes,
         AfterHead,
         AfterRequest
     };
@@ -88,7 +89,7 @@ public:
     void answerHeld(int request, const RawAnswer &answer);
 
     int connectionCount() const { return m_connectionCount; }
-    /// Requests whose head came, those too that were answered at connecting, unless that was a reset.
+    /// Requests whose head came, those too that were answered before, unless that was a reset.
     int requestCount() const { return static_cast<int>(m_requests.size()); }
     int completeRequestCount() const;
     RecordedRequest request(int index) const { return m_requests.value(index); }
@@ -114,6 +115,9 @@ private:
 
     RawHttpServer(QTcpServer *server, QObject *parent);
     void accept();
+    /// What the next request is answered with.
+    const RawAnswer &nextAnswer() const { return m_queue.isEmpty() ? m_always : m_queue.first(); }
+    void answerAtOnce(QTcpSocket *socket);
     void read(QTcpSocket *socket);
     void startRequest(QTcpSocket *socket, Connection &connection, qsizetype headEnd);
     void act(QTcpSocket *socket, const RawAnswer &answer);

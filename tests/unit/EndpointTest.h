@@ -5,6 +5,7 @@
 #include "support/TestMain.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -30,7 +31,13 @@ EndpointOutcome expectedOutcome(const EndpointOperation &operation, bool failed,
                                 int httpStatus = 200);
 const EndpointOperation &operationAt(int index);
 const EndpointOperation &operationNamed(const QByteArray &name);
-/// A column "operation" with an index into all of them, and a row for each.
+/// Whether everything is to meet every fault, as KVTEDITOR_EXHAUSTIVE=1 asks for; that takes minutes.
+bool isExhaustive();
+/// The operations that meet every fault: one for each way in which the client sends. What an operation makes
+/// of an answer hangs on the outcome alone, and the few faults that stand for the outcomes are met by all.
+QList<int> operationsToTry();
+QList<int> allOperations();
+/// A column "operation" with an index into all of them, and a row for each to try.
 void addOperationRows();
 /// The differences of two snapshots, for comparing with an empty list.
 QStringList differences(const Snapshot &before, const Snapshot &after);
@@ -60,6 +67,8 @@ protected:
     void checkLoosely(const EndpointOperation &operation);
     /// One text for each step that was done, and none that the operation does not say.
     void checkStatuses(const EndpointOperation &operation);
+    /// How often the server, which gave this answer, was connected to and asked.
+    void checkRequests(const EndpointOperation &operation, const RawAnswer &answer);
     /// Before the test's own server again.
     void checkNextGoodOne(const EndpointOperation &operation);
 

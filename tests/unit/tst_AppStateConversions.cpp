@@ -2,6 +2,7 @@
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QFile>
@@ -98,7 +99,7 @@ void TestAppStateConversions::requestHoldsFieldsAndFiles()
 {
     m_state->workerConvert(u"convert_x"_s, "input", u"in.kvt"_s, {{u"xcal_mode"_s, u"flat"_s}},
                            {{u"header"_s, "H"}, {u"export"_s, "E"}}, u"out.bin"_s);
-    QTRY_VERIFY(!m_state->busy());
+    WAIT_VERIFY(!m_state->busy());
     const RecordedRequest request = m_server->request(0);
     QCOMPARE(request.requestLine(), QByteArray("POST /api/kvt_worker/process.aspx HTTP/1.1"));
     const QList<FormPart> parts = formParts(request);
@@ -118,7 +119,7 @@ void TestAppStateConversions::requestHoldsFieldsAndFiles()
 void TestAppStateConversions::inputWithoutNameIsCalledInputBin()
 {
     m_state->workerConvert(u"convert_x"_s, "input", {}, {}, {}, u"out.bin"_s);
-    QTRY_VERIFY(!m_state->busy());
+    WAIT_VERIFY(!m_state->busy());
     QCOMPARE(formParts(m_server->request(0)).last().header("Content-Disposition"),
              QByteArray("form-data; name=\"file\"; filename=\"input.bin\""));
 }
@@ -141,18 +142,18 @@ void TestAppStateConversions::busyFromSendingToTheEnd()
     connect(m_state.get(), &AppState::busyChanged, this, [&] { seen.append(m_state->busy()); });
     convert();
     QCOMPARE(seen, QList<bool>({true}));
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QVERIFY(m_state->busy());
     m_server->answerHeld(0, {answer});
-    QTRY_COMPARE(seen, QList<bool>({true, false}));
-    QTRY_VERIFY(!m_state->status().isEmpty());
+    WAIT_COMPARE(seen, QList<bool>({true, false}));
+    WAIT_VERIFY(!m_state->status().isEmpty());
 }
 
 void TestAppStateConversions::fileIsSavedAndRevealed()
 {
     m_server->answerAlways(answerWith(QByteArray("BIN\0\xff", 5)));
     convert(u"truck_efi.bin"_s);
-    QTRY_COMPARE(m_state->status(), u"Saved truck_efi.bin"_s);
+    WAIT_COMPARE(m_state->status(), u"Saved truck_efi.bin"_s);
     QCOMPARE(m_state->statusOK(), 1);
     QCOMPARE(contentOf(inDocuments(u"truck_efi.bin"_s)), QByteArray("BIN\0\xff", 5));
     QCOMPARE(m_desktop->opened, QList<QUrl>{QUrl::fromLocalFile(TestEnvironment::documents())});
@@ -179,11 +180,11 @@ void TestAppStateConversions::kvtResultBecomesTheOpenFile()
     QFETCH(bool, opened);
     m_server->answerAlways(answerWith("produced"));
     convert(outName);
-    QTRY_COMPARE(m_state->status(), u"Saved "_s + outName);
+    WAIT_COMPARE(m_state->status(), u"Saved "_s + outName);
     QCOMPARE(m_state->statusOK(), 1);
     QCOMPARE(m_state->fileName(), opened ? outName : QString());
     QCOMPARE(m_state->currentKvtBytes(), opened ? QByteArray("produced") : QByteArray());
-    QTRY_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
+    WAIT_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
     QCOMPARE(m_server->requestCount(), opened ? 2 : 1);
     QCOMPARE(formField(m_server->request(1), "operation"), opened ? QByteArray("kvt_info") : QByteArray());
     QCOMPARE(m_state->status(), u"Saved "_s + outName);
@@ -194,9 +195,9 @@ void TestAppStateConversions::savedFileReplacesEarlierOne()
     m_server->answerNext(answerWith("a long first result"));
     m_server->answerNext(answerWith("second"));
     convert();
-    QTRY_VERIFY(!m_state->busy());
+    WAIT_VERIFY(!m_state->busy());
     convert();
-    QTRY_VERIFY(!m_state->busy());
+    WAIT_VERIFY(!m_state->busy());
     QCOMPARE(contentOf(inDocuments(u"out.bin"_s)), QByteArray("second"));
 }
 
@@ -205,7 +206,7 @@ void TestAppStateConversions::saveFailureIsReported()
     QVERIFY(QDir().mkpath(inDocuments(u"imported.kvt"_s)));
     m_server->answerAlways(answerWith("produced"));
     convert(u"imported.kvt"_s);
-    QTRY_COMPARE(m_state->statusOK(), 0);
+    WAIT_COMPARE(m_state->statusOK(), 0);
     QVERIFY(!m_state->status().isEmpty());
     QVERIFY(!m_state->busy());
     QCOMPARE(m_state->fileName(), QString());
@@ -239,7 +240,7 @@ void TestAppStateConversions::failures()
     m_server->answerAlways({answer});
     QSignalSpy changes(m_state.get(), &AppState::statusChanged);
     convert();
-    QTRY_VERIFY(!m_state->busy());
+    WAIT_VERIFY(!m_state->busy());
     QCOMPARE(m_state->statusOK(), 0);
     QVERIFY(!m_state->status().isEmpty());
     QVERIFY(status.isEmpty() || m_state->status() == status);
@@ -272,7 +273,7 @@ void TestAppStateConversions::jsonAnswerIsShown()
     QFETCH(QString, status);
     m_server->answerAlways(answerWith(body));
     convert();
-    QTRY_VERIFY(!m_state->busy());
+    WAIT_VERIFY(!m_state->busy());
     QCOMPARE(m_state->status(), status);
     QCOMPARE(m_state->statusOK(), 1);
     QVERIFY(!QFileInfo::exists(TestEnvironment::documents()));
@@ -282,7 +283,7 @@ void TestAppStateConversions::partialFileBesideTransportErrorIsSaved()
 {
     m_server->answerAlways({httpAnswer(502, "<html>Bad gateway</html>")});
     convert();
-    QTRY_COMPARE(m_state->status(), u"Saved out.bin"_s);
+    WAIT_COMPARE(m_state->status(), u"Saved out.bin"_s);
     QCOMPARE(contentOf(inDocuments(u"out.bin"_s)), QByteArray("<html>Bad gateway</html>"));
 }
 
@@ -292,12 +293,12 @@ void TestAppStateConversions::secondCallWhileBusy()
     QSignalSpy busy(m_state.get(), &AppState::busyChanged);
     convert(u"first.bin"_s);
     convert(u"second.bin"_s);
-    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    WAIT_COMPARE(m_server->completeRequestCount(), 2);
     QVERIFY(m_state->busy());
     m_server->answerHeld(0, answerWith("one"));
-    QTRY_VERIFY(!m_state->busy());
+    WAIT_VERIFY(!m_state->busy());
     m_server->answerHeld(1, answerWith("two"));
-    QTRY_VERIFY(QFileInfo::exists(inDocuments(u"second.bin"_s))
+    WAIT_VERIFY(QFileInfo::exists(inDocuments(u"second.bin"_s))
                 && QFileInfo::exists(inDocuments(u"first.bin"_s)));
     QVERIFY(!m_state->busy());
     QCOMPARE(m_state->statusOK(), 1);
@@ -309,11 +310,11 @@ void TestAppStateConversions::failureKeepsTheOpenFile()
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"V"})"));
     m_server->answerNext({QByteArray()});
     convert(u"open.kvt"_s);
-    QTRY_COMPARE(m_state->vin(), u"V"_s);
+    WAIT_COMPARE(m_state->vin(), u"V"_s);
     QVERIFY(m_state->hexModel()->applyPatch(0, "P"));
     m_state->hexModel()->setCursor(4);
     convert(u"other.kvt"_s);
-    QTRY_COMPARE(m_state->statusOK(), 0);
+    WAIT_COMPARE(m_state->statusOK(), 0);
     QCOMPARE(m_state->fileName(), u"open.kvt"_s);
     QCOMPARE(m_state->currentKvtBytes(), QByteArray("Produced"));
     QCOMPARE(m_state->hexModel()->cursor(), 4);
@@ -326,9 +327,9 @@ void TestAppStateConversions::nextConversionWorksAfterFailure()
     m_server->answerNext({QByteArray(), RawAnswer::Ending::Reset});
     m_server->answerNext(answerWith("good"));
     convert();
-    QTRY_COMPARE(m_state->statusOK(), 0);
+    WAIT_COMPARE(m_state->statusOK(), 0);
     convert();
-    QTRY_COMPARE(m_state->status(), u"Saved out.bin"_s);
+    WAIT_COMPARE(m_state->status(), u"Saved out.bin"_s);
     QCOMPARE(contentOf(inDocuments(u"out.bin"_s)), QByteArray("good"));
 }
 
@@ -336,14 +337,14 @@ void TestAppStateConversions::destroyedWhileRequestIsHeld()
 {
     m_server->answerAlways(holdRequest());
     convert();
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     m_state.reset();
     m_server->answerHeld(0, answerWith("too late"));
     m_desktop.reset();
     init();
     m_server->answerAlways(answerWith("in time"));
     convert(u"later.bin"_s);
-    QTRY_COMPARE(m_state->status(), u"Saved later.bin"_s);
+    WAIT_COMPARE(m_state->status(), u"Saved later.bin"_s);
     QCOMPARE(QDir(TestEnvironment::documents()).entryList(QDir::Files), QStringList{u"later.bin"_s});
 }
 

@@ -2,6 +2,7 @@
 #include "app/AppState.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -81,7 +82,7 @@ void TestAppStateFeedback::cleanup()
 
 bool TestAppStateFeedback::idle()
 {
-    return QTest::qWaitFor([this] { return m_state->findChildren<QNetworkAccessManager *>().isEmpty(); });
+    return waitUntil([this] { return m_state->findChildren<QNetworkAccessManager *>().isEmpty(); });
 }
 
 void TestAppStateFeedback::sendToDev_members_data()
@@ -110,7 +111,7 @@ void TestAppStateFeedback::sendToDev_members()
     QFETCH(QString, email);
     QFETCH(QString, notes);
     m_state->sendToDev(email, notes);
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QCOMPARE(m_server->request(0).requestLine(), QByteArray("POST /api/feedback.aspx HTTP/1.1"));
     QTEST(m_server->request(0).body, "body");
 }
@@ -118,7 +119,7 @@ void TestAppStateFeedback::sendToDev_members()
 void TestAppStateFeedback::sendToDev_emptyNoteNamesTheOpenFile()
 {
     m_state->sendToDev({}, {});
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     const QJsonObject without = QJsonDocument::fromJson(m_server->request(0).body).object();
     QCOMPARE(without.value(u"description"_s).toString(), u"Send to Dev from "_s);
     const QString placeholder = without.value(u"email"_s).toString();
@@ -132,9 +133,9 @@ void TestAppStateFeedback::sendToDev_emptyNoteNamesTheOpenFile()
     file.write("bytes");
     file.close();
     m_state->openKvt(dir.filePath(u"truck.kvt"_s));
-    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    WAIT_COMPARE(m_server->completeRequestCount(), 2);
     m_state->sendToDev({}, {});
-    QTRY_COMPARE(m_server->completeRequestCount(), 3);
+    WAIT_COMPARE(m_server->completeRequestCount(), 3);
     const QJsonObject with = QJsonDocument::fromJson(m_server->request(2).body).object();
     QCOMPARE(with.value(u"description"_s).toString(), u"Send to Dev from truck.kvt"_s);
     QCOMPARE(with.size(), 6);
@@ -146,7 +147,7 @@ void TestAppStateFeedback::sendToDev_showsNothingWhileSending()
     QSignalSpy status(m_state.get(), &AppState::statusChanged);
     QSignalSpy busy(m_state.get(), &AppState::busyChanged);
     m_state->sendToDev(u"a@b.example"_s, u"note"_s);
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QCOMPARE(status.count(), 0);
     QCOMPARE(busy.count(), 0);
 }
@@ -185,7 +186,7 @@ void TestAppStateFeedback::sendToDev_outcome()
     m_server->answerAlways({answer});
     QSignalSpy changes(m_state.get(), &AppState::statusChanged);
     m_state->sendToDev(u"a@b.example"_s, u"note"_s);
-    QTRY_COMPARE(changes.count(), 1);
+    WAIT_COMPARE(changes.count(), 1);
     QTEST(m_state->statusOK(), "level");
     if (status == u"!"_s) {
         QVERIFY(!m_state->status().isEmpty());
@@ -204,7 +205,7 @@ void TestAppStateFeedback::sendToDev_twiceOpensTwoTickets()
     QSignalSpy changes(m_state.get(), &AppState::statusChanged);
     m_state->sendToDev(u"a@b.example"_s, u"note"_s);
     m_state->sendToDev(u"a@b.example"_s, u"note"_s);
-    QTRY_COMPARE(changes.count(), 2);
+    WAIT_COMPARE(changes.count(), 2);
     QCOMPARE(m_server->requestCount(), 2);
 }
 
@@ -214,7 +215,7 @@ void TestAppStateFeedback::checkUpdate_showsProgressFirst()
     m_state->checkUpdate();
     QCOMPARE(m_state->status(), u"Checking for updates..."_s);
     QCOMPARE(m_state->statusOK(), 1);
-    QTRY_COMPARE(m_server->requestCount(), 1);
+    WAIT_COMPARE(m_server->requestCount(), 1);
     QCOMPARE(m_server->request(0).requestLine(),
              QByteArray("GET /api/updates/kvteditornew/update.json HTTP/1.1"));
 }
@@ -244,7 +245,7 @@ void TestAppStateFeedback::checkUpdate_outcome()
     QFETCH(QString, status);
     m_server->answerAlways(answerWith(body));
     m_state->checkUpdate();
-    QTRY_COMPARE(m_state->status(), status);
+    WAIT_COMPARE(m_state->status(), status);
     QTEST(m_state->statusOK(), "level");
     QCOMPARE(m_desktop->opened, QList<QUrl>());
 }
@@ -271,7 +272,7 @@ void TestAppStateFeedback::checkUpdate_opensTheLinkOnce()
     m_server->answerAlways(
         answerWith("{\"latest_version\":" + version + ",\"download_url\":\"" + link + "\"}"));
     m_state->checkUpdate();
-    QTRY_COMPARE(m_desktop->opened.size(), 1);
+    WAIT_COMPARE(m_desktop->opened.size(), 1);
     QCOMPARE(m_desktop->opened.first().toEncoded(), opened);
     const QString number = QString::fromUtf8(version).remove(u'"');
     QCOMPARE(m_state->status(), u"Version "_s + number + u" is available. Opening the download..."_s);
@@ -283,7 +284,7 @@ void TestAppStateFeedback::checkUpdate_transportFailure()
 {
     m_server->answerAlways({httpAnswer(404, R"({"latest_version":"5","download_url":"http://x.example/"})")});
     m_state->checkUpdate();
-    QTRY_COMPARE(m_state->statusOK(), 0);
+    WAIT_COMPARE(m_state->statusOK(), 0);
     QVERIFY(m_state->status().startsWith(u"Update check failed: "_s));
     QVERIFY(m_state->status().size() > 21);
     QCOMPARE(m_desktop->opened, QList<QUrl>());
@@ -363,7 +364,7 @@ void TestAppStateFeedback::submitTicket_showsNothingWhileSending()
     QSignalSpy status(m_state.get(), &AppState::statusChanged);
     QSignalSpy busy(m_state.get(), &AppState::busyChanged);
     m_state->submitTicket({}, {}, {}, {});
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QCOMPARE(status.count(), 0);
     QCOMPARE(busy.count(), 0);
 }
@@ -521,7 +522,7 @@ void TestAppStateFeedback::replyTicket_reloadsTheSameTicket()
     m_server->answerNext(answerWith(R"({"status":"ok"})"));
     m_server->answerNext(holdRequest());
     m_state->replyTicket(u" T-7 "_s, u"Thanks."_s);
-    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    WAIT_COMPARE(m_server->completeRequestCount(), 2);
     QCOMPARE(m_state->status(), u"Reply sent."_s);
     QCOMPARE(m_state->threadText(), QString());
     QCOMPARE(m_server->request(1).requestLine(), QByteArray("POST /api/feedback_reply.aspx HTTP/1.1"));

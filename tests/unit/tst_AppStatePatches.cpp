@@ -1,5 +1,6 @@
 #include "StoreBed.h"
 #include "support/FileSizeLimit.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QTest>
@@ -97,7 +98,7 @@ void TestAppStatePatches::signIn()
 {
     m_bed->server.answerNext(answerWith(R"({"session_token":"tok","credits":"15"})"));
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     m_bed->takeAnnounced();
 }
 
@@ -106,7 +107,7 @@ void TestAppStatePatches::list(const QString &calId, const QByteArray &answer)
     m_bed->takeAnnounced();
     m_bed->server.answerNext(answerWith(answer));
     m_bed->state->loadPatches(calId);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->takeAnnounced().mid(0, 2), QStringList({u"xdf"_s, u"patcher"_s}));
 }
 
@@ -122,7 +123,7 @@ int TestAppStatePatches::apply(const RawAnswer &answer, int index, const QString
     const int before = m_bed->server.requestCount();
     m_bed->server.answerNext(answer);
     m_bed->state->applyPatchToBin(index, path.isEmpty() ? binFile() : path);
-    [this] { QTRY_VERIFY(m_bed->idle()); }();
+    [this] { WAIT_VERIFY(m_bed->idle()); }();
     return m_bed->server.requestCount() - before;
 }
 
@@ -147,7 +148,7 @@ void TestAppStatePatches::list_wire()
     QFETCH(QString, calId);
     signIn();
     m_bed->state->loadPatches(calId);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->server.requestCount(), 2);
     const RecordedRequest request = m_bed->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/patches/patches.aspx HTTP/1.1"));
@@ -176,7 +177,7 @@ void TestAppStatePatches::list_isShown()
     m_bed->server.answerNext(answerWith(
         R"({"credits":4,"patches":[{"id":"5","variant":"V","description":"D","credits_cost":"10"},7]})"));
     m_bed->state->loadPatches(u"%1 <b>"_s);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"patcher"_s, u"1 2 patch(es) for %1 <b>."_s}));
     const QVariantMap item{
         {u"id"_s, 5}, {u"variant"_s, u"V"_s}, {u"description"_s, u"D"_s}, {u"credits"_s, 10}};
@@ -191,7 +192,7 @@ void TestAppStatePatches::list_withoutArray()
 {
     m_bed->server.answerNext(answerWith(R"({"error":"Sign in first.","items":[{"id":1}]})"));
     m_bed->state->loadPatches(u"cal"_s);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"patcher"_s, u"1 0 patch(es) for cal."_s}));
     QCOMPARE(m_bed->state->patchItems(), QVariantList());
 }
@@ -233,7 +234,7 @@ void TestAppStatePatches::list_failed()
     const QVariantList items = m_bed->state->patchItems();
     m_bed->server.answerNext(answer);
     m_bed->state->loadPatches(u"other"_s);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
     QCOMPARE(m_bed->server.requestCount(), 3);
     QCOMPARE(m_bed->state->patchItems(), items);
@@ -256,10 +257,10 @@ void TestAppStatePatches::list_identifierIsKeptBeforeTheAnswer()
     list(u"first"_s);
     m_bed->server.answerNext(holdRequest());
     m_bed->state->loadPatches(u"second"_s);
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
     m_bed->server.answerNext(answerWith("{}"));
     m_bed->state->applyPatchToBin(0, binFile());
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 3);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 3);
     QVERIFY(m_bed->lastRequest().body.startsWith(R"({"cal_id":"second",)"));
 }
 
@@ -267,13 +268,13 @@ void TestAppStatePatches::list_laterAnswerWins()
 {
     m_bed->server.answerAlways(holdRequest());
     m_bed->state->loadPatches(u"first"_s);
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 1);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 1);
     m_bed->state->loadPatches(u"second"_s);
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
     m_bed->server.answerHeld(1, answerWith(R"({"patches":[{"id":2}]})"));
-    QTRY_COMPARE(m_bed->state->patchItems().size(), 1);
+    WAIT_COMPARE(m_bed->state->patchItems().size(), 1);
     m_bed->server.answerHeld(0, answerWith(R"({"patches":[{"id":1},{"id":1}]})"));
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->state->patchItems().size(), 2);
     // The identifier is the last one asked for, whichever answer it is that comes.
     QCOMPARE(m_bed->announced,
@@ -536,13 +537,13 @@ void TestAppStatePatches::apply_carriesItsOwnPatchAndPath()
     list(u"first"_s);
     m_bed->server.answerNext(holdRequest());
     m_bed->state->applyPatchToBin(0, binFile(u"asked.bin"_s));
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
     m_bed->server.answerNext(answerWith(R"({"patches":[{"id":8},{"id":9}]})"));
     m_bed->state->loadPatches(u"second"_s);
-    QTRY_COMPARE(m_bed->state->patchItems().size(), 2);
+    WAIT_COMPARE(m_bed->state->patchItems().size(), 2);
     m_bed->takeAnnounced();
     m_bed->server.answerHeld(1, answerWith(patchedAnswer));
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
     QCOMPARE(m_bed->server.request(1).body,
              QByteArray(R"({"cal_id":"first","file_data":"QklO","patch_id":"5","session_token":""})"));
@@ -557,7 +558,7 @@ void TestAppStatePatches::apply_twiceSpendsTwice()
     m_bed->server.answerAlways(answerWith(patchedAnswer));
     m_bed->state->applyPatchToBin(0, path);
     m_bed->state->applyPatchToBin(0, path);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->server.requestCount(), 3);
     QCOMPARE(m_bed->announced, QStringList({u"1 Patch applied."_s, u"1 Patch applied."_s}));
 }
@@ -577,7 +578,7 @@ void TestAppStatePatches::apply_failureUsesTheFailedListsIdentifier()
     list(u"first"_s);
     m_bed->server.answerNext({httpAnswer(500, {})});
     m_bed->state->loadPatches(u"second"_s);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(apply(answerWith("{}")), 1);
     QCOMPARE(m_bed->lastRequest().body,
              QByteArray(R"({"cal_id":"second","file_data":"QklO","patch_id":"5","session_token":""})"));
@@ -589,7 +590,7 @@ void TestAppStatePatches::requestsShowNothingAtTheirStart()
     m_bed->server.answerAlways(holdRequest());
     m_bed->state->loadPatches(u"other"_s);
     m_bed->state->applyPatchToBin(0, binFile());
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 3);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 3);
     QCOMPARE(m_bed->announced, QStringList());
     QVERIFY(!m_bed->state->busy());
     QCOMPARE(m_bed->state->patchItems().size(), 1);
@@ -604,7 +605,7 @@ void TestAppStatePatches::destroyedWithRequestsInFlight()
         m_bed->state->loadPatches({});
         m_bed->state->applyPatchToBin(0, path);
     }
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 11);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 11);
     m_bed->state.reset();
     for (int i = 1; i < 11; ++i)
         m_bed->server.answerHeld(i, answerWith(patchedAnswer));
@@ -613,7 +614,7 @@ void TestAppStatePatches::destroyedWithRequestsInFlight()
     m_bed->client()->setApiBase(m_bed->server.baseUrl());
     m_bed->server.answerNext(answerWith(R"({"patches":[{}]})"));
     m_bed->state->loadPatches({});
-    QTRY_COMPARE(m_bed->state->patchItems().size(), 1);
+    WAIT_COMPARE(m_bed->state->patchItems().size(), 1);
     QCOMPARE(m_bed->announced, QStringList());
     QCOMPARE(m_bed->documents(), QStringList());
 }

@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 #include "core/FileTools.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QFile>
@@ -199,7 +200,7 @@ void TestAppStateSearch::scanSmallTree()
     QVERIFY(makeFile(inDir(u"a.kvt"_s)));
     QVERIFY(makeFile(inDir(u"b.ctz"_s)));
     m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->searchHits().size(), 2);
 }
 
@@ -208,7 +209,7 @@ bool TestAppStateSearch::endsCancelled(const std::function<void()> &stop)
     for (int attempt = 0; attempt < 100; ++attempt) {
         scanBigTree();
         stop();
-        if (!QTest::qWaitFor([this] { return !m_state->searchBusy(); }, 30'000))
+        if (!waitUntil([this] { return !m_state->searchBusy(); }))
             return false;
         if (m_state->status() == keptText(m_state->searchHits().size()))
             return m_state->statusOK() == 0;
@@ -243,7 +244,7 @@ void TestAppStateSearch::findsFiles()
     QVERIFY(m_state->searchBusy());
     QCOMPARE(m_state->status(), u"Searching %1 ..."_s.arg(m_dir->path()));
     QCOMPARE(m_state->statusOK(), -1);
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), foundText(3));
     QCOMPARE(m_state->statusOK(), 1);
     QStringList names = namesOf(m_state->searchHits());
@@ -276,7 +277,7 @@ void TestAppStateSearch::filtersArePassedOn()
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(m_dir->path()));
     m_state->scanFolder(u"root"_s, true, filters.at(0), filters.at(1), filters.at(2), filters.at(3));
-    const bool ended = QTest::qWaitFor([this] { return !m_state->searchBusy(); });
+    const bool ended = waitUntil([this] { return !m_state->searchBusy(); });
     QVERIFY(QDir::setCurrent(before));
     QVERIFY(ended);
     QCOMPARE(namesOf(m_state->searchHits()), QStringList{found});
@@ -290,7 +291,7 @@ void TestAppStateSearch::recursionIsTheArgument()
     for (const bool recursive : {false, true}) {
         m_state->setSearchRecursive(recursive ? u"0"_s : u"1"_s);
         m_state->scanFolder(m_dir->path(), recursive, {}, {}, {}, {});
-        QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+        WAIT_VERIFY(!m_state->searchBusy());
         QCOMPARE(m_state->searchHits().size(), recursive ? 2 : 1);
     }
 }
@@ -310,7 +311,7 @@ void TestAppStateSearch::rootThatIsNoFolder()
     scanSmallTree();
     QVERIFY(QDir().mkdir(inDir(u"empty"_s)));
     m_state->scanFolder(inDir(root), true, {}, {}, {}, {});
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), foundText(0));
     QCOMPARE(m_state->statusOK(), 1);
     QCOMPARE(m_state->searchHits(), QVariantList());
@@ -321,7 +322,7 @@ void TestAppStateSearch::rootIsShownAsItIs()
     const QString root = u" %1 %2 <b>R&D</b>\n%L3 "_s;
     m_state->scanFolder(root, true, {}, {}, {}, {});
     QCOMPARE(m_state->status(), u"Searching "_s + root + u" ..."_s);
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), foundText(0));
 }
 
@@ -332,7 +333,7 @@ void TestAppStateSearch::earlierHitsStayWhileScanning()
     scanBigTree();
     QVERIFY(m_state->searchBusy());
     QCOMPARE(m_state->searchHits(), before);
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->searchHits().size(), 200);
     QCOMPARE(m_state->status(), foundText(200));
 }
@@ -348,7 +349,7 @@ void TestAppStateSearch::secondScanIsRefused()
     QCOMPARE(m_state->status(), u"A search is already running."_s);
     QCOMPARE(m_state->statusOK(), 0);
     QVERIFY(m_state->searchBusy());
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->searchHits().size(), 200);
     QCOMPARE(statuses,
              QStringList({u"Searching %1 ..."_s.arg(m_bigTree->path()), u"A search is already running."_s,
@@ -361,7 +362,7 @@ void TestAppStateSearch::emptyRootWhileScanning()
     scanBigTree();
     m_state->scanFolder({}, true, {}, {}, {}, {});
     QCOMPARE(m_state->status(), u"A search is already running."_s);
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
 }
 
 void TestAppStateSearch::scanAgainAfterCompletion()
@@ -370,7 +371,7 @@ void TestAppStateSearch::scanAgainAfterCompletion()
     for (int round = 0; round < 20; ++round) {
         m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
         QVERIFY(m_state->searchBusy());
-        QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+        WAIT_VERIFY(!m_state->searchBusy());
         QCOMPARE(m_state->status(), foundText(2));
     }
 }
@@ -386,7 +387,7 @@ void TestAppStateSearch::aroundTheLimit()
             QVERIFY(makeFile(inDir(u"%1.kvt"_s.arg(made))));
         }
         m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
-        QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+        WAIT_VERIFY(!m_state->searchBusy());
         QCOMPARE(m_state->searchHits().size(), qMin(files, 5000));
         QCOMPARE(m_state->status(), status);
         QCOMPARE(m_state->statusOK(), 1);
@@ -405,7 +406,7 @@ void TestAppStateSearch::completionIsOnePiece()
         statuses.append(m_state->status());
     });
     scanBigTree();
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(busy, QList<bool>({true, false}));
     QCOMPARE(hits, QList<qsizetype>({2, 200}));
     QCOMPARE(statuses, QStringList({foundText(2), u"Searching %1 ..."_s.arg(m_bigTree->path())}));
@@ -437,7 +438,7 @@ void TestAppStateSearch::cancelWhenIdle()
     QCOMPARE(m_state->status(), foundText(2));
     QCOMPARE(m_state->searchHits().size(), 2);
     m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), foundText(2));
 }
 
@@ -468,7 +469,7 @@ void TestAppStateSearch::cancelBetweenTwoFolders()
         QVERIFY(held.tryAcquire(1, 60'000));
         m_state->cancelScan();
     }
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), keptText(1));
     QCOMPARE(m_state->statusOK(), 0);
     QCOMPARE(m_state->searchHits().size(), 1);
@@ -482,7 +483,7 @@ void TestAppStateSearch::cancelTwice()
     m_state->cancelScan();
     QCOMPARE(m_state->status(), u"Cancelling search ..."_s);
     QVERIFY(m_state->searchBusy());
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     m_state->cancelScan();
     const qsizetype kept = m_state->searchHits().size();
     // It may have been over before it was cancelled.
@@ -501,9 +502,9 @@ void TestAppStateSearch::scanAgainAtOnceAfterCancel()
     QCOMPARE(m_state->status(), u"A search is already running."_s);
     QCOMPARE(m_state->statusOK(), 0);
     QVERIFY(m_state->searchBusy());
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     scanBigTree();
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), foundText(200));
 }
 
@@ -519,7 +520,7 @@ void TestAppStateSearch::clearWhenIdle()
     QCOMPARE(changes.count(), 1);
     QCOMPARE(statuses.count(), 0);
     m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), foundText(2));
 }
 
@@ -550,9 +551,9 @@ void TestAppStateSearch::clearThenScanAtOnce()
     m_state->clearSearch();
     scanBigTree();
     QCOMPARE(m_state->status(), u"A search is already running."_s);
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     scanBigTree();
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->searchHits().size(), 200);
 }
 
@@ -560,7 +561,7 @@ void TestAppStateSearch::cancelledScanLeavesNoTrace()
 {
     QVERIFY(endsCancelled([this] { m_state->cancelScan(); }));
     scanBigTree();
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), foundText(200));
     QCOMPARE(m_state->searchHits().size(), 200);
 }
@@ -572,14 +573,14 @@ void TestAppStateSearch::exceptionEndsTheScanOnly()
     QVERIFY(QDir().mkpath(inDir(u"last/no memory"_s)));
     folderWithoutMemory = "/no memory/";
     m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->status(), foundText(0));
     QCOMPARE(m_state->statusOK(), 1);
     QCOMPARE(m_state->searchHits(), QVariantList());
 
     folderWithoutMemory = nullptr;
     m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->searchHits().size(), 2);
 }
 
@@ -592,7 +593,7 @@ void TestAppStateSearch::destroyedWhileScanning()
         QCOMPARE(changes.count(), 1);
     }
     scanBigTree();
-    QTRY_VERIFY_WITH_TIMEOUT(!m_state->searchBusy(), 60'000);
+    WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->searchHits().size(), 200);
 }
 

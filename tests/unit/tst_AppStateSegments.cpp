@@ -2,6 +2,7 @@
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QFile>
@@ -132,7 +133,7 @@ bool TestAppStateSegments::nothingUnderWay() const
 
 bool TestAppStateSegments::idle()
 {
-    return QTest::qWaitFor([this] { return nothingUnderWay(); });
+    return waitUntil([this] { return nothingUnderWay(); });
 }
 
 bool TestAppStateSegments::preview(const QByteArray &answer)
@@ -452,7 +453,7 @@ void TestAppStateSegments::previewLeavesBusyAlone()
     QSignalSpy status(m_state.get(), &AppState::statusChanged);
     m_server->answerNext(holdRequest());
     m_state->previewSegments();
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QVERIFY(!m_state->busy());
     QCOMPARE(status.count(), 0);
     m_server->answerHeld(0, answerWith(previewOf(1)));
@@ -463,10 +464,10 @@ void TestAppStateSegments::previewLeavesBusyAlone()
     // A conversion's own flag stays as it is too.
     m_server->answerNext(holdRequest());
     m_state->applySegments();
-    QTRY_COMPARE(m_server->completeRequestCount(), 3);
+    WAIT_COMPARE(m_server->completeRequestCount(), 3);
     m_server->answerNext(answerWith(previewOf(1)));
     m_state->previewSegments();
-    QTRY_COMPARE(m_state->status(), u"1 swap candidate(s)."_s);
+    WAIT_COMPARE(m_state->status(), u"1 swap candidate(s)."_s);
     QVERIFY(m_state->busy());
 }
 
@@ -488,13 +489,13 @@ void TestAppStateSegments::laterPreviewWins()
     pickBoth();
     m_server->answerAlways(holdRequest());
     m_state->previewSegments();
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     m_state->previewSegments();
-    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    WAIT_COMPARE(m_server->completeRequestCount(), 2);
     m_server->answerHeld(1, answerWith(previewOf(5)));
-    QTRY_COMPARE(m_state->swapCandidates().size(), 5);
+    WAIT_COMPARE(m_state->swapCandidates().size(), 5);
     m_server->answerHeld(0, answerWith(previewOf(1)));
-    QTRY_COMPARE(m_state->swapCandidates().size(), 1);
+    WAIT_COMPARE(m_state->swapCandidates().size(), 1);
 }
 
 // Its numbers are those of the file it was asked for; the candidates belong to the picked files.
@@ -505,10 +506,10 @@ void TestAppStateSegments::previewAnsweredAfterAnotherFileWasOpened()
     pickBoth();
     m_server->answerNext(holdRequest());
     m_state->previewSegments();
-    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    WAIT_COMPARE(m_server->completeRequestCount(), 2);
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"SECONDVIN","modules":[{"mainOs":"OS2"}]})"));
     m_state->openKvt(makeFile(u"second.kvt"_s, "SECOND"));
-    QTRY_COMPARE(m_state->vin(), u"SECONDVIN"_s);
+    WAIT_COMPARE(m_state->vin(), u"SECONDVIN"_s);
     const QVariantList modules = m_state->modules();
     QCOMPARE(modules.size(), 1);
     QSignalSpy identifiers(m_state.get(), &AppState::identifiersChanged);

@@ -1,5 +1,6 @@
 #include "StoreBed.h"
 #include "support/FileSizeLimit.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QScopeGuard>
@@ -114,7 +115,7 @@ void TestAppStateStock::list(const QByteArray &answer)
     m_bed->takeAnnounced();
     m_bed->server.answerNext(answerWith(answer));
     m_bed->state->stockSearch({});
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->takeAnnounced().value(0), u"stock"_s);
 }
 
@@ -127,7 +128,7 @@ void TestAppStateStock::openTune(const QString &name)
 {
     QVERIFY(makeFile(m_bed->inDir(name), "mine"));
     m_bed->state->openKvt(m_bed->inDir(name));
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     m_bed->takeAnnounced();
 }
 
@@ -137,7 +138,7 @@ int TestAppStateStock::download(const RawAnswer &answer, bool openKvt, int index
     const int before = m_bed->server.requestCount();
     m_bed->server.answerNext(answer);
     m_bed->state->stockDownload(index, openKvt);
-    [this] { QTRY_VERIFY(m_bed->idle()); }();
+    [this] { WAIT_VERIFY(m_bed->idle()); }();
     return m_bed->server.requestCount() - before;
 }
 
@@ -168,7 +169,7 @@ void TestAppStateStock::search_wire()
 {
     QFETCH(QVariantMap, filters);
     m_bed->state->stockSearch(filters);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->server.requestCount(), 1);
     const RecordedRequest request = m_bed->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/stock/list.aspx HTTP/1.1"));
@@ -180,15 +181,15 @@ void TestAppStateStock::searchFields_wire()
 {
     m_bed->server.answerNext(answerWith(R"({"session_token":"tok"})"));
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     m_bed->state->stockSearchFields(u"1"_s, u"2"_s, u"3"_s, u"4"_s, u"5"_s, u"6"_s, u"7"_s, u"8"_s, u"9"_s);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->lastRequest().requestLine(), QByteArray("POST /api/stock/list.aspx HTTP/1.1"));
     QCOMPARE(m_bed->lastRequest().body,
              QByteArray(R"({"file_type":"2","folder":"3","keyword":"7","make":"1","model":"5",)"
                         R"("module_type":"4","os":"6","sort":"8","sort_dir":"9"})"));
     m_bed->state->stockSearchFields({}, {}, {}, {}, {}, {}, u" x "_s, {}, {});
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->lastRequest().body,
              QByteArray(R"({"file_type":"","folder":"","keyword":" x ","make":"","model":"",)"
                         R"("module_type":"","os":"","sort":"","sort_dir":""})"));
@@ -203,7 +204,7 @@ void TestAppStateStock::search_isListed()
     m_bed->server.answerNext(answerWith(
         R"({"files":"none","items":[{"path":"p/z.bin","name":"z.bin","module_type":"ECM","year":2015},1]})"));
     m_bed->state->stockSearch({});
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList({u"stock"_s, u"1 2 stock file(s)."_s}));
     QCOMPARE(atSignal, 2);
     const QVariantMap row = m_bed->state->stockRows().first().toMap();
@@ -221,7 +222,7 @@ void TestAppStateStock::search_withoutArray()
     list(R"({"files":[{"id":"old"}]})");
     m_bed->server.answerNext(answerWith(R"({"error":"No."})"));
     m_bed->state->stockSearch({});
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList({u"stock"_s, u"1 0 stock file(s)."_s}));
     QCOMPARE(m_bed->state->stockRows(), QVariantList());
 }
@@ -239,7 +240,7 @@ void TestAppStateStock::search_failed()
     const QVariantList rows = m_bed->state->stockRows();
     m_bed->server.answerNext(answer);
     m_bed->state->stockSearch({});
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
     QCOMPARE(m_bed->server.requestCount(), 2);
     QCOMPARE(m_bed->state->stockRows(), rows);
@@ -250,13 +251,13 @@ void TestAppStateStock::search_laterAnswerWins()
 {
     m_bed->server.answerAlways(holdRequest());
     m_bed->state->stockSearch({});
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 1);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 1);
     m_bed->state->stockSearch({});
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
     m_bed->server.answerHeld(1, answerWith(R"({"files":[{"id":"asked-last"}]})"));
-    QTRY_COMPARE(m_bed->state->stockRows().size(), 1);
+    WAIT_COMPARE(m_bed->state->stockRows().size(), 1);
     m_bed->server.answerHeld(0, answerWith(R"({"files":[{"id":"asked-first"}]})"));
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->state->stockRows().first().toMap().value(u"id"_s).toString(), u"asked-first"_s);
     QCOMPARE(m_bed->announced,
              QStringList({u"stock"_s, u"1 1 stock file(s)."_s, u"stock"_s, u"1 1 stock file(s)."_s}));
@@ -266,10 +267,10 @@ void TestAppStateStock::search_answerAfterClear()
 {
     m_bed->server.answerAlways(holdRequest());
     m_bed->state->stockSearch({});
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 1);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 1);
     m_bed->state->clearStock();
     m_bed->server.answerHeld(0, answerWith(R"({"files":[{"id":"1"}]})"));
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList({u"stock"_s, u"stock"_s, u"1 1 stock file(s)."_s}));
 }
 
@@ -308,7 +309,7 @@ void TestAppStateStock::download_wire()
     QFETCH(QByteArray, id);
     m_bed->server.answerNext(answerWith(R"({"session_token":"tok"})"));
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     m_bed->takeAnnounced();
     list("{\"files\":[{\"id\":\" a/\\\"b\\\" \"},{\"id\":7},{\"path\":\"gm/../\xc3\xa9.kvt\"},null]}");
     QCOMPARE(download(answerWith("bytes"), true, index), 1);
@@ -514,13 +515,13 @@ void TestAppStateStock::download_keepsItsRow()
     listFile("asked.bin");
     m_bed->server.answerNext(holdRequest());
     m_bed->state->stockDownload(0, true);
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
     m_bed->server.answerNext(answerWith(R"({"files":[{"id":"2","filename":"another.kvt"}]})"));
     m_bed->state->stockSearch({});
-    QTRY_COMPARE(m_bed->announced, QStringList({u"stock"_s, u"1 1 stock file(s)."_s}));
+    WAIT_COMPARE(m_bed->announced, QStringList({u"stock"_s, u"1 1 stock file(s)."_s}));
     m_bed->takeAnnounced();
     m_bed->server.answerHeld(1, answerWith("bytes"));
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded asked.bin"_s});
     QCOMPARE(m_bed->documents(), QStringList{u"asked.bin"_s});
 }
@@ -530,11 +531,11 @@ void TestAppStateStock::download_afterTheListWasCleared()
     listFile("asked.bin");
     m_bed->server.answerNext(holdRequest());
     m_bed->state->stockDownload(0, true);
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
     m_bed->state->clearStock();
     m_bed->state->stockDownload(0, true);
     m_bed->server.answerHeld(1, answerWith("bytes"));
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList({u"stock"_s, u"1 Downloaded asked.bin"_s}));
     QCOMPARE(m_bed->server.requestCount(), 2);
 }
@@ -814,7 +815,7 @@ void TestAppStateStock::requestsShowNothingAtTheirStart()
     m_bed->server.answerAlways(holdRequest());
     m_bed->state->stockSearch({});
     m_bed->state->stockDownload(0, true);
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 3);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 3);
     QCOMPARE(m_bed->announced, QStringList());
     QVERIFY(!m_bed->state->busy());
     QCOMPARE(m_bed->state->stockRows().size(), 1);
@@ -828,7 +829,7 @@ void TestAppStateStock::destroyedWithRequestsInFlight()
         m_bed->state->stockSearch({});
         m_bed->state->stockDownload(0, true);
     }
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 11);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 11);
     m_bed->state.reset();
     for (int i = 1; i < 11; ++i)
         m_bed->server.answerHeld(i, answerWith("bytes"));
@@ -837,7 +838,7 @@ void TestAppStateStock::destroyedWithRequestsInFlight()
     m_bed->client()->setApiBase(m_bed->server.baseUrl());
     m_bed->server.answerNext(answerWith(R"({"files":[{}]})"));
     m_bed->state->stockSearch({});
-    QTRY_COMPARE(m_bed->state->stockRows().size(), 1);
+    WAIT_COMPARE(m_bed->state->stockRows().size(), 1);
     QCOMPARE(m_bed->announced, QStringList());
     QCOMPARE(m_bed->documents(), QStringList());
     QVERIFY(!QFileInfo::exists(inTemp(u"a.kvt"_s)));

@@ -2,6 +2,7 @@
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -124,7 +125,7 @@ bool TestAppStateWorkspace::openFile(const QString &name, const QByteArray &cont
         return false;
     }
     m_state->openKvt(inDir(name));
-    return QTest::qWaitFor(idle) && m_state->fileName() == name;
+    return waitUntil(idle) && m_state->fileName() == name;
 }
 
 void TestAppStateWorkspace::open_publishesTheFile()
@@ -142,7 +143,7 @@ void TestAppStateWorkspace::open_sendsKvtInfoRequest()
 {
     QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
     m_state->openKvt(inDir(u"truck.kvt"_s));
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     const RecordedRequest request = m_server->request(0);
     QCOMPARE(request.requestLine(), QByteArray("POST /api/kvt_worker/process.aspx HTTP/1.1"));
     QCOMPARE(formParts(request).size(), 3);
@@ -294,7 +295,7 @@ void TestAppStateWorkspace::info_answerFillsIdentifiers()
     QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
     m_state->openKvt(inDir(u"truck.kvt"_s));
     const QString opened = m_state->status();
-    QTRY_COMPARE(m_state->vin(), u"V"_s);
+    WAIT_COMPARE(m_state->vin(), u"V"_s);
     QCOMPARE(m_state->serial(), u"S"_s);
     QCOMPARE(m_state->mainOS(), u"12345678"_s);
     QCOMPARE(m_state->system(), u"E38"_s);
@@ -333,7 +334,7 @@ void TestAppStateWorkspace::info_uselessAnswerChangesNothing()
     const QString created = m_state->created();
     QSignalSpy statusChanges(m_state.get(), &AppState::statusChanged);
     QSignalSpy identifiers(m_state.get(), &AppState::identifiersChanged);
-    QTRY_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
+    WAIT_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
     QCOMPARE(m_server->requestCount(), 1);
     QCOMPARE(statusChanges.count(), 0);
     QCOMPARE(identifiers.count(), 0);
@@ -349,12 +350,12 @@ void TestAppStateWorkspace::info_lateAnswerOfAnEarlierFileIsDropped()
     QVERIFY(makeFile(inDir(u"first.kvt"_s), "first"));
     QVERIFY(makeFile(inDir(u"second.kvt"_s), "second"));
     m_state->openKvt(inDir(u"first.kvt"_s));
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     m_state->openKvt(inDir(u"second.kvt"_s));
-    QTRY_COMPARE(m_state->vin(), u"SECOND"_s);
+    WAIT_COMPARE(m_state->vin(), u"SECOND"_s);
     QSignalSpy identifiers(m_state.get(), &AppState::identifiersChanged);
     m_server->answerHeld(0, answerWith(R"({"status":"ok","vin":"FIRST","fuel":"late"})"));
-    QTRY_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
+    WAIT_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
     QCOMPARE(m_state->vin(), u"SECOND"_s);
     QCOMPARE(m_state->fuel(), QString());
     QCOMPARE(identifiers.count(), 0);
@@ -366,12 +367,12 @@ void TestAppStateWorkspace::info_lateAnswerOfTheSamePathIsDropped()
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"AGAIN"})"));
     QVERIFY(makeFile(inDir(u"truck.kvt"_s), "first content"));
     m_state->openKvt(inDir(u"truck.kvt"_s));
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QVERIFY(makeFile(inDir(u"truck.kvt"_s), "second content"));
     m_state->openKvt(inDir(u"truck.kvt"_s));
-    QTRY_COMPARE(m_state->vin(), u"AGAIN"_s);
+    WAIT_COMPARE(m_state->vin(), u"AGAIN"_s);
     m_server->answerHeld(0, answerWith(R"({"status":"ok","vin":"FIRST"})"));
-    QTRY_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
+    WAIT_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
     QCOMPARE(m_state->vin(), u"AGAIN"_s);
 }
 
@@ -390,7 +391,7 @@ void TestAppStateWorkspace::info_bytesWithoutFileHaveAName()
     m_state->hexWriteBack();
     QCOMPARE(m_state->fileName(), QString());
     m_state->requestKvtInfoFromApi();
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QCOMPARE(formField(m_server->request(0), "file"), QByteArray("bytes"));
     QCOMPARE(formParts(m_server->request(0)).last().header("Content-Disposition"),
              QByteArray("form-data; name=\"file\"; filename=\"tune.kvt\""));
@@ -401,10 +402,10 @@ void TestAppStateWorkspace::info_answerAfterSaveUnderAnotherNameCounts()
     m_server->answerNext(holdRequest());
     QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
     m_state->openKvt(inDir(u"truck.kvt"_s));
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     m_state->saveKvt(inDir(u"renamed.kvt"_s));
     m_server->answerHeld(0, answerWith(R"({"status":"ok","vin":"V"})"));
-    QTRY_COMPARE(m_state->vin(), u"V"_s);
+    WAIT_COMPARE(m_state->vin(), u"V"_s);
     QCOMPARE(m_state->fileName(), u"renamed.kvt"_s);
 }
 
@@ -415,13 +416,13 @@ void TestAppStateWorkspace::info_destroyedWhileRequestIsHeld()
     for (int i = 0; i < 10; ++i) {
         m_state->openKvt(inDir(u"truck.kvt"_s));
     }
-    QTRY_COMPARE(m_server->requestCount(), 10);
+    WAIT_COMPARE(m_server->requestCount(), 10);
     m_state.reset();
     AppState other;
     other.findChild<VoxApiClient *>()->setApiBase(m_server->baseUrl());
     m_server->answerAlways(answerWith(R"({"status":"ok","vin":"V"})"));
     other.openKvt(inDir(u"truck.kvt"_s));
-    QTRY_COMPARE(other.vin(), u"V"_s);
+    WAIT_COMPARE(other.vin(), u"V"_s);
 }
 
 void TestAppStateWorkspace::applyKvtInfoJson_announcesOnce()
@@ -629,7 +630,7 @@ void TestAppStateWorkspace::save_afterTheFolderWasRemoved()
     const QString path = inDir(u"trucks/ford/truck.kvt"_s);
     QVERIFY(makeFile(path, "bytes"));
     m_state->openKvt(path);
-    QTRY_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
+    WAIT_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
     m_state->hexPatch(u"B"_s);
     QVERIFY(QDir(inDir(u"trucks"_s)).removeRecursively());
     m_state->saveKvt(path);
@@ -820,7 +821,7 @@ void TestAppStateWorkspace::hexWriteBack_replacesHeldBytesOnly()
     QCOMPARE(file.count(), 0);
     QCOMPARE(contentOf(inDir(u"truck.kvt"_s)), QByteArray("bytes"));
     m_state->requestKvtInfoFromApi();
-    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    WAIT_COMPARE(m_server->completeRequestCount(), 2);
     QCOMPARE(formField(m_server->request(1), "file"), QByteArray("Bytes"));
 }
 
@@ -831,7 +832,7 @@ void TestAppStateWorkspace::hexWriteBack_closedEditorStaysClosed()
     m_state->hexPatch(u"B"_s);
     // Without a write-back the information request carries the bytes as opened.
     m_state->requestKvtInfoFromApi();
-    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    WAIT_COMPARE(m_server->completeRequestCount(), 2);
     QCOMPARE(formField(m_server->request(1), "file"), QByteArray("bytes"));
     m_state->hexWriteBack();
     QCOMPARE(shown.count(), 0);

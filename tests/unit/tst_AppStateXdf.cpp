@@ -1,5 +1,6 @@
 #include "StoreBed.h"
 #include "support/FileSizeLimit.h"
+#include "support/Waiting.h"
 
 #include <QScopeGuard>
 #include <QTest>
@@ -103,7 +104,7 @@ void TestAppStateXdf::signIn(const QByteArray &answer)
     m_bed->takeAnnounced();
     m_bed->server.answerNext(answerWith(answer));
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->takeAnnounced(), QStringList({u"xdf"_s, u"1 XDF signed in."_s}));
 }
 
@@ -111,7 +112,7 @@ void TestAppStateXdf::load(const QByteArray &catalog)
 {
     m_bed->server.answerNext(answerWith(catalog));
     m_bed->state->xdfCatalog();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->takeAnnounced().value(0), u"xdf"_s);
 }
 
@@ -162,7 +163,7 @@ void TestAppStateXdf::login_wire()
     m_bed->state->setXdfEmail(email);
     m_bed->state->setXdfPassword(password);
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->server.requestCount(), 1);
     const RecordedRequest request = m_bed->server.request(0);
     QCOMPARE(request.requestLine(), QByteArray("POST /api/xdf/login.aspx HTTP/1.1"));
@@ -178,7 +179,7 @@ void TestAppStateXdf::login_signsIn()
     });
     m_bed->server.answerNext(answerWith(R"({"token":"abc","credits":15})"));
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"1 XDF signed in."_s}));
     QCOMPARE(atSignal, QStringList({u"abc"_s, u"15"_s}));
     signIn(R"({"session_token":"tok"})");
@@ -205,7 +206,7 @@ void TestAppStateXdf::login_refused()
     signIn();
     m_bed->server.answerNext(answerWith(answer));
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList{u"0 "_s + status});
     QCOMPARE(m_bed->state->xdfToken(), u"tok"_s);
     QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
@@ -223,7 +224,7 @@ void TestAppStateXdf::login_failed()
     signIn();
     m_bed->server.answerNext(answer);
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
     QCOMPARE(m_bed->server.requestCount(), 2);
     QCOMPARE(m_bed->state->xdfToken(), u"tok"_s);
@@ -235,7 +236,7 @@ void TestAppStateXdf::login_sendsWhatTheFieldsHeldThen()
     m_bed->state->setXdfEmail(u"first"_s);
     m_bed->state->xdfLogin();
     m_bed->state->setXdfEmail(u"second"_s);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"email":"first","password":""})"));
     QCOMPARE(m_bed->state->xdfEmail(), u"second"_s);
 }
@@ -244,7 +245,7 @@ void TestAppStateXdf::login_nextGoodOneWorks()
 {
     m_bed->server.answerNext({});
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->state->statusOK(), 0);
     m_bed->takeAnnounced();
     signIn();
@@ -268,7 +269,7 @@ void TestAppStateXdf::login_passwordStaysOutOfStatusAndLog()
     m_bed->state->setXdfPassword(u"TOPSECRET"_s);
     m_bed->server.answerNext(answer);
     m_bed->state->xdfLogin();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QVERIFY(m_bed->server.request(0).body.contains("TOPSECRET"));
     for (const QString &said : heard + m_bed->announced) {
         QVERIFY2(!said.contains(u"TOPSECRET"_s), qPrintable(said));
@@ -282,7 +283,7 @@ void TestAppStateXdf::catalog_wire()
     m_bed->state->applyKvtInfoJson(u"{\"modules\":[{\"mainOs\":\"12656942\"},{\"mainOs\":\"2\"}]}"_s);
     QCOMPARE(m_bed->state->moduleOneOs(), u"12656942"_s);
     m_bed->state->xdfCatalog();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     const RecordedRequest request = m_bed->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/xdf/catalog.aspx HTTP/1.1"));
     QCOMPARE(request.header("content-type"), QByteArray("application/json; charset=utf-8"));
@@ -292,7 +293,7 @@ void TestAppStateXdf::catalog_wire()
 void TestAppStateXdf::catalog_wireWhenSignedOut()
 {
     m_bed->state->xdfCatalog();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"os_id":"","session_token":""})"));
 }
 
@@ -307,7 +308,7 @@ void TestAppStateXdf::catalog_isListed()
     m_bed->server.answerNext(
         answerWith(R"({"items":"none","catalog":[{"id":7,"name":"N","os":"12","credits":"3"},null]})"));
     m_bed->state->xdfCatalog();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"1 Catalog: 2 item(s)."_s}));
     const QVariantMap item{{u"id"_s, u"7"_s}, {u"title"_s, u"N"_s}, {u"os"_s, u"12"_s}, {u"credits"_s, 3}};
     const QVariantMap nothing{
@@ -322,7 +323,7 @@ void TestAppStateXdf::catalog_withoutArray()
 {
     m_bed->server.answerNext(answerWith(R"({"error":"Sign in first."})"));
     m_bed->state->xdfCatalog();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"1 Catalog: 0 item(s)."_s}));
     QCOMPARE(m_bed->state->catalogText(), u"{\n    \"error\": \"Sign in first.\"\n}\n"_s);
 }
@@ -356,7 +357,7 @@ void TestAppStateXdf::catalog_failed()
     const QString text = m_bed->state->catalogText();
     m_bed->server.answerNext(answer);
     m_bed->state->xdfCatalog();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
     QCOMPARE(m_bed->server.requestCount(), 2);
     QCOMPARE(m_bed->state->xdfItems(), items);
@@ -368,13 +369,13 @@ void TestAppStateXdf::catalog_laterAnswerWins()
 {
     m_bed->server.answerAlways(holdRequest());
     m_bed->state->xdfCatalog();
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 1);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 1);
     m_bed->state->xdfCatalog();
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
     m_bed->server.answerHeld(1, answerWith(R"({"items":[{"id":"asked-last"}]})"));
-    QTRY_COMPARE(m_bed->state->xdfItems().size(), 1);
+    WAIT_COMPARE(m_bed->state->xdfItems().size(), 1);
     m_bed->server.answerHeld(0, answerWith(R"({"items":[{"id":"asked-first"},{"id":"x"}]})"));
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->state->xdfItems().first().toMap().value(u"id"_s).toString(), u"asked-first"_s);
     QVERIFY(m_bed->state->catalogText().contains(u"asked-first"_s));
     QCOMPARE(m_bed->announced,
@@ -386,7 +387,7 @@ void TestAppStateXdf::catalog_afterLoginUsesTheNewToken()
     signIn();
     signIn(R"({"session_token":"newer"})");
     m_bed->state->xdfCatalog();
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"os_id":"","session_token":"newer"})"));
 }
 
@@ -408,7 +409,7 @@ void TestAppStateXdf::download_wire()
     signIn();
     load("{\"items\":[{\"id\":\" a/\\\"b\\\" \"},{\"id\":7},null,{\"id\":\"\xc3\xa9\"}]}");
     m_bed->state->xdfDownload(index);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->server.requestCount(), 3);
     const RecordedRequest request = m_bed->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/xdf/download.aspx HTTP/1.1"));
@@ -424,7 +425,7 @@ void TestAppStateXdf::download_savesAndShows()
     const QByteArray bytes("<XDF>\0\xff\r\n", 9);
     m_bed->server.answerNext(answerWith(bytes));
     m_bed->state->xdfDownload(0);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded XDF."_s});
     QCOMPARE(m_bed->documents(), QStringList{u"E38 12.6.xdf"_s});
     QCOMPARE(contentOf(m_bed->inDocuments(u"E38 12.6.xdf"_s)), bytes);
@@ -458,7 +459,7 @@ void TestAppStateXdf::download_savesWhateverCame()
     load(R"({"items":[{"id":"1","title":"T"}]})");
     m_bed->server.answerNext({answer});
     m_bed->state->xdfDownload(0);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded XDF."_s});
     QCOMPARE(m_bed->documents(), QStringList{u"T.xdf"_s});
     QTEST(contentOf(m_bed->inDocuments(u"T.xdf"_s)), "saved");
@@ -497,7 +498,7 @@ void TestAppStateXdf::download_names()
     const QStringList before = m_bed->filesEverywhere();
     m_bed->server.answerNext(answerWith("bytes"));
     m_bed->state->xdfDownload(0);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded XDF."_s});
     QCOMPARE(m_bed->documents(), QStringList{name});
     QCOMPARE(contentOf(m_bed->inDocuments(name)), QByteArray("bytes"));
@@ -510,7 +511,7 @@ void TestAppStateXdf::download_nameTooLong()
     const QStringList before = m_bed->filesEverywhere();
     m_bed->server.answerNext(answerWith("bytes"));
     m_bed->state->xdfDownload(0);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
     QCOMPARE(m_bed->filesEverywhere(), before);
     QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
@@ -534,7 +535,7 @@ void TestAppStateXdf::download_failedWithoutBytes()
     load(R"({"items":[{"id":"1","title":"T"}]})");
     m_bed->server.answerNext(answer);
     m_bed->state->xdfDownload(0);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
     QCOMPARE(m_bed->documents(), QStringList());
     QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
@@ -548,7 +549,7 @@ void TestAppStateXdf::download_twiceOverwrites()
     for (const QByteArray &bytes : {QByteArray("longer bytes"), QByteArray("short")}) {
         m_bed->server.answerNext(answerWith(bytes));
         m_bed->state->xdfDownload(0);
-        QTRY_VERIFY(m_bed->idle());
+        WAIT_VERIFY(m_bed->idle());
         QCOMPARE(m_bed->takeAnnounced(), QStringList{u"1 Downloaded XDF."_s});
         QCOMPARE(contentOf(m_bed->inDocuments(u"T.xdf"_s)), bytes);
     }
@@ -561,7 +562,7 @@ void TestAppStateXdf::download_saveFails()
     load(R"({"items":[{"id":"1","title":"T"}]})");
     m_bed->server.answerNext(answerWith("bytes"));
     m_bed->state->xdfDownload(0);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
     QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
     QCOMPARE(contentOf(TestEnvironment::documents()), QByteArray("a file in the folder's place"));
@@ -574,7 +575,7 @@ void TestAppStateXdf::download_diskFull()
     {
         const FileSizeLimit limit(4);
         m_bed->state->xdfDownload(0);
-        QTRY_VERIFY(m_bed->idle());
+        WAIT_VERIFY(m_bed->idle());
     }
     QCOMPARE(m_bed->announced, QStringList{u"0 Short write."_s});
     QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
@@ -611,13 +612,13 @@ void TestAppStateXdf::download_keepsItsItem()
     load(R"({"items":[{"id":"1","title":"asked for"}]})");
     m_bed->server.answerNext(holdRequest());
     m_bed->state->xdfDownload(0);
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 2);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
     m_bed->server.answerNext(answerWith(R"({"items":[{"id":"2","title":"another"}]})"));
     m_bed->state->xdfCatalog();
-    QTRY_COMPARE(m_bed->announced, QStringList({u"xdf"_s, u"1 Catalog: 1 item(s)."_s}));
+    WAIT_COMPARE(m_bed->announced, QStringList({u"xdf"_s, u"1 Catalog: 1 item(s)."_s}));
     m_bed->takeAnnounced();
     m_bed->server.answerHeld(1, answerWith("bytes"));
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded XDF."_s});
     QCOMPARE(m_bed->documents(), QStringList{u"asked for.xdf"_s});
 }
@@ -628,7 +629,7 @@ void TestAppStateXdf::download_keepsTheBalance()
     load(R"({"items":[{"id":"1","title":"T","credits":5}],"credits":3})");
     m_bed->server.answerNext(answerWith(R"({"credits":10})"));
     m_bed->state->xdfDownload(0);
-    QTRY_VERIFY(m_bed->idle());
+    WAIT_VERIFY(m_bed->idle());
     QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
 }
 
@@ -639,7 +640,7 @@ void TestAppStateXdf::requestsShowNothingAtTheirStart()
     m_bed->state->xdfLogin();
     m_bed->state->xdfCatalog();
     m_bed->state->xdfDownload(0);
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 4);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 4);
     QCOMPARE(m_bed->announced, QStringList());
     QVERIFY(!m_bed->state->busy());
 }
@@ -653,7 +654,7 @@ void TestAppStateXdf::destroyedWithRequestsInFlight()
         m_bed->state->xdfCatalog();
         m_bed->state->xdfDownload(0);
     }
-    QTRY_COMPARE(m_bed->server.completeRequestCount(), 13);
+    WAIT_COMPARE(m_bed->server.completeRequestCount(), 13);
     m_bed->state.reset();
     for (int i = 1; i < 13; ++i)
         m_bed->server.answerHeld(i, answerWith(R"({"token":"t","items":[]})"));
@@ -662,7 +663,7 @@ void TestAppStateXdf::destroyedWithRequestsInFlight()
     m_bed->client()->setApiBase(m_bed->server.baseUrl());
     m_bed->server.answerNext(answerWith(R"({"token":"t"})"));
     m_bed->state->xdfLogin();
-    QTRY_COMPARE(m_bed->state->xdfToken(), u"t"_s);
+    WAIT_COMPARE(m_bed->state->xdfToken(), u"t"_s);
     QCOMPARE(m_bed->announced, QStringList());
     QCOMPARE(m_bed->documents(), QStringList());
 }

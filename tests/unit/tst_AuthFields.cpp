@@ -3,6 +3,7 @@
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -77,7 +78,7 @@ void TestAuthFields::deploymentFileOfTheEnvironmentIsUsed()
 void TestAuthFields::workerRequestCarriesThem()
 {
     m_state->workerConvert(u"convert_x"_s, "input", u"in.kvt"_s, {{u"m"_s, u"1"_s}}, {}, u"out.bin"_s);
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QByteArrayList dispositions;
     const QList<FormPart> parts = formParts(m_server->request(0));
     for (const FormPart &part : parts) {
@@ -97,7 +98,7 @@ void TestAuthFields::informationRequestCarriesThem()
     file.write("bytes");
     file.close();
     m_state->openKvt(m_dir.filePath(u"truck.kvt"_s));
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QCOMPARE(formParts(m_server->request(0)).size(), 5);
     QCOMPARE(formField(m_server->request(0), "zz_key"), QByteArray("TOPSECRET"));
 }
@@ -106,11 +107,11 @@ void TestAuthFields::requestsOwnFieldsReplaceThem()
 {
     m_state->workerConvert(u"convert_x"_s, "input", u"in.kvt"_s, {{u"app_user"_s, u"own"_s}}, {},
                            u"out.bin"_s);
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QCOMPARE(formField(m_server->request(0), "app_user"), QByteArray("own"));
     QCOMPARE(formField(m_server->request(0), "version"), QByteArray("4.0.2"));
     m_state->sendToDev({}, u"note"_s);
-    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    WAIT_COMPARE(m_server->completeRequestCount(), 2);
     const QJsonObject ticket = QJsonDocument::fromJson(m_server->request(1).body).object();
     QCOMPARE(ticket.value(u"version"_s).toString(), u"4.0.2"_s);
 }
@@ -118,7 +119,7 @@ void TestAuthFields::requestsOwnFieldsReplaceThem()
 void TestAuthFields::ticketCarriesThem()
 {
     m_state->sendToDev({}, u"note"_s);
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     const QJsonObject ticket = QJsonDocument::fromJson(m_server->request(0).body).object();
     QCOMPARE(ticket.value(u"app_user"_s).toString(), u"tester"_s);
     QCOMPARE(ticket.value(u"zz_key"_s).toString(), u"TOPSECRET"_s);
@@ -130,7 +131,7 @@ void TestAuthFields::ticketCarriesThem()
 void TestAuthFields::updateCheckDoesNot()
 {
     m_state->checkUpdate();
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QVERIFY(!m_server->request(0).head.contains("TOPSECRET"));
     QCOMPARE(m_server->request(0).requestLine(),
              QByteArray("GET /api/updates/kvteditornew/update.json HTTP/1.1"));
@@ -142,10 +143,10 @@ void TestAuthFields::plainPrimitivesDoNot()
     auto *client = m_state->findChild<VoxApiClient *>();
     int calls = 0;
     client->postJson(u"x"_s, {{u"a"_s, 1}}, [&](const QJsonObject &, const QString &) { ++calls; });
-    QTRY_COMPARE(calls, 1);
+    WAIT_COMPARE(calls, 1);
     client->postMultipart(u"x"_s, {{u"a"_s, 1}}, {},
                           [&](const QByteArray &, const QJsonObject &, const QString &) { ++calls; });
-    QTRY_COMPARE(calls, 2);
+    WAIT_COMPARE(calls, 2);
     QCOMPARE(m_server->request(0).body, QByteArray("{\"a\":1}"));
     QCOMPARE(formParts(m_server->request(1)).size(), 1);
 }
@@ -154,11 +155,11 @@ void TestAuthFields::statusNeverShowsThem()
 {
     m_server->answerAlways({QByteArray()});
     m_state->workerConvert(u"convert_x"_s, "input", u"in.kvt"_s, {}, {}, u"out.bin"_s);
-    QTRY_COMPARE(m_state->statusOK(), 0);
+    WAIT_COMPARE(m_state->statusOK(), 0);
     QVERIFY(!m_state->status().contains(u"TOPSECRET"_s));
     m_state->setStatus({});
     m_state->sendToDev({}, u"note"_s);
-    QTRY_COMPARE(m_state->statusOK(), 0);
+    WAIT_COMPARE(m_state->statusOK(), 0);
     QVERIFY(!m_state->status().contains(u"TOPSECRET"_s));
 }
 

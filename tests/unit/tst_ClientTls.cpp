@@ -2,6 +2,7 @@
 #include "DevService.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QFile>
 #include <QHostAddress>
@@ -14,6 +15,7 @@
 #include <QTest>
 
 #include <memory>
+#include <tuple>
 #include <utility>
 
 using namespace Qt::Literals::StringLiterals;
@@ -143,8 +145,8 @@ void TestClientTls::startService(const DevService::Options &options)
 void TestClientTls::call(int primitive, qsizetype bodySize)
 {
     start(*m_client, Primitive(primitive), *m_outcome, bodySize);
-    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
-    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    WAIT_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
     QCOMPARE(m_outcome->calls, 1);
 }
 
@@ -199,19 +201,49 @@ void TestClientTls::badCertificateIsRefusedBeforeAnyByte()
 
 void TestClientTls::secureAddressOnPlainPort_data()
 {
-    eachPrimitive();
+    QTest::addColumn<int>("primitive");
+    QTest::addColumn<RawAnswer>("answer");
+    QTest::addColumn<QString>("error");
+
+    using Ending = RawAnswer::Ending;
+    using Moment = RawAnswer::Moment;
+    const QByteArray refusal = httpAnswer(400, "no");
+    const QString noTls = u"SSL handshake failed: "_s;
+    const QString closed = u"Connection closed"_s;
+    const std::tuple<const char *, RawAnswer, QString> answers[] = {
+        {"answers-at-connect", {refusal, Ending::Close, Moment::OnConnect}, noTls},
+        {"answers-first-bytes", {refusal, Ending::Close, Moment::OnFirstBytes}, noTls},
+        {"closes-at-connect", {{}, Ending::Close, Moment::OnConnect}, closed},
+        {"closes-at-first-bytes", {{}, Ending::Close, Moment::OnFirstBytes}, closed},
+        {"resets-at-connect", {{}, Ending::Reset, Moment::OnConnect}, {}},
+        {"resets-at-first-bytes", {{}, Ending::Reset, Moment::OnFirstBytes}, closed},
+    };
+    for (const auto &[primitive, name] : primitives) {
+        for (const auto &[answerName, answer, error] : answers)
+            QTest::addRow("%s-%s", answerName, name) << int(primitive) << answer << error;
+    }
 }
 
+// A server that waits for the end of a request's head may wait for ever: a handshake need not hold an empty
+// line. So this one does not.
 void TestClientTls::secureAddressOnPlainPort()
 {
     QFETCH(int, primitive);
-    startService({});
-    m_client->setApiBase(withScheme(u"https"_s, m_service->apiBase()));
+    QFETCH(RawAnswer, answer);
+    QFETCH(QString, error);
+    RawHttpServer server;
+    server.answerAlways(answer);
+    m_client->setApiBase(withScheme(u"https"_s, server.baseUrl()));
     call(primitive);
-    QVERIFY(m_outcome->failed());
+    const QString said =
+        Primitive(primitive) == Primitive::KvtWorker ? m_outcome->worker.error : m_outcome->error;
+    QVERIFY2(!said.isEmpty() && said.startsWith(error), qPrintable(said));
     QVERIFY(!m_outcome->worker.ok);
-    m_service->stop();
-    QCOMPARE(m_service->requestCount(), 0);
+    QCOMPARE(m_outcome->bytes, QByteArray());
+    QCOMPARE(server.requestCount(), 0);
+    // Qt's socket tries again by itself where it is reset before it knows that it is connected.
+    if (!error.isEmpty())
+        QCOMPARE(server.connectionCount(), 1);
 }
 
 void TestClientTls::plainAddressOnSecurePort_data()
@@ -283,7 +315,7 @@ void TestClientTls::speaksTheOldProtocol()
     QVERIFY(server.listen(QHostAddress::LocalHost));
     m_client->setApiBase(u"https://127.0.0.1:%1/api/"_s.arg(server.serverPort()));
     start(*m_client, Primitive(primitive), *m_outcome);
-    QTRY_VERIFY(server.hasPendingConnections());
+    WAIT_VERIFY(server.hasPendingConnections());
     const auto *const socket = qobject_cast<QSslSocket *>(server.nextPendingConnection());
     QVERIFY(socket && socket->isEncrypted());
     QVERIFY(socket->sslConfiguration().nextNegotiatedProtocol() != QSslConfiguration::ALPNProtocolHTTP2);
@@ -327,7 +359,7 @@ void TestClientTls::sentOnce()
     server.answerAlways(answerWith("{}"));
     Outcome after;
     start(*m_client, Primitive::GetJson, after);
-    QTRY_COMPARE(after.calls, 1);
+    WAIT_COMPARE(after.calls, 1);
     QCOMPARE(after.error, QString());
     QCOMPARE(server.requestCount(), 2);
 }

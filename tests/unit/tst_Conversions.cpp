@@ -3,6 +3,7 @@
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QFile>
@@ -150,16 +151,16 @@ void TestConversions::openWorkspace(const QString &name, const QByteArray &bytes
     QVERIFY(makeFile(inDir(name), bytes));
     m_server->answerNext(answerWith(R"({"status":"ok"})"));
     m_state->openKvt(inDir(name));
-    QTRY_COMPARE(m_server->completeRequestCount(), 1);
-    QTRY_VERIFY(client()->children().isEmpty());
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
+    WAIT_VERIFY(client()->children().isEmpty());
     m_requestsBefore = 1;
 }
 
 void TestConversions::waitForRequest()
 {
     QVERIFY(m_state->busy());
-    QTRY_VERIFY(!m_state->busy());
-    QTRY_VERIFY(client()->children().isEmpty());
+    WAIT_VERIFY(!m_state->busy());
+    WAIT_VERIFY(client()->children().isEmpty());
 }
 
 void TestConversions::convertsChosenFile_data()
@@ -655,7 +656,7 @@ void TestConversions::tuneFileIsOpened()
     m_server->answerNext(answerWith("produced"));
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"V"})"));
     m_state->convertOp(u"ctz2kvt"_s, inDir(u"in.ctz"_s));
-    QTRY_COMPARE(m_state->vin(), u"V"_s);
+    WAIT_COMPARE(m_state->vin(), u"V"_s);
     QCOMPARE(m_state->fileName(), u"from_ctz.kvt"_s);
     QCOMPARE(m_state->currentKvtBytes(), QByteArray("produced"));
     QCOMPARE(formField(m_server->request(1), "operation"), QByteArray("kvt_info"));

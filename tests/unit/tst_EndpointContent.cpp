@@ -289,9 +289,8 @@ void TestEndpointContent::oddMembers_data()
     QTest::addColumn<QByteArray>("value");
 
     for (const auto &[name, value] : oddValues) {
-        int index = 0;
-        for (const EndpointOperation &operation : endpointOperations())
-            QTest::addRow("%s-%s", name, operation.name) << index++ << value;
+        for (const int index : operationsToTry())
+            QTest::addRow("%s-%s", name, operationAt(index).name) << index << value;
     }
 }
 
@@ -446,12 +445,11 @@ void TestEndpointContent::sixtyFourMebibytes_data()
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("behind");
 
-    int index = 0;
-    for (const EndpointOperation &operation : endpointOperations()) {
-        QTest::addRow("file-%s", operation.name) << index << QByteArray() << QByteArray();
-        QTest::addRow("json-%s", operation.name)
+    for (const int index : operationsToTry()) {
+        const char *const name = operationAt(index).name;
+        QTest::addRow("file-%s", name) << index << QByteArray() << QByteArray();
+        QTest::addRow("json-%s", name)
             << index << QByteArray(R"({"status":"ok","padding":")") << QByteArray("\"}");
-        ++index;
     }
 }
 

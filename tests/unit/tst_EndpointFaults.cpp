@@ -1,4 +1,5 @@
 #include "EndpointTest.h"
+#include "support/Waiting.h"
 
 #include <QGuiApplication>
 #include <QTest>
@@ -29,6 +30,8 @@ struct Fault
     RawAnswer answer;
     Arrives arrives;
     QByteArray body;
+    /// Stands for an outcome that each operation makes its own of.
+    bool forAll = false;
 };
 
 // What stands in bareObject, as gzip.
@@ -56,7 +59,7 @@ QList<Fault> faults()
         {"reset-at-connect", {none, Ending::Reset, Moment::OnConnect}, Arrives::ErrorAndBody, none},
         {"close-after-head", {none, Ending::Close, Moment::AfterHead}, Arrives::ErrorAndBody, none},
         {"reset-after-head", {none, Ending::Reset, Moment::AfterHead}, Arrives::ErrorAndBody, none},
-        {"close-without-a-byte", {none}, Arrives::ErrorAndBody, none},
+        {"close-without-a-byte", {none}, Arrives::ErrorAndBody, none, true},
         {"reset-without-a-byte", {none, Ending::Reset}, Arrives::ErrorAndBody, none},
         {"reset-in-mid-body", {cutBody, Ending::Reset}, Arrives::ErrorMaybeBody, none},
         {"close-before-content-length", {cutBody}, Arrives::ErrorAndBody, "the first part"},
@@ -93,7 +96,7 @@ QList<Fault> faults()
          Arrives::Body,
          "abc"},
         {"400-json", {httpAnswer(400, bareObject)}, Arrives::ErrorAndBody, bareObject},
-        {"400-nothing", {httpAnswer(400, none)}, Arrives::ErrorAndBody, none},
+        {"400-nothing", {httpAnswer(400, none)}, Arrives::ErrorAndBody, none, true},
         {"404-html", {httpAnswer(404, "<html></html>")}, Arrives::ErrorAndBody, "<html></html>"},
         {"500-nothing", {httpAnswer(500, none)}, Arrives::ErrorAndBody, none},
         {"500-html", {httpAnswer(500, "<html></html>")}, Arrives::ErrorAndBody, "<html></html>"},
@@ -117,18 +120,13 @@ QList<Fault> faults()
     };
 }
 
-// The library connects again, up to three times, where the peer left before anything was sent, and asks for a
-// document as often. Now and then a connection that was reset is made twice (seen in 6.4), so this only tells
-// that there is an end.
-constexpr int mostConnections = 20;
-
 int statusOf(const Fault &fault)
 {
     return fault.answer.bytes.mid(9, 3).toInt();
 }
 
-// Where the first write of a request without a body meets the reset, the library never ends that request
-// (seen in 6.4); where the reset is a little slower, it does.
+// Where the first write of a request without a body meets the reset, Qt never ends that request (seen in 6.4,
+// 6.8 and 6.11); where the reset is a little slower, it does. Over TLS it always ends: see tst_ClientTls.
 bool mayNeverFinish(const EndpointOperation &operation, const Fault &fault)
 {
     return operation.decoding == Decoding::Get && fault.answer.moment == RawAnswer::Moment::OnConnect
@@ -149,9 +147,6 @@ private slots:
     void authenticationIsAskedForInVain();
     void controllerDestroyedWithEverythingInFlight_data();
     void controllerDestroyedWithEverythingInFlight();
-
-private:
-    void checkRequests(const EndpointOperation &operation, bool mayBeUnsent);
 };
 
 void TestEndpointFaults::answer_data()
@@ -161,11 +156,10 @@ void TestEndpointFaults::answer_data()
 
     const QList<Fault> all = faults();
     for (int fault = 0; fault < all.size(); ++fault) {
-        int index = 0;
-        for (const EndpointOperation &operation : endpointOperations()) {
+        for (const int index : all.at(fault).forAll ? allOperations() : operationsToTry()) {
+            const EndpointOperation &operation = operationAt(index);
             if (!mayNeverFinish(operation, all.at(fault)))
                 QTest::addRow("%s-%s", all.at(fault).name, operation.name) << index << fault;
-            ++index;
         }
     }
 }
@@ -178,8 +172,7 @@ void TestEndpointFaults::answer()
     const Fault fed = faults().at(fault);
     // The library may ask for a document again; what is posted is posted once.
     const bool isPost = tried.decoding != Decoding::Get;
-    const bool beforeItIsSent = fed.answer.moment == RawAnswer::Moment::OnConnect;
-    if (isPost && !beforeItIsSent)
+    if (isPost && fed.answer.moment != RawAnswer::Moment::OnConnect)
         m_server->answerNext(fed.answer);
     else
         m_server->answerAlways(fed.answer);
@@ -200,20 +193,8 @@ void TestEndpointFaults::answer()
         fed.arrives == Arrives::ErrorAndBody || fed.arrives == Arrives::ErrorMaybeBody;
     const bool reads = tried.decoding == Decoding::Json || tried.decoding == Decoding::Get;
     QVERIFY(!failsByTransport || !reads || level == 0);
-    checkRequests(tried, beforeItIsSent);
+    checkRequests(tried, fed.answer);
     checkNextGoodOne(tried);
-}
-
-/// How often the server was asked, and called at.
-void TestEndpointFaults::checkRequests(const EndpointOperation &operation, bool mayBeUnsent)
-{
-    const int requests = m_server->requestCount();
-    QVERIFY2(m_server->connectionCount() <= mostConnections,
-             qPrintable(QString::number(m_server->connectionCount())));
-    if (operation.decoding == Decoding::Get || (mayBeUnsent && requests == 0))
-        return;
-    QVERIFY2(requests == 1 || (m_bench->state().statusOK() == 1 && requests == operation.goodRequests),
-             qPrintable(QString::number(requests)));
 }
 
 void TestEndpointFaults::resetBeforeADocumentIsAskedFor()
@@ -222,7 +203,7 @@ void TestEndpointFaults::resetBeforeADocumentIsAskedFor()
     QCOMPARE(get.decoding, Decoding::Get);
     m_server->answerAlways({{}, RawAnswer::Ending::Reset, RawAnswer::Moment::OnConnect});
     begin(get);
-    QTRY_VERIFY_WITH_TIMEOUT(m_server->connectionCount() > 0, 60'000);
+    WAIT_VERIFY(m_server->connectionCount() > 0);
     QCOMPARE(differences(m_before, m_bench->snapshot()), QStringList());
     // Whether the first one ever ends or not, the next one is answered, and the controller goes in peace.
     m_server->answerAlways(answerWith(get.goodAnswer));
@@ -231,7 +212,7 @@ void TestEndpointFaults::resetBeforeADocumentIsAskedFor()
     const auto listening =
         connect(&state, &AppState::statusChanged, this, [&] { said.append(state.status()); });
     m_bench->start(get);
-    QTRY_VERIFY_WITH_TIMEOUT(said.contains(QString::fromUtf8(get.goodStatus)), 60'000);
+    WAIT_VERIFY(said.contains(QString::fromUtf8(get.goodStatus)));
     disconnect(listening);
     QVERIFY(!m_bench->state().busy());
     m_bench->destroyController();
@@ -278,7 +259,7 @@ void TestEndpointFaults::controllerDestroyedWithEverythingInFlight()
         m_bench->start(operation);
     const int count = static_cast<int>(endpointOperations().size());
     QVERIFY(count >= 10);
-    QTRY_COMPARE_WITH_TIMEOUT(m_server->completeRequestCount(), count, 60'000);
+    WAIT_COMPARE(m_server->completeRequestCount(), count);
     m_bench->destroyController();
     // What is answered now has nobody left to call.
     for (int request = 0; request < count; ++request)
@@ -288,7 +269,7 @@ void TestEndpointFaults::controllerDestroyedWithEverythingInFlight()
     m_server->answerAlways(answerWith(R"({"good":1})"));
     bool answered = false;
     other.getJson(u"x"_s, [&answered](const QJsonObject &, const QString &) { answered = true; });
-    QTRY_VERIFY_WITH_TIMEOUT(answered, 60'000);
+    WAIT_VERIFY(answered);
     QCOMPARE(m_server->requestCount(), count + 1);
     QCOMPARE(filesOnDisk(), files);
     QCOMPARE(m_desktop->opened, QList<QUrl>());

@@ -3,6 +3,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/FormData.h"
 #include "support/PlainRights.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QFile>
@@ -26,6 +27,15 @@ bool makeFile(const QString &path, const QByteArray &content)
 bool makeSparse(const QString &path)
 {
     return makeFile(path, {}) && QFile::resize(path, 2'147'483'648);
+}
+
+/// These meet every fault: each reads or writes in a way of its own. What the others do is met by the faults
+/// that stand for an outcome.
+bool standsForOthers(const QByteArray &name)
+{
+    const QByteArrayList names{"openKvt", "vbf",       "swap-donor-apply", "sorted-file",
+                               "saveKvt", "convertOp", "stockOpen",        "sortCopy"};
+    return isExhaustive() || names.contains(name);
 }
 
 /// What stands where a file is to be read.
@@ -174,7 +184,7 @@ constexpr LargeReading largeReadings[] = {
     {"openSearchHit",
      [](AppState &state, const QString &path, const QString &) {
          state.scanFolder(QFileInfo(path).path(), false, QFileInfo(path).fileName(), {}, {}, {});
-         QTRY_VERIFY_WITH_TIMEOUT(!state.searchBusy(), 60'000);
+         WAIT_VERIFY(!state.searchBusy());
          state.openSearchHit(0);
      },
      "Opened chosen.kvt \u2014 268435456 bytes.", 1, true},
@@ -421,8 +431,12 @@ void TestFileFaults::read_data()
     QTest::addColumn<int>("obstacle");
 
     for (int reading = 0; reading < int(std::size(readings)); ++reading) {
-        for (int obstacle = 0; obstacle < int(std::size(obstacles)); ++obstacle)
-            QTest::addRow("%s-%s", obstacles[obstacle].name, readings[reading].name) << reading << obstacle;
+        for (int obstacle = 0; obstacle < int(std::size(obstacles)); ++obstacle) {
+            const bool isForAll = obstacle == 0 || obstacles[obstacle].isEmptyFile;
+            if (isForAll || standsForOthers(readings[reading].name))
+                QTest::addRow("%s-%s", obstacles[obstacle].name, readings[reading].name)
+                    << reading << obstacle;
+        }
     }
 }
 
@@ -437,7 +451,7 @@ void TestFileFaults::read()
     QVERIFY(makeFile(path, "chosen"));
     if (tried.choose)
         tried.choose(state, path);
-    QTRY_VERIFY_WITH_TIMEOUT(!state.searchBusy(), 60'000);
+    WAIT_VERIFY(!state.searchBusy());
     state.setStatus(u"before"_s, -1);
     m_before = m_bench->snapshot();
     clear(path);
@@ -521,9 +535,11 @@ void TestFileFaults::write_data()
     QTest::addColumn<int>("hindrance");
 
     for (int writing = 0; writing < int(std::size(writings)); ++writing) {
-        for (int hindrance = 0; hindrance < int(std::size(hindrances)); ++hindrance)
-            QTest::addRow("%s-%s", hindrances[hindrance].name, writings[writing].name)
-                << writing << hindrance;
+        for (int hindrance = 0; hindrance < int(std::size(hindrances)); ++hindrance) {
+            if (hindrance == 0 || standsForOthers(writings[writing].name))
+                QTest::addRow("%s-%s", hindrances[hindrance].name, writings[writing].name)
+                    << writing << hindrance;
+        }
     }
 }
 
@@ -601,8 +617,10 @@ void TestFileFaults::diskFull_data()
     QTest::addColumn<int>("limit");
 
     for (int writing = 0; writing < int(std::size(writings)); ++writing) {
-        for (const int limit : fullAt)
-            QTest::addRow("at-byte-%d-%s", limit, writings[writing].name) << writing << limit;
+        for (const int limit : fullAt) {
+            if (limit == fullAt[1] || standsForOthers(writings[writing].name))
+                QTest::addRow("at-byte-%d-%s", limit, writings[writing].name) << writing << limit;
+        }
         QTest::addRow("just-not-%s", writings[writing].name) << writing << int(eightBytes.size());
     }
 }

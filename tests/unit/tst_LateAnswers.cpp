@@ -1,4 +1,5 @@
 #include "EndpointTest.h"
+#include "support/Waiting.h"
 
 #include <QFile>
 #include <QNetworkAccessManager>
@@ -70,12 +71,12 @@ void TestLateAnswers::openAnotherMeanwhile(const EndpointOperation &operation)
     later.close();
     m_server->answerNext(holdRequest());
     begin(operation);
-    QTRY_COMPARE_WITH_TIMEOUT(m_server->completeRequestCount(), 1, 60'000);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
 
     AppState &state = m_bench->state();
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"LATERVIN"})"));
     state.openKvt(later.fileName());
-    QTRY_COMPARE_WITH_TIMEOUT(state.findChildren<QNetworkAccessManager *>().size(), 1, 60'000);
+    WAIT_COMPARE(state.findChildren<QNetworkAccessManager *>().size(), 1);
     QCOMPARE(state.vin(), u"LATERVIN"_s);
     QVERIFY(state.hexModel()->applyPatch(6, "EDIT"));
     QCOMPARE(state.currentKvtBytes(), "LATER EDIT");

@@ -8,6 +8,7 @@
 #include "EndpointBench.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QEventLoop>
@@ -339,7 +340,7 @@ bool TestLife::nextClientIsAnswered()
     ++m_sent;
     bool answered = false;
     next.getJson(u"next"_s, json([&answered] { answered = true; }));
-    return QTest::qWaitFor([&answered] { return answered; }, patience);
+    return waitUntil([&answered] { return answered; });
 }
 
 std::unique_ptr<EndpointBench> TestLife::newBench()
@@ -418,8 +419,8 @@ void TestLife::controllerDestroyedAfterEachEvent()
     QVERIFY(!bench->state().busy());
     QVERIFY2(lives >= 2, qPrintable(QString::number(lives)));
     bench.reset();
-    QTRY_VERIFY_WITH_TIMEOUT(threads() <= threadsAtFirst, patience);
-    QTRY_VERIFY_WITH_TIMEOUT(openFiles() <= openFilesAtFirst, patience);
+    WAIT_VERIFY(threads() <= threadsAtFirst);
+    WAIT_VERIFY(openFiles() <= openFilesAtFirst);
 }
 
 void TestLife::clientDestroyedAfterEachEvent_data()
@@ -494,14 +495,14 @@ void TestLife::clientDestroyedInItsCallback()
     m_server->answerNext(holdRequest());
     int otherCalls = 0;
     client->postJson(u"other"_s, {}, json([&otherCalls] { ++otherCalls; }));
-    QTRY_COMPARE_WITH_TIMEOUT(m_server->completeRequestCount(), 1, patience);
+    WAIT_COMPARE(m_server->completeRequestCount(), 1);
     m_server->answerAlways(answer);
     int calls = 0;
     clientCalls[call].send(*client, [&] {
         ++calls;
         client.reset();
     });
-    QTRY_COMPARE_WITH_TIMEOUT(calls, 1, patience);
+    WAIT_COMPARE(calls, 1);
     QVERIFY(!client);
     m_server->answerHeld(0, answerWith("{}"));
 
@@ -589,7 +590,7 @@ void TestLife::controllerLeavesAtAnAnnouncement()
             delete state;
             break;
         }
-        QTRY_VERIFY_WITH_TIMEOUT(!state, patience);
+        WAIT_VERIFY(!state);
         const int heardThen = heard.count;
         const QMap<QString, QByteArray> files = filesOnDisk();
         QVERIFY(nextClientIsAnswered());
@@ -651,7 +652,7 @@ void TestLife::engineDestroyedAfterAnEvent()
     m_loop->runThen(
         events, [] {}, over);
     engine.reset();
-    QTRY_VERIFY_WITH_TIMEOUT(over(), patience);
+    WAIT_VERIFY(over());
     QVERIFY(!bench->state().busy());
     QVERIFY(m_server->requestCount() >= static_cast<int>(endpointOperations().size()));
 }

@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QFile>
 #include <QSignalSpy>
@@ -37,7 +38,7 @@ private:
     bool scan()
     {
         m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
-        return QTest::qWaitFor([this] { return !m_state->searchBusy(); });
+        return waitUntil([this] { return !m_state->searchBusy(); });
     }
 
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -89,7 +90,7 @@ void TestSearchHits::opens()
     QCOMPARE(m_state->currentKvtBytes(), opened ? QByteArray("tune") : QByteArray());
     QCOMPARE(statuses.isEmpty(), !opened);
     QCOMPARE(m_state->searchHits().size(), 1);
-    QTRY_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
+    WAIT_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
     QCOMPARE(m_server->requestCount(), opened ? 1 : 0);
 }
 

@@ -2,6 +2,7 @@
 #include "platform/ToolLauncher.h"
 #include "platform/WebToolWindow.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -272,13 +273,13 @@ void TestToolLauncher::startsProgram()
     const QString workingFolder = QDir::currentPath();
     QString error = untouched;
     QVERIFY(plainTools[tool].launch(&error));
-    QTRY_VERIFY(QFileInfo::exists(report()));
+    WAIT_VERIFY(QFileInfo::exists(report()));
     QVERIFY(hasRun(program));
     QCOMPARE(error, untouched);
     QCOMPARE(QDir::currentPath(), workingFolder);
     QVERIFY(QFile::remove(report()));
     QVERIFY(plainTools[tool].launch(nullptr));
-    QTRY_VERIFY(QFileInfo::exists(report()));
+    WAIT_VERIFY(QFileInfo::exists(report()));
 }
 
 void TestToolLauncher::firstCandidateWins_data()
@@ -297,7 +298,7 @@ void TestToolLauncher::firstCandidateWins()
         QVERIFY(makeProgram(besideProgram(u"tools/"_s + path), report()));
     }
     QVERIFY(plainTools[tool].launch(nullptr));
-    QTRY_VERIFY(QFileInfo::exists(report()));
+    WAIT_VERIFY(QFileInfo::exists(report()));
     QVERIFY(hasRun(besideProgram(u"tools/"_s + candidates.first())));
 }
 
@@ -307,7 +308,7 @@ void TestToolLauncher::checkoutComesBeforeProgramFolder()
     QVERIFY(makeProgram(besideProgram(path), report()));
     QVERIFY(makeProgram(inCheckout(path), report()));
     QVERIFY(ToolLauncher::launchJ1939());
-    QTRY_VERIFY(QFileInfo::exists(report()));
+    WAIT_VERIFY(QFileInfo::exists(report()));
     QVERIFY(hasRun(canonical(inCheckout(path))));
 }
 
@@ -317,7 +318,7 @@ void TestToolLauncher::j1939BesideProgramWhenTheCheckoutHasNone()
     QVERIFY(QDir().mkpath(inCheckout(u"tools"_s)));
     QVERIFY(makeProgram(besideProgram(path), report()));
     QVERIFY(ToolLauncher::launchJ1939());
-    QTRY_VERIFY(QFileInfo::exists(report()));
+    WAIT_VERIFY(QFileInfo::exists(report()));
     QVERIFY(hasRun(besideProgram(path)));
 }
 
@@ -390,7 +391,7 @@ void TestToolLauncher::brokenLinkIsNoCandidate()
     QVERIFY(makeProgram(second, report()));
     QVERIFY(QFile::link(u"nowhere"_s, besideProgram(u"tools/checksum/Launch_LSuite_VOX_Theme.bat"_s)));
     QVERIFY(ToolLauncher::launchChecksum());
-    QTRY_VERIFY(QFileInfo::exists(report()));
+    WAIT_VERIFY(QFileInfo::exists(report()));
     QVERIFY(hasRun(second));
 }
 
@@ -408,8 +409,8 @@ void TestToolLauncher::outlivesItsParent()
     QCOMPARE(parent.exitStatus(), QProcess::NormalExit);
     QCOMPARE(parent.exitCode(), 0);
     QVERIFY(!QFileInfo::exists(report()));
-    QTRY_VERIFY(gate.open());
-    QTRY_VERIFY(QFileInfo::exists(report()));
+    WAIT_VERIFY(gate.open());
+    WAIT_VERIFY(QFileInfo::exists(report()));
     QVERIFY(hasRun(path));
 }
 
@@ -518,7 +519,7 @@ void TestToolLauncher::launchTool_reports()
     QCOMPARE(state.status(), u"Launched %1."_s.arg(key));
     QCOMPARE(state.statusOK(), 1);
     QCOMPARE(statuses.count(), 1);
-    QTRY_VERIFY(QFileInfo::exists(report()));
+    WAIT_VERIFY(QFileInfo::exists(report()));
     QVERIFY(hasRun(besideProgram(u"tools/"_s + path)));
 }
 

@@ -2,6 +2,7 @@
 #include "api/VoxApiClient.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QHostAddress>
 #include <QNetworkAccessManager>
@@ -100,10 +101,10 @@ void TestTransferMeter::tellsOfASlowUpload()
     client.postMultipart(
         u"x"_s, {}, {{u"file"_s, u"a.bin"_s, QByteArray(64 << 20, 'a')}},
         [&](const QByteArray &, const QJsonObject &, const QString &error) { answers.append(error); });
-    QTRY_VERIFY(meter.text().startsWith(u"Sending "_s));
+    WAIT_VERIFY(meter.text().startsWith(u"Sending "_s));
     QVERIFY2(meter.text().endsWith(u" of 67.1 MB"_s), qPrintable(meter.text()));
     deaf.close();
-    QTRY_COMPARE(answers.size(), 1);
+    WAIT_COMPARE(answers.size(), 1);
     QVERIFY(!answers.constFirst().isEmpty());
     QCOMPARE(meter.text(), QString());
 }
@@ -123,10 +124,10 @@ void TestTransferMeter::tellsOfASlowDownload()
         meter.setPatience(0);
         client.downloadFile(server.baseUrl(),
                             [](const QByteArray &, const QJsonObject &, const QString &) {});
-        QTRY_VERIFY(meter.text().startsWith(u"Receiving "_s));
+        WAIT_VERIFY(meter.text().startsWith(u"Receiving "_s));
         QVERIFY(meter.text().endsWith(u" of 100.0 GB"_s));
     }
-    QTRY_VERIFY(server.endlessBytes() > 0);
+    WAIT_VERIFY(server.endlessBytes() > 0);
 }
 
 void TestTransferMeter::addsUp_data()
@@ -164,7 +165,7 @@ void TestTransferMeter::addsUp()
     emit one.downloadProgress(received.first, received.second);
     emit other.uploadProgress(otherSent.first, otherSent.second);
     emit other.downloadProgress(otherReceived.first, otherReceived.second);
-    QTRY_COMPARE(meter.text(), text);
+    WAIT_COMPARE(meter.text(), text);
 }
 
 void TestTransferMeter::takesTheLengthFromTheRequest()
@@ -175,12 +176,12 @@ void TestTransferMeter::takesTheLengthFromTheRequest()
     meter.watch(&reply);
     // As the library tells of a body that can be read but once.
     emit reply.uploadProgress(1000, 1000);
-    QTRY_COMPARE(meter.text(), u"Sending 1.0 kB of 5.0 kB"_s);
+    WAIT_COMPARE(meter.text(), u"Sending 1.0 kB of 5.0 kB"_s);
     emit reply.uploadProgress(5000, 5000);
-    QTRY_COMPARE(meter.text(), QString());
+    WAIT_COMPARE(meter.text(), QString());
     emit reply.uploadProgress(0, 0);
     emit reply.downloadProgress(2000, -1);
-    QTRY_COMPARE(meter.text(), u"Receiving 2.0 kB"_s);
+    WAIT_COMPARE(meter.text(), u"Receiving 2.0 kB"_s);
 }
 
 void TestTransferMeter::forgetsWhatHasFinished()
@@ -190,7 +191,7 @@ void TestTransferMeter::forgetsWhatHasFinished()
     SilentReply reply;
     meter.watch(&reply);
     emit reply.downloadProgress(2000, 4000);
-    QTRY_COMPARE(meter.text(), u"Receiving 2.0 kB of 4.0 kB"_s);
+    WAIT_COMPARE(meter.text(), u"Receiving 2.0 kB of 4.0 kB"_s);
     emit reply.finished();
     QCOMPARE(meter.text(), QString());
 }
@@ -210,7 +211,7 @@ void TestTransferMeter::saysNothingOfAQuickTransfer()
         client.postMultipart(u"x"_s, {}, {{u"file"_s, u"a.bin"_s, QByteArray(1 << 20, 'a')}},
                              [&](const QByteArray &, const QJsonObject &, const QString &) { ++answers; });
     }
-    QTRY_COMPARE(answers, 5);
+    WAIT_COMPARE(answers, 5);
     QCOMPARE(changes.count(), 0);
 }
 
@@ -226,7 +227,7 @@ void TestTransferMeter::outlivesItsTransfers()
     {
         QNetworkAccessManager manager;
         meter.watch(manager.get(QNetworkRequest(QUrl(server.baseUrl()))));
-        QTRY_VERIFY(meter.text().startsWith(u"Receiving "_s));
+        WAIT_VERIFY(meter.text().startsWith(u"Receiving "_s));
     }
     QCOMPARE(meter.text(), QString());
 }

@@ -2,6 +2,7 @@
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QJsonArray>
 #include <QNetworkAccessManager>
@@ -200,7 +201,7 @@ void TestVoxApiClient::url_defaultIsTheServiceOverHttps()
 void TestVoxApiClient::postJson_wire()
 {
     m_client->postJson(u"/some/path.aspx"_s, {{u"b"_s, u"caf\u00e9"_s}, {u"a"_s, 1}}, m_outcome->json());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(m_server->requestCount(), 1);
     QCOMPARE(onlyRequest().requestLine(), QByteArray("POST /api/some/path.aspx HTTP/1.1"));
     QCOMPARE(onlyRequest().headerNames(),
@@ -227,14 +228,14 @@ void TestVoxApiClient::postJson_body()
 {
     QFETCH(QJsonObject, object);
     m_client->postJson(u"x"_s, object, m_outcome->json());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QTEST(onlyRequest().body, "body");
 }
 
 void TestVoxApiClient::getJson_wire()
 {
     m_client->getJson(u"updates/x.json"_s, m_outcome->json());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(onlyRequest().requestLine(), QByteArray("GET /api/updates/x.json HTTP/1.1"));
     QCOMPARE(onlyRequest().headerNames(), sorted(libraryHeaders + QByteArrayList{"cache-control", "pragma"}));
     QCOMPARE(onlyRequest().header("cache-control"), QByteArray("no-cache"));
@@ -245,7 +246,7 @@ void TestVoxApiClient::postMultipart_wire()
 {
     const QList<WorkerFile> files{{u"file"_s, u"truck.kvt"_s, everyByte()}, {u"extra"_s, u"a.bin"_s, "A"}};
     m_client->postMultipart(u"x.aspx"_s, {{u"b"_s, u"2"_s}, {u"a"_s, u"1"_s}}, files, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     const RecordedRequest request = onlyRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/x.aspx HTTP/1.1"));
     QCOMPARE(request.headerNames(),
@@ -271,7 +272,7 @@ void TestVoxApiClient::postMultipart_values()
         {u"empty"_s, QString()},      {u"lines"_s, u"a\r\n--b\r\n"_s}, {u"number"_s, 12},
     };
     m_client->postMultipart(u"x"_s, fields, {}, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     const QList<FormPart> parts = formParts(onlyRequest());
     QByteArrayList names;
     QByteArrayList bodies;
@@ -287,7 +288,7 @@ void TestVoxApiClient::postMultipart_values()
 void TestVoxApiClient::postMultipart_cleansFieldNames()
 {
     m_client->postMultipart(u"x"_s, {{u"a\r\nX-Injected: 1"_s, u"v"_s}}, {}, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     const QList<FormPart> parts = formParts(onlyRequest());
     QCOMPARE(parts.size(), 1);
     QCOMPARE(parts[0].headers, partHeaders("form-data; name=\"a__X-Injected: 1\""));
@@ -297,7 +298,7 @@ void TestVoxApiClient::postMultipart_cleansFieldNames()
 void TestVoxApiClient::postMultipart_noPartsStillCallsBack()
 {
     m_client->postMultipart(u"x"_s, {}, {}, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
 }
 
 void TestVoxApiClient::postMultipart_names_data()
@@ -337,7 +338,7 @@ void TestVoxApiClient::postMultipart_names()
     QFETCH(QString, fileName);
     QFETCH(QByteArray, disposition);
     m_client->postMultipart(u"x"_s, {}, {{fieldName, fileName, "data"}}, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     const QList<FormPart> parts = formParts(onlyRequest());
     QCOMPARE(parts.size(), 1);
     QCOMPARE(parts[0].headers, filePartHeaders(disposition));
@@ -362,7 +363,7 @@ void TestVoxApiClient::postMultipart_fileBytes()
     QFETCH(QByteArray, data);
     const QList<WorkerFile> files{{u"file"_s, u"a"_s, data}, {u"last"_s, u"b"_s, "end"}};
     m_client->postMultipart(u"x"_s, {{u"k"_s, u"v"_s}}, files, m_outcome->body());
-    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
+    WAIT_COMPARE(m_outcome->calls, 1);
     const QList<FormPart> parts = formParts(onlyRequest());
     QCOMPARE(parts.size(), 3);
     QCOMPARE(parts[0].body, QByteArray("v"));
@@ -375,7 +376,7 @@ void TestVoxApiClient::downloadFile_wire()
     m_server->answerAlways(answerWith(everyByte()));
     const QString address = u"http://127.0.0.1:%1/files/a%20b.kvt?x=1&y=%25"_s.arg(m_server->port());
     m_client->downloadFile(address, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(onlyRequest().requestLine(), QByteArray("GET /files/a%20b.kvt?x=1&y=%25 HTTP/1.1"));
     QCOMPARE(onlyRequest().headerNames(), sorted(libraryHeaders + QByteArrayList{"cache-control", "pragma"}));
     QCOMPARE(m_outcome->bytes, everyByte());
@@ -387,7 +388,7 @@ void TestVoxApiClient::kvtWorker_wire()
     const QList<WorkerFile> files{{u"file"_s, u"truck.kvt"_s, "input"}, {u"header"_s, u"header.bin"_s, "h"}};
     m_client->kvtWorker(u"4.0.2"_s, u"convert_x"_s, {{u"xcal_mode"_s, u"flat"_s}, {u"a"_s, u"1"_s}}, files,
                         m_outcome->work());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(onlyRequest().requestLine(), QByteArray("POST /api/kvt_worker/process.aspx HTTP/1.1"));
     const QList<FormPart> parts = formParts(onlyRequest());
     QCOMPARE(parts.size(), 6);
@@ -409,7 +410,7 @@ void TestVoxApiClient::kvtWorker_laterFieldReplacesEarlier()
 {
     const FieldList fields{{u"a"_s, u"first"_s}, {u"b"_s, u"x"_s}, {u"a"_s, u"second"_s}};
     m_client->kvtWorker(u"4.0.2"_s, u"op"_s, fields, {{u"file"_s, u"f"_s, "input"}}, m_outcome->work());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(formParts(onlyRequest()).size(), 5);
     QCOMPARE(formField(onlyRequest(), "a"), QByteArray("second"));
 }
@@ -428,13 +429,13 @@ void TestVoxApiClient::kvtWorker_refusesMissingInput()
     QFETCH(int, files);
     const QList<WorkerFile> all{{u"file"_s, u"f"_s, {}}, {u"extra"_s, u"e"_s, "bytes"}};
     m_client->kvtWorker(u"4.0.2"_s, u"op"_s, {}, all.first(files), m_outcome->work());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QVERIFY(!m_outcome->worker.ok);
     QVERIFY(!m_outcome->worker.isJson);
     QCOMPARE(m_outcome->worker.error, u"No input file for worker request."_s);
     // Another request arrives, so an unwanted earlier one would have arrived too.
     m_client->getJson(u"after"_s, m_outcome->json());
-    QTRY_COMPARE(m_outcome->calls, 2);
+    WAIT_COMPARE(m_outcome->calls, 2);
     QCOMPARE(m_server->requestCount(), 1);
     QCOMPARE(m_server->connectionCount(), 1);
 }
@@ -442,7 +443,7 @@ void TestVoxApiClient::kvtWorker_refusesMissingInput()
 void TestVoxApiClient::uploadToDev_wire()
 {
     m_client->uploadToDev({{u"b"_s, 1}, {u"a"_s, u"\u00e9"_s}}, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(onlyRequest().requestLine(), QByteArray("POST /api/upload.aspx HTTP/1.1"));
     QCOMPARE(onlyRequest().header("content-type"), QByteArray("application/json; charset=utf-8"));
     QCOMPARE(onlyRequest().headerNames(),
@@ -474,7 +475,7 @@ void TestVoxApiClient::uploadToDev_answers()
     m_server->answerAlways({httpAnswer(status, body)});
     m_outcome->bytes = "of before";
     m_client->uploadToDev({}, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(m_outcome->bytes, QByteArray());
     QCOMPARE(m_outcome->object, object);
     QCOMPARE(!m_outcome->error.isEmpty(), failed);
@@ -484,7 +485,7 @@ void TestVoxApiClient::uploadToDev_answers()
 void TestVoxApiClient::feedbackSubmit_wire()
 {
     m_client->feedbackSubmit({{u"type"_s, u"dev"_s}}, m_outcome->json());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(onlyRequest().requestLine(), QByteArray("POST /api/feedback.aspx HTTP/1.1"));
     QCOMPARE(onlyRequest().body, QByteArray("{\"type\":\"dev\"}"));
 }
@@ -492,7 +493,7 @@ void TestVoxApiClient::feedbackSubmit_wire()
 void TestVoxApiClient::checkUpdate_wire()
 {
     m_client->checkUpdate(m_outcome->json());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(onlyRequest().requestLine(), QByteArray("GET /api/updates/kvteditornew/update.json HTTP/1.1"));
     QCOMPARE(onlyRequest().body, QByteArray());
 }
@@ -540,7 +541,7 @@ void TestVoxApiClient::ruleA()
     QFETCH(QJsonObject, object);
     m_server->answerAlways({httpAnswer(status, body)});
     m_client->postJson(u"x"_s, {}, m_outcome->json());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(m_outcome->object, object);
     if (error == u"!"_s) {
         QVERIFY(!m_outcome->error.isEmpty());
@@ -555,7 +556,7 @@ void TestVoxApiClient::ruleA_manyBytesOfUtf8()
     // Two bytes a letter: 300 bytes are 150 of them.
     m_server->answerAlways(answerWith(QByteArray("\xc3\xa9").repeated(200)));
     m_client->postJson(u"x"_s, {}, m_outcome->json());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(m_outcome->error, u"HTTP 200: "_s + QString(150, u'\u00e9'));
 }
 
@@ -583,7 +584,7 @@ void TestVoxApiClient::ruleB()
     QFETCH(QByteArray, body);
     m_server->answerAlways({httpAnswer(status, body)});
     m_client->getJson(u"x"_s, m_outcome->json());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QTEST(m_outcome->object, "object");
     QTEST(!m_outcome->error.isEmpty(), "fails");
 }
@@ -602,7 +603,7 @@ void TestVoxApiClient::ruleC()
     QFETCH(QByteArray, body);
     m_server->answerAlways({httpAnswer(status, body)});
     m_client->postMultipart(u"x"_s, {{u"a"_s, 1}}, {}, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(m_outcome->bytes, body);
     QTEST(m_outcome->object, "object");
     QTEST(!m_outcome->error.isEmpty(), "fails");
@@ -627,7 +628,7 @@ void TestVoxApiClient::ruleD()
     QFETCH(QByteArray, body);
     m_server->answerAlways({httpAnswer(status, body)});
     m_client->downloadFile(m_server->baseUrl() + u"file"_s, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(m_outcome->bytes, body);
     QCOMPARE(m_outcome->object, QJsonObject());
     QTEST(!m_outcome->error.isEmpty(), "fails");
@@ -659,7 +660,7 @@ void TestVoxApiClient::kvtWorker_answers()
     QFETCH(bool, isJson);
     m_server->answerAlways({httpAnswer(status, body)});
     m_client->kvtWorker(u"4.0.2"_s, u"op"_s, {}, {{u"file"_s, u"f"_s, "input"}}, m_outcome->work());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QTEST(m_outcome->worker.ok, "ok");
     QCOMPARE(m_outcome->worker.isJson, isJson);
     QTEST(m_outcome->worker.error, "error");
@@ -672,7 +673,7 @@ void TestVoxApiClient::downloadFile_followsRedirect()
     m_server->answerNext({httpAnswer(302, "moved", "Location: /elsewhere/file.kvt\r\n")});
     m_server->answerNext(answerWith("the file"));
     m_client->downloadFile(m_server->baseUrl() + u"file.kvt"_s, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(m_outcome->bytes, QByteArray("the file"));
     QCOMPARE(m_outcome->error, QString());
     QCOMPARE(m_server->requestCount(), 2);
@@ -686,7 +687,7 @@ void TestVoxApiClient::downloadFile_followsRedirectToAnotherServer()
     const QByteArray location = "Location: " + store.baseUrl().toUtf8() + "file.kvt\r\n";
     m_server->answerAlways({httpAnswer(302, "moved", location)});
     m_client->downloadFile(m_server->baseUrl() + u"file.kvt"_s, m_outcome->body());
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(m_outcome->error, QString());
     QCOMPARE(m_outcome->bytes, QByteArray("the file"));
     QCOMPARE(m_server->requestCount(), 1);
@@ -697,9 +698,9 @@ void TestVoxApiClient::downloadFile_redirectLoopEnds()
 {
     m_server->answerAlways({httpAnswer(302, {}, "Location: /again\r\n")});
     m_client->downloadFile(m_server->baseUrl() + u"file"_s, m_outcome->body());
-    QTRY_COMPARE_WITH_TIMEOUT(m_outcome->calls, 1, 60'000);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QVERIFY(!m_outcome->error.isEmpty());
-    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    WAIT_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
     QCOMPARE(m_outcome->calls, 1);
 }
 
@@ -726,7 +727,7 @@ void TestVoxApiClient::startThatFails()
     m_client->downloadFile(m_client->url(u"x"_s), outcomes[3].body());
     m_client->kvtWorker(u"4.0.2"_s, u"op"_s, {}, {{u"file"_s, u"f"_s, "input"}}, outcomes[4].work());
     for (const Outcome &outcome : outcomes) {
-        QTRY_COMPARE(outcome.calls, 1);
+        WAIT_COMPARE(outcome.calls, 1);
         QCOMPARE(outcome.object, QJsonObject());
         QCOMPARE(outcome.bytes, QByteArray());
     }
@@ -735,7 +736,7 @@ void TestVoxApiClient::startThatFails()
     for (const Outcome &outcome : outcomes) {
         QVERIFY(!outcome.error.isEmpty());
     }
-    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    WAIT_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
     for (const Outcome &outcome : outcomes) {
         QCOMPARE(outcome.calls, 1);
     }
@@ -748,7 +749,7 @@ void TestVoxApiClient::callbacksRunOnTheMainThreadAndLater()
     m_client->getJson(u"x"_s,
                       [&thread](const QJsonObject &, const QString &) { thread = QThread::currentThread(); });
     QCOMPARE(thread, nullptr);
-    QTRY_COMPARE(thread, QThread::currentThread());
+    WAIT_COMPARE(thread, QThread::currentThread());
 }
 
 void TestVoxApiClient::callbackOfSlowerRequestRunsLater()
@@ -758,12 +759,12 @@ void TestVoxApiClient::callbackOfSlowerRequestRunsLater()
     Outcome slow;
     Outcome fast;
     m_client->getJson(u"slow"_s, slow.json());
-    QTRY_COMPARE(m_server->requestCount(), 1);
+    WAIT_COMPARE(m_server->requestCount(), 1);
     m_client->getJson(u"fast"_s, fast.json());
-    QTRY_COMPARE(fast.calls, 1);
+    WAIT_COMPARE(fast.calls, 1);
     QCOMPARE(slow.calls, 0);
     m_server->answerHeld(0, answerWith(R"({"n":1})"));
-    QTRY_COMPARE(slow.calls, 1);
+    WAIT_COMPARE(slow.calls, 1);
     QCOMPARE(slow.object, QJsonObject({{u"n"_s, 1}}));
     QCOMPARE(fast.object, QJsonObject({{u"n"_s, 2}}));
     m_client.reset();
@@ -774,7 +775,7 @@ void TestVoxApiClient::callbackMayStartAnotherRequest()
     m_client->getJson(u"first"_s, [this](const QJsonObject &, const QString &) {
         m_client->getJson(u"second"_s, m_outcome->json());
     });
-    QTRY_COMPARE(m_outcome->calls, 1);
+    WAIT_COMPARE(m_outcome->calls, 1);
     QCOMPARE(m_server->requestCount(), 2);
 }
 
@@ -785,7 +786,7 @@ void TestVoxApiClient::callbackMayDeleteTheClient()
         called = true;
         m_client.release()->deleteLater();
     });
-    QTRY_VERIFY(called);
+    WAIT_VERIFY(called);
 }
 
 void TestVoxApiClient::destroyedWithTenRequestsInFlight()
@@ -799,7 +800,7 @@ void TestVoxApiClient::destroyedWithTenRequestsInFlight()
         m_client->downloadFile(m_server->baseUrl() + u"x"_s, m_outcome->body());
         m_client->kvtWorker(u"4.0.2"_s, u"op"_s, {}, files, m_outcome->work());
     }
-    QTRY_COMPARE(m_server->requestCount(), 10);
+    WAIT_COMPARE(m_server->requestCount(), 10);
     m_client.reset();
     // A client that lives on shows that the loop has turned and that nothing of the old one is left.
     VoxApiClient other;
@@ -807,7 +808,7 @@ void TestVoxApiClient::destroyedWithTenRequestsInFlight()
     m_server->answerAlways(answerWith("{}"));
     Outcome after;
     other.getJson(u"after"_s, after.json());
-    QTRY_COMPARE(after.calls, 1);
+    WAIT_COMPARE(after.calls, 1);
     QCOMPARE(m_outcome->calls, 0);
 }
 
@@ -817,12 +818,12 @@ void TestVoxApiClient::eachRequestHasItsOwnManagerThatGoes()
     m_client->getJson(u"a"_s, m_outcome->json());
     m_client->postJson(u"b"_s, {}, m_outcome->json());
     QCOMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 2);
-    QTRY_COMPARE(m_server->completeRequestCount(), 2);
+    WAIT_COMPARE(m_server->completeRequestCount(), 2);
     m_server->answerHeld(0, answerWith("{}"));
     m_server->answerHeld(1, answerWith("{}"));
-    QTRY_COMPARE(m_outcome->calls, 2);
-    QTRY_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
-    QTRY_COMPARE(m_client->findChildren<QNetworkReply *>().size(), 0);
+    WAIT_COMPARE(m_outcome->calls, 2);
+    WAIT_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
+    WAIT_COMPARE(m_client->findChildren<QNetworkReply *>().size(), 0);
     QCOMPARE(m_outcome->calls, 2);
 }
 

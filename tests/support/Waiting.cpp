@@ -1,0 +1,22 @@
+#include "support/Waiting.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QTimer>
+
+using namespace std::chrono_literals;
+
+bool waitUntil(const std::function<bool()> &condition)
+{
+    const QDeadlineTimer patience(60s);
+    QTimer glance;
+    glance.start(50ms);
+    do {
+        // What was left to be deleted outside of any event loop waits for this.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        if (condition())
+            return true;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    } while (!patience.hasExpired());
+    return false;
+}
