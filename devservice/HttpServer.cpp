@@ -24,7 +24,7 @@ constexpr std::chrono::milliseconds slowPause(20);
 class CountingQueue : public httplib::TaskQueue
 {
 public:
-    // Nothing before 0.14, whether there was room since.
+    // Nothing in 0.11, whether there was room in 0.18.
     using Enqueued = decltype(std::declval<httplib::TaskQueue &>().enqueue({}));
 
     explicit CountingQueue(std::atomic<int> &count)
@@ -174,15 +174,17 @@ bool HttpServer::start(quint16 port, const QString &certificate, const QString &
                                                                       : readPlain(reader, request);
                      send(m_handler(request), response);
                  });
-    const int bound = port == 0            ? server->bind_to_any_port(host)
-        : server->bind_to_port(host, port) ? int(port)
-                                           : -1;
+    int bound = port;
+    if (port == 0)
+        bound = server->bind_to_any_port(host);
+    else if (!server->bind_to_port(host, port))
+        bound = -1;
     if (bound < 0) {
         *error = u"Cannot listen on port %1"_s.arg(port);
         return false;
     }
     m_port = quint16(bound);
-    m_running = std::make_unique<Running>(std::move(server));
+    m_running.reset(new Running{std::move(server)});
     Running &running = *m_running;
     // The library cannot be stopped before it asks for this.
     running.server->new_task_queue = [this, &running] {

@@ -109,8 +109,8 @@ bool saveLibraryFile(const QDir &folder, int index, QString *error)
     const QString year = QString::number(2004 + index % 19);
     const QString number = digits(100000 + index * 37, 6);
     const QString os = index % 3 == 0 ? u"50%1AB"_s.arg(number) : u"12%1"_s.arg(number).left(7 + index % 2);
-    const QString ending = index % 7 == 0 ? u"ctz"_s : u"kvt"_s;
-    const QString name = u"%1_%2_%3.%4"_s.arg(year, vehicle.model, os, ending);
+    const QString suffix = index % 7 == 0 ? u"ctz"_s : u"kvt"_s;
+    const QString name = u"%1_%2_%3.%4"_s.arg(year, vehicle.model, os, suffix);
     const QString path = u"library/%1/%2/%3"_s.arg(vehicle.make, year, name);
     return save(folder, path, SampleContainer::write(smallTune(1000 + index, os)), error);
 }

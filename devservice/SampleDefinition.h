@@ -2,7 +2,7 @@
 
 #include "SampleContainer.h"
 
-/// The stand-in's own XML text under the ending of definition files; NOT the format of real ones.
+/// The stand-in's own XML text under the suffix of definition files; NOT the format of real ones.
 namespace SampleDefinition {
 
 /// One table for each segment: its name, its offset in a BIN and its size.
