@@ -4,9 +4,9 @@
 #include <QIODevice>
 #include <QList>
 
-/// Bytes to upload that can be read once and not be rewound. The network library sends a POST again when a
-/// server closes early, unless its body cannot be rewound; a ticket opened or credits spent twice would be
-/// the price. The bytes are shared, not copied.
+/// Bytes to upload that can be read once and not be rewound. Qt 6.4 and 6.8 send a POST again when a server
+/// closes early, unless its body cannot be rewound; a ticket opened or credits spent twice would be the
+/// price. The bytes are shared, not copied.
 class UploadBody : public QIODevice
 {
     Q_OBJECT

@@ -66,8 +66,10 @@ QString headerText(QString text)
     return text;
 }
 
-// A form as pieces to send. The library's own form cannot stand in: it reads past its ends when its parts
-// cannot be rewound (seen in 6.4). Only its boundary is used, which it makes unlikely to occur in a file.
+// A form as pieces to send. Qt's own form cannot stand in: over a part that cannot be rewound it reads past
+// its end and crashes (seen in 6.4 and 6.8, not in 6.11), and it does not tell the length that has to go
+// ahead. One way for every version is less than two. Only its boundary is used, which it makes unlikely to
+// occur in a file.
 class Form
 {
 public:
@@ -104,16 +106,16 @@ int httpStatus(const QNetworkReply *reply)
     return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-// A body without a length ends when the server closes. The library then still reports, more often than not,
-// that it could not send the request again (seen in 6.4), though the whole answer is there.
+// A body without a length ends when the server closes. Qt then still reports, more often than not, that it
+// could not send the request again (seen in 6.4, 6.8 and 6.11), though the whole answer is there.
 bool endedByClosing(const QNetworkReply *reply)
 {
     return reply->error() == QNetworkReply::ContentReSendError && httpStatus(reply) / 100 == 2
         && !reply->hasRawHeader("Content-Length") && !reply->hasRawHeader("Transfer-Encoding");
 }
 
-// The library has no words for a request that it could not send again, which is how it takes every answer
-// that ends with the connection. It gets those that the library has for what happened.
+// Qt has no words for a request that it could not send again. Up to 6.8 that is how it takes every answer
+// that ends with the connection, in 6.11 still one over TLS. It gets those that Qt has for what happened.
 QString brokenOffText(const QNetworkReply *reply)
 {
     if (httpStatus(reply) < 300)

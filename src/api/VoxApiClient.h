@@ -45,7 +45,7 @@ WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &obj
 
 /// The only door to the remote service. Requests are independent, have no time-out, and call back exactly
 /// once, on the main thread; if the client is destroyed first they never do. A POST is sent once and never
-/// again; a GET may be repeated by the library when the peer closes without a byte. Request bodies, tokens
+/// again; a GET may be repeated by Qt when the peer closes without a byte. Request bodies, tokens
 /// and passwords are never logged.
 class VoxApiClient : public QObject
 {

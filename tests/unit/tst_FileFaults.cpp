@@ -33,8 +33,8 @@ bool makeSparse(const QString &path)
 /// that stand for an outcome.
 bool standsForOthers(const QByteArray &name)
 {
-    const QByteArrayList names{"openKvt", "vbf",       "swap-donor-apply", "sorted-file",
-                               "saveKvt", "convertOp", "stockOpen",        "sortCopy"};
+    const QByteArrayList names{"openKvt",     "cm2450_import", "vbf",       "swap-donor-apply", "patched-bin",
+                               "sorted-file", "saveKvt",       "convertOp", "stockOpen",        "sortCopy"};
     return isExhaustive() || names.contains(name);
 }
 
