@@ -14,8 +14,15 @@ if ! command -v "$compiler" >/dev/null; then
 fi
 
 headers=$(qmake6 -query QT_INSTALL_HEADERS)
+own_headers=$(mktemp -d)
+trap 'rm -rf "$own_headers"' EXIT
+# Debian 13 and sid leave out the one header that names the handles of windows.
+if [[ ! -e $headers/QtGui/qwindowdefs_win.h ]]; then
+  mkdir "$own_headers/QtGui"
+  echo '#include <windef.h>' >"$own_headers/QtGui/qwindowdefs_win.h"
+fi
 flags=(-std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
-  -Isrc -isystem "$headers"
+  -Isrc -isystem "$headers" -isystem "$own_headers"
   -DKVTEDITOR_PORTABLE_FILES -DQT_NO_CAST_FROM_ASCII -DQT_NO_CAST_TO_ASCII -DQT_NO_URL_CAST_FROM_STRING
   -DQT_NO_NARROWING_CONVERSIONS_IN_CONNECT
   '-DKVTEDITOR_API_BASE=""' '-DKVTEDITOR_STORE_URL=""' '-DKVTEDITOR_PLACEHOLDER_EMAIL=""')
