@@ -39,6 +39,11 @@ ServiceAnswer redirect(const QByteArray &location)
     return {302, "text/plain", {}, {{"Location", location}}};
 }
 
+ServiceAnswer page(const FaultInput &)
+{
+    return {200, "text/html", html};
+}
+
 ServiceAnswer status(const FaultInput &input)
 {
     const int code = input.arguments.value(0).toInt();
@@ -60,10 +65,7 @@ constexpr FaultKind kinds[] = {
      [](const FaultInput &) {
          return ServiceAnswer{401, "text/plain", {}, {{"WWW-Authenticate", "Basic realm=\"stand-in\""}}};
      }},
-    {"html-200"_L1, false,
-     [](const FaultInput &) {
-         return ServiceAnswer{200, "text/html", html};
-     }},
+    {"html-200"_L1, false, page},
     {"bad-json"_L1, false, [](const FaultInput &) { return json(okJson.chopped(1) + ','); }},
     {"trailing-json"_L1, false, [](const FaultInput &) { return json(okJson + " and more"); }},
     {"array-json"_L1, false, [](const FaultInput &) { return json("[1,2,3]"); }},

@@ -172,9 +172,9 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
         return -1;
     }
     prepareRequests(engine);
+    const auto open = [&state, file] { state.openKvt(file); };
     if (!file.isEmpty())
-        QMetaObject::invokeMethod(
-            &state, [&state, file] { state.openKvt(file); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(&state, open, Qt::QueuedConnection);
     logLine("main: event loop");
     running = true;
     const int code = app.exec();

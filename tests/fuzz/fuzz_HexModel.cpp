@@ -34,8 +34,8 @@ void expectRows(const HexModel &model)
     }
     FUZZ_EXPECT(shown == bytes);
     QByteArray printable = bytes;
-    std::replace_if(
-        printable.begin(), printable.end(), [](char c) { return c < 32 || c > 126; }, '.');
+    const auto isHidden = [](char c) { return c < 32 || c > 126; };
+    std::replace_if(printable.begin(), printable.end(), isHidden, '.');
     FUZZ_EXPECT(ascii == printable);
 }
 

@@ -15,6 +15,11 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
+QVariantMap byMake()
+{
+    return {{u"make"_s, u"Ford"_s}};
+}
+
 constexpr EndpointOperation operations[] = {
     {"kvt_info", "kvt_worker/process.aspx", Decoding::Silent,
      [](AppState &state, const QString &folder) { state.openKvt(folder + u"/other.kvt"_s); },
@@ -49,10 +54,8 @@ constexpr EndpointOperation operations[] = {
      [](AppState &state, const QString &folder) { state.applyPatchToBin(0, folder + u"/in.bin"_s); },
      R"({"file_data":"UEFUQ0g="})", "Patch applied.", 1, "Patch processed: ", 1, "in_patched.bin"},
     {"stockSearch", "stock/list.aspx", Decoding::Json,
-     [](AppState &state, const QString &) {
-         state.stockSearch({{u"make"_s, u"Ford"_s}});
-     },
-     R"({"files":[{},{}]})", "2 stock file(s).", 1, "0 stock file(s).", 1},
+     [](AppState &state, const QString &) { state.stockSearch(byMake()); }, R"({"files":[{},{}]})",
+     "2 stock file(s).", 1, "0 stock file(s).", 1},
     {"stockDownload", "stock/download.aspx", Decoding::Bytes,
      [](AppState &state, const QString &) { state.stockDownload(0, false); }, "STOCK", "Downloaded stock.kvt",
      1, "Downloaded stock.kvt", 1, "stock.kvt", "Downloaded stock.kvt"},

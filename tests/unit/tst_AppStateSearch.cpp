@@ -531,9 +531,8 @@ void TestAppStateSearch::clearWhileScanning()
     QVERIFY(endsCancelled([&] {
         m_state->disconnect(this);
         seen.clear();
-        connect(m_state.get(), &AppState::searchChanged, this, [&] {
-            seen.append({m_state->searchBusy(), m_state->searchHits().size()});
-        });
+        const auto note = [&] { seen.append({m_state->searchBusy(), m_state->searchHits().size()}); };
+        connect(m_state.get(), &AppState::searchChanged, this, note);
         m_state->clearSearch();
         QCOMPARE(m_state->searchHits(), QVariantList());
         QVERIFY(m_state->searchBusy());

@@ -174,9 +174,8 @@ void TestAppStateXdf::login_wire()
 void TestAppStateXdf::login_signsIn()
 {
     QStringList atSignal;
-    connect(m_bed->state.get(), &AppState::xdfChanged, this, [&] {
-        atSignal = QStringList{m_bed->state->xdfToken(), m_bed->state->xdfCredits()};
-    });
+    const auto note = [&] { atSignal = QStringList{m_bed->state->xdfToken(), m_bed->state->xdfCredits()}; };
+    connect(m_bed->state.get(), &AppState::xdfChanged, this, note);
     m_bed->server.answerNext(answerWith(R"({"token":"abc","credits":15})"));
     m_bed->state->xdfLogin();
     WAIT_VERIFY(m_bed->idle());

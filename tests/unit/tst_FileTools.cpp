@@ -322,12 +322,9 @@ void TestFileTools::writeFile_overItselfInPlace()
 {
     const QString path = inDir(u"in-place"_s);
     QVERIFY(makeFile(path, "before"));
-    struct stat before
-    {
-    };
-    struct stat after
-    {
-    };
+    using Status = struct stat;
+    Status before = {};
+    Status after = {};
     QCOMPARE(::stat(QFile::encodeName(path).constData(), &before), 0);
     QVERIFY(FileTools::writeFile(path, "after"));
     QCOMPARE(::stat(QFile::encodeName(path).constData(), &after), 0);

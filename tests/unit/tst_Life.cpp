@@ -42,6 +42,8 @@ constexpr int everything = -1;
 constexpr int scanOnly = -2;
 constexpr int treeFiles = 300;
 
+void nothing() { }
+
 int stepOr(int usual)
 {
     const int wanted = qEnvironmentVariableIntValue("KVTEDITOR_LIFE_STEP");
@@ -583,8 +585,7 @@ void TestLife::controllerLeavesAtAnAnnouncement()
         announced[index].make(*state);
         const auto over = [&] { return !state || isOver(*state); };
         bench->releaseController();
-        m_loop->runThen(
-            std::numeric_limits<int>::max(), [] {}, over);
+        m_loop->runThen(std::numeric_limits<int>::max(), nothing, over);
         if (heard.count < times) {
             QVERIFY(state && isOver(*state));
             delete state;
@@ -649,8 +650,7 @@ void TestLife::engineDestroyedAfterAnEvent()
     const auto over = [&] { return isOver(bench->state()); };
     start(*bench, everything);
     // Not from within an event: a window does not bear that.
-    m_loop->runThen(
-        events, [] {}, over);
+    m_loop->runThen(events, nothing, over);
     engine.reset();
     WAIT_VERIFY(over());
     QVERIFY(!bench->state().busy());

@@ -17,6 +17,8 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
+void ignore(const QByteArray &, const QJsonObject &, const QString &) { }
+
 using Progress = std::pair<qint64, qint64>;
 
 /// Tells of its progress only when the test does.
@@ -122,8 +124,7 @@ void TestTransferMeter::tellsOfASlowDownload()
         TransferMeter meter;
         connect(&client, &VoxApiClient::requestSent, &meter, &TransferMeter::watch);
         meter.setPatience(0);
-        client.downloadFile(server.baseUrl(),
-                            [](const QByteArray &, const QJsonObject &, const QString &) {});
+        client.downloadFile(server.baseUrl(), ignore);
         WAIT_VERIFY(meter.text().startsWith(u"Receiving "_s));
         QVERIFY(meter.text().endsWith(u" of 100.0 GB"_s));
     }
