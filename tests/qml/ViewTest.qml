@@ -19,7 +19,6 @@ TestCase {
         window = newWindow();
         window.requestActivate();
         tryVerify(() => window.active, 60000);
-        tryVerify(() => window.complete, 60000);
         render();
         // Under Quick Test the first key of a process does not reach a window beside its own.
         keyClick(Qt.Key_Shift);
@@ -33,12 +32,16 @@ TestCase {
         tryVerify(() => bed.allArrived());
     }
 
-    // The item of that name; what has none is searched for beyond the items, as a dialog is.
+    // The item of that name; what has none is searched for beyond the items, as a dialog is. A view that has not been
+    // shown may still be about to be made.
     function find(name: string, within: var): var {
-        const found = findChild(within ?? window.contentItem, name) ?? findChild(window, name)
+        const found = () => findChild(within ?? window.contentItem, name) ?? findChild(window, name)
             ?? lazyItems(window.contentItem).map(item => findChild(item, name)).find(Boolean);
-        verify(found, "there is no " + name);
-        return found;
+        if (!found())
+            tryVerify(() => window.complete, 60000);
+        const item = found();
+        verify(item, "there is no " + name);
+        return item;
     }
 
     // What was made later than the window belongs to it as an item only.
