@@ -6,6 +6,7 @@
 #include "core/ModuleLines.h"
 #include "core/RowModel.h"
 #include "core/TextLines.h"
+#include "ui/InnerDialogs.h"
 
 #include <QtQml/qqml.h>
 
@@ -25,6 +26,13 @@ struct HexModelForeign
     Q_GADGET
     QML_FOREIGN(HexModel)
     QML_NAMED_ELEMENT(HexModel)
+};
+
+struct InnerDialogsForeign
+{
+    Q_GADGET
+    QML_FOREIGN(InnerDialogs)
+    QML_NAMED_ELEMENT(InnerDialogs)
 };
 
 struct ModuleLinesForeign

@@ -29,6 +29,7 @@ DialogTest {
         render();
         const dialog = openAgain();
         compare(dialog.currentFolder, bed.urlOf(at(folder)));
+        compare(itemsIn(window.overlayItem, item => item instanceof Text && item.text === dialog.title).length, 1);
         if (!unlisted.test(folder))
             row("inner");
         verifyNoneChosen(dialog);
@@ -136,7 +137,7 @@ DialogTest {
 
     function test_parentFolderByButton_data() {
         return [
-            { tag: "up", isIt: item => item.Accessible.name === "Parent folder" },
+            { tag: "up", isIt: item => item.objectName === "upButton" },
             { tag: "bread-crumb", isIt: item => item.folderName === "é f" }
         ];
     }
@@ -254,6 +255,40 @@ DialogTest {
 
     function test_noKeyButTab() {
         verifyTakenByKeys(openFolderDialog("plain"), "plain");
+    }
+
+    function test_keyboardComesBack_data() {
+        const fields = [
+            { tag: "search", asker: search, field: "searchNameField" },
+            { tag: "sorter", asker: sorter, field: "sorterOrderField" }
+        ];
+        return fields.reduce((all, data) => all.concat(["accepted", "rejected"].map(end => (
+            { tag: data.tag + ", " + end, asker: data.asker, field: data.field, end: end }))), []);
+    }
+
+    // However a dialog is closed: a click into a field is enough to type there.
+    function test_keyboardComesBack(data) {
+        place = data.asker;
+        app.tab = place.tab;
+        bed.writeFile("any/a.kvt");
+        const dialog = find(place.dialog);
+        for (let i = 0; i < 2; ++i) {
+            dialog.open();
+            tryVerify(() => dialog.visible);
+            dialog.selectedFolder = bed.urlOf(bed.tempPath("any"));
+            data.end === "accepted" ? dialog.accept() : dialog.reject();
+            tryVerify(() => !dialog.visible);
+            render();
+            const field = input(data.field);
+            field.text = "";
+            mouseClick(field);
+            verify(window.active);
+            verify(field.activeFocus);
+            type("2014");
+            compare(field.text, "2014");
+            window.contentItem.forceActiveFocus();
+        }
+        tryCompare(app, "searchBusy", false);
     }
 
     // What was chosen is forgotten where another folder is entered.

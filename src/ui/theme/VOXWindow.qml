@@ -54,6 +54,10 @@ ApplicationWindow {
         linkVisited: VOXTheme.orangeBright
     }
 
+    InnerDialogs {
+        window: root
+    }
+
     Connections {
         target: root.overlayItem
         function onChildrenChanged(): void {
