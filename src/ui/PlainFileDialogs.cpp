@@ -20,10 +20,10 @@ constexpr std::array replacements{
     Replacement{QLatin1String("/FolderDialogDelegateLabel.qml"), QLatin1String("DialogNameLabel.qml")},
 };
 
-// Later versions may be put together in another way, and are left alone.
+// Up to the last one that still needs it. Later ones may be put together in another way, and are left alone.
 bool known()
 {
-    return QLibraryInfo::version() < QVersionNumber(6, 5);
+    return QLibraryInfo::version() < QVersionNumber(6, 12);
 }
 
 } // namespace

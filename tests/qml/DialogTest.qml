@@ -28,15 +28,6 @@ ViewTest {
         return folders_data().filter(data => !unlisted.test(data.folder));
     }
 
-    function itemsIn(item: var, matches: var): var {
-        const own = item.visible && matches(item) ? [item] : [];
-        return Array.from(item.children).reduce((found, child) => found.concat(itemsIn(child, matches)), own);
-    }
-
-    function button(text: string): var {
-        return itemsIn(window.overlayItem, item => item.clicked !== undefined && item.text === text)[0];
-    }
-
     function rows(): var {
         return itemsIn(window.overlayItem, item => item.fileModified !== undefined);
     }
@@ -46,6 +37,16 @@ ViewTest {
         tryVerify(() => named().length === 1, 5000, "There is no row " + fileName);
         render();
         return named()[0];
+    }
+
+    // Marks a row with the arrow keys. They are in another order from Qt 6.8 on, folders first.
+    function moveTo(fileName: string): void {
+        row(fileName);
+        const all = rows().sort((a, b) => a.y - b.y);
+        const way = all.findIndex(item => item.fileName === fileName) - all.findIndex(item => item.highlighted);
+        for (let i = 0; i < Math.abs(way); ++i)
+            keyClick(way > 0 ? Qt.Key_Down : Qt.Key_Up);
+        verifyMarked([fileName]);
     }
 
     function verifyMarked(names: var): void {

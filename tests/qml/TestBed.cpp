@@ -9,9 +9,11 @@
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLibraryInfo>
 #include <QMimeData>
 #include <QQmlContext>
 #include <QTest>
+#include <QVersionNumber>
 #include <QWindow>
 
 #include <filesystem>
@@ -102,6 +104,11 @@ void TestBed::writeUndecodable(const QString &folder)
 bool TestBed::removeUndecodable(const QString &folder)
 {
     return std::filesystem::remove(undecodableIn(tempPath(folder)));
+}
+
+bool TestBed::isListed(const QString &folder) const
+{
+    return !QDir(tempPath(folder)).entryList(QDir::Files).isEmpty();
 }
 
 bool TestBed::dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls)
@@ -245,6 +252,11 @@ QString TestBed::spokenTexts(QObject *item) const
 QString TestBed::address(const QString &path) const
 {
     return QStringLiteral("http://127.0.0.1:%1/%2").arg(m_server.port()).arg(path);
+}
+
+bool TestBed::asksBeforeOverwriting() const
+{
+    return QLibraryInfo::version() >= QVersionNumber(6, 8);
 }
 
 QStringList TestBed::openedUrls() const

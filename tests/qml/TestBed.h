@@ -39,6 +39,9 @@ public:
     Q_INVOKABLE void writeUndecodable(const QString &folder);
     /// Removes it, which the library's own clearing up cannot; tells whether there was one.
     Q_INVOKABLE bool removeUndecodable(const QString &folder);
+    /// Whether Qt lists the files of such a folder, and so its dialogs do: Qt 6.8 stops at a name that is no
+    /// text.
+    Q_INVOKABLE bool isListed(const QString &folder) const;
     /// Drags what is at these addresses to a place in the window, from outside, with the key for moving held;
     /// tells whether it would be taken.
     Q_INVOKABLE bool dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls);
@@ -77,6 +80,9 @@ public:
     Q_INVOKABLE QString spokenTexts(QObject *item) const;
     /// An address on the server, for texts that must not be fetched.
     Q_INVOKABLE QString address(const QString &path) const;
+    /// Whether Qt's own dialog for saving asks before it writes over a file: that of 6.8 does, that of 6.4
+    /// does not.
+    Q_INVOKABLE bool asksBeforeOverwriting() const;
     Q_INVOKABLE QStringList openedUrls() const;
     Q_INVOKABLE QString clipboardText() const;
 

@@ -56,6 +56,26 @@ TestCase {
         return find("field", find(name));
     }
 
+    function itemsIn(item: var, matches: var): var {
+        const own = item.visible && matches(item) ? [item] : [];
+        return Array.from(item.children).reduce((found, child) => found.concat(itemsIn(child, matches)), own);
+    }
+
+    // The button of that text in a dialog of Qt's own.
+    function button(text: string): var {
+        return itemsIn(window.overlayItem, item => item.clicked !== undefined && item.text === text)[0];
+    }
+
+    // Says that the file may be written over, where the dialog for saving asks.
+    function confirmOverwriting(): void {
+        if (!bed.asksBeforeOverwriting())
+            return;
+        tryVerify(() => button("Yes") !== undefined);
+        compare(app.status, "");
+        render();
+        mouseClick(button("Yes"));
+    }
+
     function type(text: string): void {
         for (const character of text)
             keyClick(character);

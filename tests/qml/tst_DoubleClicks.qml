@@ -206,6 +206,7 @@ ViewTest {
     }
 
     function test_rowBelowThePointer(data) {
+        window.width = 1100;
         window.height = 720;
         for (let i = 10; i < 30; ++i)
             bed.writeFile("rows/" + i + ".kvt", i);
@@ -215,12 +216,12 @@ ViewTest {
         const button = find(data.tag);
         const dialog = find(data.dialog);
         const rows = () => find("fileDialogListView", window.overlayItem);
-        const place = () => rows().mapFromItem(button, button.width - 20, button.height / 2);
+        const place = () => rows().mapFromItem(button, button.width - 2, button.height / 2);
         const rowThere = () => rows().itemAt(place().x, place().y + rows().contentY);
         mouseDoubleClickAround(button, () => {
             tryVerify(() => dialog.visible);
             tryVerify(rowThere);
-        }, button.width - 20, button.height / 2);
+        }, button.width - 2, button.height / 2);
         compare(app.status, "");
         verify(dialog.visible);
         // Nor is a click beside the dialog meant for it.
@@ -228,6 +229,8 @@ ViewTest {
         verify(dialog.visible);
         // A row takes its own.
         mouseDoubleClickSequence(rowThere());
+        if (data.dialog === "saveDialog")
+            confirmOverwriting();
         tryVerify(() => !dialog.visible);
         compare(app.statusOK, 1);
     }

@@ -80,9 +80,9 @@ DialogTest {
 
     function test_chosenByKeys_data() {
         return [
-            { tag: "first", keys: [Qt.Key_Down], chosen: "b.kvt", size: 33 },
-            { tag: "second", keys: [Qt.Key_Down, Qt.Key_Down, Qt.Key_Down, Qt.Key_Up], chosen: "inner" },
-            { tag: "third", keys: [Qt.Key_Down, Qt.Key_Down, Qt.Key_Down], chosen: "m.kvt", size: 34 }
+            { tag: "file", way: ["b.kvt"], size: 33 },
+            { tag: "back-to-folder", way: ["m.kvt", "inner"] },
+            { tag: "over-folder", way: ["inner", "m.kvt"], size: 34 }
         ];
     }
 
@@ -91,12 +91,11 @@ DialogTest {
         const dialog = openDialog("plain");
         keyClick(Qt.Key_Return);
         verify(dialog.visible);
-        for (const key of data.keys)
-            keyClick(key);
-        verifyMarked([data.chosen]);
+        for (const name of data.way)
+            moveTo(name);
         keyClick(Qt.Key_Return);
         if (data.size) {
-            verifyClosedWith(dialog, "plain/" + data.chosen, data.size);
+            verifyClosedWith(dialog, "plain/" + data.way.pop(), data.size);
             return;
         }
         row("first.kvt");

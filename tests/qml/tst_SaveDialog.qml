@@ -51,8 +51,11 @@ DialogTest {
     }
 
     function verifySaved(dialog: var, path: string): void {
+        const replaces = bed.fileExists(at(path));
         app.setStatus("", -1);
         mouseClick(button("Save"));
+        if (replaces)
+            confirmOverwriting();
         tryVerify(() => !dialog.visible);
         compare(app.status, "Saved.");
         compare(app.fileName, path.split("/").pop());
@@ -201,12 +204,10 @@ DialogTest {
         const dialog = openSaveDialog("plain");
         mouseClick(row("z.kvt"));
         tryCompare(nameField(), "text", "z.kvt");
-        keyClick(Qt.Key_Up);
-        tryCompare(nameField(), "text", "orig.kvt");
-        // Past the folder.
-        keyClick(Qt.Key_Up);
-        keyClick(Qt.Key_Up);
-        tryCompare(nameField(), "text", "a.kvt");
+        for (const name of ["orig.kvt", "a.kvt"]) {
+            moveTo(name);
+            tryCompare(nameField(), "text", name);
+        }
         verifySaved(dialog, "plain/a.kvt");
     }
 
@@ -420,7 +421,7 @@ DialogTest {
         }
         write("plain/aaa.kvt", 36);
         row("aaa.kvt");
-        tryVerify(() => rows().filter(item => item.highlighted).every(item => item.fileName === data.chosen));
+        tryVerify(() => rows().filter(item => item.highlighted).every(item => item.fileName === nameField().text));
         compare(nameField().text, data.chosen ?? "orig.kvt");
         verifySaved(dialog, data.saved);
         verifySize("plain/aaa.kvt", 36);

@@ -36,6 +36,14 @@ Dialogs.FolderBreadcrumbBar {
     // Whether the path's field is choosing.
     property bool takingPath: false
 
+    // What a file's name is a part of would be taken for markup.
+    function makePlain(item: Item): void {
+        for (const child of item.children)
+            makePlain(child);
+        if (item instanceof Text)
+            item.textFormat = Text.PlainText;
+    }
+
     function begin(): void {
         const answers = fileDialog?.Dialogs.FileDialogImpl.buttonBox ?? folderDialog.footer;
         accepting = answers.standardButton(DialogButtonBox.Open) ?? answers.standardButton(DialogButtonBox.Save);
@@ -57,7 +65,8 @@ Dialogs.FolderBreadcrumbBar {
     }
 
     function isRowChosen(): bool {
-        return String(list.currentItem?.file) === String(chosen());
+        // From Qt 6.8 on, the one address is encoded and the other is not.
+        return list.currentItem !== null && FilePaths.pathFromUrl(list.currentItem.file) === FilePaths.pathFromUrl(chosen());
     }
 
     // Mouse and keys choose the row that they mark, and a path chooses what it names. All other choices are
@@ -121,9 +130,13 @@ Dialogs.FolderBreadcrumbBar {
         remarking = false;
         if (isRowChosen())
             return;
+        const typing = nameField?.activeFocus === true;
         if (list.currentItem)
             list.currentItem.focus = false;
         list.currentIndex = -1;
+        // The dialog of Qt 6.11 hands it to the row that was current.
+        if (typing)
+            nameField.forceActiveFocus();
         correct();
     }
 
@@ -188,6 +201,7 @@ Dialogs.FolderBreadcrumbBar {
     }
 
     upButton: ToolButton {
+        objectName: "upButton"
         x: root.leftPadding
         y: root.topPadding
         width: height
@@ -215,6 +229,16 @@ Dialogs.FolderBreadcrumbBar {
         target: root.accepting
         property: "opacity"
         value: root.accepting?.enabled ? 1 : 0.45
+    }
+
+    Component.onCompleted: {
+        // From Qt 6.8 on, the one for folders shows its title in a window of its own only.
+        for (const sibling of parent.children)
+            sibling.visible = true;
+        // From Qt 6.8 on, the one for saving asks before it writes over a file.
+        const question = fileDialog?.Dialogs.FileDialogImpl.overwriteConfirmationDialog;
+        if (question)
+            makePlain(question.contentItem);
     }
 
     // Not by a press beside it, as that of a double click on what opened it may be.
