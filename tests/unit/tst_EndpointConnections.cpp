@@ -179,10 +179,10 @@ void TestEndpointConnections::plainAddressOnSecurePort()
     checkExactly(tried, expectedOutcome(tried, true, {}), {});
     // Joins every thread of the service: nothing can arrive any more.
     service.stop();
-    // What was sent in clear was sent once; a document is asked for again.
+    // What is closed without a byte is connected again, which only has to end: over the second connection
+    // nothing is posted, as tst_EndpointFaults counts.
     QVERIFY(service.connectionCount() > 0);
-    QVERIFY2(service.connectionCount() <= (tried.decoding == Decoding::Get ? 20 : 1),
-             qPrintable(QString::number(service.connectionCount())));
+    QVERIFY2(service.connectionCount() <= 20, qPrintable(QString::number(service.connectionCount())));
     if (!QTest::currentTestFailed())
         checkNextGoodOne(tried);
 }
