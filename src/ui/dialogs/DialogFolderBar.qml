@@ -38,7 +38,7 @@ Dialogs.FolderBreadcrumbBar {
 
     // What a file's name is a part of would be taken for markup.
     function makePlain(item: Item): void {
-        for (const child of item.children)
+        for (const child of Array.from(item.children))
             makePlain(child);
         if (item instanceof Text)
             item.textFormat = Text.PlainText;
@@ -233,7 +233,7 @@ Dialogs.FolderBreadcrumbBar {
 
     Component.onCompleted: {
         // From Qt 6.8 on, the one for folders shows its title in a window of its own only.
-        for (const sibling of parent.children)
+        for (const sibling of Array.from(parent.children))
             sibling.visible = true;
         // From Qt 6.8 on, the one for saving asks before it writes over a file.
         const question = fileDialog?.Dialogs.FileDialogImpl.overwriteConfirmationDialog;
