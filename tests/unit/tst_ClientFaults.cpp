@@ -26,6 +26,8 @@ enum class Expect
     Error,
     /// A transport error; the body may have arrived in part.
     ErrorMaybeBody,
+    /// The same of what was posted. A document may pass for whole: whether it does is a race in Qt.
+    ErrorIfPosted,
     /// No transport error; the body as written in the row.
     Body,
     /// A transport error beside the body as written in the row.
@@ -163,7 +165,7 @@ void TestClientFaults::answer_data()
 
     // Framing that is wrong.
     fault("chunk-size-garbage", withHeaders(chunked, "zz\r\nabc\r\n0\r\n\r\n"), Expect::Either);
-    fault("chunk-cut-short", withHeaders(chunked, "64\r\nonly this"), Expect::ErrorMaybeBody);
+    fault("chunk-cut-short", withHeaders(chunked, "64\r\nonly this"), Expect::ErrorIfPosted);
     fault("chunk-no-last", withHeaders(chunked, "3\r\nabc\r\n"), Expect::Either);
     fault("length-banana", withHeaders("Content-Length: banana\r\nConnection: close\r\n", "abc"),
           Expect::Either);
@@ -233,10 +235,12 @@ void TestClientFaults::answer()
     QCOMPARE(m_outcome->calls, 1);
 
     const bool failed = Expect(expect) != Expect::Body;
+    const bool failsByTransport = Expect(expect) == Expect::ErrorMaybeBody
+        || (Expect(expect) == Expect::ErrorIfPosted && isPost(Primitive(primitive)));
     if (Expect(expect) == Expect::Body || Expect(expect) == Expect::ErrorBody
         || Expect(expect) == Expect::Error) {
         checkOutcome(Primitive(primitive), failed, body, isObject);
-    } else if (Expect(expect) == Expect::ErrorMaybeBody && Primitive(primitive) != Primitive::KvtWorker) {
+    } else if (failsByTransport && Primitive(primitive) != Primitive::KvtWorker) {
         QVERIFY(!m_outcome->error.isEmpty());
         QCOMPARE(m_outcome->object, QJsonObject());
     } else {
