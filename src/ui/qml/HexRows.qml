@@ -61,7 +61,7 @@ Rectangle {
     function openMenuOnCurrentRow(): void {
         const row = hexModel.currentRow;
         show(row);
-        openMenu(row, grid.digitsX, (row + 1 - topRow) * rowHeight);
+        openMenu(row, byteGrid.digitsX, (row + 1 - topRow) * rowHeight);
         menu.currentIndex = 0;
     }
 
@@ -104,14 +104,14 @@ Rectangle {
     }
 
     HexGrid {
-        id: grid
+        id: byteGrid
         rowWidth: root.width
     }
 
     HexMarks {
         anchors.fill: parent
         hexModel: root.hexModel
-        grid: grid
+        grid: byteGrid
         topRow: root.topRow
         rowsInSight: root.rowsInSight
         rowHeight: root.rowHeight
@@ -133,7 +133,7 @@ Rectangle {
             digits: root.rowText(row, HexModel.HexRole)
             characters: root.rowText(row, HexModel.AsciiRole)
             current: row === root.hexModel.currentRow
-            grid: grid
+            grid: byteGrid
         }
     }
 

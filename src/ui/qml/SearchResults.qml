@@ -14,36 +14,36 @@ VOXCard {
     title: "Identifiers"
 
     SearchColumns {
-        id: columns
+        id: widths
         rowWidth: hits.rowWidth
     }
 
     Row {
-        spacing: columns.gap
-        Layout.leftMargin: columns.margin
+        spacing: widths.gap
+        Layout.leftMargin: widths.margin
 
         ListCaption {
             objectName: "headingFile"
             text: "File"
-            width: columns.file
+            width: widths.file
         }
 
         ListCaption {
             objectName: "headingOS"
             text: "OS"
-            width: columns.os
+            width: widths.os
         }
 
         ListCaption {
             objectName: "headingYear"
             text: "Year"
-            width: columns.year
+            width: widths.year
         }
 
         ListCaption {
             objectName: "headingMake"
             text: "Make"
-            width: columns.make
+            width: widths.make
         }
     }
 
@@ -57,7 +57,7 @@ VOXCard {
         Layout.fillHeight: true
 
         delegate: SearchHitRow {
-            columns: columns
+            columns: widths
             onClicked: {
                 hits.forceActiveFocus(Qt.MouseFocusReason);
                 hits.currentIndex = index;
@@ -68,7 +68,7 @@ VOXCard {
         Label {
             objectName: "searchEmptyLine"
             parent: hits
-            x: columns.margin
+            x: widths.margin
             y: 10
             visible: hits.count === 0
             text: root.appState.searchBusy ? "Scanning folder ..." : "No results yet."
