@@ -10,7 +10,9 @@ Loader {
     // Whether it is to be seen.
     property bool wanted: StackLayout.isCurrentItem
     // What Ctrl+F leads to, if anything.
-    readonly property Item searchField: item?.searchField ?? null
+    readonly property Item searchField: view?.searchField ?? null
+    // Without a type: of an object the linter would say that it has no such field.
+    readonly property var view: item
 
     // The file could not be loaded; the messages say why.
     signal failed

@@ -50,8 +50,14 @@ VOXList {
     Connections {
         target: root.appState
         function onSegmentsChanged(): void {
-            Qt.callLater(root.refresh); // qmllint disable type
+            lastTold.restart();
         }
+    }
+
+    Timer {
+        id: lastTold
+        interval: 0
+        onTriggered: root.refresh()
     }
 
     Label {
