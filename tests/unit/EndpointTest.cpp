@@ -97,7 +97,7 @@ const EndpointOperation &operationAt(int index)
     return endpointOperations()[static_cast<std::size_t>(index)];
 }
 
-const EndpointOperation &operationNamed(const QByteArray &name)
+const EndpointOperation &operationNamed(QByteArrayView name)
 {
     const auto all = endpointOperations();
     const auto found = std::find_if(all.begin(), all.end(), [&name](const EndpointOperation &operation) {

@@ -30,7 +30,7 @@ extern const QByteArray bareObjectTwice;
 EndpointOutcome expectedOutcome(const EndpointOperation &operation, bool failed, const QByteArray &body,
                                 int httpStatus = 200);
 const EndpointOperation &operationAt(int index);
-const EndpointOperation &operationNamed(const QByteArray &name);
+const EndpointOperation &operationNamed(QByteArrayView name);
 /// Whether everything is to meet every fault, as KVTEDITOR_EXHAUSTIVE=1 asks for; that takes minutes.
 bool isExhaustive();
 /// The operations that meet every fault: one for each way in which the client sends. What an operation makes
