@@ -2,6 +2,7 @@
 #include "SampleData.h"
 #include "support/FileSizeLimit.h"
 #include "support/TestMain.h"
+#include "support/Waiting.h"
 
 #include <QDir>
 #include <QFile>
@@ -471,7 +472,7 @@ void TestProgram::relativeServiceFileIsFound()
     m_environment.insert(QStringLiteral("KVTEDITOR_CLOSE_WHEN"), signal);
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM),
                                 {m_folder->filePath(QStringLiteral("truck.kvt"))}, folder, [&] {
-                                    QTRY_COMPARE_WITH_TIMEOUT(service.requestCount(worker), 1, patience);
+                                    WAIT_COMPARE(service.requestCount(worker), 1);
                                     makeFile(QStringLiteral("close-now"), {});
                                 });
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
@@ -495,7 +496,7 @@ void TestProgram::closesCleanlyWithARequestInFlight()
     m_environment.insert(QStringLiteral("KVTEDITOR_CLOSE_WHEN"), signal.fileName());
 
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {file.fileName()}, {}, [&] {
-        QTRY_COMPARE_WITH_TIMEOUT(service.heldCount(), 1, patience);
+        WAIT_COMPARE(service.heldCount(), 1);
         QVERIFY(signal.open(QIODevice::WriteOnly));
     });
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
@@ -518,10 +519,10 @@ void TestProgram::closesCleanlyDuringAnUpload()
     const QString file = m_folder->filePath(QStringLiteral("truck.kvt"));
     QTcpSocket *connection = nullptr;
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {file}, {}, [&] {
-        QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), patience);
+        WAIT_VERIFY(server.hasPendingConnections());
         connection = server.nextPendingConnection();
         connection->setReadBufferSize(4096);
-        QTRY_VERIFY_WITH_TIMEOUT(connection->peek(4096).contains("\r\n\r\n"), patience);
+        WAIT_VERIFY(connection->peek(4096).contains("\r\n\r\n"));
         makeFile(QStringLiteral("close-now"), {});
     });
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
@@ -530,9 +531,8 @@ void TestProgram::closesCleanlyDuringAnUpload()
     QVERIFY(connection);
     connection->setReadBufferSize(0);
     QByteArray received = connection->readAll();
-    QTRY_VERIFY_WITH_TIMEOUT(
-        (received += connection->readAll(), connection->state() == QAbstractSocket::UnconnectedState),
-        patience);
+    WAIT_VERIFY(
+        (received += connection->readAll(), connection->state() == QAbstractSocket::UnconnectedState));
     received += connection->readAll();
     QVERIFY(received.startsWith("POST /api/kvt_worker/process.aspx HTTP/1.1\r\n"));
     QVERIFY2(received.size() < size, "the upload was over before the window closed");
