@@ -191,6 +191,7 @@ ViewTest {
         const names = Array.from({ length: 2000 },
             (_, index) => "file:///far/away/" + "x".repeat(150) + index + ".kvt");
         app.tab = "sorter";
+        render();
         const field = inWindow(find("sorterFilesField"));
         verify(bed.drop(window, Qt.point(field.x + 20, field.y + 30), names));
         const list = find("sorterList");
