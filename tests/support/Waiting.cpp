@@ -4,6 +4,8 @@
 #include <QDeadlineTimer>
 #include <QTimer>
 
+#include <chrono>
+
 using namespace std::chrono_literals;
 
 bool waitUntil(const std::function<bool()> &condition)

@@ -5,13 +5,17 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QEventLoop>
 #include <QFile>
 #include <QNetworkAccessManager>
-#include <QSignalSpy>
+#include <QNetworkReply>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 
 using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -171,8 +175,21 @@ bool EndpointBench::resizeInputs(int size)
 bool EndpointBench::settle()
 {
     while (auto *const manager = m_state->findChild<QNetworkAccessManager *>()) {
-        QSignalSpy gone(manager, &QObject::destroyed);
-        if (!gone.wait(60'000))
+        QEventLoop loop;
+        QTimer patience;
+        patience.setSingleShot(true);
+        patience.setInterval(60s);
+        QObject::connect(&patience, &QTimer::timeout, &loop, &QEventLoop::quit);
+        QObject::connect(manager, &QObject::destroyed, &loop, &QEventLoop::quit);
+        // A large file takes longer than that on a busy machine, but not without progress.
+        const auto more = [&patience] { patience.start(); };
+        for (const QNetworkReply *const reply : manager->findChildren<QNetworkReply *>()) {
+            QObject::connect(reply, &QNetworkReply::uploadProgress, &patience, more);
+            QObject::connect(reply, &QNetworkReply::downloadProgress, &patience, more);
+        }
+        patience.start();
+        loop.exec();
+        if (!patience.isActive())
             return false;
     }
     return true;
