@@ -15,6 +15,8 @@ packages=(
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtquick
   qml6-module-qtquick-controls qml6-module-qtquick-dialogs qml6-module-qtquick-layouts
   qml6-module-qtquick-templates qml6-module-qtquick-window qml6-module-qt-labs-folderlistmodel
+  # make the manual
+  weasyprint python3-markdown
   # run time: TLS roots, window system plug-ins, fonts, the default handler of a desktop
   ca-certificates qt6-qpa-plugins fontconfig fonts-dejavu-core xdg-utils
   # native file dialogs, which choose several files at once, where the desktop is one of GTK's
@@ -31,7 +33,7 @@ else
     # a display for the tests that want a real window
     xvfb xauth openbox xdotool x11-utils
     # the accessibility bus, and a client that looks at the program through it
-    dbus at-spi2-core python3 python3-gi gir1.2-atspi-2.0
+    dbus at-spi2-core python3-gi gir1.2-atspi-2.0
     # the package: icons, and checks of its files; lintian and debootstrap test it in a clean system
     librsvg2-bin desktop-file-utils appstream shared-mime-info man-db libxml2-utils file lintian debootstrap
     # reads the manual's pages back

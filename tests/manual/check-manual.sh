@@ -40,11 +40,12 @@ for chapter in "$source"/*.md; do
   grep -qxF "${chapter##*/}" "$source/chapters.txt" || fail "${chapter##*/} is not in chapters.txt"
 done
 
-# Two jumps from the contents to each heading, by its title and by its page number, and no jump left undone.
-jumps=$(grep -a -c '^/S /GoTo' "$manual" || true)
-((jumps >= 2 * headings)) || fail "has $jumps inner link(s) for $headings heading(s)"
-undone=$(grep -a -c '/URI (#' "$manual" || true)
-((undone == 0)) || fail "has $undone link(s) that lead nowhere"
+# A jump from the contents to each heading, and each heading in the outline.
+marked=$(pdftohtml -xml -i -stdout "$manual")
+jumps=$(grep -cE '<a href="[^":]*#[0-9]+">(<b>)?[[:alnum:]]' <<<"$marked" || true)
+((jumps >= headings)) || fail "has $jumps inner link(s) for $headings heading(s)"
+entries=$(grep -c '^<item ' <<<"$marked" || true)
+((entries >= headings)) || fail "has $entries outline entries for $headings heading(s)"
 
 printf 'check-manual: %d page(s), %d heading(s), %d inner link(s)\n' "$pages" "$headings" "$jumps"
 ((failures == 0))
