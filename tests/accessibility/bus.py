@@ -100,10 +100,10 @@ class Program:
         return self.wait_for(lambda: self.find(role, name, *states, group=group),
                              f'the {role.value_nick} "{name}"')
 
-    def press(self, name, group=None):
+    def press(self, name, group=None, role=Role.PUSH_BUTTON):
         """Gives the keyboard to a button through the bus, and presses it there: the platform offers a press
         through the bus, but does nothing at it."""
-        self.focus(Role.PUSH_BUTTON, name, group)
+        self.focus(role, name, group)
         self.keys("key", "space")
 
     def focus(self, role, name, group=None):

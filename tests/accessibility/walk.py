@@ -32,8 +32,11 @@ class Walk:
         self.look(name, *expected_lists)
 
     def show(self, title):
-        self.program.press(title)
-        self.program.wait_for_node(Role.PUSH_BUTTON, title, State.SELECTED)
+        # Qt 6.4 calls every button a push button, whatever role its view gives it.
+        tab = self.program.wait_for(lambda: self.program.find(Role.PAGE_TAB, title)
+                                    or self.program.find(Role.PUSH_BUTTON, title), f'the tab "{title}"')
+        self.program.press(title, role=tab.role)
+        self.program.wait_for_node(tab.role, title, State.SELECTED)
 
     def look(self, name, *expected_lists, dialog=None):
         """Looks at all that is in sight, or at what is inside the dialog over it."""
