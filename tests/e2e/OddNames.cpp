@@ -7,8 +7,10 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QLibraryInfo>
 #include <QQuickItem>
 #include <QTimer>
+#include <QVersionNumber>
 
 #include <cstdio>
 #include <filesystem>
@@ -49,6 +51,9 @@ void openAndSave(const WindowDriver &window, const QString &name)
     window.click(QStringLiteral("saveFileButton"));
     window.item(QStringLiteral("fileNameTextField"));
     window.click(window.button(QStringLiteral("Save")));
+    // From Qt 6.8 on, the dialog asks before it writes over a file.
+    if (QLibraryInfo::version() >= QVersionNumber(6, 8))
+        window.click(window.button(QStringLiteral("Yes")));
     window.waitFor([&] { return window.app()->status() == QLatin1String("Saved."); },
                    QStringLiteral("the save"));
     check(files(folder) == QStringList{name}, files(folder).join(QLatin1Char('|')));

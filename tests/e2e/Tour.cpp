@@ -23,6 +23,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -121,7 +122,9 @@ int Tour::run()
                      m_window ? qPrintable(m_window->app()->status()) : "none");
         if (m_window && !m_pictures.isEmpty())
             m_window->savePicture(m_pictures + QStringLiteral("/failed.png"));
-        return 1;
+        // The window may be in the midst of anything, and must not keep the program from ending.
+        std::fflush(nullptr);
+        std::_Exit(1);
     }
     std::printf("tour: done, %d picture(s)\n", m_pictureCount);
     return 0;
