@@ -35,6 +35,3 @@ for preset in "${presets[@]}"; do
   ctest --preset "$preset"
   printf '\n%s: %d s so far\n' "$preset" "$SECONDS"
 done
-
-step "tests: release, everything before every fault"
-ctest --preset exhaustive
