@@ -28,7 +28,8 @@ class Console
 public:
     Console()
     {
-        m_file.open();
+        if (!m_file.open())
+            qFatal("There is no file to catch the output in.");
         std::fflush(nullptr);
         ::dup2(m_file.handle(), STDOUT_FILENO);
         ::dup2(m_file.handle(), STDERR_FILENO);
