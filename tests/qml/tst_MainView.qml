@@ -122,15 +122,7 @@ ViewTest {
         click("openFileButton");
         const dialog = find("openDialog");
         tryVerify(() => dialog.visible);
-        const bars = [];
-        const collect = item => {
-            for (let i = 0; i < item.children.length; ++i) {
-                if (item.children[i].upButton)
-                    bars.push(item.children[i]);
-                collect(item.children[i]);
-            }
-        };
-        collect(window.contentItem.parent);
+        const bars = itemsIn(window.overlayItem, item => item.upButton !== undefined);
         compare(bars.length, 1);
         compare(bars[0].background.color, VOXTheme.input);
         dialog.close();

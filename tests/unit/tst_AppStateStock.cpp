@@ -667,7 +667,8 @@ void TestAppStateStock::open_noTemporaryFolder_data()
     QTest::newRow("link-to-itself") << u"link-to-itself"_s << u"0 Too many levels of symbolic links"_s;
 }
 
-// Reported as an empty path, it must not stand for the root.
+// Reported as an empty path, it must not stand for the root. Qt 6.11 reports it as it is, and then one that
+// is merely gone is made again.
 void TestAppStateStock::open_noTemporaryFolder()
 {
     QFETCH(QString, folder);
@@ -681,6 +682,7 @@ void TestAppStateStock::open_noTemporaryFolder()
     QVERIFY(QFile::link(m_bed->inDir(u"link-to-itself"_s), m_bed->inDir(u"link-to-itself"_s)));
     const QStringList before = m_bed->filesEverywhere();
     QTemporaryDir current;
+    bool isMade = false;
     {
         const QByteArray temporaryFolder = qgetenv("TMPDIR");
         const QString workingFolder = QDir::currentPath();
@@ -690,12 +692,18 @@ void TestAppStateStock::open_noTemporaryFolder()
         });
         qputenv("TMPDIR", QFile::encodeName(m_bed->inDir(folder)));
         QVERIFY(QDir::setCurrent(current.path()));
+        isMade = folder == u"gone"_s && !QDir::tempPath().isEmpty();
         download(answerWith("bytes"), true);
     }
     // Taken away again, whatever comes of it.
     const bool wasInTheRoot = QFile::remove(u'/' + name);
     QVERIFY(!wasInTheRoot);
     QVERIFY(QDir(current.path()).isEmpty());
+    if (isMade) {
+        QCOMPARE(m_bed->state->fileName(), name);
+        QCOMPARE(contentOf(m_bed->inDir(folder + u'/' + name)), QByteArray("bytes"));
+        return;
+    }
     QCOMPARE(m_bed->filesEverywhere(), before);
     QCOMPARE(m_bed->announced, QStringList({status, u"tab"_s}));
     QCOMPARE(m_bed->state->tab(), u"main"_s);

@@ -86,13 +86,13 @@ FocusScope {
         }
 
         // False where there is no field to go to.
-        function move(by: int): bool {
-            const step = Math.sign(by);
+        function step(by: int): bool {
+            const direction = Math.sign(by);
             const wanted = Math.max(0, Math.min(currentIndex + by, count - 1));
-            let target = fieldFrom(wanted, step);
+            let target = fieldFrom(wanted, direction);
             if (target < 0)
-                target = fieldFrom(wanted, -step);
-            if (target < 0 || (target - currentIndex) * step <= 0)
+                target = fieldFrom(wanted, -direction);
+            if (target < 0 || (target - currentIndex) * direction <= 0)
                 return false;
             enter(target);
             return true;
@@ -110,7 +110,7 @@ FocusScope {
                 [Qt.Key_End]: count,
                 [Qt.Key_Home]: -count
             };
-            event.accepted = event.key in steps && move(steps[event.key]);
+            event.accepted = event.key in steps && step(steps[event.key]);
         }
 
         ScrollBar.vertical: VOXScrollBar {
