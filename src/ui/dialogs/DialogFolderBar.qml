@@ -241,6 +241,13 @@ Dialogs.FolderBreadcrumbBar {
             makePlain(question.contentItem);
     }
 
+    // Qt 6.4 and 6.8 let the user work on below a dialog that stands inside the window.
+    Binding {
+        target: root.dialog
+        property: "modal"
+        value: true
+    }
+
     // Not by a press beside it, as that of a double click on what opened it may be.
     Binding {
         target: root.dialog
