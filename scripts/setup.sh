@@ -26,8 +26,8 @@ if [[ ${1-} == run ]]; then
   shift
 else
   packages+=(
-    # the second compiler with its sanitizers, a fast linker, checks of the sources
-    clang libclang-rt-dev lld clang-format shellcheck git
+    # the second compiler, its sanitizers and what names their addresses, a fast linker, checks of the sources
+    clang libclang-rt-dev llvm lld clang-format shellcheck git
     # libraries and the QML module of the tests and benchmarks
     libx11-dev libbenchmark-dev qml6-module-qttest
     # a display for the tests that want a real window
