@@ -149,3 +149,16 @@ QString bareFileName(const QString &name)
     bare.replace(QChar::Null, QLatin1Char('_'));
     return bare == QLatin1String(".") || bare == QLatin1String("..") ? QString() : bare;
 }
+
+QString stockFileName(const QString &name)
+{
+    QString bare = bareFileName(name);
+    if (bare.isEmpty())
+        return QStringLiteral("stock.bin");
+    // Where the documents folder is the home folder, shells and desktops run hidden files at their start.
+    if (bare.startsWith(QLatin1Char('.')))
+        bare[0] = QLatin1Char('_');
+    if (bare.endsWith(QLatin1String(".desktop"), Qt::CaseInsensitive))
+        bare += QLatin1String(".bin");
+    return bare;
+}

@@ -232,6 +232,8 @@ public:
     Q_INVOKABLE void clearStock();
     /// Saves the file in the documents folder, or with `openKvt` opens it if it is a tune file.
     Q_INVOKABLE void stockDownload(int index, bool openKvt);
+    /// What a stock file of that name is saved as.
+    Q_INVOKABLE QString stockFileName(const QString &filename) const;
 
     // Tools and conversion options: AppStateTools.cpp
     QVariantList j1939Rows() const { return m_tools.j1939Rows; }

@@ -553,6 +553,25 @@ ViewTest {
         tryVerify(() => !tip.visible);
     }
 
+    function test_tipNamesTheFileThatWillBeWritten_data() {
+        return [
+            { tag: "start-up-file", filename: "../../x/.profile", saved: "_profile" },
+            { tag: "desktop-entry", filename: "tune.desktop", saved: "tune.desktop.bin" },
+            { tag: "folder", filename: "2015/truck.kvt", saved: "truck.kvt" },
+            { tag: "none", filename: "", saved: "stock.bin" }
+        ];
+    }
+
+    function test_tipNamesTheFileThatWillBeWritten(data) {
+        const list = fill([{ id: "1", filename: data.filename, make: "GMC", module: "PCM" }]);
+        const row = find("stockRow0");
+        compare(find("file", row).text, data.filename);
+        const tip = find("fullText", list);
+        mouseMove(row);
+        tryVerify(() => tip.visible);
+        compare(tip.contentItem.text, data.saved);
+    }
+
     function test_hostileTexts_data() {
         return [
             { tag: "picture", text: "<img src='" + bed.address("picture.png") + "'>" },

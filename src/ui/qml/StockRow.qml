@@ -10,7 +10,9 @@ VOXListRow {
     required property StockColumns columns
     property bool selected: false
 
+    readonly property AppState appState: app // qmllint disable unqualified
     readonly property string file: row.filename
+    readonly property string savedAs: appState.stockFileName(file)
     readonly property string makeOrYear: row.make !== "" ? row.make : row.year
     readonly property string module: row.module
     readonly property var cells: [fileText, makeText, moduleText]
@@ -29,7 +31,7 @@ VOXListRow {
     clickable: true
     color: selected ? VOXTheme.accent(0.18) : "transparent"
     shortened: cells.some(cell => cell.shortened)
-    fullText: cells.filter(cell => cell.shortened).map(cell => cell.whole).join("\n")
+    fullText: cells.filter(cell => cell.shortened).map(cell => cell.tip).join("\n")
 
     Accessible.name: file + ", make " + makeOrYear + ", module " + module
     Accessible.selected: selected
@@ -43,6 +45,7 @@ VOXListRow {
             id: fileText
             objectName: "file"
             whole: root.file
+            tip: root.savedAs
             text: root.shown(whole)
             elide: Text.ElideMiddle
             color: VOXTheme.text
@@ -68,7 +71,8 @@ VOXListRow {
 
     component Cell: Text {
         property string whole
-        readonly property bool shortened: truncated || text !== whole
+        property string tip: whole
+        readonly property bool shortened: truncated || text !== tip
 
         height: parent.height
         textFormat: Text.PlainText
