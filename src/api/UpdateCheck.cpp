@@ -3,6 +3,7 @@
 #include "api/JsonReading.h"
 
 #include <QStringList>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -20,6 +21,13 @@ bool isNewerVersion(const QString &latest, const QString &current)
     return false;
 }
 
+bool isWebAddress(const QString &link)
+{
+    const QUrl url(link, QUrl::TolerantMode);
+    return url.isValid() && !url.host().isEmpty()
+        && (url.scheme() == QLatin1String("https") || url.scheme() == QLatin1String("http"));
+}
+
 UpdateOutcome decodeUpdateAnswer(const QJsonObject &answer, const QString &current)
 {
     const QString latest = jsonString(answer, QStringLiteral("latest_version"));
@@ -28,7 +36,7 @@ UpdateOutcome decodeUpdateAnswer(const QJsonObject &answer, const QString &curre
         return {QStringLiteral("Update check: the server did not report a version."), 0, {}};
     if (!isNewerVersion(latest, current))
         return {QStringLiteral("You are running the latest version (%1).").arg(current), 1, {}};
-    if (link.isEmpty()) {
+    if (!isWebAddress(link)) {
         return {
             QStringLiteral("Update %1 is available but no download link was provided.").arg(latest), 0, {}};
     }

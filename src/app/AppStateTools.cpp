@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 
 #include "api/ServiceConfig.h"
+#include "api/UpdateCheck.h"
 #include "core/FileTools.h"
 #include "platform/ToolLauncher.h"
 #include "platform/WebToolWindow.h"
@@ -84,7 +85,8 @@ QString AppState::serviceUrl(const QString &path) const
 
 QString AppState::storeUrl() const
 {
-    return serviceConfig().storeUrl;
+    const QString address = serviceConfig().storeUrl;
+    return isWebAddress(address) ? address : QString();
 }
 
 void AppState::openWebTool(const QString &url, const QString &title)

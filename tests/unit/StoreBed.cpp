@@ -41,7 +41,9 @@ StoreBed::~StoreBed()
 void StoreBed::deployWithAuthFields(const QTemporaryDir &dir)
 {
     const QString path = dir.filePath(u"deployment.json"_s);
-    QVERIFY(makeFile(path, R"({"authFields":{"app_user":"tester","id":"TOPSECRET","zz_key":"TOPSECRET"}})"));
+    QVERIFY(makeFile(path,
+                     R"({"authFields":{"app_user":"tester","id":"TOPSECRET","zz_key":"TOPSECRET"},)"
+                     R"("storeUrl":"file:///etc/passwd"})"));
     qputenv("KVTEDITOR_SERVICE_CONFIG", QFile::encodeName(path));
     QCOMPARE(serviceConfig().authFields.size(), 3);
 }

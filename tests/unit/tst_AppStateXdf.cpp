@@ -1,4 +1,5 @@
 #include "StoreBed.h"
+#include "api/ServiceConfig.h"
 #include "support/FileSizeLimit.h"
 #include "support/Waiting.h"
 
@@ -74,6 +75,7 @@ private slots:
     void download_keepsTheBalance();
 
     void requestsShowNothingAtTheirStart();
+    void storeAddressOfAnotherKindCountsAsNone();
     void destroyedWithRequestsInFlight();
 
 private:
@@ -642,6 +644,12 @@ void TestAppStateXdf::requestsShowNothingAtTheirStart()
     WAIT_COMPARE(m_bed->server.completeRequestCount(), 4);
     QCOMPARE(m_bed->announced, QStringList());
     QVERIFY(!m_bed->state->busy());
+}
+
+void TestAppStateXdf::storeAddressOfAnotherKindCountsAsNone()
+{
+    QCOMPARE(serviceConfig().storeUrl, u"file:///etc/passwd"_s);
+    QCOMPARE(m_bed->state->storeUrl(), QString());
 }
 
 void TestAppStateXdf::destroyedWithRequestsInFlight()

@@ -99,6 +99,21 @@ void TestUpdateCheck::decode_data()
     QTest::newRow("newer-link-wrong-type")
         << answer(u"5.0"_s, QJsonObject()) << u"Update 5.0 is available but no download link was provided."_s
         << 0 << none;
+    for (const char *other :
+         {"file:///etc/passwd", "smb://host/share", "data:text/html,x", "javascript:alert(1)",
+          "ftp://downloads.example/", "--version", "-e", "/usr/bin/xterm", "~/.bashrc",
+          "downloads.example/kvt.zip", "//downloads.example/kvt.zip", "https:", "https://",
+          "https:///kvt.zip", "http:/kvt.zip", "kvt:https://downloads.example/", " "}) {
+        QTest::addRow("newer-link <%s>", other)
+            << answer(u"5.0"_s, QString::fromLatin1(other))
+            << u"Update 5.0 is available but no download link was provided."_s << 0 << none;
+    }
+    for (const char *web : {"http://downloads.example/", "HTTPS://downloads.example/kvt.zip",
+                            "https://downloads.example:8443/a b?c=d#e", "https://user@downloads.example/"}) {
+        QTest::addRow("newer-link <%s>", web)
+            << answer(u"5.0"_s, QString::fromLatin1(web))
+            << u"Version 5.0 is available. Opening the download..."_s << 1 << QString::fromLatin1(web);
+    }
     QTest::newRow("newer-with-placeholder-in-text")
         << answer(u"9.%1.%2"_s, link) << u"Version 9.%1.%2 is available. Opening the download..."_s << 1
         << link;

@@ -17,7 +17,11 @@ Item {
     }
 
     function openStore(): void {
-        Qt.openUrlExternally(appState.storeUrl());
+        const address = appState.storeUrl();
+        if (address === "")
+            appState.setStatus("There is no store address.", 0);
+        else
+            Qt.openUrlExternally(address);
     }
 
     objectName: "xdfView"
