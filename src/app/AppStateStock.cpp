@@ -81,20 +81,24 @@ void AppState::stockDownload(int index, bool openKvt)
                             });
 }
 
+QString AppState::stockFileName(const QString &filename) const
+{
+    return ::stockFileName(filename);
+}
+
 void AppState::finishStockDownload(const QByteArray &bytes, const QString &filename, bool open)
 {
-    const QString bare = bareFileName(filename);
-    const QString name = bare.isEmpty() ? QStringLiteral("stock.bin") : bare;
-    if (!open || !name.endsWith(QLatin1String(".kvt"), Qt::CaseInsensitive)) {
+    const QString name = stockFileName(filename);
+    if (!open || !bareFileName(filename).endsWith(QLatin1String(".kvt"), Qt::CaseInsensitive)) {
         if (!saveToDocuments(bytes, name).isEmpty())
             setStatus(QStringLiteral("Downloaded %1").arg(name), 1);
         return;
     }
     QString error;
     const QString path = temporaryPath(name, &error);
-    if (!path.isEmpty() && !FileTools::writeFile(path, bytes, &error))
+    if (!path.isEmpty() && !FileTools::writePrivateFile(path, bytes, &error))
         error = whyNotOpened(path, bytes, error);
-    if (error.isEmpty())
+    if (error.isEmpty() && FileTools::isOwnFile(path, &error))
         openKvt(path);
     else
         setStatus(error, 0);

@@ -32,22 +32,29 @@ Messages &messages()
 
 thread_local bool isWriting = false;
 
-// The temporary folder is everybody's: a pipe of that name would hold up the program's start, so nothing is
-// waited for, and only a regular file is written to.
+// The temporary folder is everybody's. A pipe of that name would hold up the program's start, so nothing is
+// waited for; a link would have another file written to, so none is followed; and only a regular file of the
+// user's own is written to, which nobody else may read.
 bool openLog(QFile &log)
 {
     constexpr QIODevice::OpenMode mode = QIODevice::Append | QIODevice::Text;
 #ifdef KVTEDITOR_PORTABLE_FILES
     const QFileInfo found(log);
-    return (!found.exists() || found.isFile()) && log.open(mode);
+    return !found.isSymLink() && (!found.exists() || found.isFile()) && log.open(mode)
+        && log.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 #else
     const QByteArray name = QFile::encodeName(log.fileName());
-    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    int file = ::open(name.constData(), flags, 0666);
+    constexpr int flags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW;
+    constexpr mode_t ownOnly = S_IRUSR | S_IWUSR;
+    int file = ::open(name.constData(), flags, ownOnly);
     while (file < 0 && errno == EINTR)
-        file = ::open(name.constData(), flags, 0666);
+        file = ::open(name.constData(), flags, ownOnly);
     struct stat status;
-    if (file >= 0 && (::fstat(file, &status) != 0 || !S_ISREG(status.st_mode))) {
+    const auto isOwn = [&] {
+        return ::fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == ::geteuid()
+            && ::fchmod(file, ownOnly) == 0;
+    };
+    if (file >= 0 && !isOwn()) {
         ::close(file);
         return false;
     }

@@ -15,33 +15,178 @@
 
 #ifndef KVTEDITOR_PORTABLE_FILES
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <fcntl.h>
 #include <future>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
 namespace {
 
-QByteArray refused(QString *error, const std::error_code &problem)
+// False, with the system's words for it.
+bool fail(QString *error, const std::error_code &problem)
 {
     setError(error, QString::fromLocal8Bit(problem.message().c_str()));
-    return {};
+    return false;
 }
 
-QByteArray refused(QString *error, std::errc problem)
+bool fail(QString *error, std::errc problem)
 {
-    return refused(error, std::make_error_code(problem));
+    return fail(error, std::make_error_code(problem));
+}
+
+void makeFolderOf(const QString &path)
+{
+    QDir(QString()).mkpath(QFileInfo(path).absolutePath());
+}
+
+bool writeWhole(QFile &file, const QByteArray &data, QString *error)
+{
+    if (file.write(data) == data.size())
+        return true;
+    setError(error, QStringLiteral("Short write."));
+    return false;
+}
+
+constexpr qint64 largestFile = std::numeric_limits<int>::max();
+// Unbuffered, so that a count of bytes is what reached the disk and not what reached a buffer.
+constexpr QIODevice::OpenMode writing = QIODevice::WriteOnly | QIODevice::Unbuffered;
+
+bool opened(QFile &file, bool isOpen, QString *error)
+{
+    if (!isOpen)
+        setError(error, file.errorString());
+    return isOpen;
 }
 
 #ifdef KVTEDITOR_PORTABLE_FILES
 
-QByteArray readAtOnce(QFile &file)
+bool openForWriting(QFile &file, QString *error)
 {
-    return file.readAll();
+    return opened(file, file.open(writing), error);
+}
+
+bool openOwn(QFile &file, QString *error)
+{
+    if (QFileInfo(file).isSymLink())
+        return fail(error, std::errc::too_many_symbolic_link_levels);
+    return openForWriting(file, error);
+}
+
+bool isOwn(const QString &path, QString *error)
+{
+    const QFileInfo found(path);
+    if (found.isSymLink())
+        return fail(error, std::errc::too_many_symbolic_link_levels);
+    return found.isFile() || fail(error, std::errc::no_such_file_or_directory);
+}
+
+QByteArray readRegular(const QString &path, QString *error)
+{
+    QFile file(path);
+    if (!opened(file, file.open(QIODevice::ReadOnly | QIODevice::Unbuffered), error))
+        return {};
+    QByteArray bytes;
+    // A read that fails after some bytes looks like the end of the file; only the next one tells.
+    bool isTooLarge = file.size() > largestFile;
+    for (QByteArray more("-"); !more.isEmpty() && !isTooLarge; isTooLarge = bytes.size() > largestFile) {
+        more = file.readAll();
+        bytes += more;
+    }
+    if (isTooLarge)
+        fail(error, std::errc::file_too_large);
+    return !isTooLarge && opened(file, file.error() == QFileDevice::NoError, error) ? bytes : QByteArray();
 }
 
 #else
+
+using Status = struct stat;
+
+std::error_code lastError()
+{
+    return {errno, std::generic_category()};
+}
+
+// Why a file is not taken, by what it is; none where it is.
+
+std::error_code notRegular(const Status &status)
+{
+    if (S_ISREG(status.st_mode))
+        return {};
+    return make_error_code(S_ISDIR(status.st_mode) ? std::errc::is_a_directory
+                                                   : std::errc::operation_not_supported);
+}
+
+std::error_code isPipe(const Status &status)
+{
+    return S_ISFIFO(status.st_mode) ? make_error_code(std::errc::operation_not_supported) : std::error_code();
+}
+
+// A second name of the file may have been given to it by somebody else, too.
+std::error_code notOwn(const Status &status)
+{
+    if (S_ISLNK(status.st_mode))
+        return make_error_code(std::errc::too_many_symbolic_link_levels);
+    if (status.st_uid != ::geteuid())
+        return make_error_code(std::errc::operation_not_permitted);
+    if (status.st_nlink > 1)
+        return make_error_code(std::errc::too_many_links);
+    return notRegular(status);
+}
+
+// A descriptor, or less than 0. Waits for nothing, whatever may have taken the file's place since it was
+// looked at, and looks at what was opened.
+int openUnless(std::error_code (*objection)(const Status &), const QString &path, int flags, QString *error,
+               mode_t rights = 0666)
+{
+    const QByteArray name = QFile::encodeName(path);
+    flags |= O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    int file = ::open(name.constData(), flags, rights);
+    while (file < 0 && errno == EINTR)
+        file = ::open(name.constData(), flags, rights);
+    Status status;
+    std::error_code problem = file < 0 || ::fstat(file, &status) != 0 ? lastError() : objection(status);
+    if (!problem)
+        return file;
+    fail(error, problem);
+    if (file >= 0)
+        ::close(file);
+    return -1;
+}
+
+bool take(QFile &file, int descriptor, QString *error)
+{
+    if (descriptor < 0)
+        return false;
+    if (file.open(descriptor, writing, QFileDevice::AutoCloseHandle))
+        return true;
+    ::close(descriptor);
+    return opened(file, false, error);
+}
+
+bool openForWriting(QFile &file, QString *error)
+{
+    return take(file, openUnless(isPipe, file.fileName(), O_WRONLY | O_CREAT | O_TRUNC, error), error);
+}
+
+// Emptied only once it is known whose it is.
+bool openOwn(QFile &file, QString *error)
+{
+    constexpr mode_t ownOnly = S_IRUSR | S_IWUSR;
+    const int found = openUnless(notOwn, file.fileName(), O_WRONLY | O_CREAT | O_NOFOLLOW, error, ownOnly);
+    return take(file, found, error) && opened(file, file.resize(0), error);
+}
+
+bool isOwn(const QString &path, QString *error)
+{
+    Status status;
+    const bool isThere = ::lstat(QFile::encodeName(path).constData(), &status) == 0;
+    const std::error_code problem = isThere ? notOwn(status) : lastError();
+    return !problem || fail(error, problem);
+}
 
 constexpr qint64 largeFile = 4 * 1024 * 1024;
 // Small enough to be still in the processor's cache when it is filled.
@@ -80,21 +225,53 @@ qint64 readPart(int file, char *to, qint64 size, qint64 from)
 }
 
 // Where a file lies in the system's cache, copying it and handing out the memory for it keeps one processor
-// busy, so two share that. What is missing is left to the next read, and so is telling why.
-QByteArray readAtOnce(QFile &file)
+// busy, so two share that.
+qint64 readHalves(int file, char *to, qint64 size)
 {
-    const qint64 size = file.size();
-    if (size < largeFile)
-        return file.readAll();
-    QByteArray bytes(size, Qt::Uninitialized);
     const qint64 half = size / 2;
-    char *const begin = bytes.data();
-    auto second = std::async(readPart, file.handle(), begin + half, size - half, half);
-    qint64 count = readPart(file.handle(), begin, half, 0);
+    auto second = std::async(readPart, file, to + half, size - half, half);
+    const qint64 count = readPart(file, to, half, 0);
     const qint64 secondCount = second.get();
-    if (count == half)
-        count += secondCount;
-    bytes.truncate(file.seek(count) ? count : 0);
+    return count == half ? count + secondCount : count;
+}
+
+// All of an open file, or nothing and the system's words for why not.
+QByteArray readWhole(int file, QString *error)
+{
+    // Not known of some files of the system's, which are read to their end all the same.
+    const qint64 size = std::max<qint64>(0, ::lseek(file, 0, SEEK_END));
+    bool isTooLarge = size > largestFile;
+    QByteArray bytes(isTooLarge ? 0 : size, Qt::Uninitialized);
+    bytes.truncate(size < largeFile ? readPart(file, bytes.data(), bytes.size(), 0)
+                                    : readHalves(file, bytes.data(), bytes.size()));
+    // A read that fails after some bytes looks like the end of the file; only the next one tells. Somebody
+    // may write on meanwhile, too, without an end.
+    QByteArray more(64 * 1024, Qt::Uninitialized);
+    ssize_t count = 1;
+    while (count != 0 && !isTooLarge) {
+        count = ::pread(file, more.data(), static_cast<size_t>(more.size()), bytes.size());
+        if (count < 0 && errno != EINTR) {
+            // Half a tune must never pass for a whole one.
+            fail(error, lastError());
+            return {};
+        }
+        bytes.append(more.constData(), std::max<ssize_t>(0, count));
+        isTooLarge = bytes.size() > largestFile;
+    }
+    if (isTooLarge) {
+        fail(error, std::errc::file_too_large);
+        return {};
+    }
+    return bytes;
+}
+
+QByteArray readRegular(const QString &path, QString *error)
+{
+    const int file = openUnless(notRegular, path, O_RDONLY, error);
+    if (file < 0)
+        return {};
+    const QByteArray bytes = readWhole(file, error);
+    ::close(file);
     return bytes;
 }
 
@@ -104,61 +281,42 @@ QByteArray readAtOnce(QFile &file)
 
 QByteArray FileTools::readFile(const QString &path, QString *error)
 {
-    // Asked before the open: opening a pipe that nobody writes to would never return.
+    // Asked before the open, too: to open a device may already be more than to look at it.
     std::error_code problem;
     const std::filesystem::file_status status = std::filesystem::status(systemPath(path), problem);
-    if (problem)
-        return refused(error, problem);
-    if (!is_regular_file(status))
-        return refused(error,
-                       is_directory(status) ? std::errc::is_a_directory : std::errc::operation_not_supported);
+    if (!problem && !is_regular_file(status)) {
+        problem = make_error_code(is_directory(status) ? std::errc::is_a_directory
+                                                       : std::errc::operation_not_supported);
+    }
+    if (problem) {
+        fail(error, problem);
+        return {};
+    }
 
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        setError(error, file.errorString());
-        return {};
-    }
-    if (file.size() > std::numeric_limits<int>::max())
-        return refused(error, std::errc::file_too_large);
-    QByteArray bytes = readAtOnce(file);
-    // A read that fails behind some bytes passes for the end of the file; only the next one tells.
-    for (QByteArray more = file.readAll(); !more.isEmpty(); more = file.readAll()) {
-        bytes += more;
-        // Somebody may write on meanwhile, without an end.
-        if (bytes.size() > std::numeric_limits<int>::max())
-            return refused(error, std::errc::file_too_large);
-    }
-    if (file.error() != QFileDevice::NoError) {
-        // Half a tune must never pass for a whole one.
-        setError(error, file.errorString());
-        return {};
-    }
-    return bytes;
+    return readRegular(path, error);
 }
 
 bool FileTools::writeFile(const QString &path, const QByteArray &data, QString *error)
 {
-    const QString folder = QFileInfo(path).absolutePath();
-    QDir(QString()).mkpath(folder);
-
-    // Opening a pipe that nobody reads from would never return.
+    makeFolderOf(path);
+    // Said in these words; the open would not wait for its reader either.
     std::error_code problem;
-    if (is_fifo(std::filesystem::status(systemPath(path), problem))) {
-        refused(error, std::errc::operation_not_supported);
-        return false;
-    }
-
-    // Unbuffered, so that the count below is what reached the disk and not what reached a buffer.
+    if (is_fifo(std::filesystem::status(systemPath(path), problem)))
+        return fail(error, std::errc::operation_not_supported);
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-        setError(error, file.errorString());
-        return false;
-    }
-    if (file.write(data) != data.size()) {
-        setError(error, QStringLiteral("Short write."));
-        return false;
-    }
-    return true;
+    return openForWriting(file, error) && writeWhole(file, data, error);
+}
+
+bool FileTools::writePrivateFile(const QString &path, const QByteArray &data, QString *error)
+{
+    makeFolderOf(path);
+    QFile file(path);
+    return openOwn(file, error) && writeWhole(file, data, error);
+}
+
+bool FileTools::isOwnFile(const QString &path, QString *error)
+{
+    return isOwn(path, error);
 }
 
 QString FileTools::documentsDir()

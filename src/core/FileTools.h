@@ -42,6 +42,13 @@ public:
     /// with "Short write." when fewer bytes than asked reached the file.
     static bool writeFile(const QString &path, const QByteArray &data, QString *error = nullptr);
 
+    /// Replaces a file for the user alone, in a folder that others may write to, as the temporary folder is.
+    /// As writeFile, but refused where a link or somebody else's file lies in its place.
+    static bool writePrivateFile(const QString &path, const QByteArray &data, QString *error = nullptr);
+
+    /// Whether a regular file of this user's own lies there, and no link; else with the system's error text.
+    static bool isOwnFile(const QString &path, QString *error = nullptr);
+
     /// The user's writable documents folder; it need not exist yet.
     static QString documentsDir();
 

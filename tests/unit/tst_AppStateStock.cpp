@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include <limits>
+#include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -75,6 +76,9 @@ private slots:
     void open_diskFull();
     void open_noTemporaryFolder_data();
     void open_noTemporaryFolder();
+    void open_refusesWhatIsNotTheUsersOwn_data();
+    void open_refusesWhatIsNotTheUsersOwn();
+    void open_isForTheUserAlone();
     void open_errorTextOpensNothing();
 
     void names_stayInTheirFolder_data();
@@ -337,7 +341,7 @@ void TestAppStateStock::download_savesAndShows_data()
     QTest::newRow("newline") << QByteArray(R"(a\nb.bin)") << true << u"a\nb.bin"_s;
     QTest::newRow("markup") << QByteArray("<b>R&D %1 #%20.bin") << true << u"<b>R&D %1 #%20.bin"_s;
     QTest::newRow("not-ascii") << QByteArray("\xc3\xa9.bin") << true << u"\u00e9.bin"_s;
-    QTest::newRow("hidden") << QByteArray(".bin") << true << u".bin"_s;
+    QTest::newRow("hidden") << QByteArray(".bin") << true << u"_bin"_s;
 }
 
 void TestAppStateStock::download_savesAndShows()
@@ -558,7 +562,7 @@ void TestAppStateStock::open_showsTheFileOnTheMainTab_data()
     QTest::newRow("small-letters") << QByteArray("tune.kvt") << u"tune.kvt"_s;
     QTest::newRow("capitals") << QByteArray("TUNE.KVT") << u"TUNE.KVT"_s;
     QTest::newRow("mixed") << QByteArray("Tune.Rev2.Kvt") << u"Tune.Rev2.Kvt"_s;
-    QTest::newRow("suffix-only") << QByteArray(".kvt") << u".kvt"_s;
+    QTest::newRow("suffix-only") << QByteArray(".kvt") << u"_kvt"_s;
     QTest::newRow("signs") << QByteArray(" R&D <b> #%20?.kvt") << u" R&D <b> #%20?.kvt"_s;
     QTest::newRow("newline") << QByteArray(R"(a\nb.kvt)") << u"a\nb.kvt"_s;
     QTest::newRow("not-ascii") << QByteArray("\xc3\xa9.kvt") << u"\u00e9.kvt"_s;
@@ -718,6 +722,58 @@ void TestAppStateStock::open_noTemporaryFolder()
     QCOMPARE(contentOf(inTemp(name)), QByteArray("bytes"));
 }
 
+void TestAppStateStock::open_refusesWhatIsNotTheUsersOwn_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("status");
+
+    QTest::newRow("link") << u"link"_s << QByteArray("other") << u"0 Too many levels of symbolic links"_s;
+    QTest::newRow("link-equal") << u"link"_s << QByteArray("bytes")
+                                << u"0 Too many levels of symbolic links"_s;
+    QTest::newRow("second-name") << u"second-name"_s << QByteArray("other") << u"0 Too many links"_s;
+    QTest::newRow("second-name-equal") << u"second-name"_s << QByteArray("bytes") << u"0 Too many links"_s;
+    QTest::newRow("stranger") << u"stranger"_s << QByteArray("other") << u"0 Operation not permitted"_s;
+    QTest::newRow("stranger-equal") << u"stranger"_s << QByteArray("bytes") << u"0 Operation not permitted"_s;
+}
+
+// Equal bytes are not enough: whoever owns the file may change it before it is read again.
+void TestAppStateStock::open_refusesWhatIsNotTheUsersOwn()
+{
+    QFETCH(QString, kind);
+    QFETCH(QByteArray, content);
+    QFETCH(QString, status);
+    if (kind == u"stranger"_s && ::geteuid() != 0)
+        QSKIP("Only root can give a file to another user.");
+    openTune(u"mine.kvt"_s);
+    listFile("a.kvt");
+    const QString other = m_bed->inDir(u"other"_s);
+    QVERIFY(makeFile(other, content));
+    if (kind == u"link"_s)
+        QVERIFY(QFile::link(other, inTemp(u"a.kvt"_s)));
+    else
+        QCOMPARE(
+            ::link(QFile::encodeName(other).constData(), QFile::encodeName(inTemp(u"a.kvt"_s)).constData()),
+            0);
+    if (kind == u"stranger"_s) {
+        constexpr uid_t nobody = 65534;
+        QVERIFY(QFile::remove(other));
+        QCOMPARE(::chown(QFile::encodeName(inTemp(u"a.kvt"_s)).constData(), nobody, nobody), 0);
+    }
+    QCOMPARE(download(answerWith("bytes"), true), 1);
+    QCOMPARE(m_bed->announced.constFirst(), status);
+    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(contentOf(inTemp(u"a.kvt"_s)), content);
+}
+
+void TestAppStateStock::open_isForTheUserAlone()
+{
+    listFile("a.kvt");
+    QCOMPARE(download(answerWith("bytes"), true), 2);
+    QCOMPARE(QFileInfo(inTemp(u"a.kvt"_s)).permissions() & (QFile::ReadGroup | QFile::ReadOther),
+             QFile::Permissions());
+}
+
 void TestAppStateStock::open_errorTextOpensNothing()
 {
     openTune(u"mine.kvt"_s);
@@ -760,7 +816,15 @@ void TestAppStateStock::names_stayInTheirFolder_data()
     row("slash", "/", u"stock.bin"_s);
     row("nul", R"(..\u0000/x.kvt)", u"x.kvt"_s);
     row("nul-ends-the-name", R"(../x.kvt\u0000)", u"x.kvt_"_s);
-    row("nul-after-two-dots", R"(..\u0000)", u".._"_s);
+    row("nul-after-two-dots", R"(..\u0000)", u"_._"_s);
+    row("start-up-file", ".bashrc", u"_bashrc"_s);
+    row("start-up-file-elsewhere", "../../x/.profile", u"_profile"_s);
+    row("hidden-tune", ".x.kvt", u"_x.kvt"_s);
+    row("hidden-twice", "..x.bin", u"_.x.bin"_s);
+    row("desktop-entry", "tune.desktop", u"tune.desktop.bin"_s);
+    row("desktop-entry-in-capitals", "TUNE.DeskTop", u"TUNE.DeskTop.bin"_s);
+    row("hidden-desktop-entry", ".desktop", u"_desktop"_s);
+    row("desktop-in-the-midst", "desktop.bin", u"desktop.bin"_s);
     row("newline", R"(../a\nb.kvt)", u"a\nb.kvt"_s);
     row("newline-bin", R"(../a\nb.bin)", u"a\nb.bin"_s);
 }

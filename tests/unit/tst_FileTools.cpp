@@ -8,9 +8,12 @@
 #include <QTest>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <future>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -18,6 +21,7 @@
 #include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -33,6 +37,11 @@ bool makeFile(const QString &path, const QByteArray &content)
 {
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+bool giveSecondName(const QByteArray &path, const QByteArray &second)
+{
+    return ::link(path.constData(), second.constData()) == 0;
 }
 
 QByteArray everyByte()
@@ -63,6 +72,7 @@ private slots:
     void readFile_callsOnlyAFolderOne();
     void readFile_failsWhenTheFirstByteCannotBeRead();
     void readFile_refusesSocket();
+    void readFile_neverWaitsForAPipe();
     void readFile_refusesFileThatAnIntCannotCount();
     void readFile_followsLinkToFile();
     void readFile_resolvesRelativePathAgainstWorkingFolder();
@@ -87,6 +97,10 @@ private slots:
     void oddNames_data();
     void oddNames();
     void nameThatIsNotUtf8IsRefusedNotMistaken();
+
+    void writePrivateFile_isForTheUserAlone();
+    void writePrivateFile_refuses_data();
+    void writePrivateFile_refuses();
 
     void documentsDir_isInHomeAndNotCreated();
     void documentsDir_followsUserDirs();
@@ -213,6 +227,45 @@ void TestFileTools::readFile_refusesSocket()
     QCOMPARE(FileTools::readFile(inDir(u"socket"_s), &error), QByteArray());
     QVERIFY(!error.isEmpty());
     ::close(descriptor);
+}
+
+// A pipe that takes the file's place between a look at it and the open would never be opened.
+void TestFileTools::readFile_neverWaitsForAPipe()
+{
+#ifdef KVTEDITOR_PORTABLE_FILES
+    QSKIP("Qt's classes open what they find.");
+#endif
+    const QByteArray path = QFile::encodeName(inDir(u"swapped"_s));
+    const QByteArray file = QFile::encodeName(inDir(u"swapped-file"_s));
+    const QByteArray pipe = QFile::encodeName(inDir(u"swapped-pipe"_s));
+    QVERIFY(makeFile(inDir(u"swapped-file"_s), "bytes") && makeFile(inDir(u"swapped"_s), "bytes"));
+    QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
+    std::atomic<bool> isDone = false;
+    auto swaps = std::async(std::launch::async, [&] {
+        const QByteArray next = path + "-next";
+        while (!isDone) {
+            for (const QByteArray &kind : {pipe, file}) {
+                if (giveSecondName(kind, next))
+                    ::rename(next.constData(), path.constData());
+            }
+        }
+    });
+    auto reads = std::async(std::launch::async, [&] {
+        int wrong = 0;
+        for (int i = 0; i < 20'000; ++i) {
+            const QByteArray bytes = FileTools::readFile(QFile::decodeName(path));
+            wrong += bytes.isEmpty() || bytes == "bytes" ? 0 : 1;
+        }
+        return wrong;
+    });
+    const bool hasEnded = reads.wait_for(60s) == std::future_status::ready;
+    isDone = true;
+    swaps.get();
+    // Whoever waits for the pipe is let go.
+    while (reads.wait_for(0s) != std::future_status::ready)
+        ::close(::open(pipe.constData(), O_RDWR | O_NONBLOCK));
+    QVERIFY2(hasEnded, "the read waits for a pipe");
+    QCOMPARE(reads.get(), 0);
 }
 
 void TestFileTools::readFile_refusesFileThatAnIntCannotCount()
@@ -465,6 +518,58 @@ void TestFileTools::nameThatIsNotUtf8IsRefusedNotMistaken()
     QCOMPARE(bytes, QByteArray());
     QVERIFY(!error.isEmpty());
     QCOMPARE(::unlink(native.constData()), 0);
+}
+
+void TestFileTools::writePrivateFile_isForTheUserAlone()
+{
+    const QString path = inDir(u"private/new"_s);
+    QVERIFY(FileTools::writePrivateFile(path, "longer than the next"));
+    QVERIFY(FileTools::writePrivateFile(path, "bytes"));
+    QCOMPARE(contentOf(path), QByteArray("bytes"));
+    QVERIFY(FileTools::isOwnFile(path));
+#ifndef KVTEDITOR_PORTABLE_FILES
+    QCOMPARE(QFileInfo(path).permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+#endif
+}
+
+void TestFileTools::writePrivateFile_refuses_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QString>("error");
+
+    const auto make = [this](const QString &name, const QString &kind) {
+        const QString path = inDir(name);
+        QFile::remove(path);
+        const QByteArray encoded = QFile::encodeName(path);
+        makeFile(inDir(u"kept"_s), "kept");
+        if (kind == u"link"_s)
+            QFile::link(inDir(u"kept"_s), path);
+        else if (kind == u"second-name"_s)
+            giveSecondName(QFile::encodeName(inDir(u"kept"_s)), encoded);
+        else if (kind == u"pipe"_s)
+            ::mkfifo(encoded.constData(), 0600);
+        else if (kind == u"folder"_s)
+            QDir().mkpath(path);
+        return path;
+    };
+    QTest::newRow("link") << make(u"own-link"_s, u"link"_s) << u"Too many levels of symbolic links"_s;
+#ifndef KVTEDITOR_PORTABLE_FILES
+    QTest::newRow("second-name") << make(u"own-second"_s, u"second-name"_s) << u"Too many links"_s;
+    QTest::newRow("pipe") << make(u"own-pipe"_s, u"pipe"_s) << u"No such device or address"_s;
+#endif
+    QTest::newRow("folder") << make(u"own-folder"_s, u"folder"_s) << u"Is a directory"_s;
+}
+
+void TestFileTools::writePrivateFile_refuses()
+{
+    QFETCH(QString, path);
+    QFETCH(QString, error);
+    QString said;
+    QVERIFY(!FileTools::writePrivateFile(path, "lost", &said));
+    QCOMPARE(said, error);
+    QVERIFY(!FileTools::isOwnFile(path, &said));
+    QVERIFY(!said.isEmpty());
+    QCOMPARE(contentOf(inDir(u"kept"_s)), QByteArray("kept"));
 }
 
 void TestFileTools::documentsDir_isInHomeAndNotCreated()

@@ -147,7 +147,9 @@ private slots:
     void logWithoutRightsIsPassedOver();
     void logThatIsNoFileIsPassedOver_data();
     void logThatIsNoFileIsPassedOver();
-    void logBehindALinkIsAppendedTo();
+    void logBehindALinkIsPassedOver();
+    void logOfAnotherUserIsPassedOver();
+    void logIsForTheUserAlone();
     void fullDiskIsPassedOver();
     void loadFailureText_data();
     void loadFailureText();
@@ -435,7 +437,8 @@ void TestMessageLog::logThatIsNoFileIsPassedOver()
     QCOMPARE(logContent(), QByteArray("main: start\n"));
 }
 
-void TestMessageLog::logBehindALinkIsAppendedTo()
+// Anybody may have put it there, to have one of the user's own files written to.
+void TestMessageLog::logBehindALinkIsPassedOver()
 {
     QTemporaryDir elsewhere;
     QFile target(elsewhere.filePath(u"log"_s));
@@ -445,7 +448,32 @@ void TestMessageLog::logBehindALinkIsAppendedTo()
     logLine("main: start");
     QVERIFY(QFileInfo(logPath()).isSymLink());
     QVERIFY(target.open(QIODevice::ReadOnly));
-    QCOMPARE(target.readAll(), QByteArray("earlier\nmain: start\n"));
+    QCOMPARE(target.readAll(), QByteArray("earlier\n"));
+}
+
+void TestMessageLog::logOfAnotherUserIsPassedOver()
+{
+#ifdef KVTEDITOR_PORTABLE_FILES
+    QSKIP("Qt's classes open a file without asking whose it is.");
+#endif
+    if (::geteuid() != 0)
+        QSKIP("Only root can give a file to another user.");
+    constexpr uid_t nobody = 65534;
+    logLine("main: start");
+    QCOMPARE(::chown(QFile::encodeName(logPath()).constData(), nobody, nobody), 0);
+    logLine("main: event loop");
+    QCOMPARE(logContent(), QByteArray("main: start\n"));
+}
+
+void TestMessageLog::logIsForTheUserAlone()
+{
+    constexpr auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+    logLine("main: start");
+    QCOMPARE(QFileInfo(logPath()).permissions() & others, QFile::Permissions());
+    // One that an earlier version left.
+    QVERIFY(QFile::setPermissions(logPath(), QFile::ReadOwner | QFile::WriteOwner | others));
+    logLine("main: start");
+    QCOMPARE(QFileInfo(logPath()).permissions() & others, QFile::Permissions());
 }
 
 void TestMessageLog::fullDiskIsPassedOver()
