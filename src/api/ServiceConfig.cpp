@@ -2,6 +2,7 @@
 
 #include "core/ErrorText.h"
 #include "core/FileTools.h"
+#include "core/SystemPath.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -13,6 +14,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <system_error>
 
 namespace {
 
@@ -30,10 +32,24 @@ bool isLoopback(const QString &host)
 // Tune files and passwords travel to this address, so nothing in between may read along.
 bool isSafeBase(const QUrl &url)
 {
-    if (!url.isValid() || url.host().isEmpty() || url.hasQuery() || url.hasFragment())
-        return false;
-    return url.scheme() == QLatin1String("https")
-        || (url.scheme() == QLatin1String("http") && isLoopback(url.host()));
+    return url.isValid() && !url.host().isEmpty()
+        && (url.scheme() == QLatin1String("https")
+            || (url.scheme() == QLatin1String("http") && isLoopback(url.host())));
+}
+
+// The address is shown and joined with paths.
+bool isMoreThanAPlace(const QUrl &url)
+{
+    return !url.userInfo().isEmpty() || url.hasQuery() || url.hasFragment();
+}
+
+QString objectionToBase(const QUrl &url)
+{
+    if (!isSafeBase(url))
+        return QStringLiteral("\"apiBase\" is neither HTTPS nor HTTP on a loopback address");
+    if (isMoreThanAPlace(url))
+        return QStringLiteral("\"apiBase\" holds user information, a query or a fragment");
+    return {};
 }
 
 bool isTextMap(const QJsonValue &value)
@@ -55,9 +71,16 @@ QString objection(const QString &key, const QJsonValue &value)
         return QStringLiteral("the key \"%1\" is unknown").arg(key);
     if (!value.isString())
         return QStringLiteral("\"%1\" is no text").arg(key);
-    if (key == apiBaseKey && !isSafeBase(QUrl(value.toString(), QUrl::StrictMode)))
-        return QStringLiteral("\"apiBase\" is neither HTTPS nor HTTP on a loopback address");
-    return {};
+    return key == apiBaseKey ? objectionToBase(QUrl(value.toString(), QUrl::StrictMode)) : QString();
+}
+
+ServiceConfig noService(const QString &path, const QString &reason)
+{
+    ServiceConfig config;
+    config.refusal = QStringLiteral("Service configuration %1 is not used: %2")
+                         .arg(QDir::toNativeSeparators(path), reason);
+    qWarning("%s", qUtf8Printable(config.refusal));
+    return config;
 }
 
 QString withSlash(const QString &url)
@@ -107,23 +130,28 @@ std::optional<ServiceConfig> parseServiceConfig(const QByteArray &json, const Se
 
 ServiceConfig loadServiceConfig(const QString &environmentFile, const QString &programDir)
 {
-    const ServiceConfig defaults = builtInServiceConfig();
     QString path = environmentFile;
     if (path.isEmpty()) {
         path = QDir(programDir).filePath(QStringLiteral("service.json"));
-        if (!QFileInfo::exists(path))
-            return defaults;
+        std::error_code problem;
+        if (std::filesystem::status(systemPath(path), problem).type()
+            == std::filesystem::file_type::not_found)
+            return builtInServiceConfig();
     }
     QString error;
     const QByteArray json = FileTools::readFile(path, &error);
-    std::optional<ServiceConfig> config;
-    if (error.isEmpty())
-        config = parseServiceConfig(json, defaults, &error);
-    if (!config) {
-        qWarning("Service configuration %s is not used: %s", qUtf8Printable(QDir::toNativeSeparators(path)),
-                 qUtf8Printable(error));
+    if (!error.isEmpty())
+        return noService(path, error);
+    std::optional<ServiceConfig> config = parseServiceConfig(json, builtInServiceConfig(), &error);
+    if (!config)
+        return noService(path, error);
+    if (!config->authFields.isEmpty() && QFileInfo(path).permission(QFileDevice::ReadOther)) {
+        config->warning =
+            QStringLiteral("Service configuration %1 holds \"authFields\" and can be read by everybody.")
+                .arg(QDir::toNativeSeparators(path));
+        qWarning("%s", qUtf8Printable(config->warning));
     }
-    return config.value_or(defaults);
+    return *config;
 }
 
 const ServiceConfig &serviceConfig()

@@ -14,7 +14,9 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <memory>
 #include <optional>
+#include <system_error>
 
 namespace {
 
@@ -166,6 +168,7 @@ WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &obj
 VoxApiClient::VoxApiClient(QObject *parent)
     : QObject(parent)
     , m_apiBase(serviceConfig().apiBase)
+    , m_refusal(serviceConfig().refusal)
 {
 }
 
@@ -188,6 +191,8 @@ void VoxApiClient::postJson(const QString &path, const QJsonObject &object, Json
 
 void VoxApiClient::postJsonText(const QString &path, const QList<QByteArray> &pieces, JsonCallback callback)
 {
+    if (refused([callback](const QString &reason) { callback({}, reason); }))
+        return;
     QNetworkRequest request = requestTo(url(path));
     request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json; charset=utf-8"));
     auto *const manager = newManager();
@@ -208,6 +213,8 @@ void VoxApiClient::postJsonText(const QString &path, const QList<QByteArray> &pi
 
 void VoxApiClient::getJson(const QString &path, JsonCallback callback)
 {
+    if (refused([callback](const QString &reason) { callback({}, reason); }))
+        return;
     auto *const manager = newManager();
     handOver(
         manager->get(uncachedRequestTo(url(path))), manager,
@@ -219,6 +226,8 @@ void VoxApiClient::getJson(const QString &path, JsonCallback callback)
 void VoxApiClient::postMultipart(const QString &path, const QVariantMap &fields,
                                  const QList<WorkerFile> &files, BytesCallback callback)
 {
+    if (refused([callback](const QString &reason) { callback({}, {}, reason); }))
+        return;
     Form form;
     for (auto it = fields.begin(); it != fields.end(); ++it)
         form.addField(it.key(), it.value().toString().toUtf8());
@@ -237,6 +246,8 @@ void VoxApiClient::postMultipart(const QString &path, const QVariantMap &fields,
 
 void VoxApiClient::downloadFile(const QString &url, BytesCallback callback)
 {
+    if (refused([callback](const QString &reason) { callback({}, {}, reason); }))
+        return;
     QNetworkRequest request = uncachedRequestTo(url);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
     auto *const manager = newManager();
@@ -350,6 +361,15 @@ void VoxApiClient::checkUpdate(JsonCallback callback)
     getJson(QStringLiteral("updates/kvteditornew/update.json"), std::move(callback));
 }
 
+bool VoxApiClient::refused(const std::function<void(const QString &)> &end)
+{
+    if (m_refusal.isEmpty())
+        return false;
+    QMetaObject::invokeMethod(
+        this, [end, reason = m_refusal] { end(reason); }, Qt::QueuedConnection);
+    return true;
+}
+
 QNetworkAccessManager *VoxApiClient::newManager()
 {
     return new QNetworkAccessManager(this);
@@ -358,15 +378,27 @@ QNetworkAccessManager *VoxApiClient::newManager()
 // The manager belongs to the client and the reply to the manager; both go once the answer was handed over.
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
-    connect(reply, &QNetworkReply::finished, this, [reply, manager, finished = std::move(finished)] {
-        const QByteArray body = reply->readAll();
-        const QPointer<QNetworkAccessManager> kept(manager);
-        finished(reply, body, errorText(reply));
-        // A callback may destroy the client, and both with it.
-        if (!kept)
+    // Whatever length was announced: the memory would be filled by what really comes.
+    const auto isTooLong = std::make_shared<bool>(false);
+    connect(reply, &QNetworkReply::readyRead, this, [reply, isTooLong, most = m_largestAnswer] {
+        if (reply->bytesAvailable() <= most)
             return;
-        reply->deleteLater();
-        manager->deleteLater();
+        *isTooLong = true;
+        reply->abort();
     });
+    connect(
+        reply, &QNetworkReply::finished, this, [reply, manager, isTooLong, finished = std::move(finished)] {
+            const QPointer<QNetworkAccessManager> kept(manager);
+            if (*isTooLong)
+                finished(reply, {},
+                         QString::fromStdString(std::make_error_code(std::errc::file_too_large).message()));
+            else
+                finished(reply, reply->readAll(), errorText(reply));
+            // A callback may destroy the client, and both with it.
+            if (!kept)
+                return;
+            reply->deleteLater();
+            manager->deleteLater();
+        });
     emit requestSent(reply);
 }

@@ -8,6 +8,7 @@
 #include <QVariantMap>
 
 #include <functional>
+#include <limits>
 #include <utility>
 
 class QNetworkAccessManager;
@@ -57,6 +58,11 @@ public:
 
     /// A missing "/" at the end is added; nothing else is changed or checked.
     void setApiBase(const QString &base);
+    /// From now on every request ends at once with `reason`, and none is sent.
+    void refuseAll(const QString &reason) { m_refusal = reason; }
+    /// An answer ends with an error once it is longer, in bytes; what came of it is dropped. An int's range
+    /// at first.
+    void setLargestAnswer(qint64 size) { m_largestAnswer = size; }
     /// The absolute URL of a path below the API base; one leading "/" of `path` is dropped.
     QString url(const QString &path) const;
 
@@ -103,6 +109,10 @@ private:
     void postJsonText(const QString &path, const QList<QByteArray> &pieces, JsonCallback callback);
     void handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished);
     QNetworkAccessManager *newManager();
+    /// False where requests are sent; else `end` gets the reason once the event loop runs.
+    bool refused(const std::function<void(const QString &)> &end);
 
     QString m_apiBase;
+    QString m_refusal;
+    qint64 m_largestAnswer = std::numeric_limits<int>::max();
 };

@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 
+#include "api/ServiceConfig.h"
 #include "app/ScanLink.h"
 #include "core/FileTools.h"
 #include "core/Version.h"
@@ -16,6 +17,8 @@ AppState::AppState(QObject *parent)
     , m_hexModel(new HexModel(this))
     , m_transfers(new TransferMeter(this))
 {
+    if (const QString &refusal = serviceConfig().refusal; !refusal.isEmpty())
+        setStatus(refusal, 0);
     connect(m_client, &VoxApiClient::requestSent, m_transfers, &TransferMeter::watch);
     m_search.link = std::make_shared<ScanLink>();
     m_search.link->owner = this;

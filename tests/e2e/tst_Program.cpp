@@ -18,12 +18,14 @@
 #include <QTcpSocket>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -78,7 +80,9 @@ private slots:
     void closesCleanlyDuringAnUpload();
     void closesCleanlyWithTheFileDialogOpen();
     void closesCleanlyDuringAScan();
-    void wrongServiceFileIsReportedAndPassedOver();
+    void wrongServiceFileMeansNoService();
+    void leavesNoCoreDump_data();
+    void leavesNoCoreDump();
 
 private:
     Outcome run(const QString &program, const QStringList &arguments, const QString &workingFolder = {},
@@ -571,20 +575,44 @@ void TestProgram::closesCleanlyDuringAScan()
     QCOMPARE(logLines(), milestones);
 }
 
-void TestProgram::wrongServiceFileIsReportedAndPassedOver()
+void TestProgram::wrongServiceFileMeansNoService()
 {
-    QFile file(m_folder->filePath(QStringLiteral("service.json")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("{\"apiBase\": \"http://service.example/api/\"}");
-    file.close();
-    m_environment.insert(QStringLiteral("KVTEDITOR_SERVICE_CONFIG"), file.fileName());
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    makeFile(QStringLiteral("service.json"), "{\"apiBase\": \"http://service.example/api/\"}");
+    const QString path = m_folder->filePath(QStringLiteral("service.json"));
+    const QString refusal = QStringLiteral("Service configuration %1 is not used: "
+                                           "\"apiBase\" is neither HTTPS nor HTTP on a loopback address")
+                                .arg(path);
+    m_environment.insert(QStringLiteral("KVTEDITOR_SERVICE_CONFIG"), path);
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("refused"));
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     QCOMPARE(outcome.exitCode, 0);
-    QVERIFY2(outcome.errors.contains(file.fileName()), qPrintable(outcome.errors));
-    QVERIFY2(outcome.errors.contains(QLatin1String("neither HTTPS nor HTTP on a loopback address")),
-             qPrintable(outcome.errors));
-    QCOMPARE(logLines(), milestones);
+    QCOMPARE(outcome.errors, refusal + QLatin1Char('\n'));
+    QCOMPARE(outcome.out, QStringLiteral("refused: %1\nopen: \n").arg(refusal));
+    QStringList lines = milestones;
+    lines.insert(2, refusal);
+    QCOMPARE(logLines(), lines);
+}
+
+void TestProgram::leavesNoCoreDump_data()
+{
+    QTest::addColumn<bool>("isDebugged");
+    QTest::newRow("usually") << false;
+    QTest::newRow("debugged") << true;
+}
+
+// Files, passwords and tokens are in the memory that it would hold.
+void TestProgram::leavesNoCoreDump()
+{
+    QFETCH(bool, isDebugged);
+    if (isDebugged)
+        m_environment.insert(QStringLiteral("KVTEDITOR_CORE_DUMPS"), QStringLiteral("1"));
+    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("cores"));
+    rlimit before = {};
+    QCOMPARE(::getrlimit(RLIMIT_CORE, &before), 0);
+    const rlim_t expected = isDebugged ? before.rlim_cur : std::min<rlim_t>(1, before.rlim_max);
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
+    QCOMPARE(outcome.exitCode, 0);
+    QCOMPARE(outcome.out, QStringLiteral("cores: %1\n").arg(expected));
 }
 
 KVTEDITOR_TEST_MAIN(TestProgram)

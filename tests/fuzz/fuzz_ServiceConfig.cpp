@@ -35,6 +35,7 @@ void expectSafe(const ServiceConfig &config)
 {
     const QUrl base(config.apiBase, QUrl::StrictMode);
     FUZZ_EXPECT(base.isValid() && !base.host().isEmpty() && config.apiBase.endsWith(QLatin1Char('/')));
+    FUZZ_EXPECT(base.userInfo().isEmpty());
     // What is joined to it stays on its host.
     const QUrl endpoint(config.apiBase + QStringLiteral("stock/list.aspx"));
     FUZZ_EXPECT(endpoint.host() == base.host() && endpoint.scheme() == base.scheme());
@@ -71,6 +72,7 @@ QStringList discreetReasons(const QJsonObject &object)
         QStringLiteral("\"storeUrl\" is no text"),
         QStringLiteral("\"placeholderEmail\" is no text"),
         QStringLiteral("\"apiBase\" is neither HTTPS nor HTTP on a loopback address"),
+        QStringLiteral("\"apiBase\" holds user information, a query or a fragment"),
     };
     const QStringList keys = object.keys();
     for (const QString &key : keys) {

@@ -95,6 +95,9 @@ private slots:
     void plainAddressOnSecurePort();
     void neverAnsweringServerNeverCallsBack();
     void endlessBodyKeepsTheLoopAlive();
+    void longAnswerIsGivenUp_data();
+    void longAnswerIsGivenUp();
+    void refusedClientSendsNothing();
     void authenticationRequestIsAnErrorWithoutLoop();
     void decompressionBombIsRefused();
     void erasedFlashIsUnpacked();
@@ -583,6 +586,62 @@ void TestClientFaults::endlessBodyKeepsTheLoopAlive()
     QCOMPARE(m_outcome->calls, 0);
     m_client.reset();
     QCOMPARE(m_outcome->calls, 0);
+}
+
+void TestClientFaults::longAnswerIsGivenUp_data()
+{
+    QTest::addColumn<int>("primitive");
+    QTest::addColumn<QByteArray>("head");
+    for (const auto &[primitive, name] : primitives) {
+        QTest::addRow("without-length-%s", name) << int(primitive) << QByteArray();
+        // A small one announced: that is all that is read.
+        QTest::addRow("large-length-%s", name)
+            << int(primitive) << QByteArray("Content-Length: 99999999999\r\n");
+    }
+}
+
+// What came of it is dropped, or it would pass for a whole file.
+void TestClientFaults::longAnswerIsGivenUp()
+{
+    QFETCH(int, primitive);
+    QFETCH(QByteArray, head);
+    RawAnswer endless{"HTTP/1.1 200 OK\r\nConnection: close\r\n" + head + "\r\nbytes"};
+    endless.endless = true;
+    m_server->answerNext(endless);
+    m_client->setLargestAnswer(1'000'000);
+    start(*m_client, Primitive(primitive), *m_outcome);
+    WAIT_COMPARE(m_outcome->calls, 1);
+    QCOMPARE(Primitive(primitive) == Primitive::KvtWorker ? m_outcome->worker.error : m_outcome->error,
+             u"File too large"_s);
+    QCOMPARE(m_outcome->bytes, QByteArray());
+    QCOMPARE(m_outcome->worker.data, QByteArray());
+    QCOMPARE(m_server->requestCount(), 1);
+
+    // As long as may be.
+    const QByteArray whole(1'000'000, 'x');
+    m_server->answerNext(answerWith(whole));
+    Outcome outcome;
+    start(*m_client, Primitive::DownloadFile, outcome);
+    WAIT_COMPARE(outcome.calls, 1);
+    QCOMPARE(outcome.error, QString());
+    QVERIFY(outcome.bytes == whole);
+}
+
+void TestClientFaults::refusedClientSendsNothing()
+{
+    m_client->refuseAll(u"There is no service."_s);
+    m_client->setApiBase(m_server->baseUrl());
+    for (const auto &[primitive, name] : primitives) {
+        Outcome outcome;
+        start(*m_client, primitive, outcome);
+        // As with every other request, not before the caller is done.
+        QCOMPARE(outcome.calls, 0);
+        WAIT_COMPARE(outcome.calls, 1);
+        QCOMPARE(primitive == Primitive::KvtWorker ? outcome.worker.error : outcome.error,
+                 u"There is no service."_s);
+        QCOMPARE(outcome.bytes, QByteArray());
+    }
+    QCOMPARE(m_server->connectionCount(), 0);
 }
 
 void TestClientFaults::authenticationRequestIsAnErrorWithoutLoop()
