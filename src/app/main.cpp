@@ -1,3 +1,4 @@
+#include "api/ServiceConfig.h"
 #include "app/AppState.h"
 #include "app/MessageLog.h"
 #include "core/HexModel.h"
@@ -21,11 +22,30 @@
 #include <QSslConfiguration>
 #include <QThreadPool>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
 
+#ifdef Q_OS_UNIX
+#include <sys/resource.h>
+#endif
+
 namespace {
+
+// Tune files, passwords and tokens are in memory, and would be in a core dump. A limit of one byte and not of
+// none, which the kernel passes over where it hands dumps to a program. To bar the process from being looked
+// at altogether would keep the desktop's portal from opening file dialogs for it.
+void leaveNoCoreDump()
+{
+#ifdef Q_OS_UNIX
+    rlimit limit = {};
+    if (!qEnvironmentVariableIsSet("KVTEDITOR_CORE_DUMPS") && ::getrlimit(RLIMIT_CORE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max = std::min<rlim_t>(1, limit.rlim_max);
+        ::setrlimit(RLIMIT_CORE, &limit);
+    }
+#endif
+}
 
 void nameApplication()
 {
@@ -193,6 +213,7 @@ int main(int argc, char **argv)
         return EXIT_SUCCESS;
     }
 
+    leaveNoCoreDump();
     logLine("main: start");
     QApplication app(argc, argv);
     nameApplication();
@@ -206,6 +227,11 @@ int main(int argc, char **argv)
     const QString file = fileFromCommandLine();
     logLine("main: constructing AppState");
     AppState state;
+    // Said before the log took the messages.
+    for (const QString &remark : {serviceConfig().refusal, serviceConfig().warning}) {
+        if (!remark.isEmpty())
+            logLine(remark.toUtf8());
+    }
 #ifdef Q_OS_UNIX
     // Paths that come from file dialogs have lost their leading slash; from here they resolve all the same.
     // Not earlier: the controller has just read its service file, whose name may be relative.

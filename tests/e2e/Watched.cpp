@@ -4,6 +4,7 @@
 //           KVTEDITOR_CLOSE_WHEN names exists (at once when it names none)
 //   refused prints the status text with which the command line's file is refused, and the name of the open
 //           file, and closes the window
+//   cores   prints the largest core dump that the process may leave, in bytes, and closes the window
 //   dialog  closes the window while the file dialog is open in it
 //   drawing prints the number of the interface by which the window is drawn, and closes it
 //   scan    closes the window right after a search of the folder that KVTEDITOR_SCAN_ROOT names has begun
@@ -21,6 +22,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <sys/resource.h>
 
 namespace {
 
@@ -52,6 +54,13 @@ void waitForRefusal(const WindowDriver &driver)
                 qPrintable(driver.app()->fileName()));
 }
 
+void tellCoreDumps()
+{
+    rlimit limit = {};
+    if (::getrlimit(RLIMIT_CORE, &limit) == 0)
+        std::printf("cores: %llu\n", static_cast<unsigned long long>(limit.rlim_cur));
+}
+
 void openDialog(const WindowDriver &driver)
 {
     driver.click(QStringLiteral("openFileButton"));
@@ -81,6 +90,8 @@ void closeWindow(const QByteArray &wish)
         waitForOpenFile(driver);
     else if (wish == "refused")
         waitForRefusal(driver);
+    else if (wish == "cores")
+        tellCoreDumps();
     else if (wish == "dialog")
         openDialog(driver);
     else if (wish == "drawing")
