@@ -33,6 +33,15 @@ package=$("$top/packaging/build-deb.sh" "$build/deb")
 dpkg-deb --info "$package"
 dpkg-deb --contents "$package"
 
+step "the same bytes from another folder, at another time"
+mkdir "$work/elsewhere"
+(cd "$top" && git ls-files -z | xargs -0 cp --parents --target-directory="$work/elsewhere")
+again=$("$work/elsewhere/packaging/build-deb.sh" "$work/again")
+cmp "$package" "$again"
+
+step "hardened"
+"$here/check-hardening.sh" "$build/deb/kvteditor" "$top"
+
 step "lintian"
 # There is no bug about a package that is not in Debian yet.
 lintian --allow-root --fail-on error,warning --suppress-tags initial-upload-closes-no-bugs --info "$package"
