@@ -11,9 +11,10 @@ cd "$top"
 
 # Hardened as Debian's own packages are, and without a trace of where it was built.
 export DEB_BUILD_MAINT_OPTIONS=hardening=+all DEB_CXXFLAGS_MAINT_STRIP=-g
-# The same bytes whenever and wherever it is built.
+# The same bytes whenever it is built. Not wherever: the order in which Qt 6.4 compiles QML depends on the path.
 SOURCE_DATE_EPOCH=$(dpkg-parsechangelog --file packaging/debian/changelog --show-field Timestamp)
-export SOURCE_DATE_EPOCH
+# Qt's tools write what a hash table holds in an order that this seeds.
+export SOURCE_DATE_EPOCH QT_HASH_SEED=0
 cxx_flags="$(dpkg-buildflags --get CPPFLAGS) $(dpkg-buildflags --get CXXFLAGS) -ffile-prefix-map=$build=. -ffile-prefix-map=$top=."
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
   -DBUILD_TESTING=OFF \

@@ -6,7 +6,9 @@ CHAPTERS lists the chapters' files, which lie beside it. A chapter begins with i
 that leads nowhere is an error.
 """
 
+import base64
 import html
+import mimetypes
 import re
 import sys
 from pathlib import Path
@@ -14,6 +16,12 @@ from pathlib import Path
 import markdown
 from markdown.extensions.toc import TocExtension
 from weasyprint import HTML
+
+
+def embedded(picture):
+    """The picture itself as an address: its path would get into the file."""
+    data = base64.b64encode(picture.read_bytes()).decode()
+    return f"data:{mimetypes.guess_type(picture)[0]};base64,{data}"
 
 
 def slug(title):
@@ -42,7 +50,7 @@ def read_chapter(path):
         picture = path.parent / match[2]
         if not picture.is_file():
             raise ValueError(f"{path.name}: there is no picture {match[2]}")
-        return f'<figure><img alt="" src="{picture.resolve().as_uri()}"><figcaption>{match[1]}</figcaption></figure>'
+        return f'<figure><img alt="" src="{embedded(picture)}"><figcaption>{match[1]}</figcaption></figure>'
 
     text = re.sub(r'href="([^":]*)"', inner_link, text)
     text = re.sub(r'<p><img alt="([^"]*)" src="([^"]*)" /></p>', figure, text)
@@ -77,7 +85,7 @@ def main():
 <meta name="generator" content="KVT Editor {html.escape(version)}">
 <link rel="stylesheet" href="{(folder / "manual.css").resolve().as_uri()}">
 <header>
-<div><img alt="" src="{Path(logo).resolve().as_uri()}"></div>
+<div><img alt="" src="{embedded(Path(logo))}"></div>
 <p class="title">KVT File Editor 2026</p>
 <p class="subtitle">User Manual</p>
 <p>Version {html.escape(version)}</p>
