@@ -17,8 +17,8 @@ struct ServiceConfig
     QString storeUrl;
     /// Sent where the user leaves an e-mail address empty; it cannot be delivered to.
     QString placeholderEmail;
-    /// Why there is no service, for the user: a configuration was named or found and cannot be used. Then all
-    /// else is empty.
+    /// Why there is no service, in words for the user: a configuration file cannot be used. All else is empty
+    /// then.
     QString refusal = {};
     /// What whoever installed the program should mend, for the log.
     QString warning = {};

@@ -56,6 +56,6 @@ QVariantMap stockFilters(const QString &make, const QString &fileType, const QSt
 /// The last component of a name that the service sent, for `/` and `\` alike, so that it names a file in the
 /// folder it is joined to and nowhere else; empty when that is no name of a file.
 QString bareFileName(const QString &name);
-/// What a stock file is saved as: the bare name, never one of a hidden file nor one that the desktop starts
-/// by itself, and "stock.bin" where there is none.
+/// What a stock file is saved as: its bare name, made neither hidden nor one that the desktop starts by
+/// itself; "stock.bin" when it has none.
 QString stockFileName(const QString &name);

@@ -60,8 +60,7 @@ public:
     void setApiBase(const QString &base);
     /// From now on every request ends at once with `reason`, and none is sent.
     void refuseAll(const QString &reason) { m_refusal = reason; }
-    /// An answer ends with an error once it is longer, in bytes; what came of it is dropped. An int's range
-    /// at first.
+    /// An answer that is longer, in bytes, ends with an error and is dropped. 2 GiB unless set.
     void setLargestAnswer(qint64 size) { m_largestAnswer = size; }
     /// The absolute URL of a path below the API base; one leading "/" of `path` is dropped.
     QString url(const QString &path) const;
@@ -109,7 +108,7 @@ private:
     void postJsonText(const QString &path, const QList<QByteArray> &pieces, JsonCallback callback);
     void handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished);
     QNetworkAccessManager *newManager();
-    /// False where requests are sent; else `end` gets the reason once the event loop runs.
+    /// Whether nothing is sent; `end` then gets the reason from the event loop.
     bool refused(const std::function<void(const QString &)> &end);
 
     QString m_apiBase;

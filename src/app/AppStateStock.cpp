@@ -89,6 +89,7 @@ QString AppState::stockFileName(const QString &filename) const
 void AppState::finishStockDownload(const QByteArray &bytes, const QString &filename, bool open)
 {
     const QString name = stockFileName(filename);
+    // The service's own name tells a tune file, whatever a leading dot became.
     if (!open || !bareFileName(filename).endsWith(QLatin1String(".kvt"), Qt::CaseInsensitive)) {
         if (!saveToDocuments(bytes, name).isEmpty())
             setStatus(QStringLiteral("Downloaded %1").arg(name), 1);

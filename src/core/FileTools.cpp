@@ -125,20 +125,21 @@ std::error_code isPipe(const Status &status)
     return S_ISFIFO(status.st_mode) ? make_error_code(std::errc::operation_not_supported) : std::error_code();
 }
 
-// A second name of the file may have been given to it by somebody else, too.
+// Somebody else may have given one of the user's own files a second name there.
 std::error_code notOwn(const Status &status)
 {
     if (S_ISLNK(status.st_mode))
         return make_error_code(std::errc::too_many_symbolic_link_levels);
     if (status.st_uid != ::geteuid())
         return make_error_code(std::errc::operation_not_permitted);
-    if (status.st_nlink > 1)
+    const std::error_code problem = notRegular(status);
+    if (!problem && status.st_nlink > 1)
         return make_error_code(std::errc::too_many_links);
-    return notRegular(status);
+    return problem;
 }
 
-// A descriptor, or less than 0. Waits for nothing, whatever may have taken the file's place since it was
-// looked at, and looks at what was opened.
+// A descriptor, or -1. Never waits, whatever has taken the file's place since it was looked at: it is looked
+// at again once it is open.
 int openUnless(std::error_code (*objection)(const Status &), const QString &path, int flags, QString *error,
                mode_t rights = 0666)
 {
@@ -238,14 +239,14 @@ qint64 readHalves(int file, char *to, qint64 size)
 // All of an open file, or nothing and the system's words for why not.
 QByteArray readWhole(int file, QString *error)
 {
-    // Not known of some files of the system's, which are read to their end all the same.
+    // Some of the system's own files do not tell their size.
     const qint64 size = std::max<qint64>(0, ::lseek(file, 0, SEEK_END));
     bool isTooLarge = size > largestFile;
     QByteArray bytes(isTooLarge ? 0 : size, Qt::Uninitialized);
     bytes.truncate(size < largeFile ? readPart(file, bytes.data(), bytes.size(), 0)
                                     : readHalves(file, bytes.data(), bytes.size()));
-    // A read that fails after some bytes looks like the end of the file; only the next one tells. Somebody
-    // may write on meanwhile, too, without an end.
+    // A read that fails after some bytes looks like the end of the file: only the next one tells. And
+    // somebody may be adding to the file without end.
     QByteArray more(64 * 1024, Qt::Uninitialized);
     ssize_t count = 1;
     while (count != 0 && !isTooLarge) {
@@ -281,7 +282,7 @@ QByteArray readRegular(const QString &path, QString *error)
 
 QByteArray FileTools::readFile(const QString &path, QString *error)
 {
-    // Asked before the open, too: to open a device may already be more than to look at it.
+    // Asked before the open, too: opening a device may already do something.
     std::error_code problem;
     const std::filesystem::file_status status = std::filesystem::status(systemPath(path), problem);
     if (!problem && !is_regular_file(status)) {
@@ -299,7 +300,7 @@ QByteArray FileTools::readFile(const QString &path, QString *error)
 bool FileTools::writeFile(const QString &path, const QByteArray &data, QString *error)
 {
     makeFolderOf(path);
-    // Said in these words; the open would not wait for its reader either.
+    // The open would not wait for a pipe's reader either, but has other words for it.
     std::error_code problem;
     if (is_fifo(std::filesystem::status(systemPath(path), problem)))
         return fail(error, std::errc::operation_not_supported);
