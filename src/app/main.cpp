@@ -5,6 +5,7 @@
 #include "core/Version.h"
 #include "platform/Graphics.h"
 #include "ui/ButtonTexts.h"
+#include "ui/GarbageCollection.h"
 #include "ui/PlainFileDialogs.h"
 #include "ui/SecondClicks.h"
 
@@ -33,9 +34,9 @@
 
 namespace {
 
-// Tune files, passwords and tokens are in memory, and would be in a core dump. A limit of one byte and not of
-// none, which the kernel passes over where it hands dumps to a program. To bar the process from being looked
-// at altogether would keep the desktop's portal from opening file dialogs for it.
+// A core dump would hold tune files, passwords and tokens. One byte, not zero: the kernel ignores a limit of
+// zero when it pipes dumps to a program. PR_SET_DUMPABLE would also keep the desktop's portal from serving
+// us.
 void leaveNoCoreDump()
 {
 #ifdef Q_OS_UNIX
@@ -164,6 +165,7 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
 {
     installMessageLog();
     takeButtonTextsAsTheyAre();
+    collectGarbageInOneGo();
     PlainFileDialogs plainFileDialogs;
     SecondClicks secondClicks;
     app.installEventFilter(&secondClicks);
@@ -227,7 +229,7 @@ int main(int argc, char **argv)
     const QString file = fileFromCommandLine();
     logLine("main: constructing AppState");
     AppState state;
-    // Said before the log took the messages.
+    // These were reported before the log took over.
     for (const QString &remark : {serviceConfig().refusal, serviceConfig().warning}) {
         if (!remark.isEmpty())
             logLine(remark.toUtf8());

@@ -1,5 +1,6 @@
 #include "TestBed.h"
 #include "ui/ButtonTexts.h"
+#include "ui/GarbageCollection.h"
 #include "ui/SecondClicks.h"
 
 #include <QDir>
@@ -15,6 +16,7 @@ int main(int argc, char **argv)
     QDir::setCurrent(QDir::rootPath());
     QQuickStyle::setStyle(QStringLiteral("Basic"));
     takeButtonTextsAsTheyAre();
+    collectGarbageInOneGo();
     SecondClicks secondClicks;
     application.installEventFilter(&secondClicks);
     const UrlRecorder opened;
