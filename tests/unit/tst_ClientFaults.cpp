@@ -594,7 +594,6 @@ void TestClientFaults::longAnswerIsGivenUp_data()
     QTest::addColumn<QByteArray>("head");
     for (const auto &[primitive, name] : primitives) {
         QTest::addRow("without-length-%s", name) << int(primitive) << QByteArray();
-        // A small one announced: that is all that is read.
         QTest::addRow("large-length-%s", name)
             << int(primitive) << QByteArray("Content-Length: 99999999999\r\n");
     }
@@ -616,6 +615,15 @@ void TestClientFaults::longAnswerIsGivenUp()
     QCOMPARE(m_outcome->bytes, QByteArray());
     QCOMPARE(m_outcome->worker.data, QByteArray());
     QCOMPARE(m_server->requestCount(), 1);
+
+    // Small as it is sent.
+    const QByteArray packed = qCompress(QByteArray(1'000'001, 'x'), 9).mid(4);
+    m_server->answerNext({httpAnswer(200, packed, "Content-Encoding: deflate\r\n")});
+    Outcome unpacked;
+    start(*m_client, Primitive::DownloadFile, unpacked);
+    WAIT_COMPARE(unpacked.calls, 1);
+    QCOMPARE(unpacked.error, u"File too large"_s);
+    QCOMPARE(unpacked.bytes, QByteArray());
 
     // As long as may be.
     const QByteArray whole(1'000'000, 'x');
