@@ -36,6 +36,8 @@ fi
 
 mkdir "$root"
 tar -C "$root" -xf "$archive"
+# That of the archive was a temporary folder of root's own.
+chmod 755 "$root"
 cp -L /etc/resolv.conf "$root/etc/resolv.conf"
 apt-config dump | grep -E '^Acquire::(https?::)?(Proxy|Retries)' >"$root/etc/apt/apt.conf.d/10host" || true
 # The index of sid is older than it claims to be valid on some mirrors.
