@@ -29,6 +29,42 @@ std::filesystem::path undecodableIn(const QString &folder)
     return std::filesystem::path(QFile::encodeName(folder).constData()) / "caf\xe9.kvt";
 }
 
+QQuickItem *itemNamed(const QString &name, const QQuickItem *parent)
+{
+    const QList<QQuickItem *> children = parent->childItems();
+    for (QQuickItem *const child : children) {
+        if (child->objectName() == name)
+            return child;
+    }
+    for (const QQuickItem *const child : children) {
+        if (QQuickItem *const found = itemNamed(name, child))
+            return found;
+    }
+    return nullptr;
+}
+
+QObject *ownedObjectNamed(const QString &name, const QObject *parent)
+{
+    if (QObject *const found = parent->findChild<QObject *>(name))
+        return found;
+    if (const auto *const item = qobject_cast<const QQuickItem *>(parent)) {
+        for (const QQuickItem *const child : item->childItems()) {
+            if (QObject *const found = ownedObjectNamed(name, child))
+                return found;
+        }
+    }
+    return nullptr;
+}
+
+void addVisibleItems(QQuickItem *item, QList<QObject *> *items)
+{
+    if (!item->isVisible())
+        return;
+    items->append(item);
+    for (QQuickItem *const child : item->childItems())
+        addVisibleItems(child, items);
+}
+
 } // namespace
 
 TestBed::TestBed(const UrlRecorder *opened)
@@ -234,6 +270,25 @@ QStringList TestBed::fetchedPaths() const
             paths.append(QString::fromLatin1(path));
     }
     return paths;
+}
+
+QObject *TestBed::find(QObject *within, const QString &name) const
+{
+    const auto *const item = qobject_cast<QQuickItem *>(within);
+    QObject *found = item ? itemNamed(name, item) : nullptr;
+    if (!found)
+        found = ownedObjectNamed(name, within);
+    // What a slot hands out would else be JavaScript's to destroy.
+    if (found)
+        QQmlEngine::setObjectOwnership(found, QQmlEngine::CppOwnership);
+    return found;
+}
+
+QList<QObject *> TestBed::visibleItems(QQuickItem *item) const
+{
+    QList<QObject *> items;
+    addVisibleItems(item, &items);
+    return items;
 }
 
 QString TestBed::spokenTexts(QObject *item) const

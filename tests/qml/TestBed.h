@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QPointF>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -76,6 +77,12 @@ public:
     Q_INVOKABLE bool allArrived() const;
     /// The addresses of what was asked for beside the service, without the server's own: pictures in texts.
     Q_INVOKABLE QStringList fetchedPaths() const;
+    /// The item of that name at or below `within`, nearer ones first, or else an object that an item owns, as
+    /// a dialog; null where there is none. Quick Test's own search visits every item of the window in
+    /// JavaScript, which takes most of a test's time.
+    Q_INVOKABLE QObject *find(QObject *within, const QString &name) const;
+    /// An item and all below it that are visible, parents first.
+    Q_INVOKABLE QList<QObject *> visibleItems(QQuickItem *item) const;
     /// All that an item tells an assistive tool about itself, a line for each text.
     Q_INVOKABLE QString spokenTexts(QObject *item) const;
     /// An address on the server, for texts that must not be fetched.

@@ -18,7 +18,8 @@ TestCase {
             + "|endResetModel called on QQuickFolderListModel|.*VOXHint: Cannot find member data)"));
         bed.reset();
         fetchedBefore = bed.fetchedPaths().length;
-        window = newWindow();
+        // Most tests need a view or two: the others would take longer to make than the test itself.
+        window = newWindow({ prepares: false });
         window.requestActivate();
         tryVerify(() => window.active, 60000);
         render();
@@ -26,30 +27,27 @@ TestCase {
         keyClick(Qt.Key_Shift);
     }
 
-    function newWindow(): var {
-        return createTemporaryObject(rootView, root);
+    function newWindow(properties: var): var {
+        return createTemporaryObject(rootView, root, properties);
     }
 
     function cleanupTestCase() {
         tryVerify(() => bed.allArrived());
     }
 
-    // The item of that name; what has none is searched for beyond the items, as a dialog is. A view that has not been
-    // shown may still be about to be made.
+    function makeAllViews(): void {
+        window.prepares = true;
+        tryVerify(() => window.complete, 60000);
+    }
+
+    // The item or dialog of that name. The views that were not shown yet are made for it where need be.
     function find(name: string, within: var): var {
-        const found = () => findChild(within ?? window.contentItem, name) ?? findChild(window, name)
-            ?? lazyItems(window.contentItem).map(item => findChild(item, name)).find(Boolean);
+        const found = () => bed.find(within ?? window.contentItem, name) ?? findChild(window, name);
         if (!found())
-            tryVerify(() => window.complete, 60000);
+            makeAllViews();
         const item = found();
         verify(item, "there is no " + name);
         return item;
-    }
-
-    // What was made later than the window belongs to it as an item only.
-    function lazyItems(item: var): var {
-        const own = item instanceof LazyView ? [item.item] : [];
-        return Array.from(item.children).reduce((items, child) => items.concat(lazyItems(child)), own);
     }
 
     // Draws the window, whether or not anything changed: layouts are done and every text was looked at.
@@ -62,8 +60,7 @@ TestCase {
     }
 
     function itemsIn(item: var, matches: var): var {
-        const own = item.visible && matches(item) ? [item] : [];
-        return Array.from(item.children).reduce((found, child) => found.concat(itemsIn(child, matches)), own);
+        return bed.visibleItems(item).filter(matches);
     }
 
     // The button of that text in a dialog of Qt's own.

@@ -21,11 +21,17 @@ VOXWindow {
         { key: "stock", title: "STOCK FILES" }
     ]
     readonly property var viewKeys: tabs.map(tab => tab.key).concat("feedback")
+    // Whether views that nobody has asked for yet are made between frames.
+    property bool prepares: true
     // Whether all views are there, for whoever drives the window from outside.
     property bool complete: false
 
+    onPreparesChanged: prepareNext()
+
     // One at a time.
     function prepareNext(): void {
+        if (!prepares)
+            return;
         const missing = Array.from(views.children).concat(hexEditor).filter(
             view => view instanceof LazyView && view.status !== Loader.Ready);
         complete = missing.length === 0;
