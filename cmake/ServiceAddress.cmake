@@ -1,4 +1,4 @@
-# The address that the program is built with goes by the rules that hold for one in a service file.
+# The address that the program is built with is held to the rules for one in a service file, as far as CMake can tell.
 #   cmake -D KVTEDITOR_API_BASE=ADDRESS -P ServiceAddress.cmake
 set(loopback "localhost|127(\\.[0-9]+)+|\\[::1\\]")
 if(NOT KVTEDITOR_API_BASE MATCHES "^(https://[^][/?#@ ]+|https://\\[[0-9a-f:]+\\](:[0-9]+)?|http://(${loopback})(:[0-9]+)?)(/[^?#@ ]*)?$")

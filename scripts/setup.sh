@@ -11,7 +11,7 @@ packages=(
   # libraries
   qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools libgl-dev libxcb1-dev
   libcpp-httplib-dev libssl-dev zlib1g-dev
-  # the QML modules that the views import; none of them pulls in another
+  # the QML modules that the views import; on Debian 12 none of them depends on another
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript qml6-module-qtquick
   qml6-module-qtquick-controls qml6-module-qtquick-dialogs qml6-module-qtquick-layouts
   qml6-module-qtquick-templates qml6-module-qtquick-window qml6-module-qt-labs-folderlistmodel

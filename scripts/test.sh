@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs every test and check: style, scripts, then the tests (QML lint among them)
-# in an ordinary build with GCC, and again in one with Clang's address and undefined-behaviour sanitizers.
+# Installs what is missing, builds, and checks everything: style, scripts, then the tests (QML lint among them) in an
+# ordinary build with GCC, and again in one with Clang's address and undefined-behaviour sanitizers. Only CI adds the
+# exhaustive tests (ctest --preset exhaustive).
 #   scripts/test.sh --quick    only style, unit and view tests without the slow ones, in the debug build
 #   scripts/test.sh --release  leaves the sanitizers out
 set -euo pipefail
@@ -11,7 +12,7 @@ case ${1-} in
 --quick) presets=(quick) ;;
 --release) presets=(release) ;;
 *)
-  sed -n '2,5s/^# \{0,1\}//p' "${BASH_SOURCE[0]}"
+  sed -n '2,6s/^# \{0,1\}//p' "${BASH_SOURCE[0]}"
   exit 2
   ;;
 esac
@@ -21,11 +22,11 @@ cd "$top"
 step() { printf '\n== %s\n' "$*"; }
 
 step "style of the C++ sources"
-find src devservice docs tests benchmarks \( -name '*.cpp' -o -name '*.h' \) -print0 \
+find src devservice tests benchmarks \( -name '*.cpp' -o -name '*.h' \) -print0 \
   | xargs -0 -n 16 -P "$(nproc)" clang-format --dry-run --Werror
 
 step "shell scripts"
-find scripts src devservice docs packaging tests benchmarks -name '*.sh' -print0 | xargs -0 shellcheck .ci/run
+find scripts src devservice packaging tests benchmarks -name '*.sh' -print0 | xargs -0 shellcheck .ci/run
 
 for preset in "${presets[@]}"; do
   step "build: $preset"

@@ -40,7 +40,7 @@ bool isSafeBase(const QUrl &url)
 // The address is shown and joined with paths.
 bool isMoreThanAPlace(const QUrl &url)
 {
-    return !url.userInfo().isEmpty() || url.hasQuery() || url.hasFragment();
+    return url.authority().contains(QLatin1Char('@')) || url.hasQuery() || url.hasFragment();
 }
 
 QString objectionToBase(const QUrl &url)

@@ -365,8 +365,8 @@ bool VoxApiClient::refused(const std::function<void(const QString &)> &end)
 {
     if (m_refusal.isEmpty())
         return false;
-    QMetaObject::invokeMethod(
-        this, [end, reason = m_refusal] { end(reason); }, Qt::QueuedConnection);
+    const auto endCall = [end, reason = m_refusal] { end(reason); };
+    QMetaObject::invokeMethod(this, endCall, Qt::QueuedConnection);
     return true;
 }
 
@@ -378,13 +378,14 @@ QNetworkAccessManager *VoxApiClient::newManager()
 // The manager belongs to the client and the reply to the manager; both go once the answer was handed over.
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
-    // Whatever length was announced: the memory would be filled by what really comes.
+    // The announced length may lie: what arrives fills the memory. Ended from the event loop, since a
+    // callback may destroy the client, and Qt goes on with a reply whose abort() has told of its end.
     const auto isTooLong = std::make_shared<bool>(false);
     connect(reply, &QNetworkReply::readyRead, this, [reply, isTooLong, most = m_largestAnswer] {
         if (reply->bytesAvailable() <= most)
             return;
         *isTooLong = true;
-        reply->abort();
+        QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
     });
     connect(
         reply, &QNetworkReply::finished, this, [reply, manager, isTooLong, finished = std::move(finished)] {

@@ -60,6 +60,8 @@ public:
     void setApiBase(const QString &base);
     /// From now on every request ends at once with `reason`, and none is sent.
     void refuseAll(const QString &reason) { m_refusal = reason; }
+    /// Why there is no service; empty where there is one.
+    const QString &refusal() const { return m_refusal; }
     /// An answer that is longer, in bytes, ends with an error and is dropped. 2 GiB unless set.
     void setLargestAnswer(qint64 size) { m_largestAnswer = size; }
     /// The absolute URL of a path below the API base; one leading "/" of `path` is dropped.

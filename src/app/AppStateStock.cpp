@@ -97,7 +97,8 @@ void AppState::finishStockDownload(const QByteArray &bytes, const QString &filen
     }
     QString error;
     const QString path = temporaryPath(name, &error);
-    if (!path.isEmpty() && !FileTools::writePrivateFile(path, bytes, &error))
+    // What is refused is not looked into either.
+    if (!path.isEmpty() && !FileTools::writePrivateFile(path, bytes, &error) && FileTools::isOwnFile(path))
         error = whyNotOpened(path, bytes, error);
     if (error.isEmpty() && FileTools::isOwnFile(path, &error))
         openKvt(path);

@@ -91,6 +91,11 @@ QString AppState::storeUrl() const
 
 void AppState::openWebTool(const QString &url, const QString &title)
 {
+    // Without a service its pages have no address.
+    if (!m_client->refusal().isEmpty() && QUrl(url).isRelative()) {
+        setStatus(m_client->refusal(), 0);
+        return;
+    }
     if (!m_webTool)
         m_webTool = std::make_unique<WebToolWindow>();
     m_webTool->openUrl(url, title);

@@ -42,7 +42,7 @@ void leaveNoCoreDump()
 #ifdef Q_OS_UNIX
     rlimit limit = {};
     if (!qEnvironmentVariableIsSet("KVTEDITOR_CORE_DUMPS") && ::getrlimit(RLIMIT_CORE, &limit) == 0) {
-        limit.rlim_cur = limit.rlim_max = std::min<rlim_t>(1, limit.rlim_max);
+        limit.rlim_cur = std::min<rlim_t>(1, limit.rlim_max);
         ::setrlimit(RLIMIT_CORE, &limit);
     }
 #endif

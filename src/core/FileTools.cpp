@@ -69,11 +69,15 @@ bool openForWriting(QFile &file, QString *error)
     return opened(file, file.open(writing), error);
 }
 
-bool openOwn(QFile &file, QString *error)
+bool openOwn(QFile &file, QIODevice::OpenMode mode, QString *error)
 {
-    if (QFileInfo(file).isSymLink())
+    const QFileInfo found(file);
+    if (found.isSymLink())
         return fail(error, std::errc::too_many_symbolic_link_levels);
-    return openForWriting(file, error);
+    if (found.exists() && !found.isFile())
+        return fail(error, found.isDir() ? std::errc::is_a_directory : std::errc::operation_not_supported);
+    return opened(file, file.open(mode), error)
+        && opened(file, file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner), error);
 }
 
 bool isOwn(const QString &path, QString *error)
@@ -112,7 +116,7 @@ std::error_code lastError()
 
 // Why a file is not taken, by what it is; none where it is.
 
-std::error_code notRegular(const Status &status)
+std::error_code refuseIrregular(const Status &status)
 {
     if (S_ISREG(status.st_mode))
         return {};
@@ -120,19 +124,19 @@ std::error_code notRegular(const Status &status)
                                                    : std::errc::operation_not_supported);
 }
 
-std::error_code isPipe(const Status &status)
+std::error_code refusePipe(const Status &status)
 {
     return S_ISFIFO(status.st_mode) ? make_error_code(std::errc::operation_not_supported) : std::error_code();
 }
 
 // Somebody else may have given one of the user's own files a second name there.
-std::error_code notOwn(const Status &status)
+std::error_code refuseForeign(const Status &status)
 {
     if (S_ISLNK(status.st_mode))
         return make_error_code(std::errc::too_many_symbolic_link_levels);
     if (status.st_uid != ::geteuid())
         return make_error_code(std::errc::operation_not_permitted);
-    const std::error_code problem = notRegular(status);
+    const std::error_code problem = refuseIrregular(status);
     if (!problem && status.st_nlink > 1)
         return make_error_code(std::errc::too_many_links);
     return problem;
@@ -158,11 +162,11 @@ int openUnless(std::error_code (*objection)(const Status &), const QString &path
     return -1;
 }
 
-bool take(QFile &file, int descriptor, QString *error)
+bool take(QFile &file, int descriptor, QIODevice::OpenMode mode, QString *error)
 {
     if (descriptor < 0)
         return false;
-    if (file.open(descriptor, writing, QFileDevice::AutoCloseHandle))
+    if (file.open(descriptor, mode, QFileDevice::AutoCloseHandle))
         return true;
     ::close(descriptor);
     return opened(file, false, error);
@@ -170,22 +174,30 @@ bool take(QFile &file, int descriptor, QString *error)
 
 bool openForWriting(QFile &file, QString *error)
 {
-    return take(file, openUnless(isPipe, file.fileName(), O_WRONLY | O_CREAT | O_TRUNC, error), error);
+    const int found = openUnless(refusePipe, file.fileName(), O_WRONLY | O_CREAT | O_TRUNC, error);
+    return take(file, found, writing, error);
 }
 
-// Emptied only once it is known whose it is.
-bool openOwn(QFile &file, QString *error)
+// Changed only once it is known whose it is. An earlier version's file may be open to others.
+bool openOwn(QFile &file, QIODevice::OpenMode mode, QString *error)
 {
     constexpr mode_t ownOnly = S_IRUSR | S_IWUSR;
-    const int found = openUnless(notOwn, file.fileName(), O_WRONLY | O_CREAT | O_NOFOLLOW, error, ownOnly);
-    return take(file, found, error) && opened(file, file.resize(0), error);
+    const bool appends = mode.testFlag(QIODevice::Append);
+    const int flags = O_WRONLY | O_CREAT | O_NOFOLLOW | (appends ? O_APPEND : 0);
+    const int found = openUnless(refuseForeign, file.fileName(), flags, error, ownOnly);
+    if (found >= 0 && ::fchmod(found, ownOnly) != 0) {
+        fail(error, lastError());
+        ::close(found);
+        return false;
+    }
+    return take(file, found, mode, error) && (appends || opened(file, file.resize(0), error));
 }
 
 bool isOwn(const QString &path, QString *error)
 {
     Status status;
     const bool isThere = ::lstat(QFile::encodeName(path).constData(), &status) == 0;
-    const std::error_code problem = isThere ? notOwn(status) : lastError();
+    const std::error_code problem = isThere ? refuseForeign(status) : lastError();
     return !problem || fail(error, problem);
 }
 
@@ -268,7 +280,7 @@ QByteArray readWhole(int file, QString *error)
 
 QByteArray readRegular(const QString &path, QString *error)
 {
-    const int file = openUnless(notRegular, path, O_RDONLY, error);
+    const int file = openUnless(refuseIrregular, path, O_RDONLY, error);
     if (file < 0)
         return {};
     const QByteArray bytes = readWhole(file, error);
@@ -308,11 +320,16 @@ bool FileTools::writeFile(const QString &path, const QByteArray &data, QString *
     return openForWriting(file, error) && writeWhole(file, data, error);
 }
 
+bool FileTools::openPrivateFile(QFile &file, QIODevice::OpenMode mode, QString *error)
+{
+    return openOwn(file, mode | QIODevice::WriteOnly, error);
+}
+
 bool FileTools::writePrivateFile(const QString &path, const QByteArray &data, QString *error)
 {
     makeFolderOf(path);
     QFile file(path);
-    return openOwn(file, error) && writeWhole(file, data, error);
+    return openOwn(file, writing, error) && writeWhole(file, data, error);
 }
 
 bool FileTools::isOwnFile(const QString &path, QString *error)

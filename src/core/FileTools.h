@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QIODevice>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -8,6 +9,8 @@
 #include <QVariantMap>
 
 #include <atomic>
+
+class QFile;
 
 /// One diagnostic trouble code of a J1939 message.
 struct J1939Fault
@@ -42,8 +45,13 @@ public:
     /// with "Short write." when fewer bytes than asked reached the file.
     static bool writeFile(const QString &path, const QByteArray &data, QString *error = nullptr);
 
-    /// Replaces a file for the user alone, in a folder that others may write to, as the temporary folder is.
-    /// As writeFile, but refused where a link or somebody else's file lies in its place.
+    /// Opens a file for writing, for the user alone, in a folder that others may write to, as the temporary
+    /// folder is. False with the system's error text where a link, a file with a second name, somebody else's
+    /// file or no regular file lies in its place. Never waits. `mode` may add Append, else the file is
+    /// emptied.
+    static bool openPrivateFile(QFile &file, QIODevice::OpenMode mode, QString *error = nullptr);
+
+    /// As writeFile, for a file that openPrivateFile opens.
     static bool writePrivateFile(const QString &path, const QByteArray &data, QString *error = nullptr);
 
     /// Whether a regular file of this user's own lies there, and no link; else with the system's error text.

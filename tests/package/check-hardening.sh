@@ -24,7 +24,7 @@ want 'read-only relocations' 'GNU_RELRO' "$headers"
 want 'binding at the start' 'FLAGS.*(BIND_)?NOW' "$dynamic"
 want 'stack without code' 'GNU_STACK.* RW ' "$headers"
 want 'stack protector' '__stack_chk_fail' "$symbols"
-want 'fortified function' '__[a-z]+_chk' "$symbols"
+want 'fortified function' ' __[a-z]+_chk@' "$symbols"
 want 'assertions of the standard library' '__glibcxx_assert_fail' "$symbols"
 if [[ $headers == *X86-64* ]]; then
   want 'marked targets of indirect jumps' '^[1-9][0-9]{2,}$' \

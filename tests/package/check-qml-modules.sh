@@ -4,6 +4,7 @@
 #   check-qml-modules.sh SCANNER QML_FOLDER
 # SCANNER is qmlimportscanner, QML_FOLDER the folder of the system's QML modules.
 set -euo pipefail
+export LC_ALL=C
 
 scanner=$1
 modules=$2
@@ -23,17 +24,17 @@ needed() {
   for list in $(imported); do
     [[ ! -f $list || $list == "$modules/QML/qmldir" ]] || lists+=("$(realpath "$list")")
   done
-  dpkg-query --search "${lists[@]}" | sed 's/[:,].*//' | LC_ALL=C sort -u
+  dpkg-query --search "${lists[@]}" | sed 's/[:,].*//' | sort -u
 }
 
-listed=$(sed -n 's/^\(qml6-[^ ]*\).*/\1/p' "$top/packaging/debian/depends" | LC_ALL=C sort)
+listed=$(sed -n 's/^\(qml6-[^ ]*\).*/\1/p' "$top/packaging/debian/depends" | sort)
 
 # The packages of modules that those listed depend on.
 brought_along() {
   local package
   for package in $listed; do
     dpkg-query --show --showformat '${Depends}\n' "$package"
-  done | grep -o 'qml6-module-[a-z0-9-]*' | LC_ALL=C sort -u
+  done | grep -o 'qml6-module-[a-z0-9-]*' | sort -u
 }
 
 diff -u --label "modules imported" --label "modules in debian/depends" \

@@ -36,7 +36,7 @@ fi
 
 mkdir "$root"
 tar -C "$root" -xf "$archive"
-# That of the archive was a temporary folder of root's own.
+# The archive was made from a mktemp folder, which only root may enter.
 chmod 755 "$root"
 cp -L /etc/resolv.conf "$root/etc/resolv.conf"
 apt-config dump | grep -E '^Acquire::(https?::)?(Proxy|Retries)' >"$root/etc/apt/apt.conf.d/10host" || true

@@ -1,3 +1,4 @@
+#include "api/VoxApiClient.h"
 #include "app/AppState.h"
 #include "platform/ToolLauncher.h"
 #include "platform/WebToolWindow.h"
@@ -97,6 +98,7 @@ private slots:
     void openWebTool_handsAddressToTheDesktop_data();
     void openWebTool_handsAddressToTheDesktop();
     void openWebTool_outcomeIsNotReported();
+    void openWebTool_withoutAServiceSaysWhy();
     void webToolWindow_goesWithTheController();
 
 private:
@@ -203,6 +205,18 @@ void TestAppStateTools::openWebTool_outcomeIsNotReported()
     QCOMPARE(m_state->status(), u"Opened Nothing."_s);
     QCOMPARE(m_state->statusOK(), 1);
     QCOMPARE(m_desktop->opened, QList<QUrl>());
+}
+
+void TestAppStateTools::openWebTool_withoutAServiceSaysWhy()
+{
+    m_state->findChild<VoxApiClient *>()->refuseAll(u"There is no service."_s);
+    m_state->openWebTool(u"checksum-gui.html"_s, u"Tool"_s);
+    QCOMPARE(m_state->status(), u"There is no service."_s);
+    QCOMPARE(m_state->statusOK(), 0);
+    QCOMPARE(m_desktop->opened, QList<QUrl>());
+    m_state->openWebTool(u"file:///path/manual.pdf"_s, u"User Manual"_s);
+    QCOMPARE(m_state->status(), u"Opened User Manual."_s);
+    QCOMPARE(m_desktop->opened.size(), 1);
 }
 
 void TestAppStateTools::webToolWindow_goesWithTheController()

@@ -97,6 +97,7 @@ private slots:
     void endlessBodyKeepsTheLoopAlive();
     void longAnswerIsGivenUp_data();
     void longAnswerIsGivenUp();
+    void longAnswerMayEndTheClient();
     void refusedClientSendsNothing();
     void authenticationRequestIsAnErrorWithoutLoop();
     void decompressionBombIsRefused();
@@ -633,6 +634,25 @@ void TestClientFaults::longAnswerIsGivenUp()
     WAIT_COMPARE(outcome.calls, 1);
     QCOMPARE(outcome.error, QString());
     QVERIFY(outcome.bytes == whole);
+}
+
+void TestClientFaults::longAnswerMayEndTheClient()
+{
+    RawAnswer endless{"HTTP/1.1 200 OK\r\nConnection: close\r\n\r\nbytes"};
+    endless.endless = true;
+    m_server->answerNext(endless);
+    auto *const client = new VoxApiClient;
+    client->setApiBase(m_server->baseUrl());
+    client->setLargestAnswer(1'000'000);
+    const QPointer<VoxApiClient> kept(client);
+    QString said;
+    const auto end = [client, &said](const QByteArray &, const QJsonObject &, const QString &error) {
+        said = error;
+        delete client;
+    };
+    client->downloadFile(client->url(u"file"_s), end);
+    WAIT_COMPARE(said, u"File too large"_s);
+    QVERIFY(!kept);
 }
 
 void TestClientFaults::refusedClientSendsNothing()

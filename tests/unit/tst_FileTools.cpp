@@ -527,9 +527,12 @@ void TestFileTools::writePrivateFile_isForTheUserAlone()
     QVERIFY(FileTools::writePrivateFile(path, "bytes"));
     QCOMPARE(contentOf(path), QByteArray("bytes"));
     QVERIFY(FileTools::isOwnFile(path));
-#ifndef KVTEDITOR_PORTABLE_FILES
-    QCOMPARE(QFileInfo(path).permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
-#endif
+    constexpr auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+    QCOMPARE(QFileInfo(path).permissions() & others, QFile::Permissions());
+    // One that an earlier version left.
+    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | others));
+    QVERIFY(FileTools::writePrivateFile(path, "bytes"));
+    QCOMPARE(QFileInfo(path).permissions() & others, QFile::Permissions());
 }
 
 void TestFileTools::writePrivateFile_refuses_data()

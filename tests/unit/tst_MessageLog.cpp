@@ -148,6 +148,7 @@ private slots:
     void logThatIsNoFileIsPassedOver_data();
     void logThatIsNoFileIsPassedOver();
     void logBehindALinkIsPassedOver();
+    void logWithASecondNameIsPassedOver();
     void logOfAnotherUserIsPassedOver();
     void logIsForTheUserAlone();
     void fullDiskIsPassedOver();
@@ -449,6 +450,21 @@ void TestMessageLog::logBehindALinkIsPassedOver()
     QVERIFY(QFileInfo(logPath()).isSymLink());
     QVERIFY(target.open(QIODevice::ReadOnly));
     QCOMPARE(target.readAll(), QByteArray("earlier\n"));
+}
+
+void TestMessageLog::logWithASecondNameIsPassedOver()
+{
+#ifdef KVTEDITOR_PORTABLE_FILES
+    QSKIP("Qt's classes do not count a file's names.");
+#endif
+    QTemporaryDir elsewhere(QDir::tempPath() + u"/elsewhere"_s);
+    QFile other(elsewhere.filePath(u"other"_s));
+    QVERIFY(other.open(QIODevice::WriteOnly) && other.write("earlier\n") == 8);
+    other.close();
+    QCOMPARE(
+        ::link(QFile::encodeName(other.fileName()).constData(), QFile::encodeName(logPath()).constData()), 0);
+    logLine("main: start");
+    QCOMPARE(logContent(), QByteArray("earlier\n"));
 }
 
 void TestMessageLog::logOfAnotherUserIsPassedOver()
