@@ -7,11 +7,30 @@ set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build=$(realpath -m "${1:-$top/build/deb}")
 read -ra options <<<"${KVTEDITOR_CMAKE_OPTIONS-}"
+
+# The same bytes wherever it is built: qmlcachegen declares variables in the order of addresses in its memory. So these
+# are not randomized, and the folders have fixed paths, in mounts of this process alone.
+if [[ -z ${KVTEDITOR_FIXED_PATHS-} ]]; then
+  mkdir -p "$build"
+  user=()
+  ((EUID == 0)) || user=(--map-root-user)
+  cd "$top"
+  # shellcheck disable=SC2016 # expands in the inner shell
+  KVTEDITOR_FIXED_PATHS=1 unshare --mount "${user[@]}" -- bash -c '
+    set -e
+    mount -t tmpfs -o mode=755 tmpfs /mnt
+    mkdir /mnt/kvteditor /mnt/build
+    mount --bind "$1" /mnt/kvteditor
+    mount --bind "$2" /mnt/build
+    exec setarch --addr-no-randomize /mnt/kvteditor/packaging/build-deb.sh /mnt/build' build-deb "$top" "$build" >/dev/null
+  ls "$build"/kvteditor_*.deb
+  exit
+fi
 cd "$top"
 
 # Hardened as Debian's own packages are, and without a trace of where it was built.
 export DEB_BUILD_MAINT_OPTIONS=hardening=+all DEB_CXXFLAGS_MAINT_STRIP=-g
-# The same bytes whenever it is built. Not wherever: the order in which Qt 6.4 compiles QML depends on the path.
+# The same bytes whenever it is built.
 SOURCE_DATE_EPOCH=$(dpkg-parsechangelog --file packaging/debian/changelog --show-field Timestamp)
 # Qt's tools write what a hash table holds in an order that this seeds.
 export SOURCE_DATE_EPOCH QT_HASH_SEED=0

@@ -47,6 +47,12 @@ if grep --recursive --text --files-with-matches --fixed-strings -e "$top" -e "$b
   exit 1
 fi
 
+step "the same bytes from another folder at another time"
+mkdir "$work/another folder"
+(cd "$top" && git ls-files -z | xargs -0 cp --parents -t "$work/another folder")
+again=$("$work/another folder/packaging/build-deb.sh" "$work/another build")
+cmp "$package" "$again"
+
 step "a clean system"
 suite=$(apt-get indextargets --format "\$(ORIGIN) \$(RELEASE)" 'Identifier: Packages' | sed -n 's/^Debian //p' | sort | head -n 1)
 "$here/../systems/bare-root.sh" "$suite" "$root"
