@@ -56,7 +56,7 @@ void TransferMeter::watch(QNetworkReply *reply)
 {
     m_transfers[reply].age.start();
     m_timer->start();
-    // The library does not know how long a body is that it can read but once: each of its totals is what was
+    // Qt does not know how long a body is that it can read only once: each of its totals is what was
     // sent so far, and nothing of nothing at the end.
     const qint64 length = reply->request().header(QNetworkRequest::ContentLengthHeader).toLongLong();
     connect(reply, &QNetworkReply::uploadProgress, this, [this, reply, length](qint64 sent, qint64 total) {
@@ -73,7 +73,7 @@ void TransferMeter::watch(QNetworkReply *reply)
         m_transfers.remove(reply);
         update();
     };
-    // No progress comes behind the end.
+    // No progress comes after the end.
     connect(reply, &QNetworkReply::finished, this, forget);
     connect(reply, &QObject::destroyed, this, forget);
 }
@@ -82,7 +82,7 @@ void TransferMeter::update()
 {
     TransferBytes sum;
     for (const Transfer &transfer : std::as_const(m_transfers)) {
-        if (!transfer.age.hasExpired(m_patience))
+        if (!transfer.age.hasExpired(m_showDelay))
             continue;
         sum.sent += transfer.bytes.sent;
         sum.toSend = totalOf(sum.toSend, transfer.bytes.toSend);

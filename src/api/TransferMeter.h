@@ -33,8 +33,8 @@ public:
     QString text() const { return m_text; }
     /// Counts the reply until it has finished or is gone.
     void watch(QNetworkReply *reply);
-    /// How long a transfer may take before it is told of; a second at first.
-    void setPatience(int milliseconds) { m_patience = milliseconds; }
+    /// Delay before a transfer is shown; 1 s by default.
+    void setShowDelay(int milliseconds) { m_showDelay = milliseconds; }
 
 signals:
     void textChanged();
@@ -50,6 +50,6 @@ private:
 
     QHash<QObject *, Transfer> m_transfers;
     QTimer *m_timer;
-    int m_patience = 1000;
+    int m_showDelay = 1000;
     QString m_text;
 };

@@ -21,7 +21,7 @@
 namespace {
 
 constexpr qsizetype shownBodyBytes = 300;
-// Erased flash packs far better than the 40 to 1 that the library takes for an attack, so no answer that may
+// Erased flash packs far better than the 40 to 1 that Qt takes for an attack, so no answer that may
 // be a module's whole memory is looked at for that.
 constexpr qint64 largestImage = 64 * 1024 * 1024;
 

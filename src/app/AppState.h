@@ -136,7 +136,7 @@ public:
     /// Where file dialogs start: the open file's folder, else the documents folder, or the home folder where
     /// there is none.
     Q_INVOKABLE QUrl dialogFolder() const;
-    /// The open file's name without its last ending ("tune" when there is none), followed by `suffix`.
+    /// The open file's name without its last suffix ("tune" when there is none), followed by `suffix`.
     QString suggestName(const QString &suffix) const;
     /// Sends the bytes as opened; an answer that arrives after another file was opened is dropped.
     void requestKvtInfoFromApi();

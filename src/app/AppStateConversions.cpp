@@ -12,7 +12,7 @@ namespace {
 
 constexpr qsizetype shownAnswerLength = 240;
 
-/// What an output is called: a fixed name, or an ending behind the workspace's or the input file's name.
+/// What an output is called: a fixed name, or a suffix after the workspace's or the input file's name.
 enum class Naming
 {
     Fixed,
@@ -126,10 +126,10 @@ void AppState::convertOp(const QString &op, const QString &path, const QString &
         extraFiles = {{QStringLiteral("header"), input},
                       {QStringLiteral("export"), FileTools::readFile(path2)}};
     }
-    const QString ending = QLatin1String(conversion->name);
-    const QString outName = conversion->naming == Naming::Workspace ? suggestName(ending)
-        : conversion->naming == Naming::Input                       ? inputBaseName(inputName) + ending
-                                                                    : ending;
+    const QString suffix = QLatin1String(conversion->name);
+    const QString outName = conversion->naming == Naming::Workspace ? suggestName(suffix)
+        : conversion->naming == Naming::Input                       ? inputBaseName(inputName) + suffix
+                                                                    : suffix;
     workerConvert(QLatin1String(conversion->operation), input, inputName, {}, extraFiles, outName);
 }
 
@@ -151,8 +151,8 @@ void AppState::toolConvert(const QString &kind, const QString &path, const QStri
     if (conversion == std::end(containerConversions))
         return;
     const QString inputName = QFileInfo(path).fileName();
-    const QString ending = QLatin1String(conversion->name);
-    const QString outName = conversion->naming == Naming::Input ? inputBaseName(inputName) + ending : ending;
+    const QString suffix = QLatin1String(conversion->name);
+    const QString outName = conversion->naming == Naming::Input ? inputBaseName(inputName) + suffix : suffix;
     workerConvert(QLatin1String(conversion->operation), FileTools::readFile(path), inputName,
                   optionFields(conversion->option, m_tools.xcalMode, m_tools.vbfSkipVerify), {}, outName);
 }

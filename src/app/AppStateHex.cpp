@@ -24,7 +24,7 @@ void AppState::hexFind(const QString &query)
     const int cursor = m_hexModel->cursor();
     int position = FileTools::findBytes(bytes, needle, cursor + 1);
     if (position < 0) {
-        // All that begins behind the cursor was looked at already.
+        // All that begins after the cursor was looked at already.
         const qsizetype rest = std::min(bytes.size(), cursor + needle.size());
         position = FileTools::findBytes(QByteArray::fromRawData(bytes.constData(), rest), needle, 0);
     }

@@ -17,7 +17,7 @@ QString temporaryPath(const QString &name, QString *error)
     const QString folder = QDir::tempPath();
     if (!folder.isEmpty())
         return folder + QLatin1Char('/') + name;
-    // The framework has no word for it but the empty path, which would lead to the root. The system has one.
+    // Qt only returns an empty path, which would lead to the root. The system says why.
     const QString gone = qEnvironmentVariable("TMPDIR", QStringLiteral("/tmp"));
     FileTools::readFile(gone + QLatin1Char('/') + name, error);
     if (error->isEmpty())

@@ -5,13 +5,13 @@
 #include <QStringList>
 
 // The program's only log: a plain text file in the temporary folder, one line per milestone and per message
-// of the framework. Everything here may be called from any thread.
+// of Qt. Everything here may be called from any thread.
 
 /// Appends one line to the log. A log that cannot be opened, or is no regular file of the user's own, is
 /// passed over without a word.
 void logLine(QByteArrayView text);
 
-/// From now on every message of the framework but debug output is captured and logged, and printed nowhere.
+/// From now on every message of Qt but debug output is captured and logged, and printed nowhere.
 void installMessageLog();
 
 /// The texts captured so far, in arrival order.

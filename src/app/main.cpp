@@ -94,15 +94,15 @@ void answer(Text text)
                 "  file           The tune file to open.\n");
 }
 
-// By hand where the name begins with a colon, which the framework takes for a resource.
+// By hand where the name begins with a colon, which Qt takes for a resource.
 QString absolutePath(const QString &file)
 {
     return file.startsWith(QLatin1Char(':')) ? QDir::currentPath() + QLatin1Char('/') + file
                                              : QFileInfo(file).absoluteFilePath();
 }
 
-// The first argument that the framework left and that is no option, made absolute; empty when there is none.
-// Behind "--" nothing is an option.
+// The first argument that Qt left and that is no option, made absolute; empty when there is none.
+// After "--" nothing is an option.
 QString fileFromCommandLine()
 {
     bool options = true;
@@ -140,8 +140,8 @@ void loadRootView(QQmlApplicationEngine &engine)
 #endif
 }
 
-// The first request would otherwise wait for the library of secure connections, and with it the file that was
-// opened. Behind the first frame, which is not to wait for it either.
+// Preloads TLS after the first frame: neither the first request, and with it the file that was opened, nor
+// the first frame should wait for it.
 void prepareRequests(const QQmlApplicationEngine &engine)
 {
     auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
@@ -164,7 +164,7 @@ void showLoadFailure()
 int runWindow(QApplication &app, AppState &state, const QString &file)
 {
     installMessageLog();
-    takeButtonTextsAsTheyAre();
+    disableAutoMnemonics();
     collectGarbageInOneGo();
     PlainFileDialogs plainFileDialogs;
     SecondClicks secondClicks;

@@ -94,7 +94,7 @@ QByteArray readRegular(const QString &path, QString *error)
     if (!opened(file, file.open(QIODevice::ReadOnly | QIODevice::Unbuffered), error))
         return {};
     QByteArray bytes;
-    // A read that fails after some bytes looks like the end of the file; only the next one tells.
+    // A read that fails after some bytes looks like EOF; read again to detect errors.
     bool isTooLarge = file.size() > largestFile;
     for (QByteArray more("-"); !more.isEmpty() && !isTooLarge; isTooLarge = bytes.size() > largestFile) {
         more = file.readAll();
@@ -205,9 +205,8 @@ constexpr qint64 largeFile = 4 * 1024 * 1024;
 // Small enough to be still in the processor's cache when it is filled.
 constexpr qint64 pieceSize = 1024 * 1024;
 
-// Has the system hand out memory for a whole piece at a time: page by page, as the read touches it, costs as
-// much again as the copying. It may refuse; the read then does it.
-void handOut(char *begin, qint64 size)
+// Prefaults the buffer; best effort. Page faults one by one cost as much again as the copying.
+void prefault(char *begin, qint64 size)
 {
 #ifdef MADV_POPULATE_WRITE
     const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
@@ -228,7 +227,7 @@ qint64 readPart(int file, char *to, qint64 size, qint64 from)
     qint64 done = 0;
     while (done < size) {
         const qint64 piece = std::min(size - done, pieceSize);
-        handOut(to + done, piece);
+        prefault(to + done, piece);
         const ssize_t count = pread(file, to + done, static_cast<size_t>(piece), from + done);
         if (count <= 0)
             break;
@@ -257,8 +256,8 @@ QByteArray readWhole(int file, QString *error)
     QByteArray bytes(isTooLarge ? 0 : size, Qt::Uninitialized);
     bytes.truncate(size < largeFile ? readPart(file, bytes.data(), bytes.size(), 0)
                                     : readHalves(file, bytes.data(), bytes.size()));
-    // A read that fails after some bytes looks like the end of the file: only the next one tells. And
-    // somebody may be adding to the file without end.
+    // A read that fails after some bytes looks like EOF; read again to detect errors. Somebody may also keep
+    // appending to the file.
     QByteArray more(64 * 1024, Qt::Uninitialized);
     ssize_t count = 1;
     while (count != 0 && !isTooLarge) {

@@ -80,18 +80,18 @@ private:
 
 bool hasTuneEnding(std::string_view name)
 {
-    constexpr std::string_view endings[] = {".kvt", ".ctz"};
-    return std::any_of(std::begin(endings), std::end(endings), [name](std::string_view ending) {
-        return name.size() >= ending.size()
-            && std::equal(ending.begin(), ending.end(),
-                          name.end() - static_cast<std::ptrdiff_t>(ending.size()),
+    constexpr std::string_view suffixes[] = {".kvt", ".ctz"};
+    return std::any_of(std::begin(suffixes), std::end(suffixes), [name](std::string_view suffix) {
+        return name.size() >= suffix.size()
+            && std::equal(suffix.begin(), suffix.end(),
+                          name.end() - static_cast<std::ptrdiff_t>(suffix.size()),
                           [](char wanted, char c) { return asciiLower(c) == wanted; });
     });
 }
 
 #ifndef KVTEDITOR_PORTABLE_FILES
 
-// A name that is no UTF-8 could be listed, but no QString would open it.
+// Skips invalid UTF-8: QString cannot open it.
 bool isText(std::string_view name)
 {
     return isAscii(name) || QFile::encodeName(decoded(name)).toStdString() == name;

@@ -3,11 +3,11 @@
 #include <QtGlobal>
 
 QT_BEGIN_NAMESPACE
-// The library has it everywhere, and says so to macOS only.
+// Qt exports it on all systems, but declares it on macOS only.
 Q_DECL_IMPORT void qt_set_sequence_auto_mnemonic(bool enable);
 QT_END_NAMESPACE
 
-void takeButtonTextsAsTheyAre()
+void disableAutoMnemonics()
 {
     qt_set_sequence_auto_mnemonic(false);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-/// Has the texts of buttons taken as they are. Left alone, the framework makes Alt and the character behind
-/// an ampersand press the button, be it a blank or a letter in the name of a folder. Before the first view is
-/// made.
-void takeButtonTextsAsTheyAre();
+/// Disables automatic mnemonics; Qt treats & as one by default, also in the name of a folder. To be called
+/// before the first view is made.
+void disableAutoMnemonics();

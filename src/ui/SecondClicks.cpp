@@ -19,7 +19,7 @@ bool answersADialog(const QQuickItem *item)
 bool SecondClicks::eventFilter(QObject *watched, QEvent *event)
 {
     const bool released = event->type() == QEvent::MouseButtonRelease;
-    // Comes behind the second press, which has found what it is on.
+    // Comes after the second press, which has found what it is on.
     const bool again = event->type() == QEvent::MouseButtonDblClick;
     const auto *const window = released || again ? qobject_cast<QQuickWindow *>(watched) : nullptr;
     if (!window)

@@ -5,10 +5,10 @@
 
 class QQuickItem;
 
-/// Sees to it that a double click acts on one thing only. Where its first click opens or closes something,
-/// the second one falls on whatever is there then: a row of a dialog for saving would take it for the choice
-/// of its file. Installed on the application, it drops such a second click in windows of Qt Quick, and every
-/// second click on a dialog's answer: Save may only have entered a folder.
+/// Prevents double-click click-through. Where a first click opens or closes something, the second one lands
+/// on whatever is there then: in a save dialog, a row would take it for the choice of its file. Installed on
+/// the application, it drops such a second click in Qt Quick windows, and every second click on a dialog's
+/// button: Save may only have entered a folder.
 class SecondClicks : public QObject
 {
     Q_OBJECT

@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv);
 /// cannot carry but a JSON text can, so that seeds may hold halves without their other half.
 QString textOf(const QByteArray &utf8);
 
-/// Whether the texts in `json` are the same however they are come by. The library loses a byte order mark at
+/// Whether the texts in `json` are the same however they are come by. Qt loses a byte order mark at
 /// the begin of a text or of a key, but not everywhere.
 bool keepsItsTexts(const QByteArray &json);
 

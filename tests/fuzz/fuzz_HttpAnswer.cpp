@@ -37,7 +37,7 @@ public:
 void stayHome(quint16 port)
 {
     static const bool installed = [] {
-        // The framework owns it from here on.
+        // Qt owns it from here on.
         QNetworkProxyFactory::setApplicationProxyFactory(new StayHome);
         return true;
     }();
@@ -172,7 +172,7 @@ private:
 };
 
 // Whether a chunked body stops in the midst of the line that gives a chunk's size, or has an empty one there.
-// The two bytes behind a chunk may be any to the library.
+// Qt takes any two bytes after a chunk.
 bool endsWithinASize(const QByteArray &body)
 {
     qsizetype at = 0;

@@ -5,18 +5,18 @@ import KvtEditor
 ViewTest {
     id: root
 
-    // The library's list shows nothing of a folder with one of these in its name: it has no row to press.
+    // Qt's list shows nothing of a folder with one of these in its name: it has no row to press.
     readonly property var unlisted: /[#?]|%[0-9A-F]{2}/
 
     // Each test has a folder of its own.
     property int number: 0
 
     function at(path: string): string {
-        return bed.tempPath(number + "/" + path);
+        return fixture.tempPath(number + "/" + path);
     }
 
     function write(path: string, size: int): void {
-        bed.writeFile(number + "/" + path, size);
+        fixture.writeFile(number + "/" + path, size);
     }
 
     function folders_data(): var {

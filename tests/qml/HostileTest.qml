@@ -7,8 +7,8 @@ ViewTest {
 
     function texts(): var {
         return {
-            "picture": "<img src='" + bed.address("picture.png") + "'>",
-            "entities": "<img src='" + bed.address("picture.png").replace(/\//g, "&#47;") + "'>",
+            "picture": "<img src='" + fixture.address("picture.png") + "'>",
+            "entities": "<img src='" + fixture.address("picture.png").replace(/\//g, "&#47;") + "'>",
             "tag": "<b>bold</b>",
             "ampersand": "R&D &amp;&lt;b&gt;",
             "newlines": "line\n".repeat(300),
@@ -18,7 +18,7 @@ ViewTest {
             "lone-surrogate": "a\uD800b",
             "combining": "a" + "\u0301".repeat(2000),
             "links": "<a href='javascript:x()'>x</a> file:///etc/passwd",
-            "markdown": "![x](" + bed.address("picture.png") + ")",
+            "markdown": "![x](" + fixture.address("picture.png") + ")",
             "place-holder": "%1 %2 %n",
             "long": "x".repeat(100000)
         };
@@ -35,7 +35,7 @@ ViewTest {
 
     // What the service answers to a call, until the status line tells of it.
     function answerWords(words: string, call: var): void {
-        bed.answerNext(words);
+        fixture.answerNext(words);
         app.setStatus("");
         call();
         tryVerify(() => app.status !== "", 30000);
@@ -56,7 +56,7 @@ ViewTest {
 
     // Every item in sight, however deep; popups are in the overlay.
     function inSight(): var {
-        return bed.visibleItems(window.contentItem).concat(bed.visibleItems(window.overlayItem));
+        return fixture.visibleItems(window.contentItem).concat(fixture.visibleItems(window.overlayItem));
     }
 
     function clipperOf(item: var): var {
@@ -137,7 +137,7 @@ ViewTest {
     function faultOf(item: var): string {
         // A line of input has no format.
         if (item instanceof TextInput)
-            return item.ofAnyLength || item.text.length <= 32767 ? "" : "more than a field takes";
+            return item.unlimitedLength || item.text.length <= 32767 ? "" : "more than a field takes";
         if (item instanceof Text || item instanceof TextEdit) {
             const place = inWindow(item);
             const around = inWindow(clipperOf(item));
@@ -193,7 +193,7 @@ ViewTest {
 
     // Names of files that hold a year, a make, an OS and what is no part of any of them.
     function fileNames(): var {
-        const port = bed.address("").match(/\d+(?=\/$)/)[0];
+        const port = fixture.address("").match(/\d+(?=\/$)/)[0];
         return [
             { tag: "picture", name: "<img src='http:&#47;&#47;127.0.0.1:" + port + "&#47;x.png'>", year: null },
             { tag: "tag", name: "<b>2014<i> R&D &lt;i&gt; 12654321" },
@@ -211,8 +211,8 @@ ViewTest {
     }
 
     function write(name: string): string {
-        bed.writeFile("in " + name.slice(0, 60) + "/" + name + ".kvt");
-        return bed.tempPath("in " + name.slice(0, 60) + "/" + name + ".kvt");
+        fixture.writeFile("in " + name.slice(0, 60) + "/" + name + ".kvt");
+        return fixture.tempPath("in " + name.slice(0, 60) + "/" + name + ".kvt");
     }
 
     // The paths of the window's dialogs and drops come without their leading slash.

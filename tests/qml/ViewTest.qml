@@ -16,8 +16,8 @@ TestCase {
         // Qt 6.11 while the window of the test before is taken away.
         failOnWarning(new RegExp("^(?!DelegateModel::cancel: index out range"
             + "|endResetModel called on QQuickFolderListModel|.*VOXHint: Cannot find member data)"));
-        bed.reset();
-        fetchedBefore = bed.fetchedPaths().length;
+        fixture.reset();
+        fetchedBefore = fixture.fetchedPaths().length;
         // Most tests need a view or two: the others would take longer to make than the test itself.
         window = newWindow({ prepares: false });
         window.requestActivate();
@@ -32,7 +32,7 @@ TestCase {
     }
 
     function cleanupTestCase() {
-        tryVerify(() => bed.allArrived());
+        tryVerify(() => fixture.allArrived());
     }
 
     function makeAllViews(): void {
@@ -42,7 +42,7 @@ TestCase {
 
     // The item or dialog of that name. The views that were not shown yet are made for it where need be.
     function find(name: string, within: var): var {
-        const found = () => bed.find(within ?? window.contentItem, name) ?? findChild(window, name);
+        const found = () => fixture.find(within ?? window.contentItem, name) ?? findChild(window, name);
         if (!found())
             makeAllViews();
         const item = found();
@@ -60,7 +60,7 @@ TestCase {
     }
 
     function itemsIn(item: var, matches: var): var {
-        return bed.visibleItems(item).filter(matches);
+        return fixture.visibleItems(item).filter(matches);
     }
 
     // The button of that text in a dialog of Qt's own.
@@ -70,7 +70,7 @@ TestCase {
 
     // Says that the file may be written over, where the dialog for saving asks.
     function confirmOverwriting(): void {
-        if (!bed.asksBeforeOverwriting())
+        if (!fixture.asksBeforeOverwriting())
             return;
         tryVerify(() => button("Yes") !== undefined);
         compare(app.status, "");
@@ -91,7 +91,7 @@ TestCase {
     function hold(key: int): void {
         keyPress(key);
         for (let i = 0; i < 3; ++i)
-            bed.repeatKey(window, key, Qt.NoModifier);
+            fixture.repeatKey(window, key, Qt.NoModifier);
         keyRelease(key);
     }
 
@@ -99,8 +99,8 @@ TestCase {
     // only later than it was sent: one of our own follows, and all that were sent until then are waited for.
     function verifySent(before: int, count: int): void {
         app.loadTicket("fence");
-        tryVerify(() => bed.allArrived());
-        compare(bed.requestCount(), before + count + 1);
+        tryVerify(() => fixture.allArrived());
+        compare(fixture.requestCount(), before + count + 1);
     }
 
     function verifyNothingSent(before: int): void {
@@ -112,13 +112,13 @@ TestCase {
     function verifyNothingFetched(): void {
         render();
         for (let i = 0; i < 2; ++i) {
-            const path = "/control" + bed.fetchedPaths().length + ".ppm";
-            bed.answerNext("P3 1 1 255 0 0 0 ");
+            const path = "/control" + fixture.fetchedPaths().length + ".ppm";
+            fixture.answerNext("P3 1 1 255 0 0 0 ");
             createTemporaryObject(fetchingText, window.contentItem,
-                { text: "<img src='" + bed.address(path.slice(1)) + "'>" });
-            tryVerify(() => bed.fetchedPaths().includes(path));
+                { text: "<img src='" + fixture.address(path.slice(1)) + "'>" });
+            tryVerify(() => fixture.fetchedPaths().includes(path));
         }
-        const others = bed.fetchedPaths().slice(fetchedBefore).filter(path => !path.startsWith("/control"));
+        const others = fixture.fetchedPaths().slice(fetchedBefore).filter(path => !path.startsWith("/control"));
         compare(others, []);
     }
 

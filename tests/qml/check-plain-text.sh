@@ -1,6 +1,6 @@
 #!/bin/sh
-# Whatever is shown is plain text: every item that shows a text says so, and every control that would put its text
-# into a label of the library's own brings one of ours.
+# Whatever is shown is plain text: every item that shows a text is a VOXLabel or says so, and every control that would
+# put its text into a label of Qt's own brings one of ours.
 # usage: check-plain-text.sh FOLDER-OF-QML-FILES
 set -eu
 if [ $# -ne 1 ] || [ ! -d "$1" ]; then
@@ -20,10 +20,14 @@ function finish(object) {
         texts++
         if (!plain[depth])
             complain("a " object " that is not said to be plain text ends here")
+    } else if (object == "VOXLabel") {
+        texts++
+        if (plain[depth])
+            complain("a VOXLabel that says what it is ends here")
     } else if (object in labelled) {
         controls++
         if (!content[depth] && (text[depth] || !icon[depth]))
-            complain("a " object " with a label of the library ends here")
+            complain("a " object " with a label of Qt ends here")
     }
 }
 
@@ -39,13 +43,13 @@ FNR == 1 { depth = 0 }
 /^ *\/\// { next }
 
 /(Text|TextEdit|Label)\.(AutoText|RichText|StyledText|MarkdownText)/ { complain("a text that takes tags") }
-/ToolTip\.(text|show)|QtQuick\.Controls\.impl/ { complain("a label of the library") }
+/ToolTip\.(text|show)|QtQuick\.Controls\.impl/ { complain("a label of Qt") }
 
 # An object begins: "Type {", "property: Type {" or "component Name: Type {".
 match($0, /[A-Z][A-Za-z]* \{/) && $0 !~ /^ *(if|for|while|function|readonly property|property) / {
     type = substr($0, RSTART, RLENGTH - 2)
     if ($0 ~ /\}$/) {
-        if (type ~ /^(Text|Label|TextEdit|TextArea)$/ || type in labelled)
+        if (type ~ /^(Text|Label|TextEdit|TextArea|VOXLabel)$/ || type in labelled)
             complain("a " type " in one line: its properties are not seen")
     } else if ($0 ~ /\{$/) {
         match($0, /^ */)

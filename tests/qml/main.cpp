@@ -1,4 +1,4 @@
-#include "TestBed.h"
+#include "ViewFixture.h"
 #include "ui/ButtonTexts.h"
 #include "ui/GarbageCollection.h"
 #include "ui/SecondClicks.h"
@@ -15,11 +15,11 @@ int main(int argc, char **argv)
     // As at the start of the program: a dialog hands over paths without their leading slash.
     QDir::setCurrent(QDir::rootPath());
     QQuickStyle::setStyle(QStringLiteral("Basic"));
-    takeButtonTextsAsTheyAre();
+    disableAutoMnemonics();
     collectGarbageInOneGo();
     SecondClicks secondClicks;
     application.installEventFilter(&secondClicks);
     const UrlRecorder opened;
-    TestBed bed(&opened);
-    return quick_test_main_with_setup(argc, argv, "views", QUICK_TEST_SOURCE_DIR, &bed);
+    ViewFixture fixture(&opened);
+    return quick_test_main_with_setup(argc, argv, "views", QUICK_TEST_SOURCE_DIR, &fixture);
 }

@@ -21,21 +21,21 @@ ViewTest {
 
     // A tune file in the workspace, whose identifiers the service has been asked for.
     function openTune(name: string): void {
-        const asked = bed.requestCount();
-        bed.openFile(name, 64, "tune");
-        tryVerify(() => bed.requestCount() > asked && bed.allArrived());
-        compare(bed.requestCount(), asked + 1);
+        const asked = fixture.requestCount();
+        fixture.openFile(name, 64, "tune");
+        tryVerify(() => fixture.requestCount() > asked && fixture.allArrived());
+        compare(fixture.requestCount(), asked + 1);
     }
 
     // The parts of the one request that `action` makes, by their names.
     function requestOf(action: var): var {
-        const asked = bed.requestCount();
+        const asked = fixture.requestCount();
         action();
-        tryVerify(() => bed.requestCount() > asked && bed.allArrived());
-        compare(bed.requestCount(), asked + 1);
-        const boundary = bed.lastRequestBody().split("\r\n", 1)[0];
+        tryVerify(() => fixture.requestCount() > asked && fixture.allArrived());
+        compare(fixture.requestCount(), asked + 1);
+        const boundary = fixture.lastRequestBody().split("\r\n", 1)[0];
         const parts = {};
-        for (const part of bed.lastRequestBody().split(boundary).slice(1, -1)) {
+        for (const part of fixture.lastRequestBody().split(boundary).slice(1, -1)) {
             const headEnd = part.indexOf("\r\n\r\n");
             const head = part.slice(0, headEnd);
             parts[/name="([^"]*)"/.exec(head)[1]] = {
@@ -49,7 +49,7 @@ ViewTest {
     function choose(dialog: var, name: string): void {
         tryVerify(() => dialog.visible);
         dialog.close();
-        dialog.selectedFile = bed.urlOf(bed.tempPath(name));
+        dialog.selectedFile = fixture.urlOf(fixture.tempPath(name));
         dialog.accepted();
     }
 
@@ -71,8 +71,8 @@ ViewTest {
     }
 
     function test_fieldsShowTheFile() {
-        bed.openFile("truck.kvt", 100);
-        bed.applyInfo({ created: "2024-03-05 14:07", softwareVersion: "4.0.1" });
+        fixture.openFile("truck.kvt", 100);
+        fixture.applyInfo({ created: "2024-03-05 14:07", softwareVersion: "4.0.1" });
         show();
         const shown = { openFileName: ["Filename", "truck.kvt"],
             openFileCreated: ["Created", "2024-03-05 14:07"], openFileVersion: ["Version", "4.0.1"] };
@@ -109,7 +109,7 @@ ViewTest {
     function test_doubleClickConvertsOnce(data) {
         openTune("a.kvt");
         show();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseDoubleClickSequence(find(data.button));
         verifySent(before, 1);
     }
@@ -121,7 +121,7 @@ ViewTest {
 
     function test_openFileIsNeeded(data) {
         show();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         click(data.button);
         compare(app.status, "Open an KVT on MAIN or pick a file first.");
         compare(app.statusOK, 0);
@@ -138,7 +138,7 @@ ViewTest {
     }
 
     function test_pickedFileIsConverted(data) {
-        bed.writeFile("picked/100% a#b.bin", 48);
+        fixture.writeFile("picked/100% a#b.bin", 48);
         openTune("open.kvt");
         show();
         const parts = requestOf(() => {
@@ -174,10 +174,10 @@ ViewTest {
     }
 
     function test_headerAndExportTravelTogether() {
-        bed.writeFile("cm/header #1.bin", 24);
-        bed.writeFile("cm/export 100%.bin", 40);
+        fixture.writeFile("cm/header #1.bin", 24);
+        fixture.writeFile("cm/export 100%.bin", 40);
         show();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         click("convertBinToKvtCm2450");
         choose(find("convertHeaderDialog"), "cm/header #1.bin");
         verifyNothingSent(before);
@@ -191,16 +191,16 @@ ViewTest {
     }
 
     function test_exportIsLookedForBesideItsHeader() {
-        bed.writeFile("beside/header.bin");
+        fixture.writeFile("beside/header.bin");
         show();
         click("convertBinToKvtCm2450");
         const header = find("convertHeaderDialog");
         tryVerify(() => header.visible);
-        header.currentFolder = bed.urlOf(bed.tempPath("beside"));
+        header.currentFolder = fixture.urlOf(fixture.tempPath("beside"));
         choose(header, "beside/header.bin");
         const exported = find("convertExportDialog");
         tryVerify(() => exported.visible);
-        compare(exported.currentFolder, bed.urlOf(bed.tempPath("beside")));
+        compare(exported.currentFolder, fixture.urlOf(fixture.tempPath("beside")));
         exported.close();
     }
 
@@ -214,10 +214,10 @@ ViewTest {
     }
 
     function test_cancellingSendsNothing(data) {
-        bed.writeFile("cancelled.bin");
+        fixture.writeFile("cancelled.bin");
         openTune("open.kvt");
         show();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         const status = app.status;
         click(data.button);
         for (const name of data.dialogs.slice(0, -1))
@@ -248,7 +248,7 @@ ViewTest {
     function test_buttonsComeBackWithTheKeyboard() {
         openTune("answered.kvt");
         show();
-        bed.answerNext('{"status":"ok"}');
+        fixture.answerNext('{"status":"ok"}');
         find("convertKvtToBin").forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Space);
         compare(app.busy, true);
@@ -309,7 +309,7 @@ ViewTest {
     }
 
     function test_hostileName() {
-        const name = "<img src='" + bed.address("x.png").replace(/\//g, "_") + "'>R&D.kvt";
+        const name = "<img src='" + fixture.address("x.png").replace(/\//g, "_") + "'>R&D.kvt";
         openTune(name);
         show();
         compare(inView("openFileName").text, name);

@@ -31,21 +31,21 @@ ViewTest {
     }
 
     function openTune(): void {
-        const before = bed.requestCount();
-        bed.openFile("a.kvt", 64);
-        tryVerify(() => bed.requestCount() > before && bed.allArrived());
+        const before = fixture.requestCount();
+        fixture.openFile("a.kvt", 64);
+        tryVerify(() => fixture.requestCount() > before && fixture.allArrived());
     }
 
     function pickSegments(): void {
-        bed.writeFile("base.kvt", 24);
-        bed.writeFile("donor.kvt", 40);
-        app.pickSegmentFile("base", bed.tempPath("base.kvt"));
-        app.pickSegmentFile("donor", bed.tempPath("donor.kvt"));
+        fixture.writeFile("base.kvt", 24);
+        fixture.writeFile("donor.kvt", 40);
+        app.pickSegmentFile("base", fixture.tempPath("base.kvt"));
+        app.pickSegmentFile("donor", fixture.tempPath("donor.kvt"));
     }
 
     // Has the service answer a call, and waits until the status line tells of it.
     function answered(body: var, call: var): void {
-        bed.answerNext(JSON.stringify(body));
+        fixture.answerNext(JSON.stringify(body));
         app.setStatus("");
         call();
         tryVerify(() => app.status !== "");
@@ -103,7 +103,7 @@ ViewTest {
     function test_request(data) {
         show(data.view);
         data.prepare();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseDoubleClickSequence(find(data.tag, data.view === "xdf" ? find("xdfView") : null));
         verifySent(before, 1);
     }
@@ -117,8 +117,8 @@ ViewTest {
     function test_requestAnsweredInBetween(data) {
         show(data.view);
         data.prepare();
-        const before = bed.requestCount();
-        bed.answerNext(JSON.stringify({ status: "error", message: "No." }));
+        const before = fixture.requestCount();
+        fixture.answerNext(JSON.stringify({ status: "error", message: "No." }));
         mouseDoubleClickAround(find(data.tag), () => tryVerify(() => !app.busy));
         verifySent(before, 1);
     }
@@ -131,15 +131,15 @@ ViewTest {
 
     function test_page(data) {
         show(data.view);
-        const opened = bed.openedUrls().length;
-        const before = bed.requestCount();
+        const opened = fixture.openedUrls().length;
+        const before = fixture.requestCount();
         const update = { latest_version: "9.0", download_url: "https://127.0.0.1/setup" };
         if (data.update)
-            bed.answerNext(JSON.stringify(update));
+            fixture.answerNext(JSON.stringify(update));
         mouseDoubleClickSequence(find(data.tag));
-        tryVerify(() => bed.openedUrls().length > opened);
+        tryVerify(() => fixture.openedUrls().length > opened);
         verifySent(before, data.update ? 1 : 0);
-        compare(bed.openedUrls().length, opened + 1);
+        compare(fixture.openedUrls().length, opened + 1);
     }
 
     // What is not installed is told of instead, once as well.
@@ -150,10 +150,10 @@ ViewTest {
     function test_program(data) {
         show(data.view);
         const told = spyOn(app, "statusChanged");
-        const opened = bed.openedUrls().length;
+        const opened = fixture.openedUrls().length;
         mouseDoubleClickSequence(find(data.tag));
         compare(told.count, 1);
-        verify(bed.openedUrls().length <= opened + 1);
+        verify(fixture.openedUrls().length <= opened + 1);
     }
 
     function test_dialog_data() {
@@ -186,10 +186,10 @@ ViewTest {
         tryVerify(() => dialog.visible);
         compare(changes.count, 1);
         if (data.sends) {
-            bed.writeFile("chosen.bin", 16);
-            const before = bed.requestCount();
+            fixture.writeFile("chosen.bin", 16);
+            const before = fixture.requestCount();
             dialog.close();
-            dialog.selectedFile = bed.urlOf(bed.tempPath("chosen.bin"));
+            dialog.selectedFile = fixture.urlOf(fixture.tempPath("chosen.bin"));
             dialog.accepted();
             verifySent(before, data.sends);
         } else {
@@ -211,8 +211,8 @@ ViewTest {
         window.width = 1100;
         window.height = 720;
         for (let i = 10; i < 30; ++i)
-            bed.writeFile("rows/" + i + ".kvt", i);
-        app.openKvt(bed.tempPath("rows/29.kvt"));
+            fixture.writeFile("rows/" + i + ".kvt", i);
+        app.openKvt(fixture.tempPath("rows/29.kvt"));
         app.setStatus("", -1);
         render();
         const button = find(data.tag);
@@ -241,10 +241,10 @@ ViewTest {
     }
 
     function test_sorting() {
-        bed.writeFile("a 2014.kvt", 16);
+        fixture.writeFile("a 2014.kvt", 16);
         show("sorter");
-        find("sorterView").files = [bed.tempPath("a 2014.kvt")];
-        find("sorterView").folder = bed.tempPath("sorted");
+        find("sorterView").files = [fixture.tempPath("a 2014.kvt")];
+        find("sorterView").folder = fixture.tempPath("sorted");
         const told = spyOn(app, "statusChanged");
         const button = find("sorterStartButton");
         mouseDoubleClickAround(button, () => {
@@ -256,9 +256,9 @@ ViewTest {
     }
 
     function test_searching() {
-        bed.writeFile("searched/a.kvt", 16);
+        fixture.writeFile("searched/a.kvt", 16);
         show("search");
-        find("searchView").folder = bed.tempPath("searched");
+        find("searchView").folder = fixture.tempPath("searched");
         const told = spyOn(app, "statusChanged");
         const button = find("searchButton");
         mouseDoubleClickAround(button, () => {
@@ -290,9 +290,9 @@ ViewTest {
     function test_searchHit(data) {
         const below = inWindow(find(data.tag));
         for (let i = 0; i < 20; ++i)
-            bed.writeFile("hits/" + i + ".kvt", 16);
+            fixture.writeFile("hits/" + i + ".kvt", 16);
         show("search");
-        find("searchView").takeFolder(bed.tempPath("hits"));
+        find("searchView").takeFolder(fixture.tempPath("hits"));
         tryCompare(app, "searchBusy", false);
         const list = find("searchList");
         tryCompare(list, "count", 20);
@@ -300,7 +300,7 @@ ViewTest {
         input("devMessageField").text = "Hello.";
         const place = list.mapFromItem(null, below.right - 20, below.y + below.height / 2);
         verify(list.itemAt(place.x, place.y + list.contentY), "there is no hit above " + data.tag);
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseDoubleClickSequence(window.contentItem, below.right - 20, below.y + below.height / 2);
         compare(app.tab, "main");
         compare(app.showHex, false);
@@ -315,7 +315,7 @@ ViewTest {
         app.showHex = true;
         render();
         const place = inWindow(find("hexCloseButton"));
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseDoubleClickSequence(window.contentItem, place.x + place.width / 2, place.y + place.height / 2);
         compare(app.showHex, false);
         verifyNothingSent(before);
@@ -326,7 +326,7 @@ ViewTest {
 
     // Where one search follows the other, clicks may come as quick as they can.
     function test_findNextCountsEveryClick() {
-        bed.openFile("a.kvt", 64);
+        fixture.openFile("a.kvt", 64);
         app.showHex = true;
         render();
         find("hexSearchField").text = "00";

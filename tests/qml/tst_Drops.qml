@@ -7,7 +7,7 @@ ViewTest {
     name: "Drops"
 
     function urls(names: var): var {
-        return names.map(name => name.includes("://") ? name : bed.urlOf(bed.tempPath(name)));
+        return names.map(name => name.includes("://") ? name : fixture.urlOf(fixture.tempPath(name)));
     }
 
     function middle(name: string): point {
@@ -23,7 +23,7 @@ ViewTest {
     function writeFiles(): void {
         for (const name of ["truck.kvt", "CAR.KVT", "100% a#b.kvt", "truck.bin", "tree/one.kvt",
                 "tree/deep/two.kvt", "odd.kvt/three.kvt"])
-            bed.writeFile(name);
+            fixture.writeFile(name);
     }
 
     function showTab(key: string): void {
@@ -49,7 +49,7 @@ ViewTest {
 
     function test_onTheWindow(data) {
         writeFiles();
-        compare(bed.drop(window, Qt.point(700, 400), urls(data.dropped)), data.opened !== "");
+        compare(fixture.drop(window, Qt.point(700, 400), urls(data.dropped)), data.opened !== "");
         compare(app.fileName, data.opened);
         compare(app.statusOK, data.opened !== "" ? 1 : -1);
     }
@@ -60,12 +60,12 @@ ViewTest {
     }
 
     function test_noUtf8(data) {
-        bed.writeFile(data.name);
-        const dropped = "file://" + bed.tempPath(data.name);
-        bed.drop(window, Qt.point(700, 400), [dropped]);
+        fixture.writeFile(data.name);
+        const dropped = "file://" + fixture.tempPath(data.name);
+        fixture.drop(window, Qt.point(700, 400), [dropped]);
         compare(app.fileName, "");
         verify(app.statusOK !== 1);
-        verify(bed.drop(window, Qt.point(700, 400), urls([data.name])));
+        verify(fixture.drop(window, Qt.point(700, 400), urls([data.name])));
         compare(app.fileName, data.name.split("/").pop());
     }
 
@@ -78,7 +78,7 @@ ViewTest {
         writeFiles();
         app.setStatus("Ready.");
         render();
-        verify(bed.drop(window, middle(data.tag), urls(["truck.kvt"])));
+        verify(fixture.drop(window, middle(data.tag), urls(["truck.kvt"])));
         compare(app.fileName, "truck.kvt");
     }
 
@@ -91,7 +91,7 @@ ViewTest {
         writeFiles();
         showTab(data.tag);
         const view = inWindow(find("viewStack"));
-        verify(bed.drop(window, Qt.point(view.right - 40, view.bottom - 40), urls(["truck.kvt"])));
+        verify(fixture.drop(window, Qt.point(view.right - 40, view.bottom - 40), urls(["truck.kvt"])));
         compare(app.fileName, "truck.kvt");
         compare(app.tab, data.tag);
     }
@@ -100,15 +100,15 @@ ViewTest {
         writeFiles();
         const frame = frameOf("windowDrop");
         compare(frame.visible, false);
-        verify(bed.dragTo(window, Qt.point(700, 400), urls(["truck.kvt"])));
+        verify(fixture.dragTo(window, Qt.point(700, 400), urls(["truck.kvt"])));
         compare(frame.visible, true);
         compare(inWindow(frame), Qt.rect(0, 0, window.width, window.height));
         compare(frame.border.color, VOXTheme.orangeBright);
-        bed.dragAway(window);
+        fixture.dragAway(window);
         compare(frame.visible, false);
-        verify(!bed.dragTo(window, Qt.point(700, 400), urls(["truck.bin"])));
+        verify(!fixture.dragTo(window, Qt.point(700, 400), urls(["truck.bin"])));
         compare(frame.visible, false);
-        bed.dragAway(window);
+        fixture.dragAway(window);
         compare(app.fileName, "");
     }
 
@@ -119,17 +119,17 @@ ViewTest {
 
     function test_nothingBehindTheHexEditor(data) {
         writeFiles();
-        bed.openFile("open.kvt", 100);
+        fixture.openFile("open.kvt", 100);
         showTab(data.tag);
         const place = middle(data.over);
         app.showHex = true;
         app.setStatus("Ready.");
-        compare(bed.drop(window, place, urls(["truck.kvt"])), false);
+        compare(fixture.drop(window, place, urls(["truck.kvt"])), false);
         compare(app.fileName, "open.kvt");
         compare(app.status, "Ready.");
         compare(find("sorterFilesField").text, "");
         app.showHex = false;
-        verify(bed.drop(window, place, urls(["truck.kvt"])));
+        verify(fixture.drop(window, place, urls(["truck.kvt"])));
     }
 
     function test_nothingBehindADialog() {
@@ -137,11 +137,11 @@ ViewTest {
         const dialog = find("openDialog");
         click("openFileButton");
         tryVerify(() => dialog.visible);
-        compare(bed.drop(window, Qt.point(700, 400), urls(["truck.kvt"])), false);
-        compare(bed.drop(window, Qt.point(5, 895), urls(["truck.kvt"])), false);
+        compare(fixture.drop(window, Qt.point(700, 400), urls(["truck.kvt"])), false);
+        compare(fixture.drop(window, Qt.point(5, 895), urls(["truck.kvt"])), false);
         dialog.close();
         tryVerify(() => !window.asking());
-        verify(bed.drop(window, Qt.point(700, 400), urls(["truck.kvt"])));
+        verify(fixture.drop(window, Qt.point(700, 400), urls(["truck.kvt"])));
     }
 
     function test_nothingBehindAPopup() {
@@ -150,10 +150,10 @@ ViewTest {
         const popup = find("vinHexPopup");
         popup.open();
         tryVerify(() => popup.opened);
-        compare(bed.drop(window, Qt.point(5, 895), urls(["truck.kvt"])), false);
+        compare(fixture.drop(window, Qt.point(5, 895), urls(["truck.kvt"])), false);
         popup.close();
         tryVerify(() => !popup.visible);
-        verify(bed.drop(window, Qt.point(5, 895), urls(["truck.kvt"])));
+        verify(fixture.drop(window, Qt.point(5, 895), urls(["truck.kvt"])));
     }
 
     function test_aToolTipIsNotInTheWay() {
@@ -161,7 +161,7 @@ ViewTest {
         const button = find("openFileButton");
         button.forceActiveFocus(Qt.TabFocusReason);
         tryVerify(() => find("hint", button).visible);
-        verify(bed.drop(window, Qt.point(700, 400), urls(["truck.kvt"])));
+        verify(fixture.drop(window, Qt.point(700, 400), urls(["truck.kvt"])));
     }
 
     // One file would open as well: the field comes first.
@@ -169,14 +169,14 @@ ViewTest {
         writeFiles();
         showTab("sorter");
         const place = middle("sorterFilesField");
-        verify(bed.dragTo(window, place, urls(["truck.kvt"])));
+        verify(fixture.dragTo(window, place, urls(["truck.kvt"])));
         compare(frameOf("sorterFilesField").visible, true);
         compare(frameOf("windowDrop").visible, false);
-        bed.dragAway(window);
-        verify(bed.drop(window, place, urls(["truck.kvt"])));
+        fixture.dragAway(window);
+        verify(fixture.drop(window, place, urls(["truck.kvt"])));
         compare(find("sorterFilesField").text, "1 file(s)");
         compare(app.fileName, "");
-        verify(bed.drop(window, place, urls(["truck.kvt", "CAR.KVT", "truck.bin"])));
+        verify(fixture.drop(window, place, urls(["truck.kvt", "CAR.KVT", "truck.bin"])));
         compare(find("sorterFilesField").text, "2 file(s)");
     }
 
@@ -189,36 +189,36 @@ ViewTest {
         const truck = urls(["truck.kvt"]);
         const beside = middle("sorterList");
         const steps = [beside, middle("sorterFilesField"), beside, middle("sorterFilesField")];
-        verify(bed.dragTo(window, Qt.point(5, 5), truck));
+        verify(fixture.dragTo(window, Qt.point(5, 5), truck));
         for (const place of steps) {
-            bed.dragOn(window, place, truck);
-            verify(bed.dragOn(window, Qt.point(place.x + 2, place.y + 2), truck));
+            fixture.dragOn(window, place, truck);
+            verify(fixture.dragOn(window, Qt.point(place.x + 2, place.y + 2), truck));
             compare(field.visible, place !== beside);
             compare(whole.visible, place === beside);
         }
-        bed.dragAway(window);
+        fixture.dragAway(window);
         verify(!field.visible && !whole.visible);
         const both = urls(["truck.kvt", "CAR.KVT"]);
-        verify(!bed.dragTo(window, beside, both));
-        bed.dragOn(window, middle("sorterFilesField"), both);
-        verify(bed.dragOn(window, middle("sorterFilesField"), both));
+        verify(!fixture.dragTo(window, beside, both));
+        fixture.dragOn(window, middle("sorterFilesField"), both);
+        verify(fixture.dragOn(window, middle("sorterFilesField"), both));
         compare(field.visible, true);
-        verify(!bed.dragOn(window, beside, both));
+        verify(!fixture.dragOn(window, beside, both));
         verify(!field.visible && !whole.visible);
-        bed.dragAway(window);
+        fixture.dragAway(window);
     }
 
     function test_searchFolder() {
         writeFiles();
         showTab("search");
         const place = middle("searchFolderField");
-        verify(bed.dragTo(window, place, urls(["tree"])));
+        verify(fixture.dragTo(window, place, urls(["tree"])));
         compare(frameOf("searchFolderField").visible, true);
-        bed.dragAway(window);
-        verify(bed.drop(window, place, urls(["tree"])));
-        compare("/" + find("searchFolderField").text, bed.tempPath("tree"));
+        fixture.dragAway(window);
+        verify(fixture.drop(window, place, urls(["tree"])));
+        compare("/" + find("searchFolderField").text, fixture.tempPath("tree"));
         tryCompare(app, "status", "Found 2 file(s).");
-        verify(bed.drop(window, place, urls(["odd.kvt"])));
+        verify(fixture.drop(window, place, urls(["odd.kvt"])));
         tryCompare(app, "status", "Found 1 file(s).");
         compare(app.fileName, "");
     }
@@ -236,7 +236,7 @@ ViewTest {
     function test_searchFolderTakesNothingElse(data) {
         writeFiles();
         showTab("search");
-        compare(bed.drop(window, middle("searchFolderField"), urls(data.dropped)), false);
+        compare(fixture.drop(window, middle("searchFolderField"), urls(data.dropped)), false);
         compare(find("searchFolderField").text, "");
         compare(app.status, "");
     }
@@ -244,7 +244,7 @@ ViewTest {
     function test_aFileOnTheSearchFolderOpens() {
         writeFiles();
         showTab("search");
-        verify(bed.drop(window, middle("searchFolderField"), urls(["truck.kvt"])));
+        verify(fixture.drop(window, middle("searchFolderField"), urls(["truck.kvt"])));
         compare(app.fileName, "truck.kvt");
         compare(find("searchFolderField").text, "");
     }
@@ -260,16 +260,16 @@ ViewTest {
         writeFiles();
         showTab("segments");
         const place = middle(data.button);
-        verify(bed.dragTo(window, place, urls(["truck.kvt"])));
+        verify(fixture.dragTo(window, place, urls(["truck.kvt"])));
         compare(frameOf(data.button).visible, true);
         compare(frameOf("windowDrop").visible, false);
-        bed.dragAway(window);
-        verify(bed.drop(window, place, urls(["truck.kvt"])));
+        fixture.dragAway(window);
+        verify(fixture.drop(window, place, urls(["truck.kvt"])));
         compare(app.status, data.tag + " set: truck.kvt");
         compare(find(data.label).text, data.shown);
         compare(app.fileName, "");
-        compare(bed.drop(window, place, urls(["truck.kvt", "CAR.KVT"])), false);
-        compare(bed.drop(window, place, urls(["truck.bin"])), false);
+        compare(fixture.drop(window, place, urls(["truck.kvt", "CAR.KVT"])), false);
+        compare(fixture.drop(window, place, urls(["truck.bin"])), false);
         compare(app.status, data.tag + " set: truck.kvt");
     }
 
@@ -277,10 +277,10 @@ ViewTest {
     function test_droppedBaseAndDonorAreSent() {
         writeFiles();
         showTab("segments");
-        verify(bed.drop(window, middle("pickDonorButton"), urls(["100% a#b.kvt"])));
-        verify(bed.drop(window, middle("pickBaseButton"), urls(["truck.kvt"])));
+        verify(fixture.drop(window, middle("pickDonorButton"), urls(["100% a#b.kvt"])));
+        verify(fixture.drop(window, middle("pickBaseButton"), urls(["truck.kvt"])));
         click("segmentSwapButton");
-        tryVerify(() => bed.requestBodies().includes("100% a#b.kvt"));
-        verify(bed.requestBodies().includes("truck.kvt"));
+        tryVerify(() => fixture.requestBodies().includes("100% a#b.kvt"));
+        verify(fixture.requestBodies().includes("truck.kvt"));
     }
 }

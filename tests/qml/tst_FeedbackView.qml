@@ -24,14 +24,14 @@ ViewTest {
 
     // What is sent by this, and answered with that.
     function sent(start: var, answer: var): var {
-        const before = bed.requestCount();
-        bed.answerNext(JSON.stringify(answer ?? {}));
+        const before = fixture.requestCount();
+        fixture.answerNext(JSON.stringify(answer ?? {}));
         app.setStatus("Not answered yet.", -1);
         start();
         tryVerify(() => app.status !== "Not answered yet.");
-        tryVerify(() => bed.allArrived());
-        compare(bed.requestCount(), before + 1);
-        return JSON.parse(bed.lastRequestBody());
+        tryVerify(() => fixture.allArrived());
+        compare(fixture.requestCount(), before + 1);
+        return JSON.parse(fixture.lastRequestBody());
     }
 
     // Shows the view with that conversation in it.
@@ -124,7 +124,7 @@ ViewTest {
         const ticket = sent(() => click("ticketSubmitButton"), { status: "ok", ticket_id: "T-7" });
         compare(ticket, { type: data.tag, name: " Ann ", email: "ann@example.invalid",
             description: "It is slow.", version: "4.0.2", os: "Windows" });
-        compare(bed.lastRequestLine(), "POST /api/feedback.aspx HTTP/1.1");
+        compare(fixture.lastRequestLine(), "POST /api/feedback.aspx HTTP/1.1");
         compare(app.status, "Ticket: T-7");
         for (const key in texts)
             compare(find("ticket" + key + "Field").text, texts[key]);
@@ -152,7 +152,7 @@ ViewTest {
         show();
         fillIn({ Id: " T-7 " });
         compare(sent(data.start), { action: "history", ticket_id: " T-7 " });
-        compare(bed.lastRequestLine(), "POST /api/feedback_reply.aspx HTTP/1.1");
+        compare(fixture.lastRequestLine(), "POST /api/feedback_reply.aspx HTTP/1.1");
         compare(app.status, "Loaded ticket.");
         compare(find("ticketIdField").text, " T-7 ");
     }
@@ -162,7 +162,7 @@ ViewTest {
         fillIn({ Id: "T-7", Reply: " Thank you. " });
         compare(sent(() => click("ticketReplyButton"), { error: "Closed." }),
             { action: "reply", ticket_id: "T-7", message: " Thank you. " });
-        compare(bed.lastRequestLine(), "POST /api/feedback_reply.aspx HTTP/1.1");
+        compare(fixture.lastRequestLine(), "POST /api/feedback_reply.aspx HTTP/1.1");
         compare(app.status, "Closed.");
         compare(find("ticketReplyField").text, " Thank you. ");
         compare(find("ticketIdField").text, "T-7");
@@ -171,11 +171,11 @@ ViewTest {
     function test_replyShowsTheConversationAnew() {
         load({ messages: ["first"] });
         fillIn({ Id: "T-7", Reply: "second" });
-        bed.answerNext(JSON.stringify({ ok: true }));
-        bed.answerNext(JSON.stringify({ messages: ["first", "second"] }));
+        fixture.answerNext(JSON.stringify({ ok: true }));
+        fixture.answerNext(JSON.stringify({ messages: ["first", "second"] }));
         click("ticketReplyButton");
         tryVerify(() => lineTexts().includes("        \"second\""));
-        compare(JSON.parse(bed.lastRequestBody()), { action: "history", ticket_id: "T-7" });
+        compare(JSON.parse(fixture.lastRequestBody()), { action: "history", ticket_id: "T-7" });
     }
 
     function test_heldReturnLoadsOnce_data() {
@@ -185,7 +185,7 @@ ViewTest {
     function test_heldReturnLoadsOnce(data) {
         show();
         fillIn({ Id: "T-7" });
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         hold(data.key);
         verifySent(before, 1);
     }
@@ -197,7 +197,7 @@ ViewTest {
     function test_doubleClickSendsOnce(data) {
         show();
         fillIn({ Description: "It is slow.", Id: "T-7", Reply: "Thank you." });
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseDoubleClickSequence(find(data.tag));
         verifySent(before, 1);
     }
@@ -209,7 +209,7 @@ ViewTest {
     function test_heldSpaceSendsOnce(data) {
         show();
         fillIn({ Description: "It is slow.", Id: "T-7", Reply: "Thank you." });
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         find(data.tag).forceActiveFocus(Qt.TabFocusReason);
         hold(Qt.Key_Space);
         verifySent(before, 1);
@@ -227,13 +227,13 @@ ViewTest {
         input(data.field).forceActiveFocus();
         keyClick(Qt.Key_V, Qt.ControlModifier);
         click(data.tag);
-        tryVerify(() => bed.requestBodies().includes("x".repeat(40000) + " the end"));
+        tryVerify(() => fixture.requestBodies().includes("x".repeat(40000) + " the end"));
     }
 
     function test_returnInTheReplySendsNothing() {
         show();
         fillIn({ Id: "T-7", Reply: "x" });
-        const asked = bed.requestCount();
+        const asked = fixture.requestCount();
         keyClick(Qt.Key_Return);
         keyClick(Qt.Key_Enter);
         compare(find("ticketReplyField").text, "x");
@@ -242,15 +242,15 @@ ViewTest {
 
     function test_checkUpdate() {
         show();
-        const before = bed.requestCount();
-        bed.answerNext(JSON.stringify({ latest_version: "4.0.2" }));
+        const before = fixture.requestCount();
+        fixture.answerNext(JSON.stringify({ latest_version: "4.0.2" }));
         click("ticketUpdateButton");
         compare(app.status, "Checking for updates...");
         compare(lineTexts(), ["Checking for updates..."]);
         tryCompare(app, "status", "You are running the latest version (4.0.2).");
-        tryVerify(() => bed.allArrived());
-        compare(bed.requestCount(), before + 1);
-        verify(bed.lastRequestLine().startsWith("GET /api/updates/kvteditornew/update.json"));
+        tryVerify(() => fixture.allArrived());
+        compare(fixture.requestCount(), before + 1);
+        verify(fixture.lastRequestLine().startsWith("GET /api/updates/kvteditornew/update.json"));
         compare(lineTexts(), ["You are running the latest version (4.0.2)."]);
     }
 
@@ -380,7 +380,7 @@ ViewTest {
 
     function test_hostileTexts_data() {
         return [
-            { tag: "picture", text: "<img src='" + bed.address("picture.png") + "'>" },
+            { tag: "picture", text: "<img src='" + fixture.address("picture.png") + "'>" },
             { tag: "tag", text: "<b>bold</b>" },
             { tag: "ampersand", text: "R&D" },
             { tag: "override", text: "a\u202Eb" },

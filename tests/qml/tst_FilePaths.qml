@@ -28,8 +28,8 @@ TestCase {
     }
 
     function test_pathOfFileUrl(data) {
-        compare("/" + FilePaths.pathFromUrl(bed.urlOf(data.path)), data.path);
-        compare("/" + FilePaths.pathFromUrl(bed.urlOf(data.path).toString()), data.path);
+        compare("/" + FilePaths.pathFromUrl(fixture.urlOf(data.path)), data.path);
+        compare("/" + FilePaths.pathFromUrl(fixture.urlOf(data.path).toString()), data.path);
     }
 
     function test_pathOfText_data() {
@@ -78,9 +78,9 @@ TestCase {
     }
 
     function test_proposedNameKeepsEveryCharacter(data) {
-        const url = bed.urlOf(data.path);
+        const url = fixture.urlOf(data.path);
         const name = data.path.slice("/home/u/".length);
-        compare(FilePaths.inFolder(String(url).slice(0, String(url).lastIndexOf("/")), name), bed.encodedUrlOf(data.path));
+        compare(FilePaths.inFolder(String(url).slice(0, String(url).lastIndexOf("/")), name), fixture.encodedUrlOf(data.path));
     }
 
     function test_folders() {

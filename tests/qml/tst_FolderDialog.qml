@@ -28,7 +28,7 @@ DialogTest {
         app.tab = place.tab;
         render();
         const dialog = openAgain();
-        compare(dialog.currentFolder, bed.urlOf(at(folder)));
+        compare(dialog.currentFolder, fixture.urlOf(at(folder)));
         compare(itemsIn(window.overlayItem, item => item instanceof Text && item.text === dialog.title).length, 1);
         if (!unlisted.test(folder))
             row("inner");
@@ -97,20 +97,20 @@ DialogTest {
     function test_enteredFolderOfOddName(data) {
         const dialog = openFolderDialog("odd", search, "odd/" + data.folder);
         mouseDoubleClickSequence(row(data.folder));
-        tryCompare(dialog, "currentFolder", bed.urlOf(at("odd/" + data.folder)));
+        tryCompare(dialog, "currentFolder", fixture.urlOf(at("odd/" + data.folder)));
         if (!unlisted.test(data.folder))
             row("first");
         verifyNoneChosen(dialog);
         verifyTaken(dialog, "odd/" + data.folder);
     }
 
-    // The letter behind the ampersand is no key of the folder's button.
+    // The letter after the ampersand is no key of the folder's button.
     function test_ampersandMakesNoShortcut() {
         const dialog = openFolderDialog("R&D", search);
         enter(dialog, "inner", "deep");
         keyClick(Qt.Key_D, Qt.AltModifier);
         render();
-        compare(dialog.currentFolder, bed.urlOf(at("R&D/inner")));
+        compare(dialog.currentFolder, fixture.urlOf(at("R&D/inner")));
     }
 
     function test_enteredWithoutSubfolders_data() {
@@ -167,7 +167,7 @@ DialogTest {
         pathField.selectAll();
         type(at(data.path));
         keyClick(Qt.Key_Return);
-        tryCompare(dialog, "currentFolder", bed.urlOf(at(data.path)));
+        tryCompare(dialog, "currentFolder", fixture.urlOf(at(data.path)));
         if (data.within)
             row(data.within);
         tryVerify(() => !pathField.visible);
@@ -243,7 +243,7 @@ DialogTest {
         const dialog = openFolderDialog("plain", sorter);
         // Nothing is chosen yet that it could enter.
         keyClick(Qt.Key_Return);
-        compare(dialog.currentFolder, bed.urlOf(at("plain")));
+        compare(dialog.currentFolder, fixture.urlOf(at("plain")));
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);
         verifyMarked(["inner"]);
@@ -270,12 +270,12 @@ DialogTest {
     function test_keyboardComesBack(data) {
         place = data.asker;
         app.tab = place.tab;
-        bed.writeFile("any/a.kvt");
+        fixture.writeFile("any/a.kvt");
         const dialog = find(place.dialog);
         for (let i = 0; i < 2; ++i) {
             dialog.open();
             tryVerify(() => dialog.visible);
-            dialog.selectedFolder = bed.urlOf(bed.tempPath("any"));
+            dialog.selectedFolder = fixture.urlOf(fixture.tempPath("any"));
             data.end === "accepted" ? dialog.accept() : dialog.reject();
             tryVerify(() => !dialog.visible);
             render();
@@ -309,7 +309,7 @@ DialogTest {
     function test_folderGrowsMeanwhile_data() {
         return [
             { tag: "before-the-row", folder: "aaa", chosen: ["inner"] },
-            { tag: "behind-the-row", folder: "zzz", chosen: ["inner"] },
+            { tag: "after-the-row", folder: "zzz", chosen: ["inner"] },
             { tag: "no-row", folder: "aaa", chosen: [] }
         ];
     }
@@ -329,7 +329,7 @@ DialogTest {
         const dialog = openFolderDialog("plain");
         mouseClick(row("inner"));
         verifyMarked(["inner"]);
-        bed.removeFolder(number + "/plain/inner");
+        fixture.removeFolder(number + "/plain/inner");
         tryVerify(() => rows().length === 2);
         verifyNoneChosen(dialog);
         verifyTaken(dialog, "plain");
@@ -351,7 +351,7 @@ DialogTest {
         row("inner");
         verifyNoneChosen(dialog);
         keyClick(Qt.Key_Return);
-        compare(dialog.currentFolder, bed.urlOf(at("plain")));
+        compare(dialog.currentFolder, fixture.urlOf(at("plain")));
         verifyTaken(dialog, "plain");
         openAgain();
         enter(dialog, "inner", "deep");

@@ -15,7 +15,7 @@ ViewTest {
     function test_barRunsWhileTheServiceWorks() {
         const bar = find("workBar");
         verify(!bar.visible);
-        bed.startConversion();
+        fixture.startConversion();
         verify(app.busy);
         verify(bar.visible);
         compare(inWindow(bar).width, inWindow(find("footer")).width);
@@ -24,8 +24,8 @@ ViewTest {
     }
 
     function test_barRunsDuringASearch() {
-        bed.writeFile("folder/a.kvt");
-        app.scanFolder(bed.tempPath("folder"), true, "", "", "", "");
+        fixture.writeFile("folder/a.kvt");
+        app.scanFolder(fixture.tempPath("folder"), true, "", "", "", "");
         verify(app.searchBusy);
         verify(find("workBar").visible);
         tryVerify(() => !app.searchBusy);
@@ -36,7 +36,7 @@ ViewTest {
         app.setStatus("Saved.", 1);
         render();
         const before = places();
-        bed.startConversion();
+        fixture.startConversion();
         render();
         compare(places(), before);
     }

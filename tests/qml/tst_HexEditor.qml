@@ -6,7 +6,7 @@ ViewTest {
     name: "HexEditor"
 
     function openEditor(size: int): var {
-        bed.fillHex(size);
+        fixture.fillHex(size);
         app.showHex = true;
         tryVerify(() => find("hexRows").height > 0);
         render();
@@ -102,12 +102,12 @@ ViewTest {
     function test_namesTheFile() {
         openEditor(100);
         compare(find("hexFileName").text, "");
-        bed.openFile("a <b>tune.kvt", 64);
+        fixture.openFile("a <b>tune.kvt", 64);
         app.showHex = true;
         const name = find("hexFileName");
         compare(name.text, "a <b>tune.kvt");
         compare(name.textFormat, Text.PlainText);
-        bed.openFile("w".repeat(200) + ".kvt", 64);
+        fixture.openFile("w".repeat(200) + ".kvt", 64);
         render();
         verify(name.truncated);
         compare(name.lineCount, 1);
@@ -141,7 +141,7 @@ ViewTest {
     }
 
     function test_keyboardComesAndGoes() {
-        bed.openFile("a.kvt", 64);
+        fixture.openFile("a.kvt", 64);
         const before = input("devEmailField");
         before.forceActiveFocus();
         app.showHex = true;
@@ -295,7 +295,7 @@ ViewTest {
     }
 
     function test_searchBringsTheMatchIntoSight() {
-        bed.openFile("a.kvt", 100000, "needle");
+        fixture.openFile("a.kvt", 100000, "needle");
         app.showHex = true;
         const rows = find("hexRows");
         render();
@@ -389,7 +389,7 @@ ViewTest {
         const rows = openEditor(100000);
         rows.forceActiveFocus();
         keyClick(Qt.Key_End);
-        bed.fillHex(40);
+        fixture.fillHex(40);
         compare(rows.topRow, 0);
         compare(shownRows().length, 3);
         compare(app.hexModel.cursor, 39);
@@ -397,7 +397,7 @@ ViewTest {
     }
 
     function test_writeBackCloses() {
-        bed.openFile("a.kvt", 64);
+        fixture.openFile("a.kvt", 64);
         app.showHex = true;
         render();
         click("hexWriteBackButton");
@@ -489,7 +489,7 @@ ViewTest {
         return [
             { tag: "not-found", act: () => app.hexFind("zzz") },
             { tag: "patched", act: () => app.hexPatch("00") },
-            { tag: "another-file", act: () => bed.fillHex(300) }
+            { tag: "another-file", act: () => fixture.fillHex(300) }
         ];
     }
 
@@ -504,7 +504,7 @@ ViewTest {
     }
 
     function test_onlyRowsInSightAreMarked() {
-        bed.openFile("a.kvt", 100000, "x".repeat(50000));
+        fixture.openFile("a.kvt", 100000, "x".repeat(50000));
         app.showHex = true;
         const rows = find("hexRows");
         tryVerify(() => rows.height > 0);

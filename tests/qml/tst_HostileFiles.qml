@@ -25,7 +25,7 @@ HostileTest {
             verifyView(data.name);
         }
         const base = inWindow(find("pickBaseButton"));
-        verify(bed.drop(window, Qt.point(base.x + 20, base.y + 10), [bed.urlOf(path)]));
+        verify(fixture.drop(window, Qt.point(base.x + 20, base.y + 10), [fixture.urlOf(path)]));
         render();
         compare(find("pickedBase").text, "Base: " + data.name + ".kvt");
         compare(find("pickedBase").Accessible.name, "Base: " + data.name + ".kvt");
@@ -45,17 +45,17 @@ HostileTest {
 
     function test_searchedFolder(data) {
         const name = "<b>" + data.name.slice(0, 60);
-        bed.writeFile(name + "/" + data.name + ".kvt");
+        fixture.writeFile(name + "/" + data.name + ".kvt");
         show("search");
-        verify(bed.drop(window, centreOf("searchFolderField"), [bed.urlOf(bed.tempPath(name))]));
-        compare(app.status, "Searching " + shownPath(bed.tempPath(name)) + " ...");
+        verify(fixture.drop(window, centreOf("searchFolderField"), [fixture.urlOf(fixture.tempPath(name))]));
+        compare(app.status, "Searching " + shownPath(fixture.tempPath(name)) + " ...");
         compare(find("statusLine").text, app.status);
         tryCompare(app, "searchBusy", false);
         render();
         compare(app.searchHits.length, 1);
         const row = find("searchHit0");
         compare(find("file", row).text, data.name + ".kvt");
-        verify(bed.spokenTexts(row).includes(data.name + ".kvt, OS " + app.searchHits[0].os));
+        verify(fixture.spokenTexts(row).includes(data.name + ".kvt, OS " + app.searchHits[0].os));
         verify(verifyView(data.name) >= 1);
         if (row.shortened)
             verifyTip(row, find("fullText", find("searchList")), data.name + ".kvt");

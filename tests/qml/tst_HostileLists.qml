@@ -19,7 +19,7 @@ ViewTest {
         return [
             { tag: "modules", tab: "main", list: "lines", within: "moduleList", count: 2 * many + 1,
               answer: { status: "ok", modules: listed(index => ({ title: "M" + index, mainOs: "O" + index })) },
-              call: () => bed.openFile("opened.kvt", 32) },
+              call: () => fixture.openFile("opened.kvt", 32) },
             { tag: "candidates", tab: "segments", list: "swapList", count: many,
               answer: { status: "ok", candidates: listed(index => ({ label: "swap " + index })) },
               call: () => app.previewSegments() },
@@ -48,15 +48,15 @@ ViewTest {
 
     function test_onlyRowsInSightExist(data) {
         if (data.tag === "candidates") {
-            bed.openFile("base.kvt", 32);
-            tryVerify(() => bed.allArrived());
-            bed.writeFile("donor.kvt");
-            app.pickSegmentFile("donor", bed.tempPath("donor.kvt"));
+            fixture.openFile("base.kvt", 32);
+            tryVerify(() => fixture.allArrived());
+            fixture.writeFile("donor.kvt");
+            app.pickSegmentFile("donor", fixture.tempPath("donor.kvt"));
         }
         app.tab = data.tab;
         render();
         const list = find(data.list, data.within ? find(data.within) : undefined);
-        bed.answerNext(JSON.stringify(data.answer));
+        fixture.answerNext(JSON.stringify(data.answer));
         data.call();
         tryVerify(() => list.count === data.count, 60000, list.count + " rows");
         verifyScreenful(list);

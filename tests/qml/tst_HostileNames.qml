@@ -12,7 +12,7 @@ ViewTest {
     property int size: 32
 
     function names_data(): var {
-        const port = bed.address("").match(/\d+(?=\/$)/)[0];
+        const port = fixture.address("").match(/\d+(?=\/$)/)[0];
         return [
             { tag: "blanks", name: " two  blanks " },
             { tag: "hash", name: "number #1" },
@@ -37,15 +37,15 @@ ViewTest {
         ];
     }
 
-    // The library could not remove the folder of a file whose name is no text.
+    // Qt could not remove the folder of a file whose name is no text.
     function cleanup() {
-        bed.removeUndecodable("undecodable");
+        fixture.removeUndecodable("undecodable");
     }
 
     // A file of that name in a folder of that name, of a size that no other has.
     function write(name: string): string {
-        bed.writeFile(name + "/" + name + ".kvt", ++size);
-        return bed.tempPath(name + "/" + name + ".kvt");
+        fixture.writeFile(name + "/" + name + ".kvt", ++size);
+        return fixture.tempPath(name + "/" + name + ".kvt");
     }
 
     function verifyOpened(name: string): void {
@@ -79,7 +79,7 @@ ViewTest {
     function test_droppedOnTheWindow_data() { return names_data(); }
 
     function test_droppedOnTheWindow(data) {
-        verify(bed.drop(window, Qt.point(700, 400), [bed.urlOf(write(data.name))]));
+        verify(fixture.drop(window, Qt.point(700, 400), [fixture.urlOf(write(data.name))]));
         verifyOpened(data.name);
         compare(find("statusLine").textFormat, Text.PlainText);
         verifyNothingFetched();
@@ -92,7 +92,7 @@ ViewTest {
         render();
         const place = inWindow(find("pickDonorButton"));
         const centre = Qt.point(place.x + place.width / 2, place.y + place.height / 2);
-        verify(bed.drop(window, centre, [bed.urlOf(write(data.name))]));
+        verify(fixture.drop(window, centre, [fixture.urlOf(write(data.name))]));
         render();
         compare(app.status, "donor set: " + data.name + ".kvt");
         compare(find("pickedDonor").text, "Donor: " + data.name + ".kvt");
@@ -104,19 +104,19 @@ ViewTest {
 
     function test_dialogs(data) {
         const path = write(data.name);
-        bed.writeFile(data.name + "/" + data.name + "/inner.kvt");
+        fixture.writeFile(data.name + "/" + data.name + "/inner.kvt");
         app.openKvt(path);
         click("openFileButton");
         const dialog = waitFor(find("openDialog"));
         verifyShownPlainly(window.overlayItem, data.name);
-        // The library's list of files takes these three for signs of an address.
+        // Qt's list of files takes these three for signs of an address.
         if (!/[#?%]/.test(data.name))
             tryVerify(() => textsIn(window.overlayItem).some(item => item.text === data.name + ".kvt"));
         for (const item of textsIn(window.overlayItem)) {
             if (item.text.includes(data.name))
                 compare(item.textFormat, Text.PlainText, item.text);
         }
-        dialog.selectedFile = bed.urlOf(path);
+        dialog.selectedFile = fixture.urlOf(path);
         dialog.accepted();
         dialog.close();
         tryVerify(() => !dialog.visible);
@@ -137,16 +137,16 @@ ViewTest {
 
     function test_folderDialog(data) {
         const folder = "only-" + data.tag;
-        bed.writeFile(folder + "/" + data.name + "/x.kvt");
+        fixture.writeFile(folder + "/" + data.name + "/x.kvt");
         app.tab = "search";
         const dialog = find("searchFolderDialog", find("searchView"));
-        dialog.currentFolder = bed.urlOf(bed.tempPath(folder));
+        dialog.currentFolder = fixture.urlOf(fixture.tempPath(folder));
         dialog.open();
         waitFor(dialog);
         tryVerify(() => textsIn(window.overlayItem).some(item => item.text === data.name));
         render();
         verifyShownPlainly(window.overlayItem, data.name);
-        dialog.currentFolder = bed.urlOf(bed.tempPath(folder + "/" + data.name));
+        dialog.currentFolder = fixture.urlOf(fixture.tempPath(folder + "/" + data.name));
         render();
         verifyShownPlainly(window.overlayItem, data.name);
         dialog.reject();
@@ -159,7 +159,7 @@ ViewTest {
     function test_searchAndSort(data) {
         const path = write(data.name);
         app.tab = "search";
-        app.scanFolder(bed.tempPath(data.name), false, "", "", "", "");
+        app.scanFolder(fixture.tempPath(data.name), false, "", "", "", "");
         tryCompare(app, "searchBusy", false);
         render();
         compare(app.searchHits.length, 1);
@@ -171,20 +171,20 @@ ViewTest {
         render();
         const sorter = find("sorterView");
         sorter.files = [path];
-        sorter.folder = bed.tempPath("sorted");
+        sorter.folder = fixture.tempPath("sorted");
         render();
         verifyShownPlainly(find("sorterList"), path);
-        app.sortCopy([path], bed.tempPath("sorted"), "");
+        app.sortCopy([path], fixture.tempPath("sorted"), "");
         compare(app.status, "Copied 1 of 1 file(s).");
         verifyNothingFetched();
     }
 
     // A name that is no text cannot be spelt: the file is listed, and refused when it is asked for.
     function test_undecodable() {
-        bed.writeUndecodable("undecodable");
-        bed.writeFile("undecodable/plain.kvt");
+        fixture.writeUndecodable("undecodable");
+        fixture.writeFile("undecodable/plain.kvt");
         app.tab = "search";
-        app.scanFolder(bed.tempPath("undecodable"), true, "", "", "", "");
+        app.scanFolder(fixture.tempPath("undecodable"), true, "", "", "", "");
         tryCompare(app, "searchBusy", false);
         render();
         const names = app.searchHits.map(hit => hit.name);
@@ -195,13 +195,13 @@ ViewTest {
             compare(app.fileName, names.slice(0, row + 1).includes("plain.kvt") ? "plain.kvt" : "");
         }
         app.tab = "main";
-        app.openKvt(bed.tempPath("undecodable/plain.kvt"));
+        app.openKvt(fixture.tempPath("undecodable/plain.kvt"));
         click("openFileButton");
         const dialog = waitFor(find("openDialog"));
-        if (bed.isListed("undecodable"))
+        if (fixture.isListed("undecodable"))
             tryVerify(() => textsIn(window.overlayItem).some(item => item.text === "plain.kvt"));
         dialog.reject();
         tryVerify(() => !dialog.visible);
-        verify(bed.removeUndecodable("undecodable"));
+        verify(fixture.removeUndecodable("undecodable"));
     }
 }

@@ -17,8 +17,8 @@ HostileTest {
 
     function test_attachments(data) {
         const text = texts()[data.tag];
-        const opened = bed.openedUrls().length;
-        const attachment = { name: text, filename: text, url: bed.address("attachment.png"), type: text };
+        const opened = fixture.openedUrls().length;
+        const attachment = { name: text, filename: text, url: fixture.address("attachment.png"), type: text };
         show("feedback");
         const message = { text: "see it", attachments: [attachment] };
         answer({ ticket: "1", attachments: [attachment, text], messages: [message] }, () => app.loadTicket("1"));
@@ -33,10 +33,10 @@ HostileTest {
             verify(log.text.includes(line.text) && line.text.length <= 1000);
             compare(line.textFormat, Text.PlainText);
             compare(line.Accessible.name, line.text);
-            verify(bed.spokenTexts(line).includes(line.text));
+            verify(fixture.spokenTexts(line).includes(line.text));
             verifyView(text);
         }
-        compare(bed.openedUrls().length, opened);
+        compare(fixture.openedUrls().length, opened);
         verifyNothingFetched();
     }
 
@@ -62,7 +62,7 @@ HostileTest {
     function test_copiedField(data) {
         const text = texts()[data.tag];
         const module = { title: text, vin: text, serial: text, mainOs: text, rows: [{ label: text, value: text }] };
-        bed.applyInfo({ modules: [module, module] });
+        fixture.applyInfo({ modules: [module, module] });
         render();
         const lines = find("lines", find("moduleList"));
         const last = app.modules[0].rows[0];
@@ -70,7 +70,7 @@ HostileTest {
         verify(line.text === last.value, line.text.slice(0, 40));
         mouseClick(find("copyArea", line), 2, 5);
         verify(app.status === last.label + " copied.", app.status.slice(0, 100));
-        verify(bed.clipboardText() === last.value);
+        verify(fixture.clipboardText() === last.value);
         verifyView(text);
         verifyNothingFetched();
     }
@@ -99,13 +99,13 @@ HostileTest {
 
     // The bytes of a file as characters.
     function test_fileContent_data() {
-        return [{ tag: "picture", text: "<img src='" + bed.address("a") + "'>" }, { tag: "tag", text: "<b>bold</b>" },
+        return [{ tag: "picture", text: "<img src='" + fixture.address("a") + "'>" }, { tag: "tag", text: "<b>bold</b>" },
             { tag: "ampersand", text: "R&amp;D &lt;b&gt;" }, { tag: "controls", text: "a\u0000b\nc\rd\te\u007F" },
             { tag: "override", text: "a\u202Eb\u2028c" }];
     }
 
     function test_fileContent(data) {
-        bed.openFile("content.kvt", 4096, data.text.repeat(10));
+        fixture.openFile("content.kvt", 4096, data.text.repeat(10));
         app.showHex = true;
         for (const where of [0, 4095]) {
             app.hexModel.cursor = where;
@@ -126,15 +126,15 @@ HostileTest {
     function test_spoken(data) {
         const text = texts()[data.tag];
         const file = { id: "1", filename: text, make: text, module: text };
-        bed.writeFile("donor.kvt");
-        bed.writeFile("base.kvt");
-        app.pickSegmentFile("base", bed.tempPath("base.kvt"));
-        app.pickSegmentFile("donor", bed.tempPath("donor.kvt"));
+        fixture.writeFile("donor.kvt");
+        fixture.writeFile("base.kvt");
+        app.pickSegmentFile("base", fixture.tempPath("base.kvt"));
+        app.pickSegmentFile("donor", fixture.tempPath("donor.kvt"));
         answer({ status: "ok", candidates: [{ label: text }] }, () => app.previewSegments());
         answer({ items: [{ id: "1", title: text, os_id: text }] }, () => app.xdfCatalog());
         answer({ patches: [{ id: 1, variant: text, description: text }] }, () => app.loadPatches("1"));
         answer({ files: [file] }, () => app.stockSearch({}));
-        bed.applyInfo({ vin: text, created: text });
+        fixture.applyInfo({ vin: text, created: text });
         app.setStatus(text, 0);
         const places = [["main", "vinField"], ["segments", "swapCandidate0"], ["xdf", "xdfItem0"],
             ["patcher", "patch0"], ["stock", "stockRow0"]];
@@ -142,8 +142,8 @@ HostileTest {
             show(tab);
             const item = tab === "main" ? input(name) : find(name);
             const whole = tab === "main" ? item.text : text;
-            verify(bed.spokenTexts(item).includes(whole), name + ": " + bed.spokenTexts(item).slice(0, 100));
-            verify(bed.spokenTexts(find("statusLine")).includes(text.slice(0, 2000)));
+            verify(fixture.spokenTexts(item).includes(whole), name + ": " + fixture.spokenTexts(item).slice(0, 100));
+            verify(fixture.spokenTexts(find("statusLine")).includes(text.slice(0, 2000)));
         }
         verifyNothingFetched();
     }

@@ -12,9 +12,9 @@ HostileTest {
 
     function test_sorter(data) {
         const path = write(data.name);
-        const folder = bed.tempPath("out " + data.name.slice(0, 60));
+        const folder = fixture.tempPath("out " + data.name.slice(0, 60));
         show("sorter");
-        verify(bed.drop(window, centreOf("sorterFilesField"), Array(40).fill(bed.urlOf(path))));
+        verify(fixture.drop(window, centreOf("sorterFilesField"), Array(40).fill(fixture.urlOf(path))));
         find("sorterView").folder = shownPath(folder);
         const order = input("sorterOrderField");
         order.text = "Year, <b>Make</b> ,../..,Make,OS," + data.name.slice(0, 60).replace(/,/g, "");
@@ -27,7 +27,7 @@ HostileTest {
             const item = list.itemAtIndex(row);
             compare(find("path", item).text, shownPath(path));
             compare(item.Accessible.name, shownPath(path));
-            verify(bed.spokenTexts(item).includes(shownPath(path)));
+            verify(fixture.spokenTexts(item).includes(shownPath(path)));
             verifyView(data.name);
         }
         compare(find("sorterSummary").text, "40 file(s) selected → " + shownPath(folder));
@@ -36,7 +36,7 @@ HostileTest {
         tryCompare(find("sorterStartButton"), "text", "START SORT");
         verify(verifyView(data.name) >= 5);
         if (data.year !== null)
-            verify(bed.fileExists(folder + "/2014/Unknown"));
+            verify(fixture.fileExists(folder + "/2014/Unknown"));
         if (list.itemAtIndex(39).shortened)
             verifyTip(list.itemAtIndex(39), find("fullText", list), shownPath(path));
         verifyNothingFetched();
@@ -47,14 +47,14 @@ HostileTest {
         show("sorter");
         const sorter = find("sorterView");
         sorter.files = ["/<b>gone</b>.kvt", "/a\nb.kvt", "\u0000.kvt", ""];
-        sorter.folder = bed.tempPath("failures <b>");
+        sorter.folder = fixture.tempPath("failures <b>");
         render();
         click("sorterStartButton");
         tryCompare(app, "status", "Copied 0 of 4 file(s).");
         tryCompare(find("sorterStartButton"), "text", "START SORT");
         verifyView("<b>gone</b>");
-        bed.writeFile("no <img> folder");
-        sorter.folder = bed.tempPath("no <img> folder");
+        fixture.writeFile("no <img> folder");
+        sorter.folder = fixture.tempPath("no <img> folder");
         click("sorterStartButton");
         tryCompare(app, "status", "Destination folder is missing.");
         tryCompare(find("sorterStartButton"), "text", "START SORT");

@@ -10,7 +10,7 @@ ViewTest {
 
     function texts(): var {
         return {
-            "picture": "<img src='" + bed.address("picture.png") + "'>",
+            "picture": "<img src='" + fixture.address("picture.png") + "'>",
             "tag": "<b>bold</b>",
             "ampersand": "R&D",
             "override": "a\u202Eb",
@@ -53,11 +53,11 @@ ViewTest {
 
     function test_everyTextInSightIsPlain() {
         app.setStatus("Text.", 0);
-        bed.startConversion();
+        fixture.startConversion();
         verify(shownTexts().length > 20);
         for (const item of shownTexts())
             compare(item.textFormat, Text.PlainText, item.text);
-        bed.applyInfo({ modules: [{ title: "A", mainOs: "1" }, { title: "B", mainOs: "2" }] });
+        fixture.applyInfo({ modules: [{ title: "A", mainOs: "1" }, { title: "B", mainOs: "2" }] });
         app.showHex = true;
         for (const item of shownTexts())
             compare(item.textFormat, Text.PlainText, item.text);
@@ -80,7 +80,7 @@ ViewTest {
 
     function test_identifiers(data) {
         const text = texts()[data.tag];
-        bed.applyInfo({ vin: text, created: text, softwareVersion: text });
+        fixture.applyInfo({ vin: text, created: text, softwareVersion: text });
         compareField(input("vinField"), app.vin);
         compareField(input("createdField"), app.created);
         compareField(input("versionField"), app.editorVersion);
@@ -93,7 +93,7 @@ ViewTest {
 
     // The field with the keyboard holds all of it.
     function test_editedIdentifier(data) {
-        bed.applyInfo({ serial: texts()[data.tag] });
+        fixture.applyInfo({ serial: texts()[data.tag] });
         const before = app.serial;
         const field = input("serialField");
         field.forceActiveFocus();
@@ -112,7 +112,7 @@ ViewTest {
         const text = texts()[data.tag];
         const rows = [{ label: text, value: text }];
         const module = { title: text, vin: text, serial: text, mainOs: text, rows: rows };
-        bed.applyInfo({ modules: [module, module] });
+        fixture.applyInfo({ modules: [module, module] });
         render();
         const lines = find("lines", find("moduleList"));
         const held = app.modules[1];
@@ -136,7 +136,7 @@ ViewTest {
     }
 
     function test_fileName(data) {
-        bed.openFile(data.file, 32);
+        fixture.openFile(data.file, 32);
         compare(app.fileName, data.file);
         compareField(input("fileNameField"), data.file);
         render();

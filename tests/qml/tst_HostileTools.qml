@@ -13,7 +13,7 @@ HostileTest {
     function test_faultDecoder_data() {
         const all = texts();
         return [
-            { tag: "picture", text: "<img src='" + bed.address("p.png") + "'> 00 00 5B 00 03 01" },
+            { tag: "picture", text: "<img src='" + fixture.address("p.png") + "'> 00 00 5B 00 03 01" },
             { tag: "tag", text: "<b>00 00 5B 00 03 01</b>", faults: 1 },
             { tag: "nul", text: "00 00 5B\u000000 03 01", faults: 1 },
             { tag: "override", text: "\u202E00 00 5B 00 03 01", faults: 1 },
@@ -80,10 +80,10 @@ HostileTest {
     function test_conversion(data) {
         const text = texts()[data.tag];
         show("tools");
-        bed.writeFile("input.xcal");
+        fixture.writeFile("input.xcal");
         for (const kind of ["xcal", "ecfg"]) {
             const body = bodyOf({ status: "ok", note: text });
-            answerWords(body, () => app.toolConvert(kind, bed.tempPath("input.xcal")));
+            answerWords(body, () => app.toolConvert(kind, fixture.tempPath("input.xcal")));
             verify(app.status.length <= 240 && app.status.startsWith('{"status":"ok","note":"'), app.status);
             verifyView(text);
             compare(find("statusLine").text, app.status);
@@ -103,15 +103,15 @@ HostileTest {
 
     function test_announcedLengths(data) {
         const label = find("transferLabel");
-        const first = bed.requestCount();
+        const first = fixture.requestCount();
         for (let i = 0; i < data.lengths.length; ++i)
             app.loadTicket("1");
-        tryVerify(() => bed.allArrived());
+        tryVerify(() => fixture.allArrived());
         const held = data.lengths.map((_, i) => first + i);
-        held.forEach((request, i) => bed.answerPart(request,
+        held.forEach((request, i) => fixture.answerPart(request,
             "HTTP/1.1 200 OK\r\nContent-Length: " + data.lengths[i] + "\r\n\r\n"));
         tryVerify(() => {
-            held.forEach(request => bed.answerPart(request, "{"));
+            held.forEach(request => fixture.answerPart(request, "{"));
             return label.text !== "";
         });
         verify(/^Receiving \d+ bytes/.test(label.text) && label.text.endsWith(data.total), label.text);

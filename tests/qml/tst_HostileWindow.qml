@@ -23,8 +23,8 @@ HostileTest {
     }
 
     function open(text: string): void {
-        bed.answerNext(bodyOf(infoOf(text, 1)));
-        bed.openFile("opened.kvt", 64);
+        fixture.answerNext(bodyOf(infoOf(text, 1)));
+        fixture.openFile("opened.kvt", 64);
         tryVerify(() => app.interfaceID !== "", 30000);
     }
 
@@ -35,8 +35,8 @@ HostileTest {
             () => app.loadPatches(text));
         const file = { id: text, filename: text, os: text, module: text, year: text, make: text, model: text };
         answer({ files: [file, Object.assign({}, file, { make: "" }), file] }, () => app.stockSearch({}));
-        bed.writeFile("donor.kvt");
-        app.pickSegmentFile("donor", bed.tempPath("donor.kvt"));
+        fixture.writeFile("donor.kvt");
+        app.pickSegmentFile("donor", fixture.tempPath("donor.kvt"));
         answer(Object.assign(infoOf(text, 1), { candidates: Array(3).fill({ label: text }) }),
             () => app.previewSegments());
         answer({ ticket: text, messages: Array(3).fill({ from: text, text: text }) }, () => app.loadTicket(text));
@@ -60,7 +60,7 @@ HostileTest {
 
     function test_everyView(data) {
         const text = texts()[data.tag] ?? "x".repeat(1000000);
-        const opened = bed.openedUrls().length;
+        const opened = fixture.openedUrls().length;
         visitAll();
         open(text);
         fetchLists(text);
@@ -78,7 +78,7 @@ HostileTest {
         verify(verifyView(text) >= 3);
         app.showHex = false;
         compare(window.title, "VOX - KVT Editor");
-        compare(bed.openedUrls().length, opened);
+        compare(fixture.openedUrls().length, opened);
         verifyNothingFetched();
     }
 
@@ -88,11 +88,11 @@ HostileTest {
         const text = texts()[data.tag];
         visitAll();
         open(text);
-        const answered = bed.requestCount();
-        bed.answerNext(bodyOf(infoOf(text, 3)));
-        bed.openFile("opened.kvt", 64);
+        const answered = fixture.requestCount();
+        fixture.answerNext(bodyOf(infoOf(text, 3)));
+        fixture.openFile("opened.kvt", 64);
         tryCompare(app.modules, "length", 3, 30000);
-        verify(bed.requestCount() > answered);
+        verify(fixture.requestCount() > answered);
         for (const view of ["main", "convert", "segments"]) {
             app.tab = view;
             render();
@@ -144,25 +144,25 @@ HostileTest {
     function test_failures(data) {
         const text = texts()[data.tag];
         visitAll();
-        bed.openFile("opened.kvt", 64);
-        tryVerify(() => bed.allArrived());
-        bed.writeFile("donor.kvt");
-        app.pickSegmentFile("donor", bed.tempPath("donor.kvt"));
-        bed.answerNext(bodyOf({ items: [{ id: "1", title: "T" }] }));
+        fixture.openFile("opened.kvt", 64);
+        tryVerify(() => fixture.allArrived());
+        fixture.writeFile("donor.kvt");
+        app.pickSegmentFile("donor", fixture.tempPath("donor.kvt"));
+        fixture.answerNext(bodyOf({ items: [{ id: "1", title: "T" }] }));
         app.xdfCatalog();
         tryCompare(app, "status", "Catalog: 1 item(s).");
-        bed.answerNext(bodyOf({ files: [{ id: "1", filename: "f.bin" }] }));
+        fixture.answerNext(bodyOf({ files: [{ id: "1", filename: "f.bin" }] }));
         app.stockSearch({});
         tryCompare(app, "status", "1 stock file(s).");
-        bed.answerNext(bodyOf({ patches: [{ id: 1 }] }));
+        fixture.answerNext(bodyOf({ patches: [{ id: 1 }] }));
         app.loadPatches("1");
         tryCompare(app, "status", "1 patch(es) for 1.");
         const refusal = { error: text };
         const calls = [
             [refusal, () => app.xdfLogin()],
             [refusal, () => app.stockDownload(0, true)],
-            [refusal, () => app.applyPatchToBin(0, bed.tempPath("donor.kvt"))],
-            [{ status: "ok", message: text }, () => app.applyPatchToBin(0, bed.tempPath("donor.kvt"))],
+            [refusal, () => app.applyPatchToBin(0, fixture.tempPath("donor.kvt"))],
+            [{ status: "ok", message: text }, () => app.applyPatchToBin(0, fixture.tempPath("donor.kvt"))],
             [{ status: "error", message: text }, () => app.previewSegments()],
             [{ status: "error", message: text }, () => app.convertOp("kvt2bin", "")],
             [refusal, () => app.submitTicket("bug", "n", "e", "d")],
@@ -192,9 +192,9 @@ HostileTest {
 
     function test_updates(data) {
         const text = texts()[data.tag];
-        const opened = bed.openedUrls().length;
+        const opened = fixture.openedUrls().length;
         for (const update of [{ latest_version: text }, { latest_version: "9." + text }]) {
-            bed.answerNext(bodyOf(update));
+            fixture.answerNext(bodyOf(update));
             app.checkUpdate();
             compare(app.status, "Checking for updates...");
             tryVerify(() => app.status !== "Checking for updates...");
@@ -202,7 +202,7 @@ HostileTest {
             verifyView(text);
         }
         verify(app.status === "Update 9." + text + " is available but no download link was provided.");
-        compare(bed.openedUrls().length, opened);
+        compare(fixture.openedUrls().length, opened);
         verifyNothingFetched();
     }
 

@@ -13,7 +13,7 @@ ViewTest {
     ]
 
     function show(answer: var): void {
-        bed.applyInfo(answer);
+        fixture.applyInfo(answer);
         render();
     }
 
@@ -70,13 +70,13 @@ ViewTest {
 
     function test_longValueIsCopiedWhole() {
         app.tab = "main";
-        bed.openFile("truck.kvt", 64);
+        fixture.openFile("truck.kvt", 64);
         const told = "1.0 " + "x".repeat(40000);
-        bed.applyInfo({ softwareVersion: told });
+        fixture.applyInfo({ softwareVersion: told });
         render();
         mouseClick(find("copyArea", find("versionField")));
         compare(app.status, "Version copied.");
-        verify(bed.clipboardText() === told);
+        verify(fixture.clipboardText() === told);
     }
 
     function test_field_data() {
@@ -120,7 +120,7 @@ ViewTest {
         field.forceActiveFocus();
         type("ABCD");
         field.cursorPosition = 1;
-        bed.applyInfo({ serial: "777" });
+        fixture.applyInfo({ serial: "777" });
         compare(find("serialField").text, "777");
         compare(field.text, "ABCD");
         compare(field.cursorPosition, 1);
@@ -135,7 +135,7 @@ ViewTest {
     }
 
     function test_faceFollowsTheNumberOfModules(data) {
-        bed.applyInfo({ modules: data.modules });
+        fixture.applyInfo({ modules: data.modules });
         compare(find("identifierFields").visible, data.fields);
         compare(find("moduleList").visible, !data.fields);
     }
@@ -199,7 +199,7 @@ ViewTest {
         app.fuel = "Diesel";
         app.interfaceID = "77";
         const first = lines.itemAtIndex(1);
-        bed.applyInfo({ fuel: "Petrol" });
+        fixture.applyInfo({ fuel: "Petrol" });
         const others = JSON.parse(JSON.stringify(twoModules.concat(twoModules)));
         others[0].vin = "VIN2";
         show({ modules: others });
@@ -221,7 +221,7 @@ ViewTest {
         show({ modules: manyModules(40) });
         list().contentY = 500;
         app.tab = "tools";
-        bed.applyInfo({ modules: manyModules(40).reverse() });
+        fixture.applyInfo({ modules: manyModules(40).reverse() });
         app.tab = "main";
         render();
         compare(list().contentY, 500);
@@ -451,8 +451,8 @@ ViewTest {
     }
 
     function test_factsOfTheFileCopyToo() {
-        bed.openFile("a.kvt", 16);
-        bed.applyInfo({ created: "2024", softwareVersion: "4.0.2" });
+        fixture.openFile("a.kvt", 16);
+        fixture.applyInfo({ created: "2024", softwareVersion: "4.0.2" });
         const expected = [["fileNameField", "Filename", "a.kvt"], ["createdField", "Created", "2024"],
                           ["versionField", "Version", "4.0.2"]];
         for (const [name, title, value] of expected) {
@@ -464,8 +464,8 @@ ViewTest {
     }
 
     function test_anotherFileBringsTheFieldsBack() {
-        bed.applyInfo({ modules: twoModules });
-        bed.openFile("b.kvt", 16);
+        fixture.applyInfo({ modules: twoModules });
+        fixture.openFile("b.kvt", 16);
         compare(find("identifierFields").visible, true);
         compare(find("vinField").text, "");
     }
@@ -509,7 +509,7 @@ ViewTest {
             mouseClick(find("field", inPanel(field + "Field", data.tag)));
             type("AB");
             verify(app[field].includes("AB"));
-            bed.applyInfo({ modules: twoModules });
+            fixture.applyInfo({ modules: twoModules });
             const before = identifiers();
             type("CD");
             keyClick(Qt.Key_Backspace);
@@ -521,7 +521,7 @@ ViewTest {
             verifyKeyboardIn("moduleList", data.tag);
             type("EF");
             compare(identifiers(), before);
-            bed.applyInfo({ modules: twoModules.slice(0, 1) });
+            fixture.applyInfo({ modules: twoModules.slice(0, 1) });
             // Back in the field that it left.
             verify(find("field", inPanel(field + "Field", data.tag)).activeFocus);
             type("GH");
@@ -532,17 +532,17 @@ ViewTest {
     function test_keyboardLeavesTheModulesWithThem_data() { return panels_data(); }
 
     function test_keyboardLeavesTheModulesWithThem(data) {
-        bed.applyInfo({ modules: twoModules });
+        fixture.applyInfo({ modules: twoModules });
         showIn(data.tag);
         const lines = inPanel("lines", data.tag);
         mouseClick(find("field", lines.itemAtIndex(2)));
         verifyKeyboardIn("moduleList", data.tag);
-        bed.openFile("one.kvt", 16);
+        fixture.openFile("one.kvt", 16);
         verifyKeyboardIn("identifierFields", data.tag);
         verify(find("field", inPanel("vinField", data.tag)).activeFocus);
         keyClick(Qt.Key_Tab);
         verify(find("field", inPanel("serialField", data.tag)).activeFocus);
-        bed.applyInfo({ modules: twoModules });
+        fixture.applyInfo({ modules: twoModules });
         render();
         verifyKeyboardIn("moduleList", data.tag);
     }
@@ -551,7 +551,7 @@ ViewTest {
         const button = find("sendToDevButton");
         button.forceActiveFocus();
         for (const count of [2, 1, 2]) {
-            bed.applyInfo({ modules: twoModules.slice(0, count) });
+            fixture.applyInfo({ modules: twoModules.slice(0, count) });
             render();
             compare(window.activeFocusItem, button);
         }
@@ -561,11 +561,11 @@ ViewTest {
 
     // The control that had the keyboard before the hex editor gets it back, unless it has gone meanwhile.
     function test_facesChangeBehindTheHexEditor() {
-        bed.openFile("one.kvt", 16);
+        fixture.openFile("one.kvt", 16);
         input("vinField").forceActiveFocus();
         keyClick(Qt.Key_H, Qt.ControlModifier);
         verify(app.showHex);
-        bed.applyInfo({ modules: twoModules });
+        fixture.applyInfo({ modules: twoModules });
         const before = identifiers();
         keyClick(Qt.Key_Escape);
         verify(!app.showHex);
@@ -595,7 +595,7 @@ ViewTest {
 
     function test_longValueIsEditedWhole(data) {
         const serial = longSerial();
-        bed.applyInfo({ serial: serial });
+        fixture.applyInfo({ serial: serial });
         const field = input("serialField");
         verify(field.text === serial.slice(0, 32767));
         field.forceActiveFocus();
@@ -615,7 +615,7 @@ ViewTest {
 
     function test_longValueIsEditedWhereItIsClicked() {
         const serial = longSerial();
-        bed.applyInfo({ serial: serial });
+        fixture.applyInfo({ serial: serial });
         const field = input("serialField");
         render();
         mouseClick(field, field.leftPadding + 1, field.height / 2);
@@ -630,7 +630,7 @@ ViewTest {
         const field = input("serialField");
         field.forceActiveFocus();
         type("1");
-        bed.applyInfo({ serial: serial });
+        fixture.applyInfo({ serial: serial });
         verify(field.text === serial);
         keyClick(Qt.Key_End);
         keyClick(Qt.Key_Backspace);

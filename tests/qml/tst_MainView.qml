@@ -14,15 +14,15 @@ ViewTest {
     }
 
     function test_hexEditorOpensOverAFile() {
-        bed.openFile("truck.kvt", 100);
+        fixture.openFile("truck.kvt", 100);
         click("hexEditorButton");
         compare(app.showHex, true);
         compare(find("hexOverlay").visible, true);
     }
 
     function test_cardShowsTheFile() {
-        bed.openFile("truck.kvt", 100);
-        bed.applyInfo({ created: "2024-03-05 14:07", softwareVersion: "4.0.1" });
+        fixture.openFile("truck.kvt", 100);
+        fixture.applyInfo({ created: "2024-03-05 14:07", softwareVersion: "4.0.1" });
         compare(find("fileNameField").text, "truck.kvt");
         compare(find("createdField").text, "2024-03-05 14:07");
         compare(find("versionField").text, "4.0.1");
@@ -36,8 +36,8 @@ ViewTest {
         input("devMessageField").forceActiveFocus();
         type("R&D asks");
         click("sendToDevButton");
-        tryVerify(() => bed.requestBodies().includes("R&D asks"));
-        verify(bed.requestBodies().includes("me@example.com"));
+        tryVerify(() => fixture.requestBodies().includes("R&D asks"));
+        verify(fixture.requestBodies().includes("me@example.com"));
     }
 
     function test_longMessageGoesOutWhole() {
@@ -45,7 +45,7 @@ ViewTest {
         input("devMessageField").forceActiveFocus();
         keyClick(Qt.Key_V, Qt.ControlModifier);
         click("sendToDevButton");
-        tryVerify(() => bed.requestBodies().includes("x".repeat(40000) + " the end"));
+        tryVerify(() => fixture.requestBodies().includes("x".repeat(40000) + " the end"));
     }
 
     function test_doubleClickSendsOneMessage() {
@@ -53,7 +53,7 @@ ViewTest {
         type("me@example.com");
         input("devMessageField").forceActiveFocus();
         type("It is slow.");
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseDoubleClickSequence(find("sendToDevButton"));
         verifySent(before, 1);
     }
@@ -65,12 +65,12 @@ ViewTest {
     }
 
     function test_openDialog(data) {
-        bed.openFile(data.name, 64);
-        bed.reset();
+        fixture.openFile(data.name, 64);
+        fixture.reset();
         const dialog = find("openDialog");
         compare(dialog.title, "Open KVT");
         compare(dialog.nameFilters, ["KVT files (*.kvt)", "All files (*)"]);
-        dialog.selectedFile = bed.urlOf(bed.tempPath(data.name));
+        dialog.selectedFile = fixture.urlOf(fixture.tempPath(data.name));
         dialog.accepted();
         compare(app.fileName, data.name);
         compare(app.statusOK, 1);
@@ -78,7 +78,7 @@ ViewTest {
     }
 
     function test_saveDialog() {
-        bed.openFile("100% a#b.kvt", 64);
+        fixture.openFile("100% a#b.kvt", 64);
         const dialog = find("saveDialog");
         compare(dialog.title, "Save KVT");
         compare(dialog.nameFilters, ["KVT files (*.kvt)"]);
@@ -86,34 +86,34 @@ ViewTest {
         tryVerify(() => dialog.visible);
         compare(FilePaths.pathFromUrl(dialog.selectedFile).split("/").pop(), "100% a#b.kvt");
         dialog.close();
-        dialog.selectedFile = bed.urlOf(bed.tempPath("saved #1 100%.kvt"));
+        dialog.selectedFile = fixture.urlOf(fixture.tempPath("saved #1 100%.kvt"));
         dialog.accepted();
         compare(app.status, "Saved.");
-        verify(bed.fileExists(bed.tempPath("saved #1 100%.kvt")));
+        verify(fixture.fileExists(fixture.tempPath("saved #1 100%.kvt")));
         compare(app.fileName, "saved #1 100%.kvt");
     }
 
     // Accepted then, it would write the new file over the earlier one.
     function test_saveDialogGoesWhenAnotherFileOpens() {
-        bed.openFile("a.kvt", 64);
+        fixture.openFile("a.kvt", 64);
         const dialog = find("saveDialog");
         click("saveFileButton");
         tryVerify(() => dialog.visible);
-        bed.openFile("b.kvt", 64);
+        fixture.openFile("b.kvt", 64);
         tryVerify(() => !dialog.visible);
         compare(app.fileName, "b.kvt");
     }
 
     function test_dialogsStartWhereTheLastFileWas() {
-        bed.openFile("a.kvt", 64);
+        fixture.openFile("a.kvt", 64);
         const open = find("openDialog");
-        open.selectedFile = bed.urlOf(bed.tempPath("a.kvt"));
+        open.selectedFile = fixture.urlOf(fixture.tempPath("a.kvt"));
         open.accepted();
         click("saveFileButton");
         const save = find("saveDialog");
         tryVerify(() => save.visible);
-        compare(save.currentFolder, bed.urlOf(bed.tempPath("").replace(/\/$/, "")));
-        compare(save.selectedFile, bed.urlOf(bed.tempPath("a.kvt")));
+        compare(save.currentFolder, fixture.urlOf(fixture.tempPath("").replace(/\/$/, "")));
+        compare(save.selectedFile, fixture.urlOf(fixture.tempPath("a.kvt")));
         save.close();
     }
 

@@ -51,7 +51,7 @@ DialogTest {
 
     function verifyClosedWith(dialog: var, path: string, size: int): void {
         tryVerify(() => !dialog.visible);
-        compare(dialog.selectedFile, bed.urlOf(at(path)));
+        compare(dialog.selectedFile, fixture.urlOf(at(path)));
         compare(app.fileName, path.split("/").pop());
         compare(app.hexModel.byteCount, size);
         compare(app.statusOK, 1);
@@ -133,8 +133,8 @@ DialogTest {
     function test_folderChangesMeanwhile_data() {
         const changes = [
             { tag: "before-the-row", change: () => write("plain/a.kvt", 37), rows: 5 },
-            { tag: "behind-the-row", change: () => write("plain/zzz.kvt", 37), rows: 5 },
-            { tag: "first-one-removed", change: () => bed.removeFile(number + "/plain/b.kvt"), rows: 3 }
+            { tag: "after-the-row", change: () => write("plain/zzz.kvt", 37), rows: 5 },
+            { tag: "first-one-removed", change: () => fixture.removeFile(number + "/plain/b.kvt"), rows: 3 }
         ];
         return changes.reduce((all, data) => all.concat(["m.kvt", "inner", ""].map(chosen => (
             { tag: data.tag + ": " + chosen, change: data.change, rows: data.rows, chosen: chosen }))), []);
@@ -180,7 +180,7 @@ DialogTest {
     function test_chosenFileIsRemoved() {
         const dialog = openDialog("plain");
         choose("m.kvt");
-        bed.removeFile(number + "/plain/m.kvt");
+        fixture.removeFile(number + "/plain/m.kvt");
         tryVerify(() => rows().length === 3);
         verifyNoneChosen();
         // Nor is it taken for chosen when it is there again.
@@ -267,8 +267,8 @@ DialogTest {
     }
 
     function loadPatches(): void {
-        tryVerify(() => bed.allArrived());
-        bed.answerNext(JSON.stringify({ patches: [{ id: 7, variant: "A", description: "B" }] }));
+        tryVerify(() => fixture.allArrived());
+        fixture.answerNext(JSON.stringify({ patches: [{ id: 7, variant: "A", description: "B" }] }));
         app.setStatus("");
         app.loadPatches("126");
         tryVerify(() => app.status !== "");
@@ -306,6 +306,6 @@ DialogTest {
         verifyMarked(["m." + data.type]);
         mouseClick(button("Open"));
         tryVerify(() => !dialog.visible);
-        compare(dialog.selectedFile, bed.urlOf(at("plain/m." + data.type)));
+        compare(dialog.selectedFile, fixture.urlOf(at("plain/m." + data.type)));
     }
 }

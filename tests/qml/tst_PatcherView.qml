@@ -15,7 +15,7 @@ ViewTest {
     // Has the service offer these patches and waits until the list shows them.
     function load(patches: var): var {
         show();
-        bed.answerNext(JSON.stringify({ patches: patches }));
+        fixture.answerNext(JSON.stringify({ patches: patches }));
         app.setStatus("");
         app.loadPatches("126");
         tryCompare(app, "status", patches.length + " patch(es) for 126.");
@@ -38,13 +38,13 @@ ViewTest {
 
     // Does something that sends one request, and waits for it.
     function sent(action: var): var {
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         action();
-        tryVerify(() => bed.requestCount() > before && bed.allArrived());
-        compare(bed.requestCount(), before + 1);
+        tryVerify(() => fixture.requestCount() > before && fixture.allArrived());
+        compare(fixture.requestCount(), before + 1);
         return {
-            path: bed.lastRequestLine().split(" ")[1].split("/api/")[1],
-            fields: JSON.parse(bed.lastRequestBody())
+            path: fixture.lastRequestLine().split(" ")[1].split("/api/")[1],
+            fields: JSON.parse(fixture.lastRequestBody())
         };
     }
 
@@ -54,14 +54,14 @@ ViewTest {
     }
 
     function openModules(os: string): void {
-        bed.applyInfo({ modules: [{ title: "ECM", mainOs: os }, { title: "TCM", mainOs: "2" }] });
+        fixture.applyInfo({ modules: [{ title: "ECM", mainOs: os }, { title: "TCM", mainOs: "2" }] });
     }
 
     function choose(name: string): void {
         const dialog = find("patcherDialog");
         tryVerify(() => dialog.visible);
         dialog.close();
-        dialog.selectedFile = bed.urlOf(bed.tempPath(name));
+        dialog.selectedFile = fixture.urlOf(fixture.tempPath(name));
         dialog.accepted();
     }
 
@@ -154,7 +154,7 @@ ViewTest {
 
     function test_heldReturnLoadsOnce(data) {
         show();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         input("patcherCalIdField").forceActiveFocus();
         hold(data.key);
         verifySent(before, 1);
@@ -227,9 +227,9 @@ ViewTest {
 
     function test_dialog() {
         load(patches(2));
-        const asked = bed.requestCount();
-        bed.openFile("tune.kvt", 32);
-        tryVerify(() => bed.requestCount() === asked + 1);
+        const asked = fixture.requestCount();
+        fixture.openFile("tune.kvt", 32);
+        tryVerify(() => fixture.requestCount() === asked + 1);
         show();
         const dialog = find("patcherDialog");
         compare(dialog.nameFilters, ["BIN (*.bin)"]);
@@ -237,8 +237,8 @@ ViewTest {
         click("action");
         tryVerify(() => dialog.visible);
         compare(find("patcherView").pendingIndex, 0);
-        compare(dialog.currentFolder, bed.urlOf(bed.tempPath("").replace(/\/$/, "")));
-        const before = bed.requestCount();
+        compare(dialog.currentFolder, fixture.urlOf(fixture.tempPath("").replace(/\/$/, "")));
+        const before = fixture.requestCount();
         dialog.reject();
         tryVerify(() => !dialog.visible);
         verifyNothingSent(before);
@@ -251,7 +251,7 @@ ViewTest {
     }
 
     function test_newListEndsThePicking(data) {
-        bed.writeFile("late.bin", 3);
+        fixture.writeFile("late.bin", 3);
         load(patches(3));
         const dialog = find("patcherDialog");
         mouseClick(find("action", find("patch2")));
@@ -259,15 +259,15 @@ ViewTest {
         load(data.answered);
         tryVerify(() => !dialog.visible);
         compare(find("patcherView").pendingIndex, -1);
-        const before = bed.requestCount();
-        dialog.selectedFile = bed.urlOf(bed.tempPath("late.bin"));
+        const before = fixture.requestCount();
+        dialog.selectedFile = fixture.urlOf(fixture.tempPath("late.bin"));
         dialog.accepted();
         verifyNothingSent(before);
     }
 
     // Such as the second answer to a list that was asked for twice.
     function test_sameListLeavesThePicking() {
-        bed.writeFile("late.bin", 3);
+        fixture.writeFile("late.bin", 3);
         load(patches(3));
         mouseClick(find("action", find("patch2")));
         tryVerify(() => find("patcherDialog").visible);
@@ -283,7 +283,7 @@ ViewTest {
     }
 
     function test_chosenFileIsSentWithItsPatch(data) {
-        bed.writeFile(data.file, 3);
+        fixture.writeFile(data.file, 3);
         load(patches(40));
         mouseClick(find("action", rowAt(data.index)));
         const request = sent(() => choose(data.file));
@@ -294,17 +294,17 @@ ViewTest {
     }
 
     function test_patchedFileIsReported() {
-        bed.writeFile("stock.bin", 3);
+        fixture.writeFile("stock.bin", 3);
         load(patches(1));
         click("action");
-        bed.answerNext(JSON.stringify({ status: "ok", message: "R&D <b>done</b>" }));
+        fixture.answerNext(JSON.stringify({ status: "ok", message: "R&D <b>done</b>" }));
         choose("stock.bin");
         tryCompare(app, "status", "Patch processed: R&D <b>done</b>");
         compare(find("statusLine").text, app.status);
     }
 
     function test_returnPicksForTheHighlightedRow() {
-        bed.writeFile("keys.bin", 3);
+        fixture.writeFile("keys.bin", 3);
         const list = load(patches(5));
         const dialog = find("patcherDialog");
         list.forceActiveFocus(Qt.TabFocusReason);
@@ -318,11 +318,11 @@ ViewTest {
     }
 
     function test_heldReturnPicksOnce() {
-        bed.writeFile("held.bin", 3);
+        fixture.writeFile("held.bin", 3);
         const list = load(patches(5));
         list.forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Down);
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         hold(Qt.Key_Return);
         compare(find("patcherView").pendingIndex, 0);
         choose("held.bin");
@@ -331,7 +331,7 @@ ViewTest {
 
     function test_clickBesideTheButtonOnlySelects() {
         load(patches(3));
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseClick(find("patch1"), 20, 20);
         compare(find("patcherList").currentIndex, 1);
         compare(find("patcherView").pendingIndex, -1);
@@ -370,7 +370,7 @@ ViewTest {
     }
 
     function test_hostilePatches_data() {
-        return [{ tag: "picture", text: "<img src='" + bed.address("picture.png") + "'>" },
+        return [{ tag: "picture", text: "<img src='" + fixture.address("picture.png") + "'>" },
             { tag: "tag", text: "<b>bold</b>" }, { tag: "ampersand", text: "R&D" },
             { tag: "override", text: "a\u202Eb" }, { tag: "nul", text: "a\u0000b" },
             { tag: "newlines", text: "a\n".repeat(300), shown: "a ".repeat(300) },

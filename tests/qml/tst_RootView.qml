@@ -38,7 +38,7 @@ ViewTest {
         compare(made(), ["searchView"]);
         app.tab = "main";
         compare(made(), ["searchView"]);
-        bed.openFile("early.kvt", 64);
+        fixture.openFile("early.kvt", 64);
         app.showHex = true;
         compare(made(), ["searchView", "hexOverlay"]);
         app.showHex = false;
@@ -145,13 +145,13 @@ ViewTest {
         compare(find("versionLabel").text, "v4.0.2");
         compare(find("helpButton").width, 90);
         compare(find("updatesButton").width, 110);
-        const opened = bed.openedUrls().length;
+        const opened = fixture.openedUrls().length;
         click("helpButton");
-        verify(bed.openedUrls().length > opened || app.statusOK === 0);
-        const asked = bed.requestCount();
+        verify(fixture.openedUrls().length > opened || app.statusOK === 0);
+        const asked = fixture.requestCount();
         click("updatesButton");
-        tryVerify(() => bed.requestCount() === asked + 1);
-        verify(bed.lastRequestLine().includes("updates/"), bed.lastRequestLine());
+        tryVerify(() => fixture.requestCount() === asked + 1);
+        verify(fixture.lastRequestLine().includes("updates/"), fixture.lastRequestLine());
     }
 
     function test_footerShowsTheStatus() {
@@ -175,7 +175,7 @@ ViewTest {
         const before = inWindow(find("statusLine"));
         const brand = inWindow(mark);
         compare(mark.running, false);
-        bed.startConversion();
+        fixture.startConversion();
         compare(app.busy, true);
         compare(mark.running, true);
         app.setStatus("Sending.");

@@ -51,7 +51,7 @@ DialogTest {
     }
 
     function verifySaved(dialog: var, path: string): void {
-        const replaces = bed.fileExists(at(path));
+        const replaces = fixture.fileExists(at(path));
         app.setStatus("", -1);
         mouseClick(button("Save"));
         if (replaces)
@@ -63,7 +63,7 @@ DialogTest {
     }
 
     function verifySize(path: string, size: int): void {
-        verify(bed.fileExists(at(path)), "there is no " + path);
+        verify(fixture.fileExists(at(path)), "there is no " + path);
         app.openKvt(at(path));
         compare(app.hexModel.byteCount, size, path);
     }
@@ -83,7 +83,7 @@ DialogTest {
     function test_enteredFolderOfOddName(data) {
         const dialog = openSaveDialog("odd", "odd/" + data.folder + "/first.kvt");
         mouseDoubleClickSequence(row(data.folder));
-        tryCompare(dialog, "currentFolder", bed.urlOf(at("odd/" + data.folder)));
+        tryCompare(dialog, "currentFolder", fixture.urlOf(at("odd/" + data.folder)));
         if (!unlisted.test(data.folder))
             row("first.kvt");
         tryCompare(nameField(), "text", "orig.kvt");
@@ -161,7 +161,7 @@ DialogTest {
 
     function test_chosenFileIsTaken(data) {
         const dialog = openSaveDialog(data.folder);
-        // The first row, which the library takes for chosen.
+        // The first row, which Qt takes for chosen.
         mouseClick(row("a.kvt"));
         tryCompare(nameField(), "text", "a.kvt");
         mouseClick(row("z.kvt"));
@@ -251,7 +251,7 @@ DialogTest {
     function test_path_data() {
         const paths = [
             { tag: "root", text: () => at("far/a%20b #1.kvt"), saved: "far/a%20b #1.kvt" },
-            { tag: "url", text: () => bed.encodedUrlOf(at("far/100% #1.kvt")), saved: "far/100% #1.kvt" },
+            { tag: "url", text: () => fixture.encodedUrlOf(at("far/100% #1.kvt")), saved: "far/100% #1.kvt" },
             { tag: "readable-url", text: () => "file://" + at("far/a b #1.kvt"), saved: "far/a b #1.kvt" },
             { tag: "below", text: () => "sub/a%20b #1.kvt", saved: "d%41/sub/a%20b #1.kvt" },
             { tag: "beside", text: () => "../a%20b.kvt", saved: "a%20b.kvt" },
@@ -266,7 +266,7 @@ DialogTest {
         const dialog = openSaveDialog("d%41");
         data.enterText(data.text());
         verifySaved(dialog, data.saved);
-        verify(!bed.fileExists(at("d%41") + at("far")));
+        verify(!fixture.fileExists(at("d%41") + at("far")));
     }
 
     // The dialog looks at the text again when the field is left.
@@ -305,7 +305,7 @@ DialogTest {
         mouseClick(row("z.kvt"));
         tryCompare(nameField(), "text", "z.kvt");
         verifySaved(dialog, "plain/z.kvt");
-        verify(!bed.fileExists(at("far")));
+        verify(!fixture.fileExists(at("far")));
     }
 
     function test_pathOfAFolderIsEntered() {
@@ -325,7 +325,7 @@ DialogTest {
             { tag: "slash", text: () => "inner/", entered: "inner/" },
             { tag: "below", text: () => "./inner", entered: "./inner" },
             { tag: "root", text: () => at("e%20f/inner"), entered: "inner" },
-            { tag: "url", text: () => bed.encodedUrlOf(at("e%20f")) + "/inner", entered: "inner" },
+            { tag: "url", text: () => fixture.encodedUrlOf(at("e%20f")) + "/inner", entered: "inner" },
             { tag: "parent", text: () => "..", entered: ".." },
             { tag: "same", text: () => ".", entered: "." },
             { tag: "finished-first", text: () => "inner", entered: "inner", key: Qt.Key_Return },

@@ -10,8 +10,8 @@ ViewTest {
     // A folder of its own with those files in it, by its path.
     function folderOf(name: string, files: var): string {
         for (const file of files)
-            bed.writeFile(name + "/" + file);
-        return bed.tempPath(name);
+            fixture.writeFile(name + "/" + file);
+        return fixture.tempPath(name);
     }
 
     // Shows the view with the hits of that folder.
@@ -27,7 +27,7 @@ ViewTest {
         const dialog = find("searchFolderDialog");
         click("searchBrowseButton");
         tryVerify(() => dialog.visible);
-        dialog.selectedFolder = bed.urlOf(folder);
+        dialog.selectedFolder = fixture.urlOf(folder);
         dialog.accept();
         tryVerify(() => !dialog.visible);
     }

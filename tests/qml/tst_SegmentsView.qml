@@ -21,22 +21,22 @@ ViewTest {
         click(button);
         tryVerify(() => dialog.visible);
         dialog.close();
-        dialog.selectedFile = bed.urlOf(bed.tempPath(name));
+        dialog.selectedFile = fixture.urlOf(fixture.tempPath(name));
         dialog.accepted();
     }
 
     // Both files picked, and the list as the service answers it.
     function preview(candidates: var): var {
-        bed.writeFile("base.kvt", 24);
-        bed.writeFile("donor.kvt", 40);
-        app.pickSegmentFile("base", bed.tempPath("base.kvt"));
-        app.pickSegmentFile("donor", bed.tempPath("donor.kvt"));
+        fixture.writeFile("base.kvt", 24);
+        fixture.writeFile("donor.kvt", 40);
+        app.pickSegmentFile("base", fixture.tempPath("base.kvt"));
+        app.pickSegmentFile("donor", fixture.tempPath("donor.kvt"));
         show();
         return previewAgain(candidates);
     }
 
     function previewAgain(candidates: var): var {
-        bed.answerNext(JSON.stringify({ status: "ok", candidates: candidates }));
+        fixture.answerNext(JSON.stringify({ status: "ok", candidates: candidates }));
         click("segmentSwapButton");
         tryCompare(app, "status", candidates.length + " swap candidate(s).");
         tryCompare(find("swapList"), "count", candidates.length);
@@ -67,17 +67,17 @@ ViewTest {
 
     // The text of a part of the last request.
     function part(name: string): var {
-        const body = bed.lastRequestBody();
+        const body = fixture.lastRequestBody();
         const boundary = body.split("\r\n", 1)[0];
         const found = body.split(boundary).find(text => text.includes('name="' + name + '"'));
         return found === undefined ? null : found.slice(found.indexOf("\r\n\r\n") + 4, -2);
     }
 
     function requestOf(action: var): void {
-        const asked = bed.requestCount();
+        const asked = fixture.requestCount();
         action();
-        tryVerify(() => bed.requestCount() > asked && bed.allArrived());
-        compare(bed.requestCount(), asked + 1);
+        tryVerify(() => fixture.requestCount() > asked && fixture.allArrived());
+        compare(fixture.requestCount(), asked + 1);
     }
 
     function madeRows(list: var): int {
@@ -105,8 +105,8 @@ ViewTest {
     }
 
     function test_fieldsShowTheFile() {
-        bed.openFile("truck.kvt", 100);
-        bed.applyInfo({ created: "2024-03-05 14:07", softwareVersion: "4.0.1" });
+        fixture.openFile("truck.kvt", 100);
+        fixture.applyInfo({ created: "2024-03-05 14:07", softwareVersion: "4.0.1" });
         show();
         const shown = { openFileName: ["Filename", "truck.kvt"],
             openFileCreated: ["Created", "2024-03-05 14:07"], openFileVersion: ["Version", "4.0.1"] };
@@ -127,7 +127,7 @@ ViewTest {
     }
 
     function test_picking(data) {
-        bed.writeFile("100% a#b.kvt");
+        fixture.writeFile("100% a#b.kvt");
         show();
         const dialog = find("segmentFileDialog");
         click(data.button);
@@ -146,10 +146,10 @@ ViewTest {
         show();
         compare(find("pickedBase").text, "Base: none yet");
         compare(find("pickedDonor").text, "Donor: none yet");
-        bed.openFile("open.kvt", 64);
+        fixture.openFile("open.kvt", 64);
         compare(find("pickedBase").text, "Base: the KVT open on MAIN");
         const name = "<b>R&D " + "long name ".repeat(20) + ".kvt";
-        bed.writeFile(name);
+        fixture.writeFile(name);
         pick("pickDonorButton", name);
         render();
         const line = find("pickedDonor");
@@ -167,9 +167,9 @@ ViewTest {
     }
 
     function test_bothFilesAreNeeded() {
-        bed.writeFile("base.kvt");
+        fixture.writeFile("base.kvt");
         show();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         for (const button of ["segmentSwapButton", "applySelectedButton"]) {
             app.setStatus("");
             click(button);
@@ -183,8 +183,8 @@ ViewTest {
     }
 
     function test_previewComparesThePickedFiles() {
-        bed.writeFile("my base.kvt", 24);
-        bed.writeFile("my donor.kvt", 40);
+        fixture.writeFile("my base.kvt", 24);
+        fixture.writeFile("my donor.kvt", 40);
         show();
         pick("pickBaseButton", "my base.kvt");
         pick("pickDonorButton", "my donor.kvt");
@@ -192,20 +192,20 @@ ViewTest {
         compare(part("operation"), "segment_swap_preview");
         compare(part("file").length, 24);
         compare(part("donor").length, 40);
-        verify(bed.lastRequestBody().includes('filename="my base.kvt"'));
-        verify(bed.lastRequestBody().includes('filename="my donor.kvt"'));
+        verify(fixture.lastRequestBody().includes('filename="my base.kvt"'));
+        verify(fixture.lastRequestBody().includes('filename="my donor.kvt"'));
         compare(app.busy, false);
         verify(find("applySelectedButton").enabled);
     }
 
     function test_openFileIsTheBaseByDefault() {
-        bed.writeFile("donor.kvt", 40);
-        requestOf(() => bed.openFile("open.kvt", 64, "tune"));
+        fixture.writeFile("donor.kvt", 40);
+        requestOf(() => fixture.openFile("open.kvt", 64, "tune"));
         show();
         pick("pickDonorButton", "donor.kvt");
         requestOf(() => click("segmentSwapButton"));
         verify(part("file").endsWith("tune"));
-        verify(bed.lastRequestBody().includes('filename="open.kvt"'));
+        verify(fixture.lastRequestBody().includes('filename="open.kvt"'));
     }
 
     function test_candidatesAreListed() {
@@ -228,7 +228,7 @@ ViewTest {
         verify(line.visible);
         compare(line.color, VOXTheme.muted);
         compare(line.text, "No swaps to choose from. Pick a donor, then press SEGMENT SWAP.");
-        bed.writeFile("donor.kvt");
+        fixture.writeFile("donor.kvt");
         pick("pickDonorButton", "donor.kvt");
         compare(line.text, "No swaps to choose from. SEGMENT SWAP compares base and donor.");
         const place = inWindow(line);
@@ -246,7 +246,7 @@ ViewTest {
         compare(part("swap_candidate_indices"), "0,2,4");
         compare(part("file").length, 24);
         compare(part("donor").length, 40);
-        verify(bed.lastRequestBody().includes('filename="donor.bin"'));
+        verify(fixture.lastRequestBody().includes('filename="donor.bin"'));
     }
 
     function test_boxFollowsTheController() {
@@ -359,7 +359,7 @@ ViewTest {
     function test_failedPreviewKeepsTheList() {
         const list = preview(numbered(3));
         mouseClick(boxOf(1));
-        bed.answerNext('{"status":"error","message":"No such donor."}');
+        fixture.answerNext('{"status":"error","message":"No such donor."}');
         click("segmentSwapButton");
         tryCompare(app, "status", "No such donor.");
         compare(list.count, 3);
@@ -402,7 +402,7 @@ ViewTest {
 
     function test_onlyApplyingWaitsForTheService() {
         preview(numbered(3));
-        bed.startConversion();
+        fixture.startConversion();
         compare(app.busy, true);
         compare(find("applySelectedButton").enabled, false);
         compare(find("applySelectedButton").background.opacity, 0.45);
@@ -413,7 +413,7 @@ ViewTest {
 
     function test_doubleClickAppliesOnce() {
         preview(numbered(3));
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseDoubleClickSequence(find("applySelectedButton"));
         verifySent(before, 1);
     }
@@ -436,7 +436,7 @@ ViewTest {
 
     function test_hostileLabels_data() {
         return [
-            { tag: "picture", label: "<img src='" + bed.address("x.png") + "'>" },
+            { tag: "picture", label: "<img src='" + fixture.address("x.png") + "'>" },
             { tag: "tag", label: "<b>bold</b>" },
             { tag: "ampersand", label: "R&D" },
             { tag: "override", label: "a\u202Eb" },

@@ -24,7 +24,7 @@ ViewTest {
     }
 
     function openHexEditor(): void {
-        bed.openFile("truck.kvt", 100, "needle");
+        fixture.openFile("truck.kvt", 100, "needle");
         ctrl(Qt.Key_H);
         compare(app.showHex, true);
     }
@@ -67,7 +67,7 @@ ViewTest {
     }
 
     function test_saveDialog(data) {
-        bed.openFile("truck.kvt", 100);
+        fixture.openFile("truck.kvt", 100);
         app.tab = data.tag;
         ctrl(Qt.Key_S);
         tryVerify(() => find("saveDialog").visible);
@@ -149,7 +149,7 @@ ViewTest {
     }
 
     function test_nextNeedsTheHexEditor() {
-        bed.openFile("truck.kvt", 100, "needle");
+        fixture.openFile("truck.kvt", 100, "needle");
         find("hexSearchField").text = "needle";
         app.setStatus("Ready.");
         keyClick(Qt.Key_F3);
@@ -201,9 +201,9 @@ ViewTest {
         if (data.hex)
             openHexEditor();
         app.setStatus("Ready.", -1);
-        const opened = bed.openedUrls().length;
+        const opened = fixture.openedUrls().length;
         keyClick(Qt.Key_F1);
-        verify(bed.openedUrls().length > opened || app.statusOK === 0);
+        verify(fixture.openedUrls().length > opened || app.statusOK === 0);
         compare(app.showHex, data.hex === true);
     }
 
@@ -217,7 +217,7 @@ ViewTest {
     }
 
     function test_onlyOneDialogAtATime(data) {
-        bed.openFile("truck.kvt", 100);
+        fixture.openFile("truck.kvt", 100);
         app.tab = data.tab;
         render();
         click(data.button);
@@ -225,9 +225,9 @@ ViewTest {
         app.setStatus("Ready.");
         for (const key of [Qt.Key_O, Qt.Key_S, Qt.Key_H, Qt.Key_F].concat(keys.map(digitOf)))
             ctrl(key);
-        const opened = bed.openedUrls().length;
+        const opened = fixture.openedUrls().length;
         keyClick(Qt.Key_F1);
-        compare(bed.openedUrls().length, opened);
+        compare(fixture.openedUrls().length, opened);
         compare(openDialogs(), [data.dialog]);
         compare(app.tab, data.tab);
         compare(app.showHex, false);
@@ -263,15 +263,15 @@ ViewTest {
     }
 
     function test_heldKeyActsOnce() {
-        bed.openFile("truck.kvt", 100);
+        fixture.openFile("truck.kvt", 100);
         ctrl(Qt.Key_H);
         for (let i = 0; i < 5; ++i) {
-            bed.repeatKey(window, Qt.Key_H, Qt.ControlModifier);
+            fixture.repeatKey(window, Qt.Key_H, Qt.ControlModifier);
             compare(app.showHex, true);
         }
         ctrl(Qt.Key_H);
         for (let i = 0; i < 5; ++i)
-            bed.repeatKey(window, Qt.Key_O, Qt.ControlModifier);
+            fixture.repeatKey(window, Qt.Key_O, Qt.ControlModifier);
         compare(openDialogs(), []);
     }
 

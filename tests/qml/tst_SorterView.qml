@@ -12,18 +12,18 @@ ViewTest {
 
     function chooseFiles(names: var): void {
         for (const name of names)
-            bed.writeFile(name);
+            fixture.writeFile(name);
         app.tab = "sorter";
-        find("sorterView").chooseFiles(names.map(name => bed.urlOf(bed.tempPath(name))));
+        find("sorterView").chooseFiles(names.map(name => fixture.urlOf(fixture.tempPath(name))));
         render();
     }
 
     function chooseFolder(name: string): void {
-        bed.writeFile(name + "/there already");
+        fixture.writeFile(name + "/there already");
         const dialog = find("sorterFolderDialog");
         click("sorterBrowseFolderButton");
         tryVerify(() => dialog.visible);
-        dialog.selectedFolder = bed.urlOf(bed.tempPath(name));
+        dialog.selectedFolder = fixture.urlOf(fixture.tempPath(name));
         dialog.accept();
         tryVerify(() => !dialog.visible);
     }
@@ -47,17 +47,17 @@ ViewTest {
     }
 
     function test_filesDialog() {
-        bed.writeFile("picked/100% a#b.kvt");
+        fixture.writeFile("picked/100% a#b.kvt");
         app.tab = "sorter";
         const dialog = find("sorterFilesDialog");
         click("sorterBrowseFilesButton");
         tryVerify(() => dialog.visible);
-        dialog.selectedFile = bed.urlOf(bed.tempPath("picked/100% a#b.kvt"));
+        dialog.selectedFile = fixture.urlOf(fixture.tempPath("picked/100% a#b.kvt"));
         dialog.accepted();
         dialog.close();
         compare(find("sorterFilesField").text, "1 file(s)");
         render();
-        compare("/" + find("path", find("sorterFile0")).text, bed.tempPath("picked/100% a#b.kvt"));
+        compare("/" + find("path", find("sorterFile0")).text, fixture.tempPath("picked/100% a#b.kvt"));
     }
 
     function test_choiceIsShown() {
@@ -65,12 +65,12 @@ ViewTest {
         compare(find("sorterFilesField").text, "2 file(s)");
         compare(find("sorterSummary").text, "2 file(s) selected");
         chooseFolder("out #1");
-        compare("/" + find("sorterFolderField").text, bed.tempPath("out #1"));
+        compare("/" + find("sorterFolderField").text, fixture.tempPath("out #1"));
         compare(find("sorterSummary").text, "2 file(s) selected → " + find("sorterFolderField").text);
         compare(find("sorterList").count, 2);
         const paths = [0, 1].map(row => find("path", find("sorterFile" + row)));
-        compare("/" + paths[0].text, bed.tempPath("in/100% a#b.kvt"));
-        compare("/" + paths[1].text, bed.tempPath("in/<b>R&D.kvt"));
+        compare("/" + paths[0].text, fixture.tempPath("in/100% a#b.kvt"));
+        compare("/" + paths[1].text, fixture.tempPath("in/<b>R&D.kvt"));
         compare(paths[1].textFormat, Text.PlainText);
         compare(paths[1].elide, Text.ElideMiddle);
     }
@@ -95,7 +95,7 @@ ViewTest {
         click("sorterStartButton");
         tryCompare(app, "status", "Copied 2 of 2 file(s).");
         compare(app.statusOK, 1);
-        verify(bed.fileExists(bed.tempPath("sorted/2014/UnknownMake/UnknownOS/tune_2014_abc.kvt")));
+        verify(fixture.fileExists(fixture.tempPath("sorted/2014/UnknownMake/UnknownOS/tune_2014_abc.kvt")));
         tryCompare(find("sorterStartButton"), "text", "START SORT");
     }
 
@@ -109,7 +109,7 @@ ViewTest {
         mouseClick(find("box", find("sorterSubfoldersBox")));
         click("sorterStartButton");
         tryCompare(app, "status", "Copied 1 of 1 file(s).");
-        verify(bed.fileExists(bed.tempPath("by-os/12654321/e38_12654321.kvt")));
+        verify(fixture.fileExists(fixture.tempPath("by-os/12654321/e38_12654321.kvt")));
     }
 
     // What was on the button, the pointer and the screen at the moment the copies were made.
@@ -180,7 +180,7 @@ ViewTest {
         render();
         const field = inWindow(find("sorterFilesField"));
         const place = Qt.point(field.x + field.width / 2, field.y + field.height / 2);
-        compare(bed.drop(window, place, data.dropped), data.taken.length > 0);
+        compare(fixture.drop(window, place, data.dropped), data.taken.length > 0);
         compare(find("sorterFilesField").text, data.taken.length ? data.taken.length + " file(s)" : "");
         render();
         const shown = data.taken.map((path, row) => find("path", find("sorterFile" + row)).text);
@@ -193,7 +193,7 @@ ViewTest {
         app.tab = "sorter";
         render();
         const field = inWindow(find("sorterFilesField"));
-        verify(bed.drop(window, Qt.point(field.x + 20, field.y + 30), names));
+        verify(fixture.drop(window, Qt.point(field.x + 20, field.y + 30), names));
         const list = find("sorterList");
         compare(list.count, 2000);
         for (const row of [0, 1999, 1000]) {

@@ -18,7 +18,7 @@ ViewTest {
     // Shows the view with these files found.
     function fill(files: var): var {
         show();
-        bed.answerNext(JSON.stringify({ files: files }));
+        fixture.answerNext(JSON.stringify({ files: files }));
         app.setStatus("", -1);
         app.stockSearchFields("", "", "", "", "", "", "", "make", "asc");
         tryCompare(app, "status", files.length + " stock file(s).");
@@ -33,15 +33,15 @@ ViewTest {
 
     // What the search that this starts sends.
     function searched(start: var): var {
-        const before = bed.requestCount();
-        bed.answerNext("{}");
+        const before = fixture.requestCount();
+        fixture.answerNext("{}");
         app.setStatus("", -1);
         start();
         tryCompare(app, "status", "0 stock file(s).");
-        tryVerify(() => bed.allArrived());
-        compare(bed.requestCount(), before + 1);
-        compare(bed.lastRequestLine(), "POST /api/stock/list.aspx HTTP/1.1");
-        return JSON.parse(bed.lastRequestBody());
+        tryVerify(() => fixture.allArrived());
+        compare(fixture.requestCount(), before + 1);
+        compare(fixture.lastRequestLine(), "POST /api/stock/list.aspx HTTP/1.1");
+        return JSON.parse(fixture.lastRequestBody());
     }
 
     function openList(name: string): var {
@@ -149,7 +149,7 @@ ViewTest {
 
     function test_listChosenWithTheKeyboard() {
         show();
-        const asked = bed.requestCount();
+        const asked = fixture.requestCount();
         const box = find("stockSortBox");
         box.forceActiveFocus(Qt.TabFocusReason);
         compare(box.background.border.color, VOXTheme.focusRing);
@@ -231,7 +231,7 @@ ViewTest {
 
     function test_heldReturnSearchesOnce(data) {
         show();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         input("stock" + data.tag + "Field").forceActiveFocus();
         hold(Qt.Key_Return);
         hold(Qt.Key_Enter);
@@ -360,7 +360,7 @@ ViewTest {
         fill(manyFiles(2, "b"));
         compare(find("stockResults").selected, 4);
         verify([0, 1].every(index => transparent(find("stockRow" + index))));
-        const asked = bed.requestCount();
+        const asked = fixture.requestCount();
         const status = app.status;
         click("stockDownloadButton");
         compare(app.status, status);
@@ -380,7 +380,7 @@ ViewTest {
     function test_clear() {
         const list = fill(manyFiles(5, "a"));
         click("stockRow3");
-        const asked = bed.requestCount();
+        const asked = fixture.requestCount();
         const status = app.status;
         input("stockMakeField").text = "Ford";
         click("stockClearButton");
@@ -403,7 +403,7 @@ ViewTest {
 
     function test_downloadNeedsASelection() {
         fill(manyFiles(2, "a"));
-        const asked = bed.requestCount();
+        const asked = fixture.requestCount();
         compare(find("stockDownloadButton").text, "DOWNLOAD & OPEN");
         verify(find("stockDownloadButton").orange);
         click("stockDownloadButton");
@@ -415,21 +415,21 @@ ViewTest {
     function test_downloadAsksForTheSelectedFile() {
         fill([{ id: "first", filename: "first.bin" }, { id: "42", filename: "second.bin" }]);
         click("stockRow1");
-        bed.answerNext("bytes of the file");
+        fixture.answerNext("bytes of the file");
         click("stockDownloadButton");
         tryCompare(app, "status", "Downloaded second.bin");
-        compare(bed.lastRequestLine(), "POST /api/stock/download.aspx HTTP/1.1");
-        const body = bed.lastRequestBody();
+        compare(fixture.lastRequestLine(), "POST /api/stock/download.aspx HTTP/1.1");
+        const body = fixture.lastRequestBody();
         verify(/name="?id"?\r\n[^]*\r\n42\r\n/.test(body), body);
         verify(!body.includes("first"));
         compare(find("stockResults").selected, 1);
     }
 
-    // What stands behind the ampersand is no key of the button's.
+    // What comes after the ampersand is no key of the button's.
     function test_ampersandMakesNoShortcut() {
         fill(manyFiles(2, "a"));
         click("stockRow1");
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         keyClick(Qt.Key_Space, Qt.AltModifier);
         verifyNothingSent(before);
     }
@@ -437,7 +437,7 @@ ViewTest {
     function test_downloadedTuneIsOpened() {
         fill([{ id: "7", filename: "Stock.KVT" }]);
         click("stockRow0");
-        bed.answerNext("bytes of the tune");
+        fixture.answerNext("bytes of the tune");
         click("stockDownloadButton");
         tryCompare(app, "tab", "main");
         compare(app.fileName, "Stock.KVT");
@@ -461,7 +461,7 @@ ViewTest {
         click("stockRow0");
         keyClick(Qt.Key_Down);
         compare(results.selected, 1);
-        bed.answerNext("bytes");
+        fixture.answerNext("bytes");
         keyClick(Qt.Key_Return);
         tryCompare(app, "status", "Downloaded a1.bin");
     }
@@ -470,7 +470,7 @@ ViewTest {
         const list = fill(manyFiles(3, "a"));
         list.forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Down);
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         hold(Qt.Key_Return);
         verifySent(before, 1);
     }
@@ -478,7 +478,7 @@ ViewTest {
     function test_doubleClickDownloadsOnce() {
         fill(manyFiles(3, "a"));
         click("stockRow1");
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseDoubleClickSequence(find("stockDownloadButton"));
         verifySent(before, 1);
     }
@@ -574,7 +574,7 @@ ViewTest {
 
     function test_hostileTexts_data() {
         return [
-            { tag: "picture", text: "<img src='" + bed.address("picture.png") + "'>" },
+            { tag: "picture", text: "<img src='" + fixture.address("picture.png") + "'>" },
             { tag: "tag", text: "<b>bold</b>" },
             { tag: "ampersand", text: "R&D" },
             { tag: "override", text: "a\u202Eb" },

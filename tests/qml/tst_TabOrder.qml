@@ -136,8 +136,8 @@ ViewTest {
     }
 
     function test_modulesAreNoTrap() {
-        bed.openFile("two.kvt", 64);
-        bed.applyInfo({ modules: [{ title: "ECM", vin: "1", serial: "2", mainOS: "3" },
+        fixture.openFile("two.kvt", 64);
+        fixture.applyInfo({ modules: [{ title: "ECM", vin: "1", serial: "2", mainOS: "3" },
             { title: "TCM", vin: "4", serial: "5", mainOS: "6" }] });
         show("main");
         verify(find("moduleList").visible);
@@ -149,7 +149,7 @@ ViewTest {
     }
 
     function test_hexEditorIsNoTrap() {
-        bed.openFile("truck.kvt", 4000);
+        fixture.openFile("truck.kvt", 4000);
         app.showHex = true;
         const start = find("hexSearchField");
         const way = walk(start, Qt.NoModifier);

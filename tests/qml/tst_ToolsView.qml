@@ -136,15 +136,15 @@ ViewTest {
         show();
         click("tile_delco");
         compare(app.status, "Opened Delco Checksum GUI.");
-        compare(bed.openedUrls().pop(), app.serviceUrl("checksum-gui.html"));
+        compare(fixture.openedUrls().pop(), app.serviceUrl("checksum-gui.html"));
     }
 
     function test_heldSpaceStartsOnce() {
         show();
-        const opened = bed.openedUrls().length;
+        const opened = fixture.openedUrls().length;
         find("tile_delco").forceActiveFocus(Qt.TabFocusReason);
         hold(Qt.Key_Space);
-        compare(bed.openedUrls().length, opened + 1);
+        compare(fixture.openedUrls().length, opened + 1);
         const box = find("box", find("vbfSkipVerifyBox"));
         box.forceActiveFocus(Qt.TabFocusReason);
         hold(Qt.Key_Space);
@@ -154,9 +154,9 @@ ViewTest {
 
     function test_doubleClickStartsOnce() {
         show();
-        const opened = bed.openedUrls().length;
+        const opened = fixture.openedUrls().length;
         mouseDoubleClickSequence(find("tile_delco"));
-        compare(bed.openedUrls().length, opened + 1);
+        compare(fixture.openedUrls().length, opened + 1);
     }
 
     function test_conversions_data() {
@@ -165,19 +165,19 @@ ViewTest {
     }
 
     function test_conversions(data) {
-        bed.writeFile("100% a#b.xcal");
+        fixture.writeFile("100% a#b.xcal");
         show();
-        const asked = bed.requestCount();
+        const asked = fixture.requestCount();
         const dialog = find("toolConvertDialog");
         compare(dialog.nameFilters, ["Calibration (*.vbf *.xcal *.hex *.phf *.ecfg *)"]);
         click("tile_" + data.tag);
         tryVerify(() => dialog.visible);
         dialog.close();
-        dialog.selectedFile = bed.urlOf(bed.tempPath("100% a#b.xcal"));
+        dialog.selectedFile = fixture.urlOf(fixture.tempPath("100% a#b.xcal"));
         dialog.accepted();
-        tryVerify(() => bed.requestCount() === asked + 1);
-        tryVerify(() => bed.requestBodies().includes(data.operation));
-        verify(bed.requestBodies().includes("100% a#b.xcal"));
+        tryVerify(() => fixture.requestCount() === asked + 1);
+        tryVerify(() => fixture.requestBodies().includes(data.operation));
+        verify(fixture.requestBodies().includes("100% a#b.xcal"));
     }
 
     function test_conversionsWaitForTheService() {
@@ -186,7 +186,7 @@ ViewTest {
             find("box", find("vbfSkipVerifyBox")));
         for (const item of waiting)
             verify(item.enabled, item.objectName);
-        bed.startConversion();
+        fixture.startConversion();
         compare(app.busy, true);
         for (const item of waiting)
             verify(!item.enabled, item.objectName);

@@ -17,7 +17,7 @@ ViewTest {
     // Has the store answer that and waits until the list shows it.
     function load(answer: var): var {
         show();
-        bed.answerNext(JSON.stringify(answer));
+        fixture.answerNext(JSON.stringify(answer));
         app.setStatus("");
         app.xdfCatalog();
         tryCompare(app, "status", "Catalog: " + (answer.items ?? []).length + " item(s).");
@@ -39,11 +39,11 @@ ViewTest {
 
     // Does something that sends one request, and waits for it.
     function sent(action: var): var {
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         action();
-        tryVerify(() => bed.requestCount() > before && bed.allArrived());
-        compare(bed.requestCount(), before + 1);
-        return { path: bed.lastRequestLine().split(" ")[1].split("/api/")[1], body: bed.lastRequestBody() };
+        tryVerify(() => fixture.requestCount() > before && fixture.allArrived());
+        compare(fixture.requestCount(), before + 1);
+        return { path: fixture.lastRequestLine().split(" ")[1].split("/api/")[1], body: fixture.lastRequestBody() };
     }
 
     function test_cardsStandSideBySide() {
@@ -89,7 +89,7 @@ ViewTest {
         app.xdfPassword = password;
         compare(input("xdfEmailField").text, "a@b.example");
         compare(input("xdfPasswordField").text, password);
-        bed.applyInfo({ modules: [{ title: "ECM", mainOs: "12654321" }] });
+        fixture.applyInfo({ modules: [{ title: "ECM", mainOs: "12654321" }] });
         compare(input("xdfOsField").text, "12654321");
     }
 
@@ -123,8 +123,8 @@ ViewTest {
         compare(field.displayText.length, password.length);
         verify(!/[a-z0-9]/.test(field.displayText));
         verify(field.Accessible.passwordEdit);
-        verify(bed.spokenTexts(field).includes("Password"));
-        verify(bed.spokenTexts(input("xdfEmailField")).includes("Email"));
+        verify(fixture.spokenTexts(field).includes("Password"));
+        verify(fixture.spokenTexts(input("xdfEmailField")).includes("Email"));
         verify(!input("xdfEmailField").Accessible.passwordEdit);
         keyClick(Qt.Key_A, Qt.ControlModifier);
         keyClick(Qt.Key_C, Qt.ControlModifier);
@@ -152,7 +152,7 @@ ViewTest {
         show();
         app.xdfEmail = "me@b.example";
         app.xdfPassword = password;
-        bed.answerNext(JSON.stringify({ session_token: "tok-1", credits: 15 }));
+        fixture.answerNext(JSON.stringify({ session_token: "tok-1", credits: 15 }));
         const request = sent(data.act);
         compare(request.path, "xdf/login.aspx");
         compare(JSON.parse(request.body), { email: "me@b.example", password: password });
@@ -169,7 +169,7 @@ ViewTest {
 
     function test_heldReturnSendsOneLogin(data) {
         show();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         input(data.field).forceActiveFocus();
         hold(data.key);
         verifySent(before, 1);
@@ -177,7 +177,7 @@ ViewTest {
 
     function test_returnInAReadOnlyFieldSendsNothing() {
         show();
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         for (const name of ["xdfOsField", "xdfTokenField", "xdfCreditsField"])
             pressIn(name, Qt.Key_Return);
         verifyNothingSent(before);
@@ -185,10 +185,10 @@ ViewTest {
 
     function test_failedLoginKeepsTheToken() {
         show();
-        bed.answerNext(JSON.stringify({ token: "tok-2", credits: "7" }));
+        fixture.answerNext(JSON.stringify({ token: "tok-2", credits: "7" }));
         app.xdfLogin();
         tryCompare(app, "xdfToken", "tok-2");
-        bed.answerNext(JSON.stringify({ error: "Wrong password" }));
+        fixture.answerNext(JSON.stringify({ error: "Wrong password" }));
         click("xdfLoginButton");
         tryCompare(app, "status", "Wrong password");
         compare(input("xdfTokenField").text, "tok-2");
@@ -197,7 +197,7 @@ ViewTest {
 
     function test_catalogIsAskedForTheFirstModule() {
         show();
-        bed.applyInfo({ modules: [{ title: "ECM", mainOs: "12654321" }, { title: "TCM", mainOs: "2" }] });
+        fixture.applyInfo({ modules: [{ title: "ECM", mainOs: "12654321" }, { title: "TCM", mainOs: "2" }] });
         const request = sent(() => click("xdfCatalogButton"));
         compare(request.path, "xdf/catalog.aspx");
         compare(JSON.parse(request.body), { session_token: "", os_id: "12654321" });
@@ -210,11 +210,11 @@ ViewTest {
 
     function test_storeSite(data) {
         show();
-        const opened = bed.openedUrls().length;
-        const requests = bed.requestCount();
+        const opened = fixture.openedUrls().length;
+        const requests = fixture.requestCount();
         click(data.button);
-        compare(bed.openedUrls().length, opened + 1);
-        compare(bed.openedUrls()[opened], app.storeUrl());
+        compare(fixture.openedUrls().length, opened + 1);
+        compare(fixture.openedUrls()[opened], app.storeUrl());
         verify(app.storeUrl().startsWith("https://"));
         compare(app.status, "");
         verifyNothingSent(requests);
@@ -226,9 +226,9 @@ ViewTest {
 
     function test_doubleClickOpensOnePage(data) {
         show();
-        const opened = bed.openedUrls().length;
+        const opened = fixture.openedUrls().length;
         mouseDoubleClickSequence(find(data.button));
-        compare(bed.openedUrls().length, opened + 1);
+        compare(fixture.openedUrls().length, opened + 1);
     }
 
     function test_rowShowsItsItem() {
@@ -276,7 +276,7 @@ ViewTest {
 
     function test_clickBesideTheButtonOnlySelects() {
         load({ items: items(3) });
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseClick(find("xdfItem1"), 20, 20);
         compare(find("xdfList").currentIndex, 1);
         compare(find("xdfItem1").color, VOXTheme.accent(0.22));
@@ -286,13 +286,13 @@ ViewTest {
     function test_returnDownloadsTheHighlightedRow() {
         const list = load({ items: items(5) });
         list.forceActiveFocus(Qt.TabFocusReason);
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         keyClick(Qt.Key_Return);
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);
         compare(list.currentIndex, 1);
         const request = sent(() => keyClick(Qt.Key_Return));
-        compare(bed.requestCount(), before + 1);
+        compare(fixture.requestCount(), before + 1);
         compare(request.path, "xdf/download.aspx");
         verify(/name="id"\r\n\r\n1\r\n/.test(request.body));
     }
@@ -301,14 +301,14 @@ ViewTest {
         const list = load({ items: items(5) });
         list.forceActiveFocus(Qt.TabFocusReason);
         keyClick(Qt.Key_Down);
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         hold(Qt.Key_Return);
         verifySent(before, 1);
     }
 
     function test_doubleClickDownloadsOnce() {
         load({ items: items(3) });
-        const before = bed.requestCount();
+        const before = fixture.requestCount();
         mouseDoubleClickSequence(find("action", find("xdfItem1")));
         verifySent(before, 1);
     }
@@ -406,7 +406,7 @@ ViewTest {
     }
 
     function hostile_data(): var {
-        return [{ tag: "picture", text: "<img src='" + bed.address("picture.png") + "'>" },
+        return [{ tag: "picture", text: "<img src='" + fixture.address("picture.png") + "'>" },
             { tag: "tag", text: "<b>bold</b>" }, { tag: "ampersand", text: "R&D" },
             { tag: "override", text: "a\u202Eb" }, { tag: "nul", text: "a\u0000b" },
             { tag: "newlines", text: "a\nb", shown: "a b" },
@@ -435,7 +435,7 @@ ViewTest {
 
     function test_hostileTokenAndAnswer(data) {
         show();
-        bed.answerNext(JSON.stringify({ token: data.text, credits: data.text }));
+        fixture.answerNext(JSON.stringify({ token: data.text, credits: data.text }));
         app.xdfLogin();
         tryCompare(app, "status", "XDF signed in.");
         load({ note: data.text });
@@ -461,7 +461,7 @@ ViewTest {
         order[0].forceActiveFocus(Qt.TabFocusReason);
         for (const item of order) {
             verify(item.activeFocus, item.objectName);
-            verify(/\w/.test(bed.spokenTexts(item)), item.objectName);
+            verify(/\w/.test(fixture.spokenTexts(item)), item.objectName);
             keyClick(Qt.Key_Tab);
         }
         compare(find("xdfList").activeFocus, false);

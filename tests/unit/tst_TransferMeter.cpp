@@ -98,7 +98,7 @@ void TestTransferMeter::tellsOfASlowUpload()
     client.setApiBase(u"http://127.0.0.1:%1/api/"_s.arg(deaf.serverPort()));
     TransferMeter meter;
     connect(&client, &VoxApiClient::requestSent, &meter, &TransferMeter::watch);
-    meter.setPatience(0);
+    meter.setShowDelay(0);
     QStringList answers;
     client.postMultipart(
         u"x"_s, {}, {{u"file"_s, u"a.bin"_s, QByteArray(64 << 20, 'a')}},
@@ -123,7 +123,7 @@ void TestTransferMeter::tellsOfASlowDownload()
         client.setApiBase(server.baseUrl());
         TransferMeter meter;
         connect(&client, &VoxApiClient::requestSent, &meter, &TransferMeter::watch);
-        meter.setPatience(0);
+        meter.setShowDelay(0);
         client.downloadFile(server.baseUrl(), ignore);
         WAIT_VERIFY(meter.text().startsWith(u"Receiving "_s));
         QVERIFY(meter.text().endsWith(u" of 100.0 GB"_s));
@@ -157,7 +157,7 @@ void TestTransferMeter::addsUp()
     QFETCH(Progress, otherReceived);
     QFETCH(QString, text);
     TransferMeter meter;
-    meter.setPatience(0);
+    meter.setShowDelay(0);
     SilentReply one;
     SilentReply other;
     meter.watch(&one);
@@ -172,10 +172,10 @@ void TestTransferMeter::addsUp()
 void TestTransferMeter::takesTheLengthFromTheRequest()
 {
     TransferMeter meter;
-    meter.setPatience(0);
+    meter.setShowDelay(0);
     SilentReply reply(5000);
     meter.watch(&reply);
-    // As the library tells of a body that can be read but once.
+    // As Qt tells of a body that can be read only once.
     emit reply.uploadProgress(1000, 1000);
     WAIT_COMPARE(meter.text(), u"Sending 1.0 kB of 5.0 kB"_s);
     emit reply.uploadProgress(5000, 5000);
@@ -188,7 +188,7 @@ void TestTransferMeter::takesTheLengthFromTheRequest()
 void TestTransferMeter::forgetsWhatHasFinished()
 {
     TransferMeter meter;
-    meter.setPatience(0);
+    meter.setShowDelay(0);
     SilentReply reply;
     meter.watch(&reply);
     emit reply.downloadProgress(2000, 4000);
@@ -205,7 +205,7 @@ void TestTransferMeter::saysNothingOfAQuickTransfer()
     // Far longer than the test may take.
     TransferMeter meter;
     connect(&client, &VoxApiClient::requestSent, &meter, &TransferMeter::watch);
-    meter.setPatience(600'000);
+    meter.setShowDelay(600'000);
     QSignalSpy changes(&meter, &TransferMeter::textChanged);
     int answers = 0;
     for (int i = 0; i < 5; ++i) {
@@ -224,7 +224,7 @@ void TestTransferMeter::outlivesItsTransfers()
     endless.endless = true;
     server.answerAlways(endless);
     TransferMeter meter;
-    meter.setPatience(0);
+    meter.setShowDelay(0);
     {
         QNetworkAccessManager manager;
         meter.watch(manager.get(QNetworkRequest(QUrl(server.baseUrl()))));

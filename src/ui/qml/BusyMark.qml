@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import KvtEditor
 
 // Says that the service is at work. It keeps its place while it does not run, so that nothing beside it
@@ -32,13 +31,9 @@ Item {
             }
         }
 
-        Label {
+        VOXLabel {
             text: "Working..."
-            textFormat: Text.PlainText
-            color: VOXTheme.text
-            font.pixelSize: 12
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
+            muted: false
         }
     }
 }

@@ -31,20 +31,15 @@ Flickable {
             contentY = Math.max(0, Math.min(contentY + steps[event.key], farthest));
     }
 
-    Label {
+    VOXLabel {
         id: line
         objectName: "catalogLine"
         x: 10
         y: 10
         width: root.width - 28
         text: root.text !== "" ? root.text : "Catalog appears here after login."
-        textFormat: Text.PlainText
         wrapMode: Text.Wrap
-        color: VOXTheme.muted
         font.family: root.text !== "" ? VOXTheme.fixedFamily : Application.font.family
-        font.pixelSize: 12
-        Accessible.role: Accessible.StaticText
-        Accessible.name: text
     }
 
     ScrollBar.vertical: VOXScrollBar {

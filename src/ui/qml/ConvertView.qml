@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
@@ -97,15 +96,13 @@ Item {
                     }
                 }
 
-                Label {
+                VOXLabel {
                     objectName: "convertCaption"
                     text: "CM2450 Only"
-                    textFormat: Text.PlainText
                     color: VOXTheme.orange
                     font { pixelSize: 12; weight: Font.DemiBold }
                     Layout.topMargin: 4
                     Accessible.role: Accessible.Heading
-                    Accessible.name: text
                 }
 
                 ConversionGrid {
@@ -123,16 +120,11 @@ Item {
                     }
                 }
 
-                Label {
+                VOXLabel {
                     objectName: "convertModulesNote"
                     text: "Supported modules: E41 (L5P), E86A, E86B (LML), T87, T87A, A50, CM2450, CM2350B"
-                    textFormat: Text.PlainText
                     wrapMode: Text.Wrap
-                    color: VOXTheme.muted
-                    font.pixelSize: 12
                     Layout.fillWidth: true
-                    Accessible.role: Accessible.StaticText
-                    Accessible.name: text
                 }
 
                 ConversionGrid {
@@ -182,7 +174,5 @@ Item {
 
     component ConversionButton: VOXButton {
         Layout.preferredWidth: 1
-        // Not even when the service has answered between the clicks.
-        onDoubleClicked: {}
     }
 }

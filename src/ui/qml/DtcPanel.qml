@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -23,7 +22,7 @@ VOXCard {
         VOXField {
             id: message
             objectName: "dtcField"
-            ofAnyLength: true
+            unlimitedLength: true
             placeholderText: "Paste a DM1 message"
             onAccepted: root.decode()
             Layout.fillWidth: true
@@ -57,33 +56,27 @@ VOXCard {
             height: line.implicitHeight + 16
             fullText: modelData.text
 
-            Label {
+            VOXLabel {
                 id: line
                 objectName: "line"
                 x: 10
                 y: 8
                 width: parent.width - 20
                 text: row.fullText
-                textFormat: Text.PlainText
                 wrapMode: Text.Wrap
-                color: VOXTheme.text
+                muted: false
                 font { family: VOXTheme.fixedFamily; pixelSize: 12 }
                 Accessible.ignored: true
             }
         }
 
-        Label {
+        VOXLabel {
             objectName: "dtcEmptyLine"
             parent: faults
             x: 10
             y: 10
             visible: faults.count === 0
             text: "Tool output appears here."
-            textFormat: Text.PlainText
-            color: VOXTheme.muted
-            font.pixelSize: 12
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
         }
     }
 }

@@ -20,11 +20,8 @@ Item {
         anchors { fill: parent; margins: 20 }
         spacing: 16
 
-        VOXCard {
-            title: "Workspace"
-            Layout.fillWidth: false
-            Layout.preferredWidth: Math.max(330, Math.min(380, root.width * 0.32))
-            Layout.fillHeight: true
+        SideCard {
+            view: root
 
             VOXScroll {
                 FormDropDown {
@@ -50,15 +47,13 @@ Item {
                     id: descriptionField
                     objectName: "ticketDescriptionField"
                     title: "Description"
-                    ofAnyLength: true
+                    unlimitedLength: true
                 }
 
                 VOXButton {
                     objectName: "ticketSubmitButton"
                     text: "Submit ticket"
                     orange: true
-                    // A double click opens one ticket.
-                    onDoubleClicked: {}
                     onClicked: root.appState.submitTicket(typeBox.currentText, nameField.text,
                         emailField.text, descriptionField.text)
                 }
@@ -80,7 +75,6 @@ Item {
                         text: "Load conversation"
                         Layout.preferredWidth: 160
                         Layout.minimumWidth: implicitWidth
-                        onDoubleClicked: {}
                         onClicked: root.loadConversation()
                     }
 
@@ -89,7 +83,6 @@ Item {
                         text: "Check update"
                         Layout.preferredWidth: 120
                         Layout.minimumWidth: implicitWidth
-                        onDoubleClicked: {}
                         onClicked: root.appState.checkUpdate()
                     }
                 }
@@ -99,14 +92,13 @@ Item {
                     id: replyField
                     objectName: "ticketReplyField"
                     title: "Reply"
-                    ofAnyLength: true
+                    unlimitedLength: true
                 }
 
                 VOXButton {
                     objectName: "ticketReplyButton"
                     text: "Send reply"
                     orange: true
-                    onDoubleClicked: {}
                     onClicked: root.appState.replyTicket(ticketField.text, replyField.text)
                 }
 

@@ -13,7 +13,7 @@ GridLayout {
     columnSpacing: 10
     Layout.fillWidth: true
 
-    FactField {
+    ReadOnlyField {
         objectName: "openFileName"
         title: "Filename"
         value: root.appState.fileName
@@ -21,7 +21,7 @@ GridLayout {
         Layout.preferredWidth: 1
     }
 
-    FactField {
+    ReadOnlyField {
         objectName: "openFileCreated"
         title: "Created"
         value: root.appState.created
@@ -29,7 +29,7 @@ GridLayout {
         Layout.preferredWidth: 1
     }
 
-    FactField {
+    ReadOnlyField {
         objectName: "openFileVersion"
         title: "Version"
         value: root.appState.editorVersion

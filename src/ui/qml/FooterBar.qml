@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -53,17 +52,12 @@ Rectangle {
         }
 
         // Wide enough for whatever it may say, so that nothing beside it ever moves.
-        Label {
+        VOXLabel {
             objectName: "transferLabel"
             text: root.transfers.text
-            textFormat: Text.PlainText
-            color: VOXTheme.muted
-            font.pixelSize: 12
             horizontalAlignment: Text.AlignRight
             elide: Text.ElideLeft
             Layout.preferredWidth: longestText.advanceWidth
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
 
             TextMetrics {
                 id: longestText
@@ -77,13 +71,9 @@ Rectangle {
             running: root.appState.busy
         }
 
-        Label {
+        VOXLabel {
             text: "Voxworks Automotive - 2026"
-            textFormat: Text.PlainText
-            color: VOXTheme.muted
             font.pixelSize: 11
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
         }
     }
 }

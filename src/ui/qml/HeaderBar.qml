@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -26,24 +25,18 @@ Rectangle {
         ColumnLayout {
             spacing: 2
 
-            Label {
+            VOXLabel {
                 text: "KVT File Editor 2026"
-                textFormat: Text.PlainText
                 elide: Text.ElideRight
-                color: VOXTheme.text
+                muted: false
                 font { pixelSize: 20; bold: true }
                 Layout.fillWidth: true
                 Accessible.role: Accessible.Heading
-                Accessible.name: text
             }
 
-            Label {
+            VOXLabel {
                 objectName: "versionLabel"
                 text: "v" + root.appState.version
-                textFormat: Text.PlainText
-                color: VOXTheme.muted
-                font.pixelSize: 12
-                Accessible.role: Accessible.StaticText
                 Accessible.name: "Version " + root.appState.version
             }
         }
@@ -54,7 +47,6 @@ Rectangle {
             hint: "F1"
             implicitWidth: 90
             Layout.fillWidth: false
-            onDoubleClicked: {}
             onClicked: root.appState.goHelp()
         }
 
@@ -63,7 +55,6 @@ Rectangle {
             text: "UPDATES"
             implicitWidth: 110
             Layout.fillWidth: false
-            onDoubleClicked: {}
             onClicked: root.appState.checkUpdate()
         }
     }

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -49,7 +48,7 @@ FocusScope {
         color: VOXTheme.veil
     }
 
-    // Keeps the mouse from what lies behind.
+    // Keeps the mouse from what lies below.
     MouseArea {
         anchors.fill: parent
         acceptedButtons: Qt.AllButtons
@@ -64,28 +63,21 @@ FocusScope {
         RowLayout {
             spacing: 8
 
-            Label {
+            VOXLabel {
                 text: "Hex Editor"
-                textFormat: Text.PlainText
-                color: VOXTheme.text
+                muted: false
                 font { pixelSize: 18; bold: true }
                 Accessible.role: Accessible.Heading
-                Accessible.name: text
             }
 
-            Label {
+            VOXLabel {
                 objectName: "hexFileName"
                 text: root.appState.fileName
-                textFormat: Text.PlainText
-                color: VOXTheme.muted
-                font.pixelSize: 12
                 elide: Text.ElideMiddle
                 maximumLineCount: 1
                 Layout.fillWidth: true
                 Layout.alignment: Qt.AlignBaseline
                 Layout.leftMargin: 4
-                Accessible.role: Accessible.StaticText
-                Accessible.name: text
             }
 
             VOXButton {
@@ -104,7 +96,7 @@ FocusScope {
             VOXField {
                 id: searchField
                 objectName: "hexSearchField"
-                ofAnyLength: true
+                unlimitedLength: true
                 hint: "Ctrl+F"
                 placeholderText: "Hex or ASCII search"
                 focus: true
@@ -142,7 +134,7 @@ FocusScope {
             VOXField {
                 id: patchField
                 objectName: "hexPatchField"
-                ofAnyLength: true
+                unlimitedLength: true
                 placeholderText: "Patch hex at cursor (e.g. FF 00)"
                 Layout.fillWidth: true
             }
@@ -169,6 +161,7 @@ FocusScope {
     component SearchButton: VOXButton {
         implicitWidth: 80
         focusPolicy: Qt.TabFocus
+        actsTwice: true
         Layout.fillWidth: false
         onClicked: {
             root.findNext();

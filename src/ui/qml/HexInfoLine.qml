@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -14,14 +13,10 @@ RowLayout {
 
     spacing: 24
 
-    Label {
+    VOXLabel {
         objectName: "hexInfo"
         text: root.hexModel.byteCount + " bytes  •  offset 0x" + root.offset
-        textFormat: Text.PlainText
-        color: VOXTheme.muted
         font.family: VOXTheme.fixedFamily
-        Accessible.role: Accessible.StaticText
-        Accessible.name: text
     }
 
     StatusLine {

@@ -8,7 +8,7 @@ Item {
     id: root
 
     required property HexGrid grid
-    // The first byte of the row that is marked, and the one behind the last.
+    // The first byte of the row that is marked, and the one after the last.
     required property int first
     required property int end
     required property color edge

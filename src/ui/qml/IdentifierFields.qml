@@ -82,7 +82,7 @@ ColumnLayout {
         required property string value
         property bool whole: false
 
-        ofAnyLength: true
+        unlimitedLength: true
         text: whole ? value : value.slice(0, 32767)
         input.onActiveFocusChanged: {
             const place = input.cursorPosition;

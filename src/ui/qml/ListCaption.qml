@@ -1,13 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import KvtEditor
 
 // The heading of one column of a list.
-Label {
-    textFormat: Text.PlainText
-    color: VOXTheme.muted
+VOXLabel {
     elide: Text.ElideRight
     font { pixelSize: 11; weight: Font.DemiBold }
     Accessible.role: Accessible.ColumnHeader
-    Accessible.name: text
 }

@@ -65,19 +65,19 @@ Item {
             Layout.fillHeight: true
 
             VOXScroll {
-                FactField {
+                ReadOnlyField {
                     objectName: "fileNameField"
                     title: "Filename"
                     value: root.appState.fileName
                 }
 
-                FactField {
+                ReadOnlyField {
                     objectName: "createdField"
                     title: "Created"
                     value: root.appState.created
                 }
 
-                FactField {
+                ReadOnlyField {
                     objectName: "versionField"
                     title: "Version"
                     value: root.appState.editorVersion
@@ -121,14 +121,12 @@ Item {
                     id: messageField
                     objectName: "devMessageField"
                     title: "Message for dev team"
-                    ofAnyLength: true
+                    unlimitedLength: true
                 }
 
                 VOXButton {
                     objectName: "sendToDevButton"
                     text: "Send to Dev"
-                    // A double click opens one ticket.
-                    onDoubleClicked: {}
                     onClicked: root.appState.sendToDev(emailField.text, messageField.text)
                 }
 

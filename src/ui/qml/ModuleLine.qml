@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import KvtEditor
 
 // One line of the list of modules: a module's heading over a thin rule, or one of its fields. It says which
@@ -20,7 +19,7 @@ FocusScope {
     // would all be made at once.
     implicitHeight: line.hidden ? 0 : heading ? rule.y + rule.height : field.y + field.implicitHeight
 
-    Label {
+    VOXLabel {
         id: label
         objectName: "moduleTitle"
         anchors { left: parent.left; right: parent.right }
@@ -28,7 +27,6 @@ FocusScope {
         visible: root.heading
         // Of a title without end only so much is laid out as could ever be in sight.
         text: root.heading ? root.title.slice(0, 200) : ""
-        textFormat: Text.PlainText
         wrapMode: Text.Wrap
         maximumLineCount: 2
         elide: Text.ElideRight
@@ -48,7 +46,7 @@ FocusScope {
         color: VOXTheme.border
     }
 
-    FactField {
+    ReadOnlyField {
         id: field
         anchors { left: parent.left; right: parent.right }
         y: root.gap

@@ -16,7 +16,7 @@ FocusScope {
     Layout.fillWidth: true
     Layout.fillHeight: true
 
-    // The line behind those of the modules is the shared identifier.
+    // The line after those of the modules is the shared identifier.
     function lineAt(line: int): var {
         if (line >= lines.count)
             return { title: "Interface ID", value: interfaceID, apart: true, hidden: interfaceID === "" };

@@ -75,8 +75,6 @@ VOXListRow {
         objectName: "action"
         anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter }
         focusPolicy: Qt.NoFocus
-        // What costs credits is not bought twice by a double click.
-        onDoubleClicked: {}
         Accessible.name: text + " " + root.title
         onClicked: {
             root.makeCurrent();

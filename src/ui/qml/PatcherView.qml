@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
@@ -47,25 +46,18 @@ Item {
         anchors { fill: parent; margins: 20 }
         spacing: 16
 
-        VOXCard {
+        SideCard {
             objectName: "patcherWorkspace"
-            title: "Workspace"
-            Layout.fillWidth: false
-            Layout.preferredWidth: Math.max(330, Math.min(380, root.width * 0.32))
-            Layout.fillHeight: true
+            view: root
 
             VOXScroll {
-                Label {
+                VOXLabel {
                     objectName: "patcherHint"
                     text: "Credit-based BIN patches use the XDF store session. "
                         + "Complete XDF MAKER login first."
-                    textFormat: Text.PlainText
                     wrapMode: Text.Wrap
-                    color: VOXTheme.muted
                     font.pixelSize: 13
                     Layout.fillWidth: true
-                    Accessible.role: Accessible.StaticText
-                    Accessible.name: text
                 }
 
                 // Follows the open file until the user writes something else.
@@ -96,7 +88,6 @@ Item {
                         orange: true
                         Layout.preferredWidth: 120
                         Layout.minimumWidth: implicitWidth
-                        onDoubleClicked: {}
                         onClicked: root.appState.loadPatches(calIdField.text)
                     }
 
@@ -154,7 +145,7 @@ Item {
                     onWanted: root.pickBin(index)
                 }
 
-                Label {
+                VOXLabel {
                     objectName: "patcherEmptyLine"
                     parent: patches
                     x: 10
@@ -162,12 +153,7 @@ Item {
                     width: parent.width - 20
                     visible: patches.count === 0
                     text: "Patches for the current OS appear here."
-                    textFormat: Text.PlainText
                     wrapMode: Text.Wrap
-                    color: VOXTheme.muted
-                    font.pixelSize: 12
-                    Accessible.role: Accessible.StaticText
-                    Accessible.name: text
                 }
             }
         }

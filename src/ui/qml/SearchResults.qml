@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -65,18 +64,13 @@ VOXCard {
             }
         }
 
-        Label {
+        VOXLabel {
             objectName: "searchEmptyLine"
             parent: hits
             x: widths.margin
             y: 10
             visible: hits.count === 0
             text: root.appState.searchBusy ? "Scanning folder ..." : "No results yet."
-            textFormat: Text.PlainText
-            color: VOXTheme.muted
-            font.pixelSize: 12
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
         }
     }
 }

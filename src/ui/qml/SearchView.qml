@@ -47,11 +47,8 @@ Item {
         anchors { fill: parent; margins: 20 }
         spacing: 16
 
-        VOXCard {
-            title: "Workspace"
-            Layout.fillWidth: false
-            Layout.preferredWidth: Math.max(330, Math.min(380, root.width * 0.32))
-            Layout.fillHeight: true
+        SideCard {
+            view: root
 
             VOXScroll {
                 RowLayout {
@@ -128,7 +125,6 @@ Item {
                         enabled: !root.appState.searchBusy
                         Layout.preferredWidth: 160
                         Layout.minimumWidth: implicitWidth
-                        onDoubleClicked: {}
                         onClicked: root.search()
                     }
 

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
@@ -57,16 +56,11 @@ Item {
                     dense: root.height < 700
                 }
 
-                Label {
+                VOXLabel {
                     objectName: "segmentsNote"
                     text: "If you do not pick a base file, the KVT open on MAIN is used."
-                    textFormat: Text.PlainText
                     wrapMode: Text.Wrap
-                    color: VOXTheme.muted
-                    font.pixelSize: 12
                     Layout.fillWidth: true
-                    Accessible.role: Accessible.StaticText
-                    Accessible.name: text
                 }
 
                 GridLayout {
@@ -114,7 +108,6 @@ Item {
                     objectName: "segmentSwapButton"
                     text: "SEGMENT SWAP"
                     orange: true
-                    onDoubleClicked: {}
                     onClicked: root.appState.previewSegments()
                 }
 
@@ -127,7 +120,6 @@ Item {
                         orange: true
                         enabled: !root.appState.busy
                         Layout.preferredWidth: 1
-                        onDoubleClicked: {}
                         onClicked: root.appState.applySegments()
                     }
 

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -35,17 +34,14 @@ Item {
             Accessible.name: "VOX"
         }
 
-        Label {
+        VOXLabel {
             text: "VOX - KVT Editor"
-            textFormat: Text.PlainText
-            color: VOXTheme.text
+            muted: false
             font { pixelSize: 18; bold: true }
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.WordWrap
             Layout.fillWidth: true
             Layout.bottomMargin: 10
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
         }
 
         Repeater {

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -29,18 +28,14 @@ VOXCard {
         }
     }
 
-    Label {
+    VOXLabel {
         objectName: "sorterSummary"
         text: root.files.length + " file(s) selected" + (root.folder !== "" ? " → " + root.folder : "")
-        textFormat: Text.PlainText
         maximumLineCount: 1
         elide: Text.ElideMiddle
-        color: VOXTheme.text
-        font.pixelSize: 12
+        muted: false
         Layout.leftMargin: 10
         Layout.fillWidth: true
-        Accessible.role: Accessible.StaticText
-        Accessible.name: text
     }
 
     VOXList {

@@ -78,11 +78,9 @@ Item {
         spacing: 16
         enabled: !root.sorting
 
-        VOXCard {
+        SideCard {
+            view: root
             title: "Sorter Options"
-            Layout.fillWidth: false
-            Layout.preferredWidth: Math.max(330, Math.min(380, root.width * 0.32))
-            Layout.fillHeight: true
 
             VOXScroll {
                 RowLayout {
@@ -154,7 +152,6 @@ Item {
                         text: root.sorting ? "SORTING..." : "START SORT"
                         orange: true
                         Layout.preferredWidth: 140
-                        onDoubleClicked: {}
                         onClicked: root.start()
                     }
 

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -91,18 +90,13 @@ VOXCard {
             }
         }
 
-        Label {
+        VOXLabel {
             objectName: "stockEmptyLine"
             parent: files
             x: stockColumns.margin
             y: 10
             visible: files.count === 0
             text: "No results."
-            textFormat: Text.PlainText
-            color: VOXTheme.muted
-            font.pixelSize: 12
-            Accessible.role: Accessible.StaticText
-            Accessible.name: text
         }
     }
 
@@ -110,7 +104,6 @@ VOXCard {
         objectName: "stockDownloadButton"
         text: "DOWNLOAD & OPEN"
         orange: true
-        onDoubleClicked: {}
         onClicked: root.download()
     }
 

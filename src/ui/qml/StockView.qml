@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -27,11 +26,8 @@ Item {
         anchors { fill: parent; margins: 20 }
         spacing: 16
 
-        VOXCard {
-            title: "Workspace"
-            Layout.fillWidth: false
-            Layout.preferredWidth: Math.max(330, Math.min(380, root.width * 0.32))
-            Layout.fillHeight: true
+        SideCard {
+            view: root
 
             VOXScroll {
                 objectName: "stockFilters"
@@ -126,7 +122,6 @@ Item {
                     text: "SEARCH"
                     orange: true
                     Layout.preferredWidth: 160
-                    onDoubleClicked: {}
                     onClicked: root.search()
                 }
 
@@ -138,14 +133,9 @@ Item {
                 }
             }
 
-            Label {
+            VOXLabel {
                 objectName: "stockCountLine"
                 text: results.count + " match(es) found."
-                textFormat: Text.PlainText
-                color: VOXTheme.muted
-                font.pixelSize: 12
-                Accessible.role: Accessible.StaticText
-                Accessible.name: text
             }
 
             Item {
@@ -160,9 +150,7 @@ Item {
         }
     }
 
-    component SmallLabel: Label {
-        textFormat: Text.PlainText
-        color: VOXTheme.muted
+    component SmallLabel: VOXLabel {
         font { pixelSize: 11; weight: Font.DemiBold }
         Accessible.ignored: true
     }

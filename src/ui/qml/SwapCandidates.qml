@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Controls.Basic
 import KvtEditor
 
 // The swaps that the service offers, each to be ticked or not. The keyboard stays with the list: the arrows
@@ -60,7 +59,7 @@ VOXList {
         onTriggered: root.refresh()
     }
 
-    Label {
+    VOXLabel {
         objectName: "swapEmptyLine"
         parent: root
         x: 10
@@ -68,11 +67,6 @@ VOXList {
         width: root.rowWidth - 10
         visible: root.count === 0
         text: root.emptyText
-        textFormat: Text.PlainText
         wrapMode: Text.Wrap
-        color: VOXTheme.muted
-        font.pixelSize: 12
-        Accessible.role: Accessible.StaticText
-        Accessible.name: text
     }
 }

@@ -29,7 +29,7 @@ Button {
 
     // A double click starts one program, and opens one page.
     onDoubleClicked: {}
-    // Held, the key is told as released and pressed again and again: one press acts once.
+    // Ignores auto-repeat.
     Keys.onPressed: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
     Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
     Keys.onReturnPressed: event => {
@@ -102,11 +102,10 @@ Button {
         radius: VOXTheme.radiusControl
         color: VOXTheme.scrim
 
-        Label {
+        VOXLabel {
             anchors.centerIn: parent
             rotation: -18
             text: "COMING SOON"
-            textFormat: Text.PlainText
             color: VOXTheme.orangeBright
             font { pixelSize: 14; bold: true; letterSpacing: 1 }
             Accessible.ignored: true

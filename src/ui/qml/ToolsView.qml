@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
@@ -56,11 +55,8 @@ Item {
                     spacing: 10
                     enabled: !root.appState.busy
 
-                    Label {
+                    VOXLabel {
                         text: "XCAL layout:"
-                        textFormat: Text.PlainText
-                        color: VOXTheme.muted
-                        font.pixelSize: 12
                         Accessible.ignored: true
                     }
 

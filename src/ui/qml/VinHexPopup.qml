@@ -31,27 +31,25 @@ Popup {
         Accessible.role: Accessible.Dialog
         Accessible.name: "VIN2HEX / ASCII"
 
-        Label {
+        VOXLabel {
             text: "VIN2HEX / ASCII"
-            textFormat: Text.PlainText
             color: VOXTheme.orange
             font { pixelSize: 16; bold: true }
             Layout.fillWidth: true
             Accessible.role: Accessible.Heading
-            Accessible.name: text
         }
 
         VOXTextField {
             id: vinText
             objectName: "vinTextField"
             title: "Text / VIN"
-            ofAnyLength: true
+            unlimitedLength: true
         }
 
         VOXTextField {
             objectName: "vinHexField"
             title: "Hex bytes"
-            ofAnyLength: true
+            unlimitedLength: true
             text: VinHex.hexOf(vinText.text)
             locked: true
         }
@@ -60,13 +58,13 @@ Popup {
             id: hexIn
             objectName: "hexInField"
             title: "Hex in"
-            ofAnyLength: true
+            unlimitedLength: true
         }
 
         VOXTextField {
             objectName: "asciiOutField"
             title: "ASCII out"
-            ofAnyLength: true
+            unlimitedLength: true
             text: VinHex.asciiOf(hexIn.text)
             locked: true
         }

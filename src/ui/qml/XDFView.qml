@@ -30,12 +30,9 @@ Item {
         anchors { fill: parent; margins: 20 }
         spacing: 16
 
-        VOXCard {
+        SideCard {
             objectName: "xdfWorkspace"
-            title: "Workspace"
-            Layout.fillWidth: false
-            Layout.preferredWidth: Math.max(330, Math.min(380, root.width * 0.32))
-            Layout.fillHeight: true
+            view: root
 
             VOXScroll {
                 ColumnLayout {
@@ -68,7 +65,6 @@ Item {
                         text: "LOGIN"
                         orange: true
                         Layout.preferredWidth: 140
-                        onDoubleClicked: {}
                         onClicked: root.appState.xdfLogin()
                     }
 
@@ -76,8 +72,6 @@ Item {
                         objectName: "xdfRegisterButton"
                         text: "REGISTER"
                         Layout.preferredWidth: 140
-                        // A double click opens one page.
-                        onDoubleClicked: {}
                         onClicked: root.openStore()
                     }
                 }
@@ -85,8 +79,6 @@ Item {
                 VOXButton {
                     objectName: "xdfForgotButton"
                     text: "FORGOT PASSWORD?"
-                    // A double click opens one page.
-                    onDoubleClicked: {}
                     onClicked: root.openStore()
                 }
 
@@ -100,7 +92,6 @@ Item {
                 VOXButton {
                     objectName: "xdfCatalogButton"
                     text: "Load catalog"
-                    onDoubleClicked: {}
                     onClicked: root.appState.xdfCatalog()
                 }
 

@@ -9,6 +9,9 @@ Button {
 
     property bool orange: false
     property string hint
+    // Whether both clicks of a double click act. Elsewhere it acts once: it must not buy, send or open twice, not even
+    // when the service has answered between the clicks.
+    property bool actsTwice: false
 
     Layout.fillWidth: true
     Layout.preferredHeight: 40
@@ -20,9 +23,14 @@ Button {
     Accessible.name: root.text
     Accessible.description: root.hint
 
-    // Held, the key is told as released and pressed again and again: one press acts once.
+    // Ignores auto-repeat.
     Keys.onPressed: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
     Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
+
+    onDoubleClicked: {
+        if (actsTwice)
+            root.clicked();
+    }
 
     contentItem: Text {
         text: root.text

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -39,13 +38,12 @@ Rectangle {
         }
     }
 
-    Label {
+    VOXLabel {
         id: caption
         objectName: "caption"
         anchors { left: parent.left; right: parent.right; top: parent.top; margins: root.margin }
         visible: text !== ""
         text: root.title.toUpperCase()
-        textFormat: Text.PlainText
         elide: Text.ElideRight
         color: VOXTheme.orange
         font { pixelSize: 16; bold: true }

@@ -28,7 +28,7 @@ RowLayout {
         Accessible.role: Accessible.CheckBox
         Accessible.name: root.text
         onToggled: root.toggled(checked)
-        // Held, the key is told as released and pressed again and again: one press acts once.
+        // Ignores auto-repeat.
         Keys.onPressed: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
         Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
 
@@ -56,12 +56,11 @@ RowLayout {
         }
     }
 
-    Label {
+    VOXLabel {
         id: label
         objectName: "label"
         Layout.fillWidth: true
         Layout.alignment: Qt.AlignVCenter
-        textFormat: Text.PlainText
         wrapMode: Text.WordWrap
         color: enabled ? VOXTheme.text : VOXTheme.disabledText
         Accessible.ignored: true

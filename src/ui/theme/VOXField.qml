@@ -6,15 +6,15 @@ import QtQuick.Controls.Basic
 import KvtEditor
 
 // The bare line of input inside every captioned field, and alone where a placeholder says enough. `hint` names the
-// key that leads there. What is pasted into a field `ofAnyLength` is taken whole; others cut it without a word.
+// key that leads there. What is pasted into a field `unlimitedLength` is taken whole; others cut it without a word.
 TextField {
     id: root
 
     property color ringColor: VOXTheme.orangeBright
     property string hint
-    property bool ofAnyLength: false
+    property bool unlimitedLength: false
 
-    maximumLength: ofAnyLength ? 2147483647 : 32767
+    maximumLength: unlimitedLength ? 2147483647 : 32767
 
     color: enabled ? VOXTheme.text : VOXTheme.disabledText
     selectionColor: VOXTheme.orange

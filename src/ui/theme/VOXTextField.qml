@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -13,7 +12,7 @@ ColumnLayout {
     property alias text: field.text
     property alias input: field
     property alias hint: field.hint
-    property alias ofAnyLength: field.ofAnyLength
+    property alias unlimitedLength: field.unlimitedLength
     property bool locked: false
     property bool secret: false
     property bool copyable: false
@@ -24,14 +23,12 @@ ColumnLayout {
     spacing: 4
     Layout.fillWidth: true
 
-    Label {
+    VOXLabel {
         id: caption
         objectName: "caption"
         Layout.fillWidth: true
         text: root.title.slice(0, 200).toUpperCase()
-        textFormat: Text.PlainText
         elide: Text.ElideRight
-        color: VOXTheme.muted
         font { pixelSize: 11; weight: Font.DemiBold }
         Accessible.ignored: true
 

@@ -15,14 +15,14 @@
 #include <QUrl>
 #include <QVariantMap>
 
-/// What the view tests need beside the views, known to them as `bed`: a fresh controller as `app`, whose
+/// What the view tests need beside the views, known to them as `fixture`: a fresh controller as `app`, whose
 /// service is a loopback server that takes every request and never answers.
-class TestBed : public QObject
+class ViewFixture : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit TestBed(const UrlRecorder *opened);
+    explicit ViewFixture(const UrlRecorder *opened);
 
 public slots:
     void qmlEngineAvailable(QQmlEngine *engine);
@@ -32,13 +32,13 @@ public:
     Q_INVOKABLE void reset();
     /// Writes a file of zeros that ends in `tail`, and opens it in the workspace.
     Q_INVOKABLE void openFile(const QString &name, int size, const QString &tail = {});
-    /// Writes a file of zeros into the bed's folder, or a folder below it.
+    /// Writes a file of zeros into the fixture's folder, or a folder below it.
     Q_INVOKABLE void writeFile(const QString &name, int size = 32);
     Q_INVOKABLE void removeFile(const QString &name);
     Q_INVOKABLE void removeFolder(const QString &name);
-    /// Writes a file whose name is no text, "caf\xe9.kvt", into a folder of the bed's.
+    /// Writes a file whose name is no text, "caf\xe9.kvt", into a folder of the fixture's.
     Q_INVOKABLE void writeUndecodable(const QString &folder);
-    /// Removes it, which the library's own clearing up cannot; tells whether there was one.
+    /// Removes it, which Qt's own clearing up cannot; tells whether there was one.
     Q_INVOKABLE bool removeUndecodable(const QString &folder);
     /// Whether Qt lists the files of such a folder, and so its dialogs do: Qt 6.8 stops at a name that is no
     /// text.

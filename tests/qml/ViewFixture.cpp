@@ -1,4 +1,4 @@
-#include "TestBed.h"
+#include "ViewFixture.h"
 
 #include <QAccessible>
 #include <QClipboard>
@@ -67,24 +67,24 @@ void addVisibleItems(QQuickItem *item, QList<QObject *> *items)
 
 } // namespace
 
-TestBed::TestBed(const UrlRecorder *opened)
+ViewFixture::ViewFixture(const UrlRecorder *opened)
     : m_opened(opened)
 {
     m_server.answerAlways(holdRequest());
 }
 
-void TestBed::qmlEngineAvailable(QQmlEngine *engine)
+void ViewFixture::qmlEngineAvailable(QQmlEngine *engine)
 {
     m_engine = engine;
     // The engine of an earlier file took its controller with it.
     m_app = nullptr;
     engine->addUrlInterceptor(&m_plainFileDialogs);
     engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    engine->rootContext()->setContextProperty(QStringLiteral("bed"), this);
+    engine->rootContext()->setContextProperty(QStringLiteral("fixture"), this);
     reset();
 }
 
-void TestBed::reset()
+void ViewFixture::reset()
 {
     // What a controller sent is not to come in the time of the next one.
     if (!QTest::qWaitFor([this] { return allArrived(); }))
@@ -99,7 +99,7 @@ void TestBed::reset()
         before->deleteLater();
 }
 
-void TestBed::openFile(const QString &name, int size, const QString &tail)
+void ViewFixture::openFile(const QString &name, int size, const QString &tail)
 {
     const QByteArray end = tail.toUtf8();
     QFile file(tempPath(name));
@@ -110,7 +110,7 @@ void TestBed::openFile(const QString &name, int size, const QString &tail)
     m_app->openKvt(file.fileName());
 }
 
-void TestBed::writeFile(const QString &name, int size)
+void ViewFixture::writeFile(const QString &name, int size)
 {
     const QString path = tempPath(name);
     QDir().mkpath(QFileInfo(path).path());
@@ -119,35 +119,35 @@ void TestBed::writeFile(const QString &name, int size)
         qFatal("Cannot write %s", qPrintable(path));
 }
 
-void TestBed::removeFile(const QString &name)
+void ViewFixture::removeFile(const QString &name)
 {
     if (!QFile::remove(tempPath(name)))
         qFatal("Cannot remove %s", qPrintable(tempPath(name)));
 }
 
-void TestBed::removeFolder(const QString &name)
+void ViewFixture::removeFolder(const QString &name)
 {
     if (!QDir(tempPath(name)).removeRecursively())
         qFatal("Cannot remove %s", qPrintable(tempPath(name)));
 }
 
-void TestBed::writeUndecodable(const QString &folder)
+void ViewFixture::writeUndecodable(const QString &folder)
 {
     QDir().mkpath(tempPath(folder));
     std::ofstream(undecodableIn(tempPath(folder))) << "bytes";
 }
 
-bool TestBed::removeUndecodable(const QString &folder)
+bool ViewFixture::removeUndecodable(const QString &folder)
 {
     return std::filesystem::remove(undecodableIn(tempPath(folder)));
 }
 
-bool TestBed::isListed(const QString &folder) const
+bool ViewFixture::isListed(const QString &folder) const
 {
     return !QDir(tempPath(folder)).entryList(QDir::Files).isEmpty();
 }
 
-bool TestBed::dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls)
+bool ViewFixture::dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls)
 {
     QMimeData data;
     data.setUrls(urls);
@@ -156,7 +156,7 @@ bool TestBed::dragTo(QObject *window, const QPointF &place, const QList<QUrl> &u
     return enter.isAccepted();
 }
 
-bool TestBed::dragOn(QObject *window, const QPointF &place, const QList<QUrl> &urls)
+bool ViewFixture::dragOn(QObject *window, const QPointF &place, const QList<QUrl> &urls)
 {
     QMimeData data;
     data.setUrls(urls);
@@ -165,13 +165,13 @@ bool TestBed::dragOn(QObject *window, const QPointF &place, const QList<QUrl> &u
     return move.isAccepted() && move.dropAction() == Qt::CopyAction;
 }
 
-void TestBed::dragAway(QObject *window)
+void ViewFixture::dragAway(QObject *window)
 {
     QDragLeaveEvent leave;
     QCoreApplication::sendEvent(window, &leave);
 }
 
-bool TestBed::drop(QObject *window, const QPointF &place, const QList<QUrl> &urls)
+bool ViewFixture::drop(QObject *window, const QPointF &place, const QList<QUrl> &urls)
 {
     if (!dragTo(window, place, urls)) {
         dragAway(window);
@@ -184,14 +184,14 @@ bool TestBed::drop(QObject *window, const QPointF &place, const QList<QUrl> &url
     return dropped.isAccepted() && dropped.dropAction() == Qt::CopyAction;
 }
 
-void TestBed::repeatKey(QObject *window, int key, int modifiers)
+void ViewFixture::repeatKey(QObject *window, int key, int modifiers)
 {
     for (const bool press : {false, true})
         QTest::simulateEvent(qobject_cast<QWindow *>(window), press, key, Qt::KeyboardModifiers(modifiers),
                              {}, true);
 }
 
-void TestBed::fillHex(int size)
+void ViewFixture::fillHex(int size)
 {
     QByteArray bytes(size, Qt::Uninitialized);
     char next = 0;
@@ -200,35 +200,35 @@ void TestBed::fillHex(int size)
     m_app->hexModel()->setBytes(bytes);
 }
 
-void TestBed::applyInfo(const QVariantMap &answer)
+void ViewFixture::applyInfo(const QVariantMap &answer)
 {
     m_app->applyKvtInfoJson(QString::fromUtf8(QJsonDocument(QJsonObject::fromVariantMap(answer)).toJson()));
 }
 
-void TestBed::startConversion()
+void ViewFixture::startConversion()
 {
     m_app->workerConvert(QStringLiteral("kvt2bin"), QByteArrayLiteral("bytes"), QStringLiteral("a.kvt"), {},
                          {}, QStringLiteral("a.bin"));
 }
 
-QString TestBed::encodedUrlOf(const QString &path) const
+QString ViewFixture::encodedUrlOf(const QString &path) const
 {
     const qsizetype nameStart = path.lastIndexOf(QLatin1Char('/')) + 1;
     return QStringLiteral("file://") + path.left(nameStart)
         + QString::fromLatin1(QUrl::toPercentEncoding(path.mid(nameStart), "!*'()"));
 }
 
-QString TestBed::tempPath(const QString &name) const
+QString ViewFixture::tempPath(const QString &name) const
 {
     return m_folder.filePath(name);
 }
 
-bool TestBed::fileExists(const QString &path) const
+bool ViewFixture::fileExists(const QString &path) const
 {
     return QFileInfo::exists(path);
 }
 
-QString TestBed::requestBodies() const
+QString ViewFixture::requestBodies() const
 {
     QByteArray bodies;
     for (int i = 0; i < m_server.requestCount(); ++i)
@@ -236,32 +236,32 @@ QString TestBed::requestBodies() const
     return QString::fromUtf8(bodies);
 }
 
-QString TestBed::lastRequestLine() const
+QString ViewFixture::lastRequestLine() const
 {
     return QString::fromLatin1(m_server.request(m_server.requestCount() - 1).requestLine());
 }
 
-QString TestBed::lastRequestBody() const
+QString ViewFixture::lastRequestBody() const
 {
     return QString::fromUtf8(m_server.request(m_server.requestCount() - 1).body);
 }
 
-void TestBed::answerNext(const QString &body)
+void ViewFixture::answerNext(const QString &body)
 {
     m_server.answerNext(answerWith(body.toUtf8()));
 }
 
-void TestBed::answerPart(int request, const QString &bytes)
+void ViewFixture::answerPart(int request, const QString &bytes)
 {
     m_server.answerHeld(request, {bytes.toUtf8(), RawAnswer::Ending::KeepOpen});
 }
 
-bool TestBed::allArrived() const
+bool ViewFixture::allArrived() const
 {
     return m_server.completeRequestCount() - fetchedPaths().size() == m_sentCount;
 }
 
-QStringList TestBed::fetchedPaths() const
+QStringList ViewFixture::fetchedPaths() const
 {
     QStringList paths;
     for (int i = 0; i < m_server.requestCount(); ++i) {
@@ -272,7 +272,7 @@ QStringList TestBed::fetchedPaths() const
     return paths;
 }
 
-QObject *TestBed::find(QObject *within, const QString &name) const
+QObject *ViewFixture::find(QObject *within, const QString &name) const
 {
     const auto *const item = qobject_cast<QQuickItem *>(within);
     QObject *found = item ? itemNamed(name, item) : nullptr;
@@ -284,14 +284,14 @@ QObject *TestBed::find(QObject *within, const QString &name) const
     return found;
 }
 
-QList<QObject *> TestBed::visibleItems(QQuickItem *item) const
+QList<QObject *> ViewFixture::visibleItems(QQuickItem *item) const
 {
     QList<QObject *> items;
     addVisibleItems(item, &items);
     return items;
 }
 
-QString TestBed::spokenTexts(QObject *item) const
+QString ViewFixture::spokenTexts(QObject *item) const
 {
     QAccessibleInterface *const spoken = QAccessible::queryAccessibleInterface(item);
     if (!spoken)
@@ -304,17 +304,17 @@ QString TestBed::spokenTexts(QObject *item) const
     return texts.join(QLatin1Char('\n'));
 }
 
-QString TestBed::address(const QString &path) const
+QString ViewFixture::address(const QString &path) const
 {
     return QStringLiteral("http://127.0.0.1:%1/%2").arg(m_server.port()).arg(path);
 }
 
-bool TestBed::asksBeforeOverwriting() const
+bool ViewFixture::asksBeforeOverwriting() const
 {
     return QLibraryInfo::version() >= QVersionNumber(6, 8);
 }
 
-QStringList TestBed::openedUrls() const
+QStringList ViewFixture::openedUrls() const
 {
     QStringList urls;
     for (const QUrl &url : m_opened->opened)
@@ -322,7 +322,7 @@ QStringList TestBed::openedUrls() const
     return urls;
 }
 
-QString TestBed::clipboardText() const
+QString ViewFixture::clipboardText() const
 {
     return QGuiApplication::clipboard()->text();
 }
