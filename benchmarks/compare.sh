@@ -279,7 +279,7 @@ $(limits "${missed[@]}")
 ## How each is measured
 
 - Folder search: the rule that the search view calls, without its limit of 5,000 files. A tree of folders with 1,000
-  files each, 600 of them tune files. \`find\` looks for the same endings and prints the same: size and path. When
+  files each, 600 of them tune files. \`find\` looks for the same suffixes and prints the same: size and path. When
   hardly any match, \`find\` still prints all tune files: it is the walk that is compared.
 - Find: the hex editor's command on bytes that are not there, in turn with the C library's \`memmem\` on the same
   buffer, in one process and in processor time. "Zeros" are searched for zeros with a last byte of 01, which match

@@ -38,7 +38,7 @@ constexpr auto pollInterval = 1ms;
 // So many lines of the window are looked at: any text or button crosses one, and the display is hardly kept
 // busy.
 constexpr int lineCount = 48;
-// What is smaller is a splash screen or a helper of the toolkit.
+// What is smaller is a splash screen or a helper of Qt or GTK.
 constexpr int smallestWindow = 200;
 
 template <typename Reply> using Owned = std::unique_ptr<Reply, decltype(&std::free)>;

@@ -53,7 +53,7 @@ ServiceRequest headOf(const httplib::Request &head)
     return request;
 }
 
-/// The library hands the parts on in their order, which its own collection of them would lose.
+/// cpp-httplib hands the parts on in their order, which its own collection of them would lose.
 bool readForm(const httplib::ContentReader &reader, ServiceRequest &request)
 {
     return reader(
@@ -155,7 +155,7 @@ bool HttpServer::start(quint16 port, const QString &certificate, const QString &
         *error = u"Cannot use the certificate %1 with the key %2"_s.arg(certificate, key);
         return false;
     }
-    // The library's own options would let two services share a port.
+    // cpp-httplib's own options would let two services share a port.
     server->set_socket_options([](socket_t socket) {
         const int on = 1;
         ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
@@ -186,7 +186,7 @@ bool HttpServer::start(quint16 port, const QString &certificate, const QString &
     m_port = quint16(bound);
     m_running.reset(new Running{std::move(server)});
     Running &running = *m_running;
-    // The library cannot be stopped before it asks for this.
+    // cpp-httplib cannot be stopped before it asks for this.
     running.server->new_task_queue = [this, &running] {
         running.listening.count_down();
         return new CountingQueue(m_connectionCount);

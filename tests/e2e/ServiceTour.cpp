@@ -12,7 +12,7 @@ const QString baseName = QStringLiteral("five-modules.kvt");
 const QString donorName = QStringLiteral("donor.kvt");
 const QString binName = QStringLiteral("flash.bin");
 
-// What the file would be converted to, by the stand-in's own rule: its segments, one behind the other.
+// What the file would be converted to, by the stand-in's own rule: its segments, one after the other.
 QByteArray segmentsOf(const QByteArray &container)
 {
     const SampleTune tune = SampleContainer::read(container).value();

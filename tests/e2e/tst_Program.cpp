@@ -209,7 +209,7 @@ void TestProgram::refusesToStartWithoutDisplay()
     withoutDisplay();
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_PROGRAM), {});
     QVERIFY(outcome.exitCode != 0);
-    // The framework gives up by aborting; any other crash would be the program's own.
+    // Qt gives up by aborting; any other crash would be the program's own.
     if (outcome.crashed)
         QCOMPARE(outcome.exitCode, SIGABRT);
     QVERIFY2(outcome.errors.contains(QLatin1String("could not connect to display")),
@@ -358,7 +358,7 @@ void TestProgram::readOnlyLogDoesNotStopIt()
     QCOMPARE(logLines(), geteuid() == 0 ? before + milestones : before);
 }
 
-// What the framework says about such a file must not come back into the log.
+// What Qt says about such a file must not come back into the log.
 void TestProgram::logOnAFullDiskDoesNotStopIt()
 {
     const QString started = milestones.first(2).join(QLatin1Char('\n')) + QLatin1String("\nmain: ");
@@ -387,9 +387,9 @@ void TestProgram::fileFromTheCommandLineOpens_data()
     QTest::newRow("umlaut") << QStringLiteral("größe.kvt") << nothing;
     QTest::newRow("newline") << QStringLiteral("two\nlines.kvt") << nothing;
     QTest::newRow("colon-in-front") << QStringLiteral(":truck.kvt") << nothing;
-    QTest::newRow("behind-an-unknown-option")
+    QTest::newRow("after-an-unknown-option")
         << QStringLiteral("truck.kvt") << QStringList{QStringLiteral("--no-such-option")};
-    QTest::newRow("behind-the-end-of-options")
+    QTest::newRow("after-the-end-of-options")
         << QStringLiteral("truck.kvt") << QStringList{QStringLiteral("--")};
     QTest::newRow("like-an-option") << QStringLiteral("-x.kvt") << QStringList{QStringLiteral("--")};
     QTest::newRow("like-a-known-option") << QStringLiteral("--help") << QStringList{QStringLiteral("--")};
@@ -433,7 +433,7 @@ void TestProgram::undecodableFileNameIsRefused()
         std::filesystem::path(QFile::encodeName(folder).constData()) / "caf\xe9.kvt";
     if (exists)
         std::ofstream(file) << "bytes";
-    // The framework cannot remove it.
+    // Qt cannot remove it.
     const auto remove = qScopeGuard([&file] { std::filesystem::remove(file); });
     m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("refused"));
     const Outcome outcome =

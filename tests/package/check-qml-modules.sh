@@ -10,7 +10,7 @@ scanner=$1
 modules=$2
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 
-# The files of the dialogs that the toolkit draws itself are loaded by name, not by import.
+# The files of the dialogs that Qt draws itself are loaded by name, not by import.
 imported() {
   local sources
   for sources in "$top/src/ui" "$modules/QtQuick/Dialogs/quickimpl/qml"; do

@@ -482,7 +482,7 @@ extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept
 }
 
 // The C library follows a path within itself, where none of the calls above is seen. Leading nowhere is the
-// one error for which the framework does not keep the path as it is.
+// one error for which Qt does not keep the path as it is.
 #define FOLLOW(...) ON_PATH("realpath", ENOENT) == Verdict::Fails ? nullptr : next(__VA_ARGS__)
 
 DECLARE_INTERCEPTOR(realpath)

@@ -242,7 +242,7 @@ void EndpointTest::checkLoosely(const EndpointOperation &operation)
         QCOMPARE(differences(m_before, after), QStringList());
         return;
     }
-    // Whether it saved a file, and which bytes, is the library's to decide; what follows from that is not.
+    // Whether it saved a file, and which bytes, is Qt's to decide; what follows from that is not.
     Snapshot expected = fileAndDisk(m_before);
     if (*operation.savedName != '\0' && after.contains(savedPath(operation)))
         expected = withSavedFile(operation, expected, after.value(savedPath(operation)).toByteArray());

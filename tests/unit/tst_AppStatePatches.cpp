@@ -1,4 +1,4 @@
-#include "StoreBed.h"
+#include "StoreFixture.h"
 #include "support/FileSizeLimit.h"
 #include "support/Waiting.h"
 
@@ -76,55 +76,55 @@ private:
     int apply(const RawAnswer &answer, int index = 0, const QString &path = {});
 
     QTemporaryDir m_deployment;
-    std::unique_ptr<StoreBed> m_bed;
+    std::unique_ptr<StoreFixture> m_fixture;
 };
 
 void TestAppStatePatches::initTestCase()
 {
-    StoreBed::deployWithAuthFields(m_deployment);
+    StoreFixture::deployWithAuthFields(m_deployment);
 }
 
 void TestAppStatePatches::init()
 {
-    m_bed = std::make_unique<StoreBed>();
+    m_fixture = std::make_unique<StoreFixture>();
 }
 
 void TestAppStatePatches::cleanup()
 {
-    m_bed.reset();
+    m_fixture.reset();
 }
 
 void TestAppStatePatches::signIn()
 {
-    m_bed->server.answerNext(answerWith(R"({"session_token":"tok","credits":"15"})"));
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    m_bed->takeAnnounced();
+    m_fixture->server.answerNext(answerWith(R"({"session_token":"tok","credits":"15"})"));
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    m_fixture->takeAnnounced();
 }
 
 void TestAppStatePatches::list(const QString &calId, const QByteArray &answer)
 {
-    m_bed->takeAnnounced();
-    m_bed->server.answerNext(answerWith(answer));
-    m_bed->state->loadPatches(calId);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->takeAnnounced().mid(0, 2), QStringList({u"xdf"_s, u"patcher"_s}));
+    m_fixture->takeAnnounced();
+    m_fixture->server.answerNext(answerWith(answer));
+    m_fixture->state->loadPatches(calId);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->takeAnnounced().mid(0, 2), QStringList({u"xdf"_s, u"patcher"_s}));
 }
 
 QString TestAppStatePatches::binFile(const QString &name, const QByteArray &bytes)
 {
-    const QString path = m_bed->inDir(name);
+    const QString path = m_fixture->inDir(name);
     return makeFile(path, bytes) ? path : QString();
 }
 
 /// How many requests the server saw for it.
 int TestAppStatePatches::apply(const RawAnswer &answer, int index, const QString &path)
 {
-    const int before = m_bed->server.requestCount();
-    m_bed->server.answerNext(answer);
-    m_bed->state->applyPatchToBin(index, path.isEmpty() ? binFile() : path);
-    [this] { WAIT_VERIFY(m_bed->idle()); }();
-    return m_bed->server.requestCount() - before;
+    const int before = m_fixture->server.requestCount();
+    m_fixture->server.answerNext(answer);
+    m_fixture->state->applyPatchToBin(index, path.isEmpty() ? binFile() : path);
+    [this] { WAIT_VERIFY(m_fixture->idle()); }();
+    return m_fixture->server.requestCount() - before;
 }
 
 void TestAppStatePatches::list_wire_data()
@@ -147,10 +147,10 @@ void TestAppStatePatches::list_wire()
 {
     QFETCH(QString, calId);
     signIn();
-    m_bed->state->loadPatches(calId);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->server.requestCount(), 2);
-    const RecordedRequest request = m_bed->lastRequest();
+    m_fixture->state->loadPatches(calId);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->server.requestCount(), 2);
+    const RecordedRequest request = m_fixture->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/patches/patches.aspx HTTP/1.1"));
     QCOMPARE(request.header("content-type"), QByteArray("application/json; charset=utf-8"));
     QTEST(request.body, "body");
@@ -158,43 +158,43 @@ void TestAppStatePatches::list_wire()
 
 void TestAppStatePatches::list_wireOfTheOpenModule()
 {
-    m_bed->state->applyKvtInfoJson(u"{\"modules\":[{\"mainOs\":\"111\"},{\"mainOs\":\"222\"}]}"_s);
+    m_fixture->state->applyKvtInfoJson(u"{\"modules\":[{\"mainOs\":\"111\"},{\"mainOs\":\"222\"}]}"_s);
     list({}, "{}");
-    QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"cal_id":"111","session_token":""})"));
-    QCOMPARE(m_bed->state->status(), u"0 patch(es) for 111."_s);
+    QCOMPARE(m_fixture->lastRequest().body, QByteArray(R"({"cal_id":"111","session_token":""})"));
+    QCOMPARE(m_fixture->state->status(), u"0 patch(es) for 111."_s);
     list(u"other"_s, "{}");
-    QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"cal_id":"other","session_token":""})"));
+    QCOMPARE(m_fixture->lastRequest().body, QByteArray(R"({"cal_id":"other","session_token":""})"));
 }
 
 void TestAppStatePatches::list_isShown()
 {
     qsizetype atSignal = -1;
     QString creditsAtSignal;
-    connect(m_bed->state.get(), &AppState::xdfChanged, this,
-            [&] { creditsAtSignal = m_bed->state->xdfCredits(); });
-    connect(m_bed->state.get(), &AppState::patcherChanged, this,
-            [&] { atSignal = m_bed->state->patchItems().size(); });
-    m_bed->server.answerNext(answerWith(
+    connect(m_fixture->state.get(), &AppState::xdfChanged, this,
+            [&] { creditsAtSignal = m_fixture->state->xdfCredits(); });
+    connect(m_fixture->state.get(), &AppState::patcherChanged, this,
+            [&] { atSignal = m_fixture->state->patchItems().size(); });
+    m_fixture->server.answerNext(answerWith(
         R"({"credits":4,"patches":[{"id":"5","variant":"V","description":"D","credits_cost":"10"},7]})"));
-    m_bed->state->loadPatches(u"%1 <b>"_s);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"patcher"_s, u"1 2 patch(es) for %1 <b>."_s}));
+    m_fixture->state->loadPatches(u"%1 <b>"_s);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList({u"xdf"_s, u"patcher"_s, u"1 2 patch(es) for %1 <b>."_s}));
     const QVariantMap item{
         {u"id"_s, 5}, {u"variant"_s, u"V"_s}, {u"description"_s, u"D"_s}, {u"credits"_s, 10}};
     const QVariantMap nothing{
         {u"id"_s, 0}, {u"variant"_s, QString()}, {u"description"_s, QString()}, {u"credits"_s, 0}};
-    QCOMPARE(m_bed->state->patchItems(), QVariantList({item, nothing}));
+    QCOMPARE(m_fixture->state->patchItems(), QVariantList({item, nothing}));
     QCOMPARE(atSignal, 2);
     QCOMPARE(creditsAtSignal, u"4"_s);
 }
 
 void TestAppStatePatches::list_withoutArray()
 {
-    m_bed->server.answerNext(answerWith(R"({"error":"Sign in first.","items":[{"id":1}]})"));
-    m_bed->state->loadPatches(u"cal"_s);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"patcher"_s, u"1 0 patch(es) for cal."_s}));
-    QCOMPARE(m_bed->state->patchItems(), QVariantList());
+    m_fixture->server.answerNext(answerWith(R"({"error":"Sign in first.","items":[{"id":1}]})"));
+    m_fixture->state->loadPatches(u"cal"_s);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList({u"xdf"_s, u"patcher"_s, u"1 0 patch(es) for cal."_s}));
+    QCOMPARE(m_fixture->state->patchItems(), QVariantList());
 }
 
 void TestAppStatePatches::list_balance_data()
@@ -216,8 +216,8 @@ void TestAppStatePatches::list_balance()
     QFETCH(QByteArray, answer);
     signIn();
     list(u"cal"_s, answer);
-    QTEST(m_bed->state->xdfCredits(), "credits");
-    QCOMPARE(m_bed->state->xdfToken(), u"tok"_s);
+    QTEST(m_fixture->state->xdfCredits(), "credits");
+    QCOMPARE(m_fixture->state->xdfToken(), u"tok"_s);
 }
 
 void TestAppStatePatches::list_failed_data()
@@ -231,53 +231,53 @@ void TestAppStatePatches::list_failed()
     QFETCH(QString, status);
     signIn();
     list();
-    const QVariantList items = m_bed->state->patchItems();
-    m_bed->server.answerNext(answer);
-    m_bed->state->loadPatches(u"other"_s);
-    WAIT_VERIFY(m_bed->idle());
-    QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->server.requestCount(), 3);
-    QCOMPARE(m_bed->state->patchItems(), items);
+    const QVariantList items = m_fixture->state->patchItems();
+    m_fixture->server.answerNext(answer);
+    m_fixture->state->loadPatches(u"other"_s);
+    WAIT_VERIFY(m_fixture->idle());
+    QVERIFY2(isOneFailure(m_fixture->announced, status), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->server.requestCount(), 3);
+    QCOMPARE(m_fixture->state->patchItems(), items);
     QCOMPARE(items.size(), 1);
-    QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
+    QCOMPARE(m_fixture->state->xdfCredits(), u"15"_s);
 }
 
 void TestAppStatePatches::list_replacesTheEarlierOne()
 {
     list(u"cal"_s, R"({"patches":[{"id":1},{"id":2}]})");
     list(u"cal"_s, R"({"patches":[{"id":3}]})");
-    QCOMPARE(m_bed->state->patchItems().size(), 1);
-    QCOMPARE(m_bed->state->patchItems().first().toMap().value(u"id"_s).toInt(), 3);
+    QCOMPARE(m_fixture->state->patchItems().size(), 1);
+    QCOMPARE(m_fixture->state->patchItems().first().toMap().value(u"id"_s).toInt(), 3);
     list(u"cal"_s, R"({"patches":[]})");
-    QCOMPARE(m_bed->state->patchItems(), QVariantList());
+    QCOMPARE(m_fixture->state->patchItems(), QVariantList());
 }
 
 void TestAppStatePatches::list_identifierIsKeptBeforeTheAnswer()
 {
     list(u"first"_s);
-    m_bed->server.answerNext(holdRequest());
-    m_bed->state->loadPatches(u"second"_s);
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
-    m_bed->server.answerNext(answerWith("{}"));
-    m_bed->state->applyPatchToBin(0, binFile());
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 3);
-    QVERIFY(m_bed->lastRequest().body.startsWith(R"({"cal_id":"second",)"));
+    m_fixture->server.answerNext(holdRequest());
+    m_fixture->state->loadPatches(u"second"_s);
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 2);
+    m_fixture->server.answerNext(answerWith("{}"));
+    m_fixture->state->applyPatchToBin(0, binFile());
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 3);
+    QVERIFY(m_fixture->lastRequest().body.startsWith(R"({"cal_id":"second",)"));
 }
 
 void TestAppStatePatches::list_laterAnswerWins()
 {
-    m_bed->server.answerAlways(holdRequest());
-    m_bed->state->loadPatches(u"first"_s);
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 1);
-    m_bed->state->loadPatches(u"second"_s);
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
-    m_bed->server.answerHeld(1, answerWith(R"({"patches":[{"id":2}]})"));
-    WAIT_COMPARE(m_bed->state->patchItems().size(), 1);
-    m_bed->server.answerHeld(0, answerWith(R"({"patches":[{"id":1},{"id":1}]})"));
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->state->patchItems().size(), 2);
+    m_fixture->server.answerAlways(holdRequest());
+    m_fixture->state->loadPatches(u"first"_s);
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 1);
+    m_fixture->state->loadPatches(u"second"_s);
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 2);
+    m_fixture->server.answerHeld(1, answerWith(R"({"patches":[{"id":2}]})"));
+    WAIT_COMPARE(m_fixture->state->patchItems().size(), 1);
+    m_fixture->server.answerHeld(0, answerWith(R"({"patches":[{"id":1},{"id":1}]})"));
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->state->patchItems().size(), 2);
     // The identifier is the last one asked for, whichever answer it is that comes.
-    QCOMPARE(m_bed->announced,
+    QCOMPARE(m_fixture->announced,
              QStringList({u"xdf"_s, u"patcher"_s, u"1 1 patch(es) for second."_s, u"xdf"_s, u"patcher"_s,
                           u"1 2 patch(es) for second."_s}));
 }
@@ -310,7 +310,7 @@ void TestAppStatePatches::apply_wire()
     signIn();
     list(u" cal "_s, R"({"patches":[{"id":5},{"id":"77"},{"id":-2},null,{"id":2147483648}]})");
     QCOMPARE(apply(answerWith("{}"), index, binFile(u"tune.bin"_s, bin)), 1);
-    const RecordedRequest request = m_bed->lastRequest();
+    const RecordedRequest request = m_fixture->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/patches/patch_process.aspx HTTP/1.1"));
     QCOMPARE(request.header("content-type"), QByteArray("application/json; charset=utf-8"));
     QCOMPARE(request.body,
@@ -323,7 +323,7 @@ void TestAppStatePatches::apply_wireOfACalibrationLikeAMember()
     list(uR"("file_data":"x)"_s, R"({"patches":[{"id":5}]})");
     QCOMPARE(apply(answerWith("{}"), 0, binFile(u"tune.bin"_s, "PAT")), 1);
     QCOMPARE(
-        m_bed->lastRequest().body,
+        m_fixture->lastRequest().body,
         QByteArray(R"({"cal_id":"\"file_data\":\"x","file_data":"UEFU","patch_id":"5","session_token":""})"));
 }
 
@@ -331,10 +331,10 @@ void TestAppStatePatches::apply_wireOfABigFile()
 {
     list();
     QCOMPARE(apply(answerWith(patchedAnswer), 0, binFile(u"big.bin"_s, QByteArray(6000000, '\xff'))), 1);
-    QCOMPARE(m_bed->lastRequest().body,
+    QCOMPARE(m_fixture->lastRequest().body,
              R"({"cal_id":"cal","file_data":")" + QByteArray(8000000, '/')
                  + R"(","patch_id":"5","session_token":""})");
-    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Patch applied."_s});
 }
 
 void TestAppStatePatches::apply_savesAndShows_data()
@@ -358,11 +358,11 @@ void TestAppStatePatches::apply_savesAndShows()
     QFETCH(QString, saved);
     list();
     QCOMPARE(apply(answerWith(patchedAnswer), 0, binFile(name)), 1);
-    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
-    QCOMPARE(m_bed->documents(), QStringList{saved});
-    QCOMPARE(contentOf(m_bed->inDocuments(saved)), QByteArray("PATCHED"));
-    QCOMPARE(m_bed->desktop.opened, m_bed->documentsShown());
-    QCOMPARE(contentOf(m_bed->inDir(name)), QByteArray("BIN"));
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_fixture->documents(), QStringList{saved});
+    QCOMPARE(contentOf(m_fixture->inDocuments(saved)), QByteArray("PATCHED"));
+    QCOMPARE(m_fixture->desktop.opened, m_fixture->documentsShown());
+    QCOMPARE(contentOf(m_fixture->inDir(name)), QByteArray("BIN"));
 }
 
 void TestAppStatePatches::apply_bytesComeBackAsTheyAre()
@@ -373,7 +373,7 @@ void TestAppStatePatches::apply_bytesComeBackAsTheyAre()
     for (int value = 0; value < 256; ++value)
         every.append(static_cast<char>(value));
     QCOMPARE(apply(answerWith("{\"file_data\":\"\\r\\n" + every.toBase64() + "\xe2\x82\xac*\"}")), 1);
-    QCOMPARE(contentOf(m_bed->inDocuments(u"tune_patched.bin"_s)), every);
+    QCOMPARE(contentOf(m_fixture->inDocuments(u"tune_patched.bin"_s)), every);
 }
 
 void TestAppStatePatches::apply_outcome_data()
@@ -397,9 +397,9 @@ void TestAppStatePatches::apply_outcome()
     QFETCH(QString, announced);
     list();
     QCOMPARE(apply(answerWith(answer)), 1);
-    QCOMPARE(m_bed->announced, QStringList{announced});
-    QCOMPARE(m_bed->documents(), QStringList());
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->announced, QStringList{announced});
+    QCOMPARE(m_fixture->documents(), QStringList());
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
 }
 
 void TestAppStatePatches::apply_failed_data()
@@ -413,10 +413,10 @@ void TestAppStatePatches::apply_failed()
     QFETCH(QString, status);
     list();
     QCOMPARE(apply(answer), 1);
-    QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->documents(), QStringList());
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
-    QCOMPARE(m_bed->state->patchItems().size(), 1);
+    QVERIFY2(isOneFailure(m_fixture->announced, status), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->documents(), QStringList());
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->state->patchItems().size(), 1);
 }
 
 void TestAppStatePatches::apply_unreadableFile_data()
@@ -434,27 +434,27 @@ void TestAppStatePatches::apply_unreadableFile()
     QFETCH(QString, name);
     list();
     QVERIFY(!binFile().isEmpty());
-    m_bed->state->applyPatchToBin(0, m_bed->inDir(name));
-    QVERIFY(m_bed->idle());
-    QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
+    m_fixture->state->applyPatchToBin(0, m_fixture->inDir(name));
+    QVERIFY(m_fixture->idle());
+    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
 }
 
 void TestAppStatePatches::apply_emptyFile()
 {
     list();
-    m_bed->state->applyPatchToBin(0, binFile(u"empty.bin"_s, {}));
-    QVERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList{u"0 "_s});
+    m_fixture->state->applyPatchToBin(0, binFile(u"empty.bin"_s, {}));
+    QVERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList{u"0 "_s});
 }
 
 void TestAppStatePatches::apply_pipe()
 {
-    const QString path = m_bed->inDir(u"pipe.bin"_s);
+    const QString path = m_fixture->inDir(u"pipe.bin"_s);
     QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
     list();
-    m_bed->state->applyPatchToBin(0, path);
-    QVERIFY(m_bed->idle());
-    QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
+    m_fixture->state->applyPatchToBin(0, path);
+    QVERIFY(m_fixture->idle());
+    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
 }
 
 void TestAppStatePatches::apply_indexOutOfRange_data()
@@ -471,17 +471,17 @@ void TestAppStatePatches::apply_indexOutOfRange()
 {
     QFETCH(int, index);
     list();
-    m_bed->state->applyPatchToBin(index, binFile());
-    m_bed->state->applyPatchToBin(index, u"/missing.bin"_s);
-    QVERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList());
+    m_fixture->state->applyPatchToBin(index, binFile());
+    m_fixture->state->applyPatchToBin(index, u"/missing.bin"_s);
+    QVERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList());
 }
 
 void TestAppStatePatches::apply_emptyList()
 {
-    m_bed->state->applyPatchToBin(0, binFile());
-    QVERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList());
+    m_fixture->state->applyPatchToBin(0, binFile());
+    QVERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList());
 }
 
 void TestAppStatePatches::apply_saveFailureIsStillApplied()
@@ -489,8 +489,8 @@ void TestAppStatePatches::apply_saveFailureIsStillApplied()
     QVERIFY(makeFile(TestEnvironment::documents(), "a file in the folder's place"));
     list();
     QCOMPARE(apply(answerWith(patchedAnswer)), 1);
-    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
     QCOMPARE(contentOf(TestEnvironment::documents()), QByteArray("a file in the folder's place"));
 }
 
@@ -502,8 +502,8 @@ void TestAppStatePatches::apply_diskFullIsStillApplied()
         const FileSizeLimit limit(4);
         QCOMPARE(apply(answerWith(patchedAnswer), 0, path), 1);
     }
-    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
 }
 
 void TestAppStatePatches::apply_patchedFileAgain()
@@ -511,112 +511,112 @@ void TestAppStatePatches::apply_patchedFileAgain()
     // A patched file may be patched again; only a second run of the same input replaces a result.
     list();
     QCOMPARE(apply(answerWith(patchedAnswer)), 1);
-    const QString first = m_bed->inDocuments(u"tune_patched.bin"_s);
+    const QString first = m_fixture->inDocuments(u"tune_patched.bin"_s);
     QCOMPARE(apply(answerWith(R"({"file_data":"Tk8="})"), 0, first), 1);
     QCOMPARE(contentOf(first), QByteArray("PATCHED"));
-    QCOMPARE(contentOf(m_bed->inDocuments(u"tune_patched_patched.bin"_s)), QByteArray("NO"));
+    QCOMPARE(contentOf(m_fixture->inDocuments(u"tune_patched_patched.bin"_s)), QByteArray("NO"));
     QCOMPARE(apply(answerWith(R"({"file_data":"Tk8="})")), 1);
     QCOMPARE(contentOf(first), QByteArray("NO"));
-    QCOMPARE(m_bed->documents().size(), 2);
+    QCOMPARE(m_fixture->documents().size(), 2);
 }
 
 void TestAppStatePatches::apply_keepsListAndBalance()
 {
     signIn();
     list();
-    const QVariantList items = m_bed->state->patchItems();
+    const QVariantList items = m_fixture->state->patchItems();
     QCOMPARE(apply(answerWith(R"({"file_data":"UEFU","credits":3,"patches":[]})")), 1);
-    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
-    QCOMPARE(m_bed->state->patchItems(), items);
-    QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
-    QVERIFY(!m_bed->state->busy());
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_fixture->state->patchItems(), items);
+    QCOMPARE(m_fixture->state->xdfCredits(), u"15"_s);
+    QVERIFY(!m_fixture->state->busy());
 }
 
 void TestAppStatePatches::apply_carriesItsOwnPatchAndPath()
 {
     list(u"first"_s);
-    m_bed->server.answerNext(holdRequest());
-    m_bed->state->applyPatchToBin(0, binFile(u"asked.bin"_s));
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
-    m_bed->server.answerNext(answerWith(R"({"patches":[{"id":8},{"id":9}]})"));
-    m_bed->state->loadPatches(u"second"_s);
-    WAIT_COMPARE(m_bed->state->patchItems().size(), 2);
-    m_bed->takeAnnounced();
-    m_bed->server.answerHeld(1, answerWith(patchedAnswer));
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
-    QCOMPARE(m_bed->server.request(1).body,
+    m_fixture->server.answerNext(holdRequest());
+    m_fixture->state->applyPatchToBin(0, binFile(u"asked.bin"_s));
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 2);
+    m_fixture->server.answerNext(answerWith(R"({"patches":[{"id":8},{"id":9}]})"));
+    m_fixture->state->loadPatches(u"second"_s);
+    WAIT_COMPARE(m_fixture->state->patchItems().size(), 2);
+    m_fixture->takeAnnounced();
+    m_fixture->server.answerHeld(1, answerWith(patchedAnswer));
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_fixture->server.request(1).body,
              QByteArray(R"({"cal_id":"first","file_data":"QklO","patch_id":"5","session_token":""})"));
-    QCOMPARE(m_bed->documents(), QStringList{u"asked_patched.bin"_s});
-    QCOMPARE(m_bed->state->patchItems().size(), 2);
+    QCOMPARE(m_fixture->documents(), QStringList{u"asked_patched.bin"_s});
+    QCOMPARE(m_fixture->state->patchItems().size(), 2);
 }
 
 void TestAppStatePatches::apply_twiceSpendsTwice()
 {
     list();
     const QString path = binFile();
-    m_bed->server.answerAlways(answerWith(patchedAnswer));
-    m_bed->state->applyPatchToBin(0, path);
-    m_bed->state->applyPatchToBin(0, path);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->server.requestCount(), 3);
-    QCOMPARE(m_bed->announced, QStringList({u"1 Patch applied."_s, u"1 Patch applied."_s}));
+    m_fixture->server.answerAlways(answerWith(patchedAnswer));
+    m_fixture->state->applyPatchToBin(0, path);
+    m_fixture->state->applyPatchToBin(0, path);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->server.requestCount(), 3);
+    QCOMPARE(m_fixture->announced, QStringList({u"1 Patch applied."_s, u"1 Patch applied."_s}));
 }
 
 void TestAppStatePatches::apply_worksAfterFailure()
 {
     list();
     QCOMPARE(apply({}), 1);
-    QCOMPARE(m_bed->state->statusOK(), 0);
-    m_bed->takeAnnounced();
+    QCOMPARE(m_fixture->state->statusOK(), 0);
+    m_fixture->takeAnnounced();
     QCOMPARE(apply(answerWith(patchedAnswer)), 1);
-    QCOMPARE(m_bed->announced, QStringList{u"1 Patch applied."_s});
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Patch applied."_s});
 }
 
 void TestAppStatePatches::apply_failureUsesTheFailedListsIdentifier()
 {
     list(u"first"_s);
-    m_bed->server.answerNext({httpAnswer(500, {})});
-    m_bed->state->loadPatches(u"second"_s);
-    WAIT_VERIFY(m_bed->idle());
+    m_fixture->server.answerNext({httpAnswer(500, {})});
+    m_fixture->state->loadPatches(u"second"_s);
+    WAIT_VERIFY(m_fixture->idle());
     QCOMPARE(apply(answerWith("{}")), 1);
-    QCOMPARE(m_bed->lastRequest().body,
+    QCOMPARE(m_fixture->lastRequest().body,
              QByteArray(R"({"cal_id":"second","file_data":"QklO","patch_id":"5","session_token":""})"));
 }
 
 void TestAppStatePatches::requestsShowNothingAtTheirStart()
 {
     list();
-    m_bed->server.answerAlways(holdRequest());
-    m_bed->state->loadPatches(u"other"_s);
-    m_bed->state->applyPatchToBin(0, binFile());
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 3);
-    QCOMPARE(m_bed->announced, QStringList());
-    QVERIFY(!m_bed->state->busy());
-    QCOMPARE(m_bed->state->patchItems().size(), 1);
+    m_fixture->server.answerAlways(holdRequest());
+    m_fixture->state->loadPatches(u"other"_s);
+    m_fixture->state->applyPatchToBin(0, binFile());
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 3);
+    QCOMPARE(m_fixture->announced, QStringList());
+    QVERIFY(!m_fixture->state->busy());
+    QCOMPARE(m_fixture->state->patchItems().size(), 1);
 }
 
 void TestAppStatePatches::destroyedWithRequestsInFlight()
 {
     list();
     const QString path = binFile();
-    m_bed->server.answerAlways(holdRequest());
+    m_fixture->server.answerAlways(holdRequest());
     for (int i = 0; i < 5; ++i) {
-        m_bed->state->loadPatches({});
-        m_bed->state->applyPatchToBin(0, path);
+        m_fixture->state->loadPatches({});
+        m_fixture->state->applyPatchToBin(0, path);
     }
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 11);
-    m_bed->state.reset();
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 11);
+    m_fixture->state.reset();
     for (int i = 1; i < 11; ++i)
-        m_bed->server.answerHeld(i, answerWith(patchedAnswer));
+        m_fixture->server.answerHeld(i, answerWith(patchedAnswer));
     // One more request shows that the answers of the others are through.
-    m_bed->state = std::make_unique<AppState>();
-    m_bed->client()->setApiBase(m_bed->server.baseUrl());
-    m_bed->server.answerNext(answerWith(R"({"patches":[{}]})"));
-    m_bed->state->loadPatches({});
-    WAIT_COMPARE(m_bed->state->patchItems().size(), 1);
-    QCOMPARE(m_bed->announced, QStringList());
-    QCOMPARE(m_bed->documents(), QStringList());
+    m_fixture->state = std::make_unique<AppState>();
+    m_fixture->client()->setApiBase(m_fixture->server.baseUrl());
+    m_fixture->server.answerNext(answerWith(R"({"patches":[{}]})"));
+    m_fixture->state->loadPatches({});
+    WAIT_COMPARE(m_fixture->state->patchItems().size(), 1);
+    QCOMPARE(m_fixture->announced, QStringList());
+    QCOMPARE(m_fixture->documents(), QStringList());
 }
 
 KVTEDITOR_TEST_MAIN(TestAppStatePatches)

@@ -66,7 +66,7 @@ QString keptText(qsizetype count)
     return u"Search cancelled. %1 file(s) kept."_s.arg(count);
 }
 
-/// Runs this program anew and waits for its end. Not by the framework, whose way of starting one the thread
+/// Runs this program anew and waits for its end. Not by Qt, whose way of starting one the thread
 /// checker does not survive.
 int outcomeOf(const QByteArrayList &arguments)
 {

@@ -154,7 +154,7 @@ void TestAppStateSegments::pick_data()
     QTest::newRow("donor") << u"donor"_s << donor;
     QTest::newRow("Base") << u"Base"_s << donor;
     QTest::newRow("BASE") << u"BASE"_s << donor;
-    QTest::newRow("blank-behind") << u"base "_s << donor;
+    QTest::newRow("blank-after") << u"base "_s << donor;
     QTest::newRow("empty") << u""_s << donor;
     QTest::newRow("anything") << u"%2"_s << donor;
 }

@@ -1,4 +1,4 @@
-#include "StoreBed.h"
+#include "StoreFixture.h"
 #include "support/FileSizeLimit.h"
 #include "support/Waiting.h"
 
@@ -96,31 +96,31 @@ private:
     int download(const RawAnswer &answer, bool openKvt, int index = 0);
 
     QTemporaryDir m_deployment;
-    std::unique_ptr<StoreBed> m_bed;
+    std::unique_ptr<StoreFixture> m_fixture;
 };
 
 void TestAppStateStock::initTestCase()
 {
-    StoreBed::deployWithAuthFields(m_deployment);
+    StoreFixture::deployWithAuthFields(m_deployment);
 }
 
 void TestAppStateStock::init()
 {
-    m_bed = std::make_unique<StoreBed>();
+    m_fixture = std::make_unique<StoreFixture>();
 }
 
 void TestAppStateStock::cleanup()
 {
-    m_bed.reset();
+    m_fixture.reset();
 }
 
 void TestAppStateStock::list(const QByteArray &answer)
 {
-    m_bed->takeAnnounced();
-    m_bed->server.answerNext(answerWith(answer));
-    m_bed->state->stockSearch({});
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->takeAnnounced().value(0), u"stock"_s);
+    m_fixture->takeAnnounced();
+    m_fixture->server.answerNext(answerWith(answer));
+    m_fixture->state->stockSearch({});
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->takeAnnounced().value(0), u"stock"_s);
 }
 
 void TestAppStateStock::listFile(const QByteArray &name)
@@ -130,20 +130,20 @@ void TestAppStateStock::listFile(const QByteArray &name)
 
 void TestAppStateStock::openTune(const QString &name)
 {
-    QVERIFY(makeFile(m_bed->inDir(name), "mine"));
-    m_bed->state->openKvt(m_bed->inDir(name));
-    WAIT_VERIFY(m_bed->idle());
-    m_bed->takeAnnounced();
+    QVERIFY(makeFile(m_fixture->inDir(name), "mine"));
+    m_fixture->state->openKvt(m_fixture->inDir(name));
+    WAIT_VERIFY(m_fixture->idle());
+    m_fixture->takeAnnounced();
 }
 
 /// How many requests the server saw for it.
 int TestAppStateStock::download(const RawAnswer &answer, bool openKvt, int index)
 {
-    const int before = m_bed->server.requestCount();
-    m_bed->server.answerNext(answer);
-    m_bed->state->stockDownload(index, openKvt);
-    [this] { WAIT_VERIFY(m_bed->idle()); }();
-    return m_bed->server.requestCount() - before;
+    const int before = m_fixture->server.requestCount();
+    m_fixture->server.answerNext(answer);
+    m_fixture->state->stockDownload(index, openKvt);
+    [this] { WAIT_VERIFY(m_fixture->idle()); }();
+    return m_fixture->server.requestCount() - before;
 }
 
 void TestAppStateStock::search_wire_data()
@@ -172,10 +172,10 @@ void TestAppStateStock::search_wire_data()
 void TestAppStateStock::search_wire()
 {
     QFETCH(QVariantMap, filters);
-    m_bed->state->stockSearch(filters);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->server.requestCount(), 1);
-    const RecordedRequest request = m_bed->lastRequest();
+    m_fixture->state->stockSearch(filters);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->server.requestCount(), 1);
+    const RecordedRequest request = m_fixture->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/stock/list.aspx HTTP/1.1"));
     QCOMPARE(request.header("content-type"), QByteArray("application/json; charset=utf-8"));
     QTEST(request.body, "body");
@@ -183,52 +183,53 @@ void TestAppStateStock::search_wire()
 
 void TestAppStateStock::searchFields_wire()
 {
-    m_bed->server.answerNext(answerWith(R"({"session_token":"tok"})"));
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    m_bed->state->stockSearchFields(u"1"_s, u"2"_s, u"3"_s, u"4"_s, u"5"_s, u"6"_s, u"7"_s, u"8"_s, u"9"_s);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->lastRequest().requestLine(), QByteArray("POST /api/stock/list.aspx HTTP/1.1"));
-    QCOMPARE(m_bed->lastRequest().body,
+    m_fixture->server.answerNext(answerWith(R"({"session_token":"tok"})"));
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    m_fixture->state->stockSearchFields(u"1"_s, u"2"_s, u"3"_s, u"4"_s, u"5"_s, u"6"_s, u"7"_s, u"8"_s,
+                                        u"9"_s);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->lastRequest().requestLine(), QByteArray("POST /api/stock/list.aspx HTTP/1.1"));
+    QCOMPARE(m_fixture->lastRequest().body,
              QByteArray(R"({"file_type":"2","folder":"3","keyword":"7","make":"1","model":"5",)"
                         R"("module_type":"4","os":"6","sort":"8","sort_dir":"9"})"));
-    m_bed->state->stockSearchFields({}, {}, {}, {}, {}, {}, u" x "_s, {}, {});
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->lastRequest().body,
+    m_fixture->state->stockSearchFields({}, {}, {}, {}, {}, {}, u" x "_s, {}, {});
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->lastRequest().body,
              QByteArray(R"({"file_type":"","folder":"","keyword":" x ","make":"","model":"",)"
                         R"("module_type":"","os":"","sort":"","sort_dir":""})"));
-    QCOMPARE(m_bed->server.requestCount(), 3);
+    QCOMPARE(m_fixture->server.requestCount(), 3);
 }
 
 void TestAppStateStock::search_isListed()
 {
     qsizetype atSignal = -1;
-    connect(m_bed->state.get(), &AppState::stockChanged, this,
-            [&] { atSignal = m_bed->state->stockRows().size(); });
-    m_bed->server.answerNext(answerWith(
+    connect(m_fixture->state.get(), &AppState::stockChanged, this,
+            [&] { atSignal = m_fixture->state->stockRows().size(); });
+    m_fixture->server.answerNext(answerWith(
         R"({"files":"none","items":[{"path":"p/z.bin","name":"z.bin","module_type":"ECM","year":2015},1]})"));
-    m_bed->state->stockSearch({});
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList({u"stock"_s, u"1 2 stock file(s)."_s}));
+    m_fixture->state->stockSearch({});
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList({u"stock"_s, u"1 2 stock file(s)."_s}));
     QCOMPARE(atSignal, 2);
-    const QVariantMap row = m_bed->state->stockRows().first().toMap();
+    const QVariantMap row = m_fixture->state->stockRows().first().toMap();
     QCOMPARE(row.keys(),
              QStringList({u"filename"_s, u"id"_s, u"make"_s, u"model"_s, u"module"_s, u"os"_s, u"year"_s}));
     QCOMPARE(row.value(u"id"_s).toString(), u"p/z.bin"_s);
     QCOMPARE(row.value(u"filename"_s).toString(), u"z.bin"_s);
     QCOMPARE(row.value(u"module"_s).toString(), u"ECM"_s);
     QCOMPARE(row.value(u"year"_s).toString(), u"2015"_s);
-    QCOMPARE(m_bed->state->stockRows().last().toMap().value(u"id"_s).toString(), QString());
+    QCOMPARE(m_fixture->state->stockRows().last().toMap().value(u"id"_s).toString(), QString());
 }
 
 void TestAppStateStock::search_withoutArray()
 {
     list(R"({"files":[{"id":"old"}]})");
-    m_bed->server.answerNext(answerWith(R"({"error":"No."})"));
-    m_bed->state->stockSearch({});
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList({u"stock"_s, u"1 0 stock file(s)."_s}));
-    QCOMPARE(m_bed->state->stockRows(), QVariantList());
+    m_fixture->server.answerNext(answerWith(R"({"error":"No."})"));
+    m_fixture->state->stockSearch({});
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList({u"stock"_s, u"1 0 stock file(s)."_s}));
+    QCOMPARE(m_fixture->state->stockRows(), QVariantList());
 }
 
 void TestAppStateStock::search_failed_data()
@@ -241,41 +242,41 @@ void TestAppStateStock::search_failed()
     QFETCH(RawAnswer, answer);
     QFETCH(QString, status);
     list(R"({"files":[{"id":"old"}]})");
-    const QVariantList rows = m_bed->state->stockRows();
-    m_bed->server.answerNext(answer);
-    m_bed->state->stockSearch({});
-    WAIT_VERIFY(m_bed->idle());
-    QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->server.requestCount(), 2);
-    QCOMPARE(m_bed->state->stockRows(), rows);
+    const QVariantList rows = m_fixture->state->stockRows();
+    m_fixture->server.answerNext(answer);
+    m_fixture->state->stockSearch({});
+    WAIT_VERIFY(m_fixture->idle());
+    QVERIFY2(isOneFailure(m_fixture->announced, status), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->server.requestCount(), 2);
+    QCOMPARE(m_fixture->state->stockRows(), rows);
     QCOMPARE(rows.size(), 1);
 }
 
 void TestAppStateStock::search_laterAnswerWins()
 {
-    m_bed->server.answerAlways(holdRequest());
-    m_bed->state->stockSearch({});
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 1);
-    m_bed->state->stockSearch({});
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
-    m_bed->server.answerHeld(1, answerWith(R"({"files":[{"id":"asked-last"}]})"));
-    WAIT_COMPARE(m_bed->state->stockRows().size(), 1);
-    m_bed->server.answerHeld(0, answerWith(R"({"files":[{"id":"asked-first"}]})"));
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->state->stockRows().first().toMap().value(u"id"_s).toString(), u"asked-first"_s);
-    QCOMPARE(m_bed->announced,
+    m_fixture->server.answerAlways(holdRequest());
+    m_fixture->state->stockSearch({});
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 1);
+    m_fixture->state->stockSearch({});
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 2);
+    m_fixture->server.answerHeld(1, answerWith(R"({"files":[{"id":"asked-last"}]})"));
+    WAIT_COMPARE(m_fixture->state->stockRows().size(), 1);
+    m_fixture->server.answerHeld(0, answerWith(R"({"files":[{"id":"asked-first"}]})"));
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->state->stockRows().first().toMap().value(u"id"_s).toString(), u"asked-first"_s);
+    QCOMPARE(m_fixture->announced,
              QStringList({u"stock"_s, u"1 1 stock file(s)."_s, u"stock"_s, u"1 1 stock file(s)."_s}));
 }
 
 void TestAppStateStock::search_answerAfterClear()
 {
-    m_bed->server.answerAlways(holdRequest());
-    m_bed->state->stockSearch({});
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 1);
-    m_bed->state->clearStock();
-    m_bed->server.answerHeld(0, answerWith(R"({"files":[{"id":"1"}]})"));
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList({u"stock"_s, u"stock"_s, u"1 1 stock file(s)."_s}));
+    m_fixture->server.answerAlways(holdRequest());
+    m_fixture->state->stockSearch({});
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 1);
+    m_fixture->state->clearStock();
+    m_fixture->server.answerHeld(0, answerWith(R"({"files":[{"id":"1"}]})"));
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList({u"stock"_s, u"stock"_s, u"1 1 stock file(s)."_s}));
 }
 
 void TestAppStateStock::clear_data()
@@ -290,10 +291,10 @@ void TestAppStateStock::clear()
 {
     QFETCH(QByteArray, answer);
     list(answer);
-    m_bed->state->clearStock();
-    QVERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList{u"stock"_s});
-    QCOMPARE(m_bed->state->stockRows(), QVariantList());
+    m_fixture->state->clearStock();
+    QVERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList{u"stock"_s});
+    QCOMPARE(m_fixture->state->stockRows(), QVariantList());
 }
 
 void TestAppStateStock::download_wire_data()
@@ -311,13 +312,13 @@ void TestAppStateStock::download_wire()
 {
     QFETCH(int, index);
     QFETCH(QByteArray, id);
-    m_bed->server.answerNext(answerWith(R"({"session_token":"tok"})"));
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    m_bed->takeAnnounced();
+    m_fixture->server.answerNext(answerWith(R"({"session_token":"tok"})"));
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    m_fixture->takeAnnounced();
     list("{\"files\":[{\"id\":\" a/\\\"b\\\" \"},{\"id\":7},{\"path\":\"gm/../\xc3\xa9.kvt\"},null]}");
     QCOMPARE(download(answerWith("bytes"), true, index), 1);
-    const RecordedRequest request = m_bed->lastRequest();
+    const RecordedRequest request = m_fixture->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/stock/download.aspx HTTP/1.1"));
     QVERIFY(request.header("content-type").startsWith("multipart/form-data; boundary="));
     QCOMPARE(formLines(request), QByteArrayList({"Content-Disposition: form-data; name=\"id\"", id}));
@@ -350,17 +351,17 @@ void TestAppStateStock::download_savesAndShows()
     QFETCH(bool, openKvt);
     QFETCH(QString, name);
     listFile(filename);
-    m_bed->state->setTab(u"stock"_s);
-    m_bed->takeAnnounced();
+    m_fixture->state->setTab(u"stock"_s);
+    m_fixture->takeAnnounced();
     const QByteArray bytes("\0\xff\r\n{", 5);
     QCOMPARE(download(answerWith(bytes), openKvt), 1);
-    QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded "_s + name});
-    QCOMPARE(m_bed->documents(), QStringList{name});
-    QCOMPARE(contentOf(m_bed->inDocuments(name)), bytes);
-    QCOMPARE(m_bed->desktop.opened, m_bed->documentsShown());
-    QCOMPARE(m_bed->state->tab(), u"stock"_s);
-    QCOMPARE(m_bed->state->fileName(), QString());
-    QCOMPARE(m_bed->state->stockRows().size(), 1);
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Downloaded "_s + name});
+    QCOMPARE(m_fixture->documents(), QStringList{name});
+    QCOMPARE(contentOf(m_fixture->inDocuments(name)), bytes);
+    QCOMPARE(m_fixture->desktop.opened, m_fixture->documentsShown());
+    QCOMPARE(m_fixture->state->tab(), u"stock"_s);
+    QCOMPARE(m_fixture->state->fileName(), QString());
+    QCOMPARE(m_fixture->state->stockRows().size(), 1);
 }
 
 void TestAppStateStock::download_savesWhateverCame_data()
@@ -391,8 +392,8 @@ void TestAppStateStock::download_savesWhateverCame()
     QFETCH(QByteArray, answer);
     listFile("a.bin");
     QCOMPARE(download({answer}, true), 1);
-    QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded a.bin"_s});
-    QTEST(contentOf(m_bed->inDocuments(u"a.bin"_s)), "saved");
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Downloaded a.bin"_s});
+    QTEST(contentOf(m_fixture->inDocuments(u"a.bin"_s)), "saved");
 }
 
 void TestAppStateStock::download_errorTextWins_data()
@@ -420,14 +421,14 @@ void TestAppStateStock::download_errorTextWins()
     QFETCH(QByteArray, answer);
     QFETCH(QString, status);
     listFile(filename);
-    m_bed->state->setTab(u"stock"_s);
-    m_bed->takeAnnounced();
-    const QStringList before = m_bed->filesEverywhere();
+    m_fixture->state->setTab(u"stock"_s);
+    m_fixture->takeAnnounced();
+    const QStringList before = m_fixture->filesEverywhere();
     QCOMPARE(download({answer}, true), 1);
-    QCOMPARE(m_bed->announced, QStringList{status});
-    QCOMPARE(m_bed->filesEverywhere(), before);
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
-    QCOMPARE(m_bed->state->stockRows().size(), 1);
+    QCOMPARE(m_fixture->announced, QStringList{status});
+    QCOMPARE(m_fixture->filesEverywhere(), before);
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->state->stockRows().size(), 1);
 }
 
 void TestAppStateStock::download_failedWithoutBytes_data()
@@ -445,16 +446,16 @@ void TestAppStateStock::download_failedWithoutBytes()
 {
     QFETCH(RawAnswer, answer);
     openTune(u"mine.kvt"_s);
-    m_bed->state->setTab(u"stock"_s);
+    m_fixture->state->setTab(u"stock"_s);
     listFile("a.kvt");
-    const QStringList before = m_bed->filesEverywhere();
+    const QStringList before = m_fixture->filesEverywhere();
     QCOMPARE(download(answer, true), 1);
-    QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->filesEverywhere(), before);
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
-    QCOMPARE(m_bed->state->tab(), u"stock"_s);
-    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
-    QCOMPARE(m_bed->state->currentKvtBytes(), QByteArray("mine"));
+    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->filesEverywhere(), before);
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->state->tab(), u"stock"_s);
+    QCOMPARE(m_fixture->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(m_fixture->state->currentKvtBytes(), QByteArray("mine"));
 }
 
 void TestAppStateStock::download_saveFails()
@@ -462,8 +463,8 @@ void TestAppStateStock::download_saveFails()
     QVERIFY(makeFile(TestEnvironment::documents(), "a file in the folder's place"));
     listFile("a.bin");
     QCOMPARE(download(answerWith("bytes"), true), 1);
-    QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
     QCOMPARE(contentOf(TestEnvironment::documents()), QByteArray("a file in the folder's place"));
 }
 
@@ -474,8 +475,8 @@ void TestAppStateStock::download_diskFull()
         const FileSizeLimit limit(4);
         QCOMPARE(download(answerWith("more than fits"), true), 1);
     }
-    QCOMPARE(m_bed->announced, QStringList{u"0 Short write."_s});
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->announced, QStringList{u"0 Short write."_s});
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
 }
 
 void TestAppStateStock::download_twiceOverwrites()
@@ -483,8 +484,8 @@ void TestAppStateStock::download_twiceOverwrites()
     listFile("a.bin");
     QCOMPARE(download(answerWith("longer bytes"), true), 1);
     QCOMPARE(download(answerWith("short"), true), 1);
-    QCOMPARE(m_bed->documents(), QStringList{u"a.bin"_s});
-    QCOMPARE(contentOf(m_bed->inDocuments(u"a.bin"_s)), QByteArray("short"));
+    QCOMPARE(m_fixture->documents(), QStringList{u"a.bin"_s});
+    QCOMPARE(contentOf(m_fixture->inDocuments(u"a.bin"_s)), QByteArray("short"));
 }
 
 void TestAppStateStock::download_indexOutOfRange_data()
@@ -501,57 +502,57 @@ void TestAppStateStock::download_indexOutOfRange()
 {
     QFETCH(int, index);
     list(R"({"files":[{"id":"1"},{"id":"2"}]})");
-    m_bed->state->stockDownload(index, true);
-    m_bed->state->stockDownload(index, false);
-    QVERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList());
+    m_fixture->state->stockDownload(index, true);
+    m_fixture->state->stockDownload(index, false);
+    QVERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList());
 }
 
 void TestAppStateStock::download_emptyList()
 {
-    m_bed->state->stockDownload(0, true);
-    QVERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList());
+    m_fixture->state->stockDownload(0, true);
+    QVERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList());
 }
 
 void TestAppStateStock::download_keepsItsRow()
 {
     listFile("asked.bin");
-    m_bed->server.answerNext(holdRequest());
-    m_bed->state->stockDownload(0, true);
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
-    m_bed->server.answerNext(answerWith(R"({"files":[{"id":"2","filename":"another.kvt"}]})"));
-    m_bed->state->stockSearch({});
-    WAIT_COMPARE(m_bed->announced, QStringList({u"stock"_s, u"1 1 stock file(s)."_s}));
-    m_bed->takeAnnounced();
-    m_bed->server.answerHeld(1, answerWith("bytes"));
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded asked.bin"_s});
-    QCOMPARE(m_bed->documents(), QStringList{u"asked.bin"_s});
+    m_fixture->server.answerNext(holdRequest());
+    m_fixture->state->stockDownload(0, true);
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 2);
+    m_fixture->server.answerNext(answerWith(R"({"files":[{"id":"2","filename":"another.kvt"}]})"));
+    m_fixture->state->stockSearch({});
+    WAIT_COMPARE(m_fixture->announced, QStringList({u"stock"_s, u"1 1 stock file(s)."_s}));
+    m_fixture->takeAnnounced();
+    m_fixture->server.answerHeld(1, answerWith("bytes"));
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Downloaded asked.bin"_s});
+    QCOMPARE(m_fixture->documents(), QStringList{u"asked.bin"_s});
 }
 
 void TestAppStateStock::download_afterTheListWasCleared()
 {
     listFile("asked.bin");
-    m_bed->server.answerNext(holdRequest());
-    m_bed->state->stockDownload(0, true);
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
-    m_bed->state->clearStock();
-    m_bed->state->stockDownload(0, true);
-    m_bed->server.answerHeld(1, answerWith("bytes"));
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList({u"stock"_s, u"1 Downloaded asked.bin"_s}));
-    QCOMPARE(m_bed->server.requestCount(), 2);
+    m_fixture->server.answerNext(holdRequest());
+    m_fixture->state->stockDownload(0, true);
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 2);
+    m_fixture->state->clearStock();
+    m_fixture->state->stockDownload(0, true);
+    m_fixture->server.answerHeld(1, answerWith("bytes"));
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList({u"stock"_s, u"1 Downloaded asked.bin"_s}));
+    QCOMPARE(m_fixture->server.requestCount(), 2);
 }
 
 void TestAppStateStock::download_worksAfterFailure()
 {
     listFile("a.bin");
     QCOMPARE(download({}, true), 1);
-    QCOMPARE(m_bed->state->statusOK(), 0);
-    m_bed->takeAnnounced();
+    QCOMPARE(m_fixture->state->statusOK(), 0);
+    m_fixture->takeAnnounced();
     QCOMPARE(download(answerWith("bytes"), true), 1);
-    QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded a.bin"_s});
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Downloaded a.bin"_s});
 }
 
 void TestAppStateStock::open_showsTheFileOnTheMainTab_data()
@@ -573,38 +574,39 @@ void TestAppStateStock::open_showsTheFileOnTheMainTab()
     QFETCH(QByteArray, filename);
     QFETCH(QString, name);
     listFile(filename);
-    m_bed->state->setTab(u"stock"_s);
-    m_bed->takeAnnounced();
+    m_fixture->state->setTab(u"stock"_s);
+    m_fixture->takeAnnounced();
     const QByteArray bytes("KVT\0\xff", 5);
     // The download, and the question about the file that was opened.
     QCOMPARE(download(answerWith(bytes), true), 2);
-    QCOMPARE(m_bed->announced, QStringList({u"file"_s, u"identifiers"_s, openedText(name, 5), u"tab"_s}));
-    QCOMPARE(m_bed->state->tab(), u"main"_s);
-    QCOMPARE(m_bed->state->fileName(), name);
-    QCOMPARE(m_bed->state->currentKvtBytes(), bytes);
+    QCOMPARE(m_fixture->announced, QStringList({u"file"_s, u"identifiers"_s, openedText(name, 5), u"tab"_s}));
+    QCOMPARE(m_fixture->state->tab(), u"main"_s);
+    QCOMPARE(m_fixture->state->fileName(), name);
+    QCOMPARE(m_fixture->state->currentKvtBytes(), bytes);
     QCOMPARE(contentOf(inTemp(name)), bytes);
-    QCOMPARE(m_bed->documents(), QStringList());
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->documents(), QStringList());
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
 }
 
 void TestAppStateStock::open_tabIsMainAlready()
 {
     listFile("a.kvt");
-    QCOMPARE(m_bed->state->tab(), u"main"_s);
+    QCOMPARE(m_fixture->state->tab(), u"main"_s);
     QCOMPARE(download(answerWith("bytes"), true), 2);
-    QCOMPARE(m_bed->announced, QStringList({u"file"_s, u"identifiers"_s, openedText(u"a.kvt"_s, 5)}));
+    QCOMPARE(m_fixture->announced, QStringList({u"file"_s, u"identifiers"_s, openedText(u"a.kvt"_s, 5)}));
 }
 
 void TestAppStateStock::open_becomesTheWorkspace()
 {
     listFile("a.kvt");
     QCOMPARE(download(answerWith("bytes"), true), 2);
-    QCOMPARE(m_bed->lastRequest().requestLine(), QByteArray("POST /api/kvt_worker/process.aspx HTTP/1.1"));
-    QVERIFY(formLines(m_bed->lastRequest()).contains("kvt_info"));
-    QVERIFY(formLines(m_bed->lastRequest()).contains("bytes"));
-    QCOMPARE(m_bed->state->dialogFolder(),
+    QCOMPARE(m_fixture->lastRequest().requestLine(),
+             QByteArray("POST /api/kvt_worker/process.aspx HTTP/1.1"));
+    QVERIFY(formLines(m_fixture->lastRequest()).contains("kvt_info"));
+    QVERIFY(formLines(m_fixture->lastRequest()).contains("bytes"));
+    QCOMPARE(m_fixture->state->dialogFolder(),
              QUrl::fromLocalFile(QFileInfo(QDir::tempPath()).absoluteFilePath()));
-    QCOMPARE(m_bed->state->suggestName(u"_x"_s), u"a_x"_s);
+    QCOMPARE(m_fixture->state->suggestName(u"_x"_s), u"a_x"_s);
 }
 
 void TestAppStateStock::open_replacesTheEarlierFile()
@@ -614,36 +616,37 @@ void TestAppStateStock::open_replacesTheEarlierFile()
     listFile("a.kvt");
     QCOMPARE(download(answerWith("bytes"), true), 2);
     QCOMPARE(contentOf(inTemp(u"a.kvt"_s)), QByteArray("bytes"));
-    QCOMPARE(m_bed->state->fileName(), u"a.kvt"_s);
-    QCOMPARE(m_bed->state->currentKvtBytes(), QByteArray("bytes"));
-    QCOMPARE(contentOf(m_bed->inDir(u"mine.kvt"_s)), QByteArray("mine"));
+    QCOMPARE(m_fixture->state->fileName(), u"a.kvt"_s);
+    QCOMPARE(m_fixture->state->currentKvtBytes(), QByteArray("bytes"));
+    QCOMPARE(contentOf(m_fixture->inDir(u"mine.kvt"_s)), QByteArray("mine"));
 }
 
 void TestAppStateStock::open_nothingCame()
 {
     openTune(u"mine.kvt"_s);
-    m_bed->state->setTab(u"stock"_s);
+    m_fixture->state->setTab(u"stock"_s);
     listFile("a.kvt");
     QCOMPARE(download(answerWith({}), true), 1);
-    QCOMPARE(m_bed->announced, QStringList({u"0 Could not read file."_s, u"tab"_s}));
-    QCOMPARE(m_bed->state->tab(), u"main"_s);
-    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
-    QCOMPARE(m_bed->state->currentKvtBytes(), QByteArray("mine"));
+    QCOMPARE(m_fixture->announced, QStringList({u"0 Could not read file."_s, u"tab"_s}));
+    QCOMPARE(m_fixture->state->tab(), u"main"_s);
+    QCOMPARE(m_fixture->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(m_fixture->state->currentKvtBytes(), QByteArray("mine"));
 }
 
 void TestAppStateStock::open_cannotWrite()
 {
     openTune(u"mine.kvt"_s);
     QVERIFY(QDir().mkdir(inTemp(u"a.kvt"_s)));
-    m_bed->state->setTab(u"stock"_s);
+    m_fixture->state->setTab(u"stock"_s);
     listFile("a.kvt");
     QCOMPARE(download(answerWith("bytes"), true), 1);
-    QCOMPARE(m_bed->announced.size(), 2);
-    QVERIFY2(isOneFailure(m_bed->announced.mid(0, 1), libraryText), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->announced.last(), u"tab"_s);
-    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
-    QCOMPARE(m_bed->state->currentKvtBytes(), QByteArray("mine"));
-    QCOMPARE(m_bed->documents(), QStringList());
+    QCOMPARE(m_fixture->announced.size(), 2);
+    QVERIFY2(isOneFailure(m_fixture->announced.mid(0, 1), libraryText),
+             qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->announced.last(), u"tab"_s);
+    QCOMPARE(m_fixture->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(m_fixture->state->currentKvtBytes(), QByteArray("mine"));
+    QCOMPARE(m_fixture->documents(), QStringList());
 }
 
 void TestAppStateStock::open_diskFull()
@@ -655,9 +658,9 @@ void TestAppStateStock::open_diskFull()
         QCOMPARE(download(answerWith("more than fits"), true), 1);
     }
     // Half a tune is not opened.
-    QCOMPARE(m_bed->announced, QStringList{u"0 Short write."_s});
-    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
-    QCOMPARE(m_bed->state->tab(), u"main"_s);
+    QCOMPARE(m_fixture->announced, QStringList{u"0 Short write."_s});
+    QCOMPARE(m_fixture->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(m_fixture->state->tab(), u"main"_s);
 }
 
 void TestAppStateStock::open_noTemporaryFolder_data()
@@ -679,12 +682,12 @@ void TestAppStateStock::open_noTemporaryFolder()
     QFETCH(QString, status);
     const QString name = u"kvteditor-without-temporary-folder.kvt"_s;
     openTune(u"mine.kvt"_s);
-    m_bed->state->setTab(u"stock"_s);
+    m_fixture->state->setTab(u"stock"_s);
     listFile(name.toUtf8());
-    QVERIFY(makeFile(m_bed->inDir(u"file"_s), {}));
-    QVERIFY(QFile::link(m_bed->inDir(u"nothing"_s), m_bed->inDir(u"link-to-nothing"_s)));
-    QVERIFY(QFile::link(m_bed->inDir(u"link-to-itself"_s), m_bed->inDir(u"link-to-itself"_s)));
-    const QStringList before = m_bed->filesEverywhere();
+    QVERIFY(makeFile(m_fixture->inDir(u"file"_s), {}));
+    QVERIFY(QFile::link(m_fixture->inDir(u"nothing"_s), m_fixture->inDir(u"link-to-nothing"_s)));
+    QVERIFY(QFile::link(m_fixture->inDir(u"link-to-itself"_s), m_fixture->inDir(u"link-to-itself"_s)));
+    const QStringList before = m_fixture->filesEverywhere();
     QTemporaryDir current;
     bool isMade = false;
     {
@@ -694,7 +697,7 @@ void TestAppStateStock::open_noTemporaryFolder()
             qputenv("TMPDIR", temporaryFolder);
             QDir::setCurrent(workingFolder);
         });
-        qputenv("TMPDIR", QFile::encodeName(m_bed->inDir(folder)));
+        qputenv("TMPDIR", QFile::encodeName(m_fixture->inDir(folder)));
         QVERIFY(QDir::setCurrent(current.path()));
         isMade = folder == u"gone"_s && !QDir::tempPath().isEmpty();
         download(answerWith("bytes"), true);
@@ -704,21 +707,21 @@ void TestAppStateStock::open_noTemporaryFolder()
     QVERIFY(!wasInTheRoot);
     QVERIFY(QDir(current.path()).isEmpty());
     if (isMade) {
-        QCOMPARE(m_bed->state->fileName(), name);
-        QCOMPARE(contentOf(m_bed->inDir(folder + u'/' + name)), QByteArray("bytes"));
+        QCOMPARE(m_fixture->state->fileName(), name);
+        QCOMPARE(contentOf(m_fixture->inDir(folder + u'/' + name)), QByteArray("bytes"));
         return;
     }
-    QCOMPARE(m_bed->filesEverywhere(), before);
-    QCOMPARE(m_bed->announced, QStringList({status, u"tab"_s}));
-    QCOMPARE(m_bed->state->tab(), u"main"_s);
-    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
-    QCOMPARE(m_bed->state->currentKvtBytes(), QByteArray("mine"));
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->filesEverywhere(), before);
+    QCOMPARE(m_fixture->announced, QStringList({status, u"tab"_s}));
+    QCOMPARE(m_fixture->state->tab(), u"main"_s);
+    QCOMPARE(m_fixture->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(m_fixture->state->currentKvtBytes(), QByteArray("mine"));
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
 
     // Once it is there again.
-    m_bed->announced.clear();
+    m_fixture->announced.clear();
     QCOMPARE(download(answerWith("bytes"), true), 2);
-    QCOMPARE(m_bed->announced.constLast(), openedText(name, 5));
+    QCOMPARE(m_fixture->announced.constLast(), openedText(name, 5));
     QCOMPARE(contentOf(inTemp(name)), QByteArray("bytes"));
 }
 
@@ -748,7 +751,7 @@ void TestAppStateStock::open_refusesWhatIsNotTheUsersOwn()
         QSKIP("Only root can give a file to another user.");
     openTune(u"mine.kvt"_s);
     listFile("a.kvt");
-    const QString other = m_bed->inDir(u"other"_s);
+    const QString other = m_fixture->inDir(u"other"_s);
     QVERIFY(makeFile(other, content));
     if (kind == u"link"_s)
         QVERIFY(QFile::link(other, inTemp(u"a.kvt"_s)));
@@ -762,8 +765,8 @@ void TestAppStateStock::open_refusesWhatIsNotTheUsersOwn()
         QCOMPARE(::chown(QFile::encodeName(inTemp(u"a.kvt"_s)).constData(), nobody, nobody), 0);
     }
     QCOMPARE(download(answerWith("bytes"), true), 1);
-    QCOMPARE(m_bed->announced.constFirst(), status);
-    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(m_fixture->announced.constFirst(), status);
+    QCOMPARE(m_fixture->state->fileName(), u"mine.kvt"_s);
     QCOMPARE(contentOf(inTemp(u"a.kvt"_s)), content);
 }
 
@@ -782,12 +785,12 @@ void TestAppStateStock::open_isForTheUserAlone()
 void TestAppStateStock::open_errorTextOpensNothing()
 {
     openTune(u"mine.kvt"_s);
-    m_bed->state->setTab(u"stock"_s);
+    m_fixture->state->setTab(u"stock"_s);
     listFile("a.kvt");
     QCOMPARE(download(answerWith(R"({"error":"No."})"), true), 1);
-    QCOMPARE(m_bed->announced, QStringList{u"0 No."_s});
-    QCOMPARE(m_bed->state->tab(), u"stock"_s);
-    QCOMPARE(m_bed->state->fileName(), u"mine.kvt"_s);
+    QCOMPARE(m_fixture->announced, QStringList{u"0 No."_s});
+    QCOMPARE(m_fixture->state->tab(), u"stock"_s);
+    QCOMPARE(m_fixture->state->fileName(), u"mine.kvt"_s);
     QVERIFY(!QFileInfo::exists(inTemp(u"a.kvt"_s)));
 }
 
@@ -840,25 +843,25 @@ void TestAppStateStock::names_stayInTheirFolder()
     QFETCH(QString, saved);
     QFETCH(QString, opened);
     listFile(filename);
-    QStringList expected = m_bed->filesEverywhere();
+    QStringList expected = m_fixture->filesEverywhere();
 
     QCOMPARE(download(answerWith("bytes"), false), 1);
-    QCOMPARE(m_bed->takeAnnounced(), QStringList{u"1 Downloaded "_s + saved});
-    QCOMPARE(contentOf(m_bed->inDocuments(saved)), QByteArray("bytes"));
+    QCOMPARE(m_fixture->takeAnnounced(), QStringList{u"1 Downloaded "_s + saved});
+    QCOMPARE(contentOf(m_fixture->inDocuments(saved)), QByteArray("bytes"));
     expected.append(u"home/Documents/"_s + saved);
 
     download(answerWith("again"), true);
     if (opened.isEmpty()) {
-        QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded "_s + saved});
-        QCOMPARE(contentOf(m_bed->inDocuments(saved)), QByteArray("again"));
+        QCOMPARE(m_fixture->announced, QStringList{u"1 Downloaded "_s + saved});
+        QCOMPARE(contentOf(m_fixture->inDocuments(saved)), QByteArray("again"));
     } else {
-        QCOMPARE(m_bed->state->fileName(), opened);
+        QCOMPARE(m_fixture->state->fileName(), opened);
         QCOMPARE(contentOf(inTemp(opened)), QByteArray("again"));
-        QCOMPARE(contentOf(m_bed->inDocuments(saved)), QByteArray("bytes"));
+        QCOMPARE(contentOf(m_fixture->inDocuments(saved)), QByteArray("bytes"));
         expected.append(u"tmp/"_s + opened);
     }
     expected.sort();
-    QCOMPARE(m_bed->filesEverywhere(), expected);
+    QCOMPARE(m_fixture->filesEverywhere(), expected);
 }
 
 void TestAppStateStock::names_tooLong_data()
@@ -875,49 +878,50 @@ void TestAppStateStock::names_tooLong()
     QFETCH(QByteArray, filename);
     QFETCH(QStringList, afterTheStatus);
     openTune(u"mine.kvt"_s);
-    m_bed->state->setTab(u"stock"_s);
+    m_fixture->state->setTab(u"stock"_s);
     listFile(filename);
-    const QStringList before = m_bed->filesEverywhere();
+    const QStringList before = m_fixture->filesEverywhere();
     QCOMPARE(download(answerWith("bytes"), true), 1);
-    QVERIFY2(isOneFailure(m_bed->announced.mid(0, 1), libraryText), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->announced.mid(1), afterTheStatus);
-    QCOMPARE(m_bed->filesEverywhere(), before);
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
-    QCOMPARE(m_bed->state->currentKvtBytes(), QByteArray("mine"));
+    QVERIFY2(isOneFailure(m_fixture->announced.mid(0, 1), libraryText),
+             qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->announced.mid(1), afterTheStatus);
+    QCOMPARE(m_fixture->filesEverywhere(), before);
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->state->currentKvtBytes(), QByteArray("mine"));
 }
 
 void TestAppStateStock::requestsShowNothingAtTheirStart()
 {
     listFile("a.kvt");
-    m_bed->server.answerAlways(holdRequest());
-    m_bed->state->stockSearch({});
-    m_bed->state->stockDownload(0, true);
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 3);
-    QCOMPARE(m_bed->announced, QStringList());
-    QVERIFY(!m_bed->state->busy());
-    QCOMPARE(m_bed->state->stockRows().size(), 1);
+    m_fixture->server.answerAlways(holdRequest());
+    m_fixture->state->stockSearch({});
+    m_fixture->state->stockDownload(0, true);
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 3);
+    QCOMPARE(m_fixture->announced, QStringList());
+    QVERIFY(!m_fixture->state->busy());
+    QCOMPARE(m_fixture->state->stockRows().size(), 1);
 }
 
 void TestAppStateStock::destroyedWithRequestsInFlight()
 {
     listFile("a.kvt");
-    m_bed->server.answerAlways(holdRequest());
+    m_fixture->server.answerAlways(holdRequest());
     for (int i = 0; i < 5; ++i) {
-        m_bed->state->stockSearch({});
-        m_bed->state->stockDownload(0, true);
+        m_fixture->state->stockSearch({});
+        m_fixture->state->stockDownload(0, true);
     }
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 11);
-    m_bed->state.reset();
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 11);
+    m_fixture->state.reset();
     for (int i = 1; i < 11; ++i)
-        m_bed->server.answerHeld(i, answerWith("bytes"));
+        m_fixture->server.answerHeld(i, answerWith("bytes"));
     // One more request shows that the answers of the others are through.
-    m_bed->state = std::make_unique<AppState>();
-    m_bed->client()->setApiBase(m_bed->server.baseUrl());
-    m_bed->server.answerNext(answerWith(R"({"files":[{}]})"));
-    m_bed->state->stockSearch({});
-    WAIT_COMPARE(m_bed->state->stockRows().size(), 1);
-    QCOMPARE(m_bed->announced, QStringList());
-    QCOMPARE(m_bed->documents(), QStringList());
+    m_fixture->state = std::make_unique<AppState>();
+    m_fixture->client()->setApiBase(m_fixture->server.baseUrl());
+    m_fixture->server.answerNext(answerWith(R"({"files":[{}]})"));
+    m_fixture->state->stockSearch({});
+    WAIT_COMPARE(m_fixture->state->stockRows().size(), 1);
+    QCOMPARE(m_fixture->announced, QStringList());
+    QCOMPARE(m_fixture->documents(), QStringList());
     QVERIFY(!QFileInfo::exists(inTemp(u"a.kvt"_s)));
 }
 

@@ -600,7 +600,7 @@ void TestAppStateWorkspace::save_overItselfThroughALink_data()
 
     QTest::newRow("link-to-the-open-file") << u"truck.kvt"_s << u"link.kvt"_s;
     QTest::newRow("opened-through-the-link") << u"link.kvt"_s << u"link.kvt"_s;
-    QTest::newRow("file-behind-the-open-link") << u"link.kvt"_s << u"truck.kvt"_s;
+    QTest::newRow("target-of-the-open-link") << u"link.kvt"_s << u"truck.kvt"_s;
 }
 
 void TestAppStateWorkspace::save_overItselfThroughALink()
@@ -683,7 +683,7 @@ void TestAppStateWorkspace::hexFind_stepsAndWraps()
     m_state->hexModel()->setCursor(18);
     m_state->hexFind(u"xA"_s);
     QCOMPARE(m_state->hexModel()->cursor(), 0);
-    // So is one that begins before the cursor and ends behind it.
+    // So is one that begins before the cursor and ends after it.
     m_state->hexModel()->setCursor(2);
     m_state->hexFind(u"AxxA"_s);
     QCOMPARE(m_state->hexModel()->cursor(), 1);

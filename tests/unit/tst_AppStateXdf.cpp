@@ -1,4 +1,4 @@
-#include "StoreBed.h"
+#include "StoreFixture.h"
 #include "api/ServiceConfig.h"
 #include "support/FileSizeLimit.h"
 #include "support/Waiting.h"
@@ -83,44 +83,44 @@ private:
     void load(const QByteArray &catalog);
 
     QTemporaryDir m_deployment;
-    std::unique_ptr<StoreBed> m_bed;
+    std::unique_ptr<StoreFixture> m_fixture;
 };
 
 void TestAppStateXdf::initTestCase()
 {
-    StoreBed::deployWithAuthFields(m_deployment);
+    StoreFixture::deployWithAuthFields(m_deployment);
 }
 
 void TestAppStateXdf::init()
 {
-    m_bed = std::make_unique<StoreBed>();
+    m_fixture = std::make_unique<StoreFixture>();
 }
 
 void TestAppStateXdf::cleanup()
 {
-    m_bed.reset();
+    m_fixture.reset();
 }
 
 void TestAppStateXdf::signIn(const QByteArray &answer)
 {
-    m_bed->takeAnnounced();
-    m_bed->server.answerNext(answerWith(answer));
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->takeAnnounced(), QStringList({u"xdf"_s, u"1 XDF signed in."_s}));
+    m_fixture->takeAnnounced();
+    m_fixture->server.answerNext(answerWith(answer));
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->takeAnnounced(), QStringList({u"xdf"_s, u"1 XDF signed in."_s}));
 }
 
 void TestAppStateXdf::load(const QByteArray &catalog)
 {
-    m_bed->server.answerNext(answerWith(catalog));
-    m_bed->state->xdfCatalog();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->takeAnnounced().value(0), u"xdf"_s);
+    m_fixture->server.answerNext(answerWith(catalog));
+    m_fixture->state->xdfCatalog();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->takeAnnounced().value(0), u"xdf"_s);
 }
 
 void TestAppStateXdf::signedOutAtFirst()
 {
-    const AppState &state = *m_bed->state;
+    const AppState &state = *m_fixture->state;
     QCOMPARE(state.xdfEmail(), QString());
     QCOMPARE(state.xdfPassword(), QString());
     QCOMPARE(state.xdfToken(), QString());
@@ -132,13 +132,13 @@ void TestAppStateXdf::signedOutAtFirst()
 void TestAppStateXdf::settersAnnounceChangesOnly()
 {
     for (const char *property : {"xdfEmail", "xdfPassword"}) {
-        QVERIFY(m_bed->state->setProperty(property, u" typed "_s));
-        QCOMPARE(m_bed->takeAnnounced(), QStringList{u"xdf"_s});
-        QCOMPARE(m_bed->state->property(property).toString(), u" typed "_s);
-        QVERIFY(m_bed->state->setProperty(property, u" typed "_s));
-        QCOMPARE(m_bed->takeAnnounced(), QStringList());
-        QVERIFY(m_bed->state->setProperty(property, QString()));
-        QCOMPARE(m_bed->takeAnnounced(), QStringList{u"xdf"_s});
+        QVERIFY(m_fixture->state->setProperty(property, u" typed "_s));
+        QCOMPARE(m_fixture->takeAnnounced(), QStringList{u"xdf"_s});
+        QCOMPARE(m_fixture->state->property(property).toString(), u" typed "_s);
+        QVERIFY(m_fixture->state->setProperty(property, u" typed "_s));
+        QCOMPARE(m_fixture->takeAnnounced(), QStringList());
+        QVERIFY(m_fixture->state->setProperty(property, QString()));
+        QCOMPARE(m_fixture->takeAnnounced(), QStringList{u"xdf"_s});
     }
 }
 
@@ -162,12 +162,12 @@ void TestAppStateXdf::login_wire()
 {
     QFETCH(QString, email);
     QFETCH(QString, password);
-    m_bed->state->setXdfEmail(email);
-    m_bed->state->setXdfPassword(password);
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->server.requestCount(), 1);
-    const RecordedRequest request = m_bed->server.request(0);
+    m_fixture->state->setXdfEmail(email);
+    m_fixture->state->setXdfPassword(password);
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->server.requestCount(), 1);
+    const RecordedRequest request = m_fixture->server.request(0);
     QCOMPARE(request.requestLine(), QByteArray("POST /api/xdf/login.aspx HTTP/1.1"));
     QCOMPARE(request.header("content-type"), QByteArray("application/json; charset=utf-8"));
     QTEST(request.body, "body");
@@ -176,16 +176,18 @@ void TestAppStateXdf::login_wire()
 void TestAppStateXdf::login_signsIn()
 {
     QStringList atSignal;
-    const auto note = [&] { atSignal = QStringList{m_bed->state->xdfToken(), m_bed->state->xdfCredits()}; };
-    connect(m_bed->state.get(), &AppState::xdfChanged, this, note);
-    m_bed->server.answerNext(answerWith(R"({"token":"abc","credits":15})"));
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"1 XDF signed in."_s}));
+    const auto note = [&] {
+        atSignal = QStringList{m_fixture->state->xdfToken(), m_fixture->state->xdfCredits()};
+    };
+    connect(m_fixture->state.get(), &AppState::xdfChanged, this, note);
+    m_fixture->server.answerNext(answerWith(R"({"token":"abc","credits":15})"));
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList({u"xdf"_s, u"1 XDF signed in."_s}));
     QCOMPARE(atSignal, QStringList({u"abc"_s, u"15"_s}));
     signIn(R"({"session_token":"tok"})");
-    QCOMPARE(m_bed->state->xdfToken(), u"tok"_s);
-    QCOMPARE(m_bed->state->xdfCredits(), u"0"_s);
+    QCOMPARE(m_fixture->state->xdfToken(), u"tok"_s);
+    QCOMPARE(m_fixture->state->xdfCredits(), u"0"_s);
 }
 
 void TestAppStateXdf::login_refused_data()
@@ -205,12 +207,12 @@ void TestAppStateXdf::login_refused()
     QFETCH(QByteArray, answer);
     QFETCH(QString, status);
     signIn();
-    m_bed->server.answerNext(answerWith(answer));
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList{u"0 "_s + status});
-    QCOMPARE(m_bed->state->xdfToken(), u"tok"_s);
-    QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
+    m_fixture->server.answerNext(answerWith(answer));
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList{u"0 "_s + status});
+    QCOMPARE(m_fixture->state->xdfToken(), u"tok"_s);
+    QCOMPARE(m_fixture->state->xdfCredits(), u"15"_s);
 }
 
 void TestAppStateXdf::login_failed_data()
@@ -223,34 +225,34 @@ void TestAppStateXdf::login_failed()
     QFETCH(RawAnswer, answer);
     QFETCH(QString, status);
     signIn();
-    m_bed->server.answerNext(answer);
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->server.requestCount(), 2);
-    QCOMPARE(m_bed->state->xdfToken(), u"tok"_s);
-    QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
+    m_fixture->server.answerNext(answer);
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    QVERIFY2(isOneFailure(m_fixture->announced, status), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->server.requestCount(), 2);
+    QCOMPARE(m_fixture->state->xdfToken(), u"tok"_s);
+    QCOMPARE(m_fixture->state->xdfCredits(), u"15"_s);
 }
 
 void TestAppStateXdf::login_sendsWhatTheFieldsHeldThen()
 {
-    m_bed->state->setXdfEmail(u"first"_s);
-    m_bed->state->xdfLogin();
-    m_bed->state->setXdfEmail(u"second"_s);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"email":"first","password":""})"));
-    QCOMPARE(m_bed->state->xdfEmail(), u"second"_s);
+    m_fixture->state->setXdfEmail(u"first"_s);
+    m_fixture->state->xdfLogin();
+    m_fixture->state->setXdfEmail(u"second"_s);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->lastRequest().body, QByteArray(R"({"email":"first","password":""})"));
+    QCOMPARE(m_fixture->state->xdfEmail(), u"second"_s);
 }
 
 void TestAppStateXdf::login_nextGoodOneWorks()
 {
-    m_bed->server.answerNext({});
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->state->statusOK(), 0);
-    m_bed->takeAnnounced();
+    m_fixture->server.answerNext({});
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->state->statusOK(), 0);
+    m_fixture->takeAnnounced();
     signIn();
-    QCOMPARE(m_bed->state->xdfToken(), u"tok"_s);
+    QCOMPARE(m_fixture->state->xdfToken(), u"tok"_s);
 }
 
 void TestAppStateXdf::login_passwordStaysOutOfStatusAndLog_data()
@@ -266,13 +268,13 @@ void TestAppStateXdf::login_passwordStaysOutOfStatusAndLog()
     heard.clear();
     const QtMessageHandler before = qInstallMessageHandler(hear);
     const auto restore = qScopeGuard([before] { qInstallMessageHandler(before); });
-    m_bed->state->setXdfEmail(u"a@b.example"_s);
-    m_bed->state->setXdfPassword(u"TOPSECRET"_s);
-    m_bed->server.answerNext(answer);
-    m_bed->state->xdfLogin();
-    WAIT_VERIFY(m_bed->idle());
-    QVERIFY(m_bed->server.request(0).body.contains("TOPSECRET"));
-    for (const QString &said : heard + m_bed->announced) {
+    m_fixture->state->setXdfEmail(u"a@b.example"_s);
+    m_fixture->state->setXdfPassword(u"TOPSECRET"_s);
+    m_fixture->server.answerNext(answer);
+    m_fixture->state->xdfLogin();
+    WAIT_VERIFY(m_fixture->idle());
+    QVERIFY(m_fixture->server.request(0).body.contains("TOPSECRET"));
+    for (const QString &said : heard + m_fixture->announced) {
         QVERIFY2(!said.contains(u"TOPSECRET"_s), qPrintable(said));
         QVERIFY2(!said.contains(u"TOKENSECRET"_s), qPrintable(said));
     }
@@ -281,11 +283,11 @@ void TestAppStateXdf::login_passwordStaysOutOfStatusAndLog()
 void TestAppStateXdf::catalog_wire()
 {
     signIn();
-    m_bed->state->applyKvtInfoJson(u"{\"modules\":[{\"mainOs\":\"12656942\"},{\"mainOs\":\"2\"}]}"_s);
-    QCOMPARE(m_bed->state->moduleOneOs(), u"12656942"_s);
-    m_bed->state->xdfCatalog();
-    WAIT_VERIFY(m_bed->idle());
-    const RecordedRequest request = m_bed->lastRequest();
+    m_fixture->state->applyKvtInfoJson(u"{\"modules\":[{\"mainOs\":\"12656942\"},{\"mainOs\":\"2\"}]}"_s);
+    QCOMPARE(m_fixture->state->moduleOneOs(), u"12656942"_s);
+    m_fixture->state->xdfCatalog();
+    WAIT_VERIFY(m_fixture->idle());
+    const RecordedRequest request = m_fixture->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/xdf/catalog.aspx HTTP/1.1"));
     QCOMPARE(request.header("content-type"), QByteArray("application/json; charset=utf-8"));
     QCOMPARE(request.body, QByteArray(R"({"os_id":"12656942","session_token":"tok"})"));
@@ -293,40 +295,40 @@ void TestAppStateXdf::catalog_wire()
 
 void TestAppStateXdf::catalog_wireWhenSignedOut()
 {
-    m_bed->state->xdfCatalog();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"os_id":"","session_token":""})"));
+    m_fixture->state->xdfCatalog();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->lastRequest().body, QByteArray(R"({"os_id":"","session_token":""})"));
 }
 
 void TestAppStateXdf::catalog_isListed()
 {
     qsizetype atSignal = -1;
     QString textAtSignal;
-    connect(m_bed->state.get(), &AppState::xdfChanged, this, [&] {
-        atSignal = m_bed->state->xdfItems().size();
-        textAtSignal = m_bed->state->catalogText();
+    connect(m_fixture->state.get(), &AppState::xdfChanged, this, [&] {
+        atSignal = m_fixture->state->xdfItems().size();
+        textAtSignal = m_fixture->state->catalogText();
     });
-    m_bed->server.answerNext(
+    m_fixture->server.answerNext(
         answerWith(R"({"items":"none","catalog":[{"id":7,"name":"N","os":"12","credits":"3"},null]})"));
-    m_bed->state->xdfCatalog();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"1 Catalog: 2 item(s)."_s}));
+    m_fixture->state->xdfCatalog();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList({u"xdf"_s, u"1 Catalog: 2 item(s)."_s}));
     const QVariantMap item{{u"id"_s, u"7"_s}, {u"title"_s, u"N"_s}, {u"os"_s, u"12"_s}, {u"credits"_s, 3}};
     const QVariantMap nothing{
         {u"id"_s, QString()}, {u"title"_s, QString()}, {u"os"_s, QString()}, {u"credits"_s, 0}};
-    QCOMPARE(m_bed->state->xdfItems(), QVariantList({item, nothing}));
-    QVERIFY(m_bed->state->catalogText().startsWith(u"{\n    \"catalog\": [\n"_s));
+    QCOMPARE(m_fixture->state->xdfItems(), QVariantList({item, nothing}));
+    QVERIFY(m_fixture->state->catalogText().startsWith(u"{\n    \"catalog\": [\n"_s));
     QCOMPARE(atSignal, 2);
-    QCOMPARE(textAtSignal, m_bed->state->catalogText());
+    QCOMPARE(textAtSignal, m_fixture->state->catalogText());
 }
 
 void TestAppStateXdf::catalog_withoutArray()
 {
-    m_bed->server.answerNext(answerWith(R"({"error":"Sign in first."})"));
-    m_bed->state->xdfCatalog();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList({u"xdf"_s, u"1 Catalog: 0 item(s)."_s}));
-    QCOMPARE(m_bed->state->catalogText(), u"{\n    \"error\": \"Sign in first.\"\n}\n"_s);
+    m_fixture->server.answerNext(answerWith(R"({"error":"Sign in first."})"));
+    m_fixture->state->xdfCatalog();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList({u"xdf"_s, u"1 Catalog: 0 item(s)."_s}));
+    QCOMPARE(m_fixture->state->catalogText(), u"{\n    \"error\": \"Sign in first.\"\n}\n"_s);
 }
 
 void TestAppStateXdf::catalog_replacesTheEarlierOne()
@@ -334,14 +336,14 @@ void TestAppStateXdf::catalog_replacesTheEarlierOne()
     signIn();
     load(R"({"items":[{"id":"a"},{"id":"b"}]})");
     load(R"({"items":[{"id":"c"}]})");
-    QCOMPARE(m_bed->state->xdfItems().size(), 1);
-    QCOMPARE(m_bed->state->xdfItems().first().toMap().value(u"id"_s).toString(), u"c"_s);
+    QCOMPARE(m_fixture->state->xdfItems().size(), 1);
+    QCOMPARE(m_fixture->state->xdfItems().first().toMap().value(u"id"_s).toString(), u"c"_s);
     load("{\"items\":[],\"more\":\"" + QByteArray(5000, 'x') + "\"}");
-    QCOMPARE(m_bed->state->xdfItems(), QVariantList());
-    QCOMPARE(m_bed->state->catalogText(),
+    QCOMPARE(m_fixture->state->xdfItems(), QVariantList());
+    QCOMPARE(m_fixture->state->catalogText(),
              u"{\n    \"items\": [\n    ],\n    \"more\": \""_s + QString(3963, u'x'));
-    QCOMPARE(m_bed->state->xdfToken(), u"tok"_s);
-    QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
+    QCOMPARE(m_fixture->state->xdfToken(), u"tok"_s);
+    QCOMPARE(m_fixture->state->xdfCredits(), u"15"_s);
 }
 
 void TestAppStateXdf::catalog_failed_data()
@@ -354,32 +356,32 @@ void TestAppStateXdf::catalog_failed()
     QFETCH(RawAnswer, answer);
     QFETCH(QString, status);
     load(R"({"items":[{"id":"old"}]})");
-    const QVariantList items = m_bed->state->xdfItems();
-    const QString text = m_bed->state->catalogText();
-    m_bed->server.answerNext(answer);
-    m_bed->state->xdfCatalog();
-    WAIT_VERIFY(m_bed->idle());
-    QVERIFY2(isOneFailure(m_bed->announced, status), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->server.requestCount(), 2);
-    QCOMPARE(m_bed->state->xdfItems(), items);
+    const QVariantList items = m_fixture->state->xdfItems();
+    const QString text = m_fixture->state->catalogText();
+    m_fixture->server.answerNext(answer);
+    m_fixture->state->xdfCatalog();
+    WAIT_VERIFY(m_fixture->idle());
+    QVERIFY2(isOneFailure(m_fixture->announced, status), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->server.requestCount(), 2);
+    QCOMPARE(m_fixture->state->xdfItems(), items);
     QCOMPARE(items.size(), 1);
-    QCOMPARE(m_bed->state->catalogText(), text);
+    QCOMPARE(m_fixture->state->catalogText(), text);
 }
 
 void TestAppStateXdf::catalog_laterAnswerWins()
 {
-    m_bed->server.answerAlways(holdRequest());
-    m_bed->state->xdfCatalog();
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 1);
-    m_bed->state->xdfCatalog();
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
-    m_bed->server.answerHeld(1, answerWith(R"({"items":[{"id":"asked-last"}]})"));
-    WAIT_COMPARE(m_bed->state->xdfItems().size(), 1);
-    m_bed->server.answerHeld(0, answerWith(R"({"items":[{"id":"asked-first"},{"id":"x"}]})"));
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->state->xdfItems().first().toMap().value(u"id"_s).toString(), u"asked-first"_s);
-    QVERIFY(m_bed->state->catalogText().contains(u"asked-first"_s));
-    QCOMPARE(m_bed->announced,
+    m_fixture->server.answerAlways(holdRequest());
+    m_fixture->state->xdfCatalog();
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 1);
+    m_fixture->state->xdfCatalog();
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 2);
+    m_fixture->server.answerHeld(1, answerWith(R"({"items":[{"id":"asked-last"}]})"));
+    WAIT_COMPARE(m_fixture->state->xdfItems().size(), 1);
+    m_fixture->server.answerHeld(0, answerWith(R"({"items":[{"id":"asked-first"},{"id":"x"}]})"));
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->state->xdfItems().first().toMap().value(u"id"_s).toString(), u"asked-first"_s);
+    QVERIFY(m_fixture->state->catalogText().contains(u"asked-first"_s));
+    QCOMPARE(m_fixture->announced,
              QStringList({u"xdf"_s, u"1 Catalog: 1 item(s)."_s, u"xdf"_s, u"1 Catalog: 2 item(s)."_s}));
 }
 
@@ -387,9 +389,9 @@ void TestAppStateXdf::catalog_afterLoginUsesTheNewToken()
 {
     signIn();
     signIn(R"({"session_token":"newer"})");
-    m_bed->state->xdfCatalog();
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->lastRequest().body, QByteArray(R"({"os_id":"","session_token":"newer"})"));
+    m_fixture->state->xdfCatalog();
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->lastRequest().body, QByteArray(R"({"os_id":"","session_token":"newer"})"));
 }
 
 void TestAppStateXdf::download_wire_data()
@@ -409,10 +411,10 @@ void TestAppStateXdf::download_wire()
     QFETCH(QByteArray, id);
     signIn();
     load("{\"items\":[{\"id\":\" a/\\\"b\\\" \"},{\"id\":7},null,{\"id\":\"\xc3\xa9\"}]}");
-    m_bed->state->xdfDownload(index);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->server.requestCount(), 3);
-    const RecordedRequest request = m_bed->lastRequest();
+    m_fixture->state->xdfDownload(index);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->server.requestCount(), 3);
+    const RecordedRequest request = m_fixture->lastRequest();
     QCOMPARE(request.requestLine(), QByteArray("POST /api/xdf/download.aspx HTTP/1.1"));
     QVERIFY(request.header("content-type").startsWith("multipart/form-data; boundary="));
     QCOMPARE(formLines(request),
@@ -424,13 +426,13 @@ void TestAppStateXdf::download_savesAndShows()
 {
     load(R"({"items":[{"id":"1","title":"E38 12.6"}]})");
     const QByteArray bytes("<XDF>\0\xff\r\n", 9);
-    m_bed->server.answerNext(answerWith(bytes));
-    m_bed->state->xdfDownload(0);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded XDF."_s});
-    QCOMPARE(m_bed->documents(), QStringList{u"E38 12.6.xdf"_s});
-    QCOMPARE(contentOf(m_bed->inDocuments(u"E38 12.6.xdf"_s)), bytes);
-    QCOMPARE(m_bed->desktop.opened, m_bed->documentsShown());
+    m_fixture->server.answerNext(answerWith(bytes));
+    m_fixture->state->xdfDownload(0);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Downloaded XDF."_s});
+    QCOMPARE(m_fixture->documents(), QStringList{u"E38 12.6.xdf"_s});
+    QCOMPARE(contentOf(m_fixture->inDocuments(u"E38 12.6.xdf"_s)), bytes);
+    QCOMPARE(m_fixture->desktop.opened, m_fixture->documentsShown());
 }
 
 void TestAppStateXdf::download_savesWhateverCame_data()
@@ -458,13 +460,13 @@ void TestAppStateXdf::download_savesWhateverCame()
 {
     QFETCH(QByteArray, answer);
     load(R"({"items":[{"id":"1","title":"T"}]})");
-    m_bed->server.answerNext({answer});
-    m_bed->state->xdfDownload(0);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded XDF."_s});
-    QCOMPARE(m_bed->documents(), QStringList{u"T.xdf"_s});
-    QTEST(contentOf(m_bed->inDocuments(u"T.xdf"_s)), "saved");
-    QCOMPARE(m_bed->server.requestCount(), 2);
+    m_fixture->server.answerNext({answer});
+    m_fixture->state->xdfDownload(0);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Downloaded XDF."_s});
+    QCOMPARE(m_fixture->documents(), QStringList{u"T.xdf"_s});
+    QTEST(contentOf(m_fixture->inDocuments(u"T.xdf"_s)), "saved");
+    QCOMPARE(m_fixture->server.requestCount(), 2);
 }
 
 void TestAppStateXdf::download_names_data()
@@ -496,26 +498,26 @@ void TestAppStateXdf::download_names()
     QFETCH(QByteArray, title);
     QFETCH(QString, name);
     load("{\"items\":[{\"id\":\"1\",\"title\":\"" + title + "\"}]}");
-    const QStringList before = m_bed->filesEverywhere();
-    m_bed->server.answerNext(answerWith("bytes"));
-    m_bed->state->xdfDownload(0);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded XDF."_s});
-    QCOMPARE(m_bed->documents(), QStringList{name});
-    QCOMPARE(contentOf(m_bed->inDocuments(name)), QByteArray("bytes"));
-    QCOMPARE(m_bed->filesEverywhere().size(), before.size() + 1);
+    const QStringList before = m_fixture->filesEverywhere();
+    m_fixture->server.answerNext(answerWith("bytes"));
+    m_fixture->state->xdfDownload(0);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Downloaded XDF."_s});
+    QCOMPARE(m_fixture->documents(), QStringList{name});
+    QCOMPARE(contentOf(m_fixture->inDocuments(name)), QByteArray("bytes"));
+    QCOMPARE(m_fixture->filesEverywhere().size(), before.size() + 1);
 }
 
 void TestAppStateXdf::download_nameTooLong()
 {
     load("{\"items\":[{\"id\":\"1\",\"title\":\"" + QByteArray(300, 'x') + "\"}]}");
-    const QStringList before = m_bed->filesEverywhere();
-    m_bed->server.answerNext(answerWith("bytes"));
-    m_bed->state->xdfDownload(0);
-    WAIT_VERIFY(m_bed->idle());
-    QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->filesEverywhere(), before);
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    const QStringList before = m_fixture->filesEverywhere();
+    m_fixture->server.answerNext(answerWith("bytes"));
+    m_fixture->state->xdfDownload(0);
+    WAIT_VERIFY(m_fixture->idle());
+    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->filesEverywhere(), before);
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
 }
 
 void TestAppStateXdf::download_failedWithoutBytes_data()
@@ -534,52 +536,52 @@ void TestAppStateXdf::download_failedWithoutBytes()
 {
     QFETCH(RawAnswer, answer);
     load(R"({"items":[{"id":"1","title":"T"}]})");
-    m_bed->server.answerNext(answer);
-    m_bed->state->xdfDownload(0);
-    WAIT_VERIFY(m_bed->idle());
-    QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->documents(), QStringList());
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
-    QCOMPARE(m_bed->server.requestCount(), 2);
-    QCOMPARE(m_bed->state->xdfItems().size(), 1);
+    m_fixture->server.answerNext(answer);
+    m_fixture->state->xdfDownload(0);
+    WAIT_VERIFY(m_fixture->idle());
+    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->documents(), QStringList());
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->server.requestCount(), 2);
+    QCOMPARE(m_fixture->state->xdfItems().size(), 1);
 }
 
 void TestAppStateXdf::download_twiceOverwrites()
 {
     load(R"({"items":[{"id":"1","title":"T"}]})");
     for (const QByteArray &bytes : {QByteArray("longer bytes"), QByteArray("short")}) {
-        m_bed->server.answerNext(answerWith(bytes));
-        m_bed->state->xdfDownload(0);
-        WAIT_VERIFY(m_bed->idle());
-        QCOMPARE(m_bed->takeAnnounced(), QStringList{u"1 Downloaded XDF."_s});
-        QCOMPARE(contentOf(m_bed->inDocuments(u"T.xdf"_s)), bytes);
+        m_fixture->server.answerNext(answerWith(bytes));
+        m_fixture->state->xdfDownload(0);
+        WAIT_VERIFY(m_fixture->idle());
+        QCOMPARE(m_fixture->takeAnnounced(), QStringList{u"1 Downloaded XDF."_s});
+        QCOMPARE(contentOf(m_fixture->inDocuments(u"T.xdf"_s)), bytes);
     }
-    QCOMPARE(m_bed->documents(), QStringList{u"T.xdf"_s});
+    QCOMPARE(m_fixture->documents(), QStringList{u"T.xdf"_s});
 }
 
 void TestAppStateXdf::download_saveFails()
 {
     QVERIFY(makeFile(TestEnvironment::documents(), "a file in the folder's place"));
     load(R"({"items":[{"id":"1","title":"T"}]})");
-    m_bed->server.answerNext(answerWith("bytes"));
-    m_bed->state->xdfDownload(0);
-    WAIT_VERIFY(m_bed->idle());
-    QVERIFY2(isOneFailure(m_bed->announced, libraryText), qPrintable(m_bed->announced.join(u'|')));
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    m_fixture->server.answerNext(answerWith("bytes"));
+    m_fixture->state->xdfDownload(0);
+    WAIT_VERIFY(m_fixture->idle());
+    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
     QCOMPARE(contentOf(TestEnvironment::documents()), QByteArray("a file in the folder's place"));
 }
 
 void TestAppStateXdf::download_diskFull()
 {
     load(R"({"items":[{"id":"1","title":"T"}]})");
-    m_bed->server.answerNext(answerWith("more than fits"));
+    m_fixture->server.answerNext(answerWith("more than fits"));
     {
         const FileSizeLimit limit(4);
-        m_bed->state->xdfDownload(0);
-        WAIT_VERIFY(m_bed->idle());
+        m_fixture->state->xdfDownload(0);
+        WAIT_VERIFY(m_fixture->idle());
     }
-    QCOMPARE(m_bed->announced, QStringList{u"0 Short write."_s});
-    QCOMPARE(m_bed->desktop.opened, QList<QUrl>());
+    QCOMPARE(m_fixture->announced, QStringList{u"0 Short write."_s});
+    QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
 }
 
 void TestAppStateXdf::download_indexOutOfRange_data()
@@ -596,83 +598,83 @@ void TestAppStateXdf::download_indexOutOfRange()
 {
     QFETCH(int, index);
     load(R"({"items":[{"id":"1"},{"id":"2"}]})");
-    m_bed->state->xdfDownload(index);
-    QVERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList());
+    m_fixture->state->xdfDownload(index);
+    QVERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList());
 }
 
 void TestAppStateXdf::download_emptyCatalog()
 {
-    m_bed->state->xdfDownload(0);
-    QVERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList());
+    m_fixture->state->xdfDownload(0);
+    QVERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList());
 }
 
 void TestAppStateXdf::download_keepsItsItem()
 {
     load(R"({"items":[{"id":"1","title":"asked for"}]})");
-    m_bed->server.answerNext(holdRequest());
-    m_bed->state->xdfDownload(0);
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 2);
-    m_bed->server.answerNext(answerWith(R"({"items":[{"id":"2","title":"another"}]})"));
-    m_bed->state->xdfCatalog();
-    WAIT_COMPARE(m_bed->announced, QStringList({u"xdf"_s, u"1 Catalog: 1 item(s)."_s}));
-    m_bed->takeAnnounced();
-    m_bed->server.answerHeld(1, answerWith("bytes"));
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->announced, QStringList{u"1 Downloaded XDF."_s});
-    QCOMPARE(m_bed->documents(), QStringList{u"asked for.xdf"_s});
+    m_fixture->server.answerNext(holdRequest());
+    m_fixture->state->xdfDownload(0);
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 2);
+    m_fixture->server.answerNext(answerWith(R"({"items":[{"id":"2","title":"another"}]})"));
+    m_fixture->state->xdfCatalog();
+    WAIT_COMPARE(m_fixture->announced, QStringList({u"xdf"_s, u"1 Catalog: 1 item(s)."_s}));
+    m_fixture->takeAnnounced();
+    m_fixture->server.answerHeld(1, answerWith("bytes"));
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->announced, QStringList{u"1 Downloaded XDF."_s});
+    QCOMPARE(m_fixture->documents(), QStringList{u"asked for.xdf"_s});
 }
 
 void TestAppStateXdf::download_keepsTheBalance()
 {
     signIn();
     load(R"({"items":[{"id":"1","title":"T","credits":5}],"credits":3})");
-    m_bed->server.answerNext(answerWith(R"({"credits":10})"));
-    m_bed->state->xdfDownload(0);
-    WAIT_VERIFY(m_bed->idle());
-    QCOMPARE(m_bed->state->xdfCredits(), u"15"_s);
+    m_fixture->server.answerNext(answerWith(R"({"credits":10})"));
+    m_fixture->state->xdfDownload(0);
+    WAIT_VERIFY(m_fixture->idle());
+    QCOMPARE(m_fixture->state->xdfCredits(), u"15"_s);
 }
 
 void TestAppStateXdf::requestsShowNothingAtTheirStart()
 {
     load(R"({"items":[{"id":"1"}]})");
-    m_bed->server.answerAlways(holdRequest());
-    m_bed->state->xdfLogin();
-    m_bed->state->xdfCatalog();
-    m_bed->state->xdfDownload(0);
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 4);
-    QCOMPARE(m_bed->announced, QStringList());
-    QVERIFY(!m_bed->state->busy());
+    m_fixture->server.answerAlways(holdRequest());
+    m_fixture->state->xdfLogin();
+    m_fixture->state->xdfCatalog();
+    m_fixture->state->xdfDownload(0);
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 4);
+    QCOMPARE(m_fixture->announced, QStringList());
+    QVERIFY(!m_fixture->state->busy());
 }
 
 void TestAppStateXdf::storeAddressOfAnotherKindCountsAsNone()
 {
     QCOMPARE(serviceConfig().storeUrl, u"file:///etc/passwd"_s);
-    QCOMPARE(m_bed->state->storeUrl(), QString());
+    QCOMPARE(m_fixture->state->storeUrl(), QString());
 }
 
 void TestAppStateXdf::destroyedWithRequestsInFlight()
 {
     load(R"({"items":[{"id":"1","title":"T"}]})");
-    m_bed->server.answerAlways(holdRequest());
+    m_fixture->server.answerAlways(holdRequest());
     for (int i = 0; i < 4; ++i) {
-        m_bed->state->xdfLogin();
-        m_bed->state->xdfCatalog();
-        m_bed->state->xdfDownload(0);
+        m_fixture->state->xdfLogin();
+        m_fixture->state->xdfCatalog();
+        m_fixture->state->xdfDownload(0);
     }
-    WAIT_COMPARE(m_bed->server.completeRequestCount(), 13);
-    m_bed->state.reset();
+    WAIT_COMPARE(m_fixture->server.completeRequestCount(), 13);
+    m_fixture->state.reset();
     for (int i = 1; i < 13; ++i)
-        m_bed->server.answerHeld(i, answerWith(R"({"token":"t","items":[]})"));
+        m_fixture->server.answerHeld(i, answerWith(R"({"token":"t","items":[]})"));
     // One more request shows that the answers of the others are through.
-    m_bed->state = std::make_unique<AppState>();
-    m_bed->client()->setApiBase(m_bed->server.baseUrl());
-    m_bed->server.answerNext(answerWith(R"({"token":"t"})"));
-    m_bed->state->xdfLogin();
-    WAIT_COMPARE(m_bed->state->xdfToken(), u"t"_s);
-    QCOMPARE(m_bed->announced, QStringList());
-    QCOMPARE(m_bed->documents(), QStringList());
+    m_fixture->state = std::make_unique<AppState>();
+    m_fixture->client()->setApiBase(m_fixture->server.baseUrl());
+    m_fixture->server.answerNext(answerWith(R"({"token":"t"})"));
+    m_fixture->state->xdfLogin();
+    WAIT_COMPARE(m_fixture->state->xdfToken(), u"t"_s);
+    QCOMPARE(m_fixture->announced, QStringList());
+    QCOMPARE(m_fixture->documents(), QStringList());
 }
 
 KVTEDITOR_TEST_MAIN(TestAppStateXdf)

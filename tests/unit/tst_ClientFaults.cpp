@@ -296,7 +296,7 @@ void TestClientFaults::checkOutcome(Primitive primitive, bool failed, const QByt
     }
 }
 
-// The library may take the connection's end for a request to be sent again, and has no words for that.
+// Qt may take the connection's end for a request to be sent again, and has no words for that.
 void TestClientFaults::brokenOffAnswerHasWords_data()
 {
     QTest::addColumn<int>("primitive");
@@ -328,7 +328,7 @@ void TestClientFaults::brokenOffAnswerHasWords()
     QFETCH(QString, error);
     m_server->answerAlways({bytes});
     const QString expected = error.contains(u"%1"_s) ? error.arg(m_client->url(u"x"_s)) : error;
-    // Which way the library takes is a race.
+    // Which way Qt takes is a race.
     std::array<Outcome, 25> outcomes;
     const auto clientFirst = qScopeGuard([this] { m_client.reset(); });
     for (Outcome &outcome : outcomes) {
@@ -518,7 +518,7 @@ void TestClientFaults::hostNotFound_data()
     // An address has room for it, a question to a name server has not: it fails without one being asked.
     const QString unknown = QStringList(5, QString(60, u'h')).join(u'.');
     QTest::newRow("unknown") << unknown << u"Host %1 not found"_s.arg(unknown);
-    // No part of a name may be that long. What is said of it is the library's release to decide.
+    // No part of a name may be that long. What is said of it depends on Qt's version.
     QTest::newRow("bad-address") << QString(300, u'h') << QString();
 }
 
@@ -688,7 +688,7 @@ void TestClientFaults::authenticationRequestIsAnErrorWithoutLoop()
 
 void TestClientFaults::decompressionBombIsRefused()
 {
-    // Two hundred million zeros; behind four bytes of length stands what "deflate" means.
+    // Two hundred million zeros; after four bytes of length comes what "deflate" means.
     const QByteArray bomb = qCompress(QByteArray(200'000'000, '\0'), 9).mid(4);
     QVERIFY(bomb.size() < 1'000'000);
     m_server->answerAlways({httpAnswer(200, bomb, "Content-Encoding: deflate\r\n")});

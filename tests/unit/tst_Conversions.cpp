@@ -360,7 +360,7 @@ void TestConversions::unknownKey_data()
     QTest::newRow("empty") << QString();
     QTest::newRow("other") << u"hex"_s;
     QTest::newRow("upper-case") << u"KVT2BIN"_s;
-    QTest::newRow("blank-behind") << u"kvt2bin "_s;
+    QTest::newRow("blank-after") << u"kvt2bin "_s;
     QTest::newRow("operation") << u"convert_kvt2bin"_s;
     QTest::newRow("kind-of-a-container") << u"xcal"_s;
 }

@@ -254,7 +254,7 @@ void TestEndpointContent::decompressionBomb_data()
     addOperationRows();
 }
 
-// The library stops unpacking and hands over what it has not unpacked, beside an error (seen in 6.4). Where
+// Qt stops unpacking and hands over what it has not unpacked, beside an error (seen in 6.4). Where
 // the bytes count whatever else was reported, these few are the file, and there may be none: that is a matter
 // of how much came at once.
 void TestEndpointContent::decompressionBomb()

@@ -20,7 +20,7 @@ enum class Arrives
     ErrorAndBody,
     /// A transport error; the body may have arrived in part.
     ErrorMaybeBody,
-    /// The library's release decides.
+    /// Depends on Qt's version.
     Either,
 };
 
@@ -170,7 +170,7 @@ void TestEndpointFaults::answer()
     QFETCH(int, fault);
     const EndpointOperation &tried = operationAt(operation);
     const Fault fed = faults().at(fault);
-    // The library may ask for a document again; what is posted is posted once.
+    // Qt may ask for a document again; what is posted is posted once.
     const bool isPost = tried.decoding != Decoding::Get;
     if (isPost && fed.answer.moment != RawAnswer::Moment::OnConnect)
         m_server->answerNext(fed.answer);

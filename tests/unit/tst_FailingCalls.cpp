@@ -1018,7 +1018,7 @@ void TestFailingCalls::log()
 {
     const QString root = QDir(QDir::tempPath()).canonicalPath();
     const QString path = root + u"/kvteditornew-qt.log"_s;
-    // What the framework says of a failure comes to the log too, while it is at work.
+    // What Qt says of a failure comes to the log too, while it is at work.
     const QtMessageHandler earlier = qInstallMessageHandler(nullptr);
     installMessageLog();
     const auto reinstall = qScopeGuard([earlier] { qInstallMessageHandler(earlier); });

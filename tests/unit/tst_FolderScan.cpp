@@ -95,7 +95,7 @@ QStringList sortedNames(const QVariantList &hits)
     return names;
 }
 
-/// What the framework's own iterator finds, filtered one file at a time.
+/// What Qt's own iterator finds, filtered one file at a time.
 QVariantList foundByIterator(const QString &root, const Filters &filters = {}, bool recursive = true)
 {
     static const QRegularExpression token(u"([A-Z0-9]{6,})"_s);
@@ -256,7 +256,7 @@ void TestFolderScan::endings_data()
     QTest::newRow("blank-before") << u"a .kvt"_s << true;
     QTest::newRow("bin") << u"d.bin"_s << false;
     QTest::newRow("backup") << u"a.kvt.bak"_s << false;
-    QTest::newRow("blank-behind") << u"a.kvt "_s << false;
+    QTest::newRow("blank-after") << u"a.kvt "_s << false;
     QTest::newRow("no-dot") << u"akvt"_s << false;
     QTest::newRow("longer") << u"a.kvtx"_s << false;
     QTest::newRow("kelvin-sign") << u"a.\u212avt"_s << false;
@@ -369,7 +369,7 @@ void TestFolderScan::filters_data()
     QTest::newRow("os-token") << u"e38_12654321.kvt"_s << os(u"1265"_s) << true;
     QTest::newRow("os-name-without-token") << u"x1265.kvt"_s << os(u"1265"_s) << true;
     QTest::newRow("os-token-other-case") << u"silverado.kvt"_s << os(u"Silver"_s) << true;
-    QTest::newRow("os-name-behind-the-token") << u"12654321_e38.kvt"_s << os(u"E38"_s) << true;
+    QTest::newRow("os-name-after-the-token") << u"12654321_e38.kvt"_s << os(u"E38"_s) << true;
     QTest::newRow("os-absent") << u"e38_12654321.kvt"_s << os(u"9999"_s) << false;
     QTest::newRow("os-not-the-folder") << u"12654321/a.kvt"_s << os(u"1265"_s) << false;
 

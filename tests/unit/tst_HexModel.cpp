@@ -516,7 +516,7 @@ void TestHexModel::applyPatch_forgetsTheMatchItTouches_data()
     QTest::newRow("within") << 14 << 2 << true;
     QTest::newRow("around") << 0 << 40 << true;
     QTest::newRow("its-last-byte") << 19 << 1 << true;
-    QTest::newRow("just-behind") << 20 << 5 << false;
+    QTest::newRow("just-after") << 20 << 5 << false;
     QTest::newRow("refused") << 15 << 30 << false;
 }
 

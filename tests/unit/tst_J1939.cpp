@@ -138,7 +138,7 @@ void TestJ1939::decodes_data()
     QTest::newRow("full-width-digits-are-none") << u"\uff10\uff1104FF5B000301\uff21"_s << coolant;
     QTest::newRow("arabic-digits-are-none") << u"\u0660\u066104FF5B000301"_s << coolant;
     QTest::newRow("astral-letters-are-none") << u"\U0001D7D804FF5B000301\U0001F600"_s << coolant;
-    // Only the "x" goes, and every pair behind a first "0" is formed anew.
+    // Only the "x" goes, and every pair after a first "0" is formed anew.
     QTest::newRow("0x-keeps-its-zero")
         << u"0x04 0xFF 5B 00 03 01"_s << QStringList{u"23551/0/3/0/FF5B0003/above normal (most severe)"_s};
     QTest::newRow("0x-throughout") << u"0x04 0xFF 0x5B 0x00 0x03 0x01"_s

@@ -50,7 +50,7 @@ void TestKvtInfo::texts_data()
     QTest::newRow("log-line-not-ascii-before")
         << u"caf\u00e9 \U0001F697 {\"vin\":\"\u00c9\"}"_s << u"\u00c9"_s;
     QTest::newRow("log-line-with-brace-before") << u"{log} {\"vin\":\"V\"}"_s << u"OLD"_s;
-    QTest::newRow("text-behind") << uR"({"vin":"V"} done)"_s << u"OLD"_s;
+    QTest::newRow("text-after") << uR"({"vin":"V"} done)"_s << u"OLD"_s;
     QTest::newRow("empty") << QString() << u"OLD"_s;
     QTest::newRow("no-brace") << u"no information"_s << u"OLD"_s;
     QTest::newRow("only-brace") << u"{"_s << u"OLD"_s;

@@ -149,7 +149,7 @@ void TestLateAnswers::noAnswer()
     openAnotherMeanwhile(late);
     if (QTest::currentTestFailed())
         return;
-    // The library asks for a document again.
+    // Qt asks for a document again.
     m_server->answerAlways({});
     m_server->answerHeld(0, {});
     QVERIFY(m_bench->settle());

@@ -203,7 +203,7 @@ void TestMessageLog::otherMessagesAreCapturedAndLogged_data()
 void TestMessageLog::otherMessagesAreCapturedAndLogged()
 {
     QFETCH(QtMsgType, type);
-    // Called as the framework calls it, which ends the process after a fatal one.
+    // Called as Qt calls it, which ends the process after a fatal one.
     const QtMessageHandler handler = qInstallMessageHandler(m_ofTheTest);
     const QString text = u"größe \u20ac \U0001f69a 100% <b>"_s;
     handler(type, QMessageLogContext("file.cpp", 12, "function", "category"), text);

@@ -45,7 +45,7 @@ void TestOsRules::isCumminsStyleOs_data()
     QTest::newRow("eleven-characters") << u"123456789AB"_s << false;
     QTest::newRow("empty") << QString() << false;
     QTest::newRow("blank-in-front") << u" 2345678AB"_s << false;
-    QTest::newRow("blank-behind") << u"12345678A "_s << false;
+    QTest::newRow("blank-after") << u"12345678A "_s << false;
     QTest::newRow("punctuation-in-front") << u"@1234567AB"_s << false;
     QTest::newRow("bracket-at-end") << u"12345678A["_s << false;
     QTest::newRow("full-width-digits") << u"\uff11\uff12\uff13\uff14\uff15\uff16\uff17\uff18AB"_s << true;
@@ -75,7 +75,7 @@ void TestOsRules::isWeakNumericOs_data()
     QTest::newRow("six-digits") << u"123456"_s << false;
     QTest::newRow("ten-digits") << u"1234567890"_s << false;
     QTest::newRow("empty") << QString() << false;
-    QTest::newRow("blank-behind") << u"12345678 "_s << false;
+    QTest::newRow("blank-after") << u"12345678 "_s << false;
     QTest::newRow("blank-in-front") << u" 12345678"_s << false;
     QTest::newRow("letter-inside") << u"1234x678"_s << false;
     QTest::newRow("sign") << u"-1234567"_s << false;

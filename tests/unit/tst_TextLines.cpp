@@ -114,11 +114,11 @@ void TestTextLines::longLine_data()
     QTest::newRow("2001") << x(2001) << QList<qsizetype>{1000, 1000, 1};
     QTest::newRow("pair-ends-at-the-cut") << x(998) + face + x(5) << QList<qsizetype>{1000, 5};
     QTest::newRow("pair-across-the-cut") << x(999) + face + x(5) << QList<qsizetype>{999, 7};
-    QTest::newRow("pair-behind-the-cut") << x(1000) + face << QList<qsizetype>{1000, 2};
+    QTest::newRow("pair-after-the-cut") << x(1000) + face << QList<qsizetype>{1000, 2};
     QTest::newRow("pair-across-the-cut-at-the-end") << x(999) + face << QList<qsizetype>{999, 2};
     QTest::newRow("lone-half-at-the-cut") << x(999) + QChar(0xD83D) + x(5) << QList<qsizetype>{1000, 5};
     QTest::newRow("pairs-only") << face.repeated(1000) << QList<qsizetype>{1000, 1000};
-    QTest::newRow("pairs-behind-one") << x(1) + face.repeated(1000) << QList<qsizetype>{999, 1000, 2};
+    QTest::newRow("pairs-after-one") << x(1) + face.repeated(1000) << QList<qsizetype>{999, 1000, 2};
 }
 
 void TestTextLines::longLine()

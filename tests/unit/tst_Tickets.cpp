@@ -78,7 +78,7 @@ void TestTickets::accepted_data()
     QTest::newRow("empty-object") << QByteArray("{}") << false << false;
     QTest::newRow("error") << QByteArray(R"({"status":"error"})") << false << false;
     QTest::newRow("capitals") << QByteArray(R"({"status":"OK"})") << false << false;
-    QTest::newRow("blank-behind") << QByteArray(R"({"status":"ok "})") << false << false;
+    QTest::newRow("blank-after") << QByteArray(R"({"status":"ok "})") << false << false;
     QTest::newRow("empty-status") << QByteArray(R"({"status":""})") << false << false;
     QTest::newRow("status-true") << QByteArray(R"({"status":true})") << false << false;
     QTest::newRow("status-number") << QByteArray(R"({"status":1})") << false << false;

@@ -559,7 +559,7 @@ void TestToolLauncher::launchTool_unknownKey_data()
     QTest::addColumn<QString>("key");
 
     QTest::newRow("upper-case") << u"J1939"_s;
-    QTest::newRow("blank-behind") << u"j1939 "_s;
+    QTest::newRow("blank-after") << u"j1939 "_s;
     QTest::newRow("empty") << QString();
     QTest::newRow("other") << u"xcal"_s;
     QTest::newRow("path") << u"../j1939"_s;

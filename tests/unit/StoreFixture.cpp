@@ -1,4 +1,4 @@
-#include "StoreBed.h"
+#include "StoreFixture.h"
 
 #include "api/ServiceConfig.h"
 #include "support/FormData.h"
@@ -17,14 +17,14 @@ constexpr auto allEntries = QDir::AllEntries | QDir::Hidden | QDir::System | QDi
 
 } // namespace
 
-StoreBed::StoreBed()
+StoreFixture::StoreFixture()
     : state(std::make_unique<AppState>())
 {
     client()->setApiBase(server.baseUrl());
     noteAnnouncements();
 }
 
-StoreBed::~StoreBed()
+StoreFixture::~StoreFixture()
 {
     state.reset();
     QDir(TestEnvironment::documents()).removeRecursively();
@@ -38,7 +38,7 @@ StoreBed::~StoreBed()
     }
 }
 
-void StoreBed::deployWithAuthFields(const QTemporaryDir &dir)
+void StoreFixture::deployWithAuthFields(const QTemporaryDir &dir)
 {
     const QString path = dir.filePath(u"deployment.json"_s);
     QVERIFY(makeFile(path,
@@ -48,7 +48,7 @@ void StoreBed::deployWithAuthFields(const QTemporaryDir &dir)
     QCOMPARE(serviceConfig().authFields.size(), 3);
 }
 
-void StoreBed::noteAnnouncements()
+void StoreFixture::noteAnnouncements()
 {
     const auto note = [this](void (AppState::*change)(), const QString &name) {
         QObject::connect(state.get(), change, state.get(), [this, name] { announced.append(name); });
@@ -70,27 +70,27 @@ void StoreBed::noteAnnouncements()
     });
 }
 
-bool StoreBed::idle() const
+bool StoreFixture::idle() const
 {
     return client()->findChildren<QNetworkAccessManager *>().isEmpty();
 }
 
-QString StoreBed::inDocuments(const QString &name)
+QString StoreFixture::inDocuments(const QString &name)
 {
     return TestEnvironment::documents() + u'/' + name;
 }
 
-QStringList StoreBed::documents()
+QStringList StoreFixture::documents()
 {
     return QDir(TestEnvironment::documents()).entryList(allEntries);
 }
 
-QList<QUrl> StoreBed::documentsShown()
+QList<QUrl> StoreFixture::documentsShown()
 {
     return {QUrl::fromLocalFile(TestEnvironment::documents())};
 }
 
-QStringList StoreBed::filesEverywhere()
+QStringList StoreFixture::filesEverywhere()
 {
     const QDir root(TestEnvironment::home() + u"/.."_s);
     QStringList files;

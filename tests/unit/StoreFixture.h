@@ -12,12 +12,12 @@
 
 /// A controller before a raw server, and all that it announces, in order: a status as its level and text, any
 /// other change as the name of its signal.
-class StoreBed
+class StoreFixture
 {
 public:
-    StoreBed();
-    ~StoreBed();
-    Q_DISABLE_COPY_MOVE(StoreBed)
+    StoreFixture();
+    ~StoreFixture();
+    Q_DISABLE_COPY_MOVE(StoreFixture)
 
     /// Makes the whole process one of a deployment that has authentication fields. The store's requests hold
     /// what they are said to hold and no more, so none of these may show in one.
