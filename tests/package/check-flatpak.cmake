@@ -6,7 +6,7 @@ file(READ "${MANIFEST}" manifest)
 foreach(key IN ITEMS id runtime runtime-version sdk command)
     string(JSON type TYPE "${manifest}" ${key})
     if(NOT type STREQUAL "STRING")
-        message(FATAL_ERROR "\"${key}\" is no text")
+        message(FATAL_ERROR "\"${key}\" is not a string")
     endif()
 endforeach()
 
@@ -26,6 +26,16 @@ string(JSON source GET "${manifest}" modules 0 sources 0 path)
 if(NOT EXISTS "${folder}/${source}/CMakeLists.txt")
     message(FATAL_ERROR "There is nothing to build in \"${source}\"")
 endif()
+
+# The documents folder is enough: other files come by the portal.
+string(JSON count LENGTH "${manifest}" finish-args)
+math(EXPR last "${count} - 1")
+foreach(i RANGE ${last})
+    string(JSON argument GET "${manifest}" finish-args ${i})
+    if(argument MATCHES "^--filesystem=" AND NOT argument STREQUAL "--filesystem=xdg-documents")
+        message(FATAL_ERROR "The program need not see more than the documents folder: ${argument}")
+    endif()
+endforeach()
 
 # Each option must still be one of the project's.
 string(JSON count LENGTH "${manifest}" modules 0 config-opts)
