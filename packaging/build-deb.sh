@@ -10,10 +10,16 @@ read -ra options <<<"${KVTEDITOR_CMAKE_OPTIONS-}"
 
 # The same bytes wherever it is built: qmlcachegen declares variables in the order of addresses in its memory. So these
 # are not randomized, and the folders have fixed paths, in mounts of this process alone.
-if [[ -z ${KVTEDITOR_FIXED_PATHS-} ]]; then
+user=()
+((EUID == 0)) || user=(--map-root-user)
+may_mount() {
+  [[ $top/ != /mnt/* && $build/ != /mnt/* ]] \
+    && unshare --mount "${user[@]}" -- setarch --addr-no-randomize mount -t tmpfs tmpfs /mnt 2>/dev/null
+}
+if [[ -z ${KVTEDITOR_FIXED_PATHS-} ]] && ! may_mount; then
+  echo "build-deb: no mounts of its own are allowed here, so the package's bytes depend on the folder" >&2
+elif [[ -z ${KVTEDITOR_FIXED_PATHS-} ]]; then
   mkdir -p "$build"
-  user=()
-  ((EUID == 0)) || user=(--map-root-user)
   cd "$top"
   # shellcheck disable=SC2016 # expands in the inner shell
   KVTEDITOR_FIXED_PATHS=1 unshare --mount "${user[@]}" -- bash -c '

@@ -56,8 +56,7 @@ void TransferMeter::watch(QNetworkReply *reply)
 {
     m_transfers[reply].age.start();
     m_timer->start();
-    // Qt does not know how long a body is that it can read only once: each of its totals is what was
-    // sent so far, and nothing of nothing at the end.
+    // For a sequential body Qt does not know the length: total equals sent, and both are 0 at the end.
     const qint64 length = reply->request().header(QNetworkRequest::ContentLengthHeader).toLongLong();
     connect(reply, &QNetworkReply::uploadProgress, this, [this, reply, length](qint64 sent, qint64 total) {
         if (total > 0) {

@@ -378,8 +378,8 @@ QNetworkAccessManager *VoxApiClient::newManager()
 // The manager belongs to the client and the reply to the manager; both go once the answer was handed over.
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
-    // The announced length may lie: what arrives fills the memory. Ended from the event loop, since a
-    // callback may destroy the client, and Qt goes on with a reply whose abort() has told of its end.
+    // Content-Length may lie, so count what arrives. abort() is queued: it emits finished(), whose callback
+    // may delete the client while Qt still uses the reply.
     const auto isTooLong = std::make_shared<bool>(false);
     connect(reply, &QNetworkReply::readyRead, this, [reply, isTooLong, most = m_largestAnswer] {
         if (reply->bytesAvailable() <= most)

@@ -97,7 +97,7 @@ void AppState::finishStockDownload(const QByteArray &bytes, const QString &filen
     }
     QString error;
     const QString path = temporaryPath(name, &error);
-    // What is refused is not looked into either.
+    // Does not read a file that was refused.
     if (!path.isEmpty() && !FileTools::writePrivateFile(path, bytes, &error) && FileTools::isOwnFile(path))
         error = whyNotOpened(path, bytes, error);
     if (error.isEmpty() && FileTools::isOwnFile(path, &error))

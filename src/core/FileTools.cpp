@@ -178,7 +178,7 @@ bool openForWriting(QFile &file, QString *error)
     return take(file, found, writing, error);
 }
 
-// Changed only once it is known whose it is. An earlier version's file may be open to others.
+// Changes the file only after its owner is checked. Files left by earlier versions may be readable by others.
 bool openOwn(QFile &file, QIODevice::OpenMode mode, QString *error)
 {
     constexpr mode_t ownOnly = S_IRUSR | S_IWUSR;

@@ -46,9 +46,9 @@ public:
     static bool writeFile(const QString &path, const QByteArray &data, QString *error = nullptr);
 
     /// Opens a file for writing, for the user alone, in a folder that others may write to, as the temporary
-    /// folder is. False with the system's error text where a link, a file with a second name, somebody else's
-    /// file or no regular file lies in its place. Never waits. `mode` may add Append, else the file is
-    /// emptied.
+    /// folder is. False with the system's error text if there is a link, a file with a second hard link,
+    /// another user's file or anything but a regular file in its place. Never waits. `mode` may add Append,
+    /// else the file is emptied.
     static bool openPrivateFile(QFile &file, QIODevice::OpenMode mode, QString *error = nullptr);
 
     /// As writeFile, for a file that openPrivateFile opens.

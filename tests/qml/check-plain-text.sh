@@ -23,7 +23,7 @@ function finish(object) {
     } else if (object == "VOXLabel") {
         texts++
         if (plain[depth])
-            complain("a VOXLabel that says what it is ends here")
+            complain("a VOXLabel that sets textFormat ends here")
     } else if (object in labelled) {
         controls++
         if (!content[depth] && (text[depth] || !icon[depth]))

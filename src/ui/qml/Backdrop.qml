@@ -1,7 +1,7 @@
 import QtQuick
 import KvtEditor
 
-// The gradient below the whole window, with a soft glow at the top.
+// The gradient behind the whole window, with a soft glow at the top.
 Item {
     Rectangle {
         anchors.fill: parent

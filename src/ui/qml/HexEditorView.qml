@@ -48,7 +48,7 @@ FocusScope {
         color: VOXTheme.veil
     }
 
-    // Keeps the mouse from what lies below.
+    // Keeps the mouse from what lies behind.
     MouseArea {
         anchors.fill: parent
         acceptedButtons: Qt.AllButtons

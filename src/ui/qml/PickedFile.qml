@@ -11,7 +11,6 @@ VOXLabel {
     Layout.fillWidth: true
     Layout.preferredWidth: 1
 
-
     HoverHandler {
         id: pointer
     }

@@ -63,7 +63,7 @@ VOXWindow {
         onTaken: paths => root.appState.openKvt(paths[0])
     }
 
-    // While the hex editor is shown, nothing below it takes keys, clicks or hover; the control that had the
+    // While the hex editor is shown, nothing behind it takes keys, clicks or hover; the control that had the
     // keyboard gets it back afterwards.
     FocusScope {
         id: workspace

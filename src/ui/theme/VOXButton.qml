@@ -9,8 +9,8 @@ Button {
 
     property bool orange: false
     property string hint
-    // Whether both clicks of a double click act. Elsewhere it acts once: it must not buy, send or open twice, not even
-    // when the service has answered between the clicks.
+    // Whether a double click counts as two clicks. Off by default, so that nothing is bought, sent or opened twice,
+    // even if the service answers in between.
     property bool actsTwice: false
 
     Layout.fillWidth: true

@@ -6,7 +6,7 @@ import QtQuick.Controls.Basic
 import KvtEditor
 
 // The bare line of input inside every captioned field, and alone where a placeholder says enough. `hint` names the
-// key that leads there. What is pasted into a field `unlimitedLength` is taken whole; others cut it without a word.
+// key that leads there. With `unlimitedLength`, pasted text is kept whole; otherwise it is silently truncated.
 TextField {
     id: root
 
