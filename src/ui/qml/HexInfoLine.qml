@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
@@ -13,10 +14,15 @@ RowLayout {
 
     spacing: 24
 
-    VOXLabel {
+    // No VOXLabel: it has the size of the desktop's own texts.
+    Label {
         objectName: "hexInfo"
         text: root.hexModel.byteCount + " bytes  •  offset 0x" + root.offset
+        textFormat: Text.PlainText
+        color: VOXTheme.muted
         font.family: VOXTheme.fixedFamily
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 
     StatusLine {

@@ -56,11 +56,13 @@ RowLayout {
         }
     }
 
-    VOXLabel {
+    // No VOXLabel: it has the size of the desktop's own texts.
+    Label {
         id: label
         objectName: "label"
         Layout.fillWidth: true
         Layout.alignment: Qt.AlignVCenter
+        textFormat: Text.PlainText
         wrapMode: Text.WordWrap
         color: enabled ? VOXTheme.text : VOXTheme.disabledText
         Accessible.ignored: true
