@@ -17,6 +17,8 @@
 
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct List
@@ -39,8 +41,8 @@ const List lists[] = {
     {"candidates", "segments", "swapList", nullptr, "candidates",
      R"({"label":"Candidate %1","targetIndex":1,"donorIndex":2})",
      [](AppState *state, const QString &file) {
-         state->pickSegmentFile(QStringLiteral("base"), file);
-         state->pickSegmentFile(QStringLiteral("donor"), file);
+         state->pickSegmentFile(u"base"_s, file);
+         state->pickSegmentFile(u"donor"_s, file);
          state->previewSegments();
      }},
     {"catalogue", "xdf", "xdfList", nullptr, "items",
@@ -48,20 +50,20 @@ const List lists[] = {
      [](AppState *state, const QString &) { state->xdfCatalog(); }},
     {"patches", "patcher", "patcherList", nullptr, "patches",
      R"({"id":%1,"variant":"Variant %1","description":"Text of patch %1","credits_cost":1})",
-     [](AppState *state, const QString &) { state->loadPatches(QStringLiteral("12650000")); }},
+     [](AppState *state, const QString &) { state->loadPatches(u"12650000"_s); }},
     {"stock files", "stock", "stockList", nullptr, "files",
      R"({"id":"%1","filename":"file%1.kvt","os":"126%1","module":"E38","year":"2015","make":"A","model":"B"})",
      [](AppState *state, const QString &) { state->stockSearch({}); }},
     {"conversation", "feedback", "ticketLog", "lines", "messages", R"({"from":"dev","text":"Message %1"})",
-     [](AppState *state, const QString &) { state->loadTicket(QStringLiteral("T1")); }},
+     [](AppState *state, const QString &) { state->loadTicket(u"T1"_s); }},
 };
 
 QByteArray answerWith(const List &list, int count)
 {
     const QString item = QString::fromLatin1(list.item);
-    QByteArray body = QByteArrayLiteral("{\"status\":\"ok\",\"ok\":true,\"") + list.key + "\":[";
+    QByteArray body = "{\"status\":\"ok\",\"ok\":true,\""_ba + list.key + "\":[";
     for (int i = 0; i < count; ++i)
-        body += (i == 0 ? QByteArray() : QByteArrayLiteral(",")) + item.arg(i).toUtf8();
+        body += (i == 0 ? QByteArray() : ","_ba) + item.arg(i).toUtf8();
     body += "]}";
     return "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nConnection: close\r\nContent-Length: "
         + QByteArray::number(body.size()) + "\r\n\r\n" + body;
@@ -81,7 +83,7 @@ public:
             giveUp("bench_items: BENCH_ITEMS is no number");
         if (!m_server.listen(QHostAddress::LocalHost))
             giveUp("bench_items: no server");
-        m_client->setApiBase(QStringLiteral("http://127.0.0.1:%1/").arg(m_server.serverPort()));
+        m_client->setApiBase(u"http://127.0.0.1:%1/"_s.arg(m_server.serverPort()));
         connect(&m_server, &QTcpServer::newConnection, this, &Bench::serve);
         connect(m_window, &QQuickWindow::frameSwapped, this, &Bench::look, Qt::QueuedConnection);
         QFile file(tuneFile());
@@ -91,7 +93,7 @@ public:
     }
 
 private:
-    QString tuneFile() const { return m_folder.filePath(QStringLiteral("sample.kvt")); }
+    QString tuneFile() const { return m_folder.filePath(u"sample.kvt"_s); }
     const List &list() const { return lists[m_index]; }
 
     void next()

@@ -22,6 +22,8 @@
 #include <cstring>
 #include <time.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 int fail(const char *reason)
@@ -66,13 +68,13 @@ int upload(const QStringList &arguments)
     VoxApiClient client;
     client.setApiBase(arguments.at(0));
     bool answered = false;
-    client.kvtWorker(applicationVersion(), QStringLiteral("kvt_info"), {},
-                     {{QStringLiteral("file"), QFileInfo(arguments.at(1)).fileName(),
-                       FileTools::readFile(arguments.at(1))}},
-                     [&answered](const WorkerResult &result) {
-                         answered = result.isJson;
-                         QCoreApplication::quit();
-                     });
+    client.kvtWorker(
+        applicationVersion(), u"kvt_info"_s, {},
+        {{u"file"_s, QFileInfo(arguments.at(1)).fileName(), FileTools::readFile(arguments.at(1))}},
+        [&answered](const WorkerResult &result) {
+            answered = result.isJson;
+            QCoreApplication::quit();
+        });
     QCoreApplication::exec();
     std::printf("%.2f\n", milliseconds(timer));
     return answered ? 0 : fail("the upload failed");
@@ -88,7 +90,7 @@ double processorMilliseconds()
 
 int find(const QStringList &arguments)
 {
-    const bool zeros = arguments.at(0) == QLatin1String("zeros");
+    const bool zeros = arguments.at(0) == "zeros"_L1;
     const int length = arguments.at(1).toInt();
     const QByteArray haystack = zeros ? Haystack::zeros() : Haystack::noise();
     const QByteArray needle = zeros ? Haystack::absentFromZeros(length) : Haystack::absentFromNoise(length);
@@ -102,7 +104,7 @@ int find(const QStringList &arguments)
         const void *const found = memmem(haystack.constData(), static_cast<size_t>(haystack.size()),
                                          needle.constData(), static_cast<size_t>(needle.size()));
         const double end = processorMilliseconds();
-        if (state.status() != QLatin1String("Not found."))
+        if (state.status() != "Not found."_L1)
             return fail("the editor found what is not there");
         if (found)
             return fail("memmem found what is not there");

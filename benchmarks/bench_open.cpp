@@ -13,6 +13,8 @@
 
 #include <sys/resource.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 double peakMiB()
@@ -41,13 +43,13 @@ void measure(const QString &path, QQuickWindow *target)
     state->setShowHex(true);
     afterNextFrame(target, [=] {
         const double drawn = static_cast<double>(timer.nsecsElapsed()) / 1e6;
-        const QQuickItem *const row = findItem(target->contentItem(), QStringLiteral("hexRow0"));
+        const QQuickItem *const row = findItem(target->contentItem(), u"hexRow0"_s);
         if (!row || !row->isVisible() || row->property("digits").toString().isEmpty())
             giveUp("bench_open: the first row is not drawn");
         std::printf("drawn %.2f\nopened %.1f\n", drawn, residentMiB() - before);
         afterUpload(state, [=] {
             std::printf("peak %.1f\n", peakMiB());
-            state->hexPatch(QStringLiteral("FF 00"));
+            state->hexPatch(u"FF 00"_s);
             afterNextFrame(target, [=] {
                 std::printf("patched %.1f\n", residentMiB() - before);
                 QCoreApplication::quit();

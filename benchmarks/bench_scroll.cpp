@@ -12,6 +12,8 @@
 #include <algorithm>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr std::size_t pageCount = 1000;
@@ -62,14 +64,14 @@ void begin()
         run.window = window;
         AppState *const state = controllerOf(window);
         // Nobody answers there: the file is not to be sent anywhere.
-        state->findChild<VoxApiClient *>()->setApiBase(QStringLiteral("http://127.0.0.1:9/"));
+        state->findChild<VoxApiClient *>()->setApiBase(u"http://127.0.0.1:9/"_s);
         state->openKvt(qEnvironmentVariable("BENCH_FILE"));
         if (state->hexModel()->byteCount() == 0)
             giveUp("bench_scroll: BENCH_FILE names no file");
         state->setShowHex(true);
         // By then the sending has failed, and all views are made.
         QTimer::singleShot(3000, window, [window] {
-            QQuickItem *const rows = findItem(window->contentItem(), QStringLiteral("hexRows"));
+            QQuickItem *const rows = findItem(window->contentItem(), u"hexRows"_s);
             if (!rows)
                 giveUp("bench_scroll: there are no rows");
             rows->forceActiveFocus(Qt::TabFocusReason);

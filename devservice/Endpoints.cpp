@@ -2,6 +2,8 @@
 
 #include <QJsonDocument>
 
+using namespace Qt::StringLiterals;
+
 void EndpointTable::add(const QByteArray &method, const QString &path, Handler handler)
 {
     m_handlers[path].insert(method, std::move(handler));
@@ -12,18 +14,18 @@ ServiceAnswer EndpointTable::answer(const ServiceRequest &request)
     const std::lock_guard lock(m_mutex);
     const auto methods = m_handlers.constFind(request.path);
     if (methods == m_handlers.constEnd())
-        return errorAnswer(QStringLiteral("No such endpoint: %1").arg(request.path), 404);
+        return errorAnswer(u"No such endpoint: %1"_s.arg(request.path), 404);
     const auto handler = methods->constFind(request.method);
     if (handler == methods->constEnd())
-        return errorAnswer(QStringLiteral("Method not allowed"), 405);
+        return errorAnswer(u"Method not allowed"_s, 405);
     if (!request.complete)
-        return errorAnswer(QStringLiteral("The request's body could not be read"), 400);
+        return errorAnswer(u"The request's body could not be read"_s, 400);
     return (*handler)(request);
 }
 
 QString apiRoot()
 {
-    return QStringLiteral("/api/");
+    return u"/api/"_s;
 }
 
 ServiceAnswer jsonAnswer(const QJsonObject &object, int status)
@@ -34,10 +36,7 @@ ServiceAnswer jsonAnswer(const QJsonObject &object, int status)
 
 ServiceAnswer errorAnswer(const QString &message, int status)
 {
-    return jsonAnswer({{QStringLiteral("status"), QStringLiteral("error")},
-                       {QStringLiteral("message"), message},
-                       {QStringLiteral("error"), message}},
-                      status);
+    return jsonAnswer({{u"status"_s, u"error"_s}, {u"message"_s, message}, {u"error"_s, message}}, status);
 }
 
 ServiceAnswer bytesAnswer(const QByteArray &bytes)
@@ -58,12 +57,12 @@ std::optional<QJsonObject> textBody(const ServiceRequest &request,
 {
     const std::optional<QJsonObject> body = jsonBody(request);
     if (!body) {
-        *error = QStringLiteral("Not a JSON object");
+        *error = u"Not a JSON object"_s;
         return std::nullopt;
     }
     for (const QLatin1StringView member : members) {
         if (!body->value(member).isString()) {
-            *error = QStringLiteral("No %1").arg(member);
+            *error = u"No %1"_s.arg(member);
             return std::nullopt;
         }
     }

@@ -2,6 +2,8 @@
 
 #include <QByteArrayView>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QByteArrayView magic = "KVTSAMPLE1\n";
@@ -91,7 +93,7 @@ private:
 
 bool Reader::fail(const QString &reason)
 {
-    m_error = QStringLiteral("%1 at byte %2").arg(reason).arg(m_position);
+    m_error = u"%1 at byte %2"_s.arg(reason).arg(m_position);
     return false;
 }
 
@@ -100,7 +102,7 @@ bool Reader::nextLine(QByteArray *key, QByteArray *value)
     const QByteArrayView rest = QByteArrayView(m_bytes).sliced(m_position);
     const qsizetype length = rest.indexOf('\n');
     if (length < 0)
-        return fail(QStringLiteral("The file is cut short"));
+        return fail(u"The file is cut short"_s);
     const QByteArray text = rest.first(length).toByteArray();
     *key = text.left(keyWidth).trimmed();
     *value = text.mid(keyWidth).trimmed();
@@ -112,7 +114,7 @@ bool Reader::takeRow(const QByteArray &value)
 {
     const qsizetype split = value.indexOf('=');
     if (split < 0)
-        return fail(QStringLiteral("A row without \"=\""));
+        return fail(u"A row without \"=\""_s);
     m_tune.modules.last().rows.append(
         {QString::fromUtf8(value.left(split).trimmed()), QString::fromUtf8(value.mid(split + 1).trimmed())});
     return true;
@@ -124,9 +126,9 @@ bool Reader::takeSegment(const QByteArray &value)
     bool isNumber = false;
     const qint64 size = value.mid(split + 1).toLongLong(&isNumber, 16);
     if (split < 0 || !isNumber || size < 0)
-        return fail(QStringLiteral("A segment without a size"));
+        return fail(u"A segment without a size"_s);
     if (size >= m_bytes.size() - m_position || m_bytes.at(m_position + size) != '\n')
-        return fail(QStringLiteral("A segment does not end where it says"));
+        return fail(u"A segment does not end where it says"_s);
     m_tune.modules.last().segments.append(
         {QString::fromUtf8(value.left(split).trimmed()), m_bytes.mid(m_position, size)});
     m_segmentOffsets.append(m_position);
@@ -145,7 +147,7 @@ bool Reader::takeLine(const QByteArray &key, const QByteArray &value)
     if (key == "module")
         m_tune.modules.append(SampleModule{});
     if (m_tune.modules.isEmpty())
-        return fail(QStringLiteral("A module's line before the first module"));
+        return fail(u"A module's line before the first module"_s);
     for (const auto &[name, width, text] : moduleFields) {
         if (key == name) {
             m_tune.modules.last().*text = QString::fromUtf8(value);
@@ -154,13 +156,13 @@ bool Reader::takeLine(const QByteArray &key, const QByteArray &value)
     }
     if (key == "row")
         return takeRow(value);
-    return key == "segment" ? takeSegment(value) : fail(QStringLiteral("An unknown line"));
+    return key == "segment" ? takeSegment(value) : fail(u"An unknown line"_s);
 }
 
 std::optional<SampleTune> Reader::read()
 {
     if (!m_bytes.startsWith(magic)) {
-        fail(QStringLiteral("Not a sample container"));
+        fail(u"Not a sample container"_s);
         return std::nullopt;
     }
     m_position = magic.size();
@@ -170,7 +172,7 @@ std::optional<SampleTune> Reader::read()
         if (key == endLine) {
             if (m_position == m_bytes.size())
                 return m_tune;
-            fail(QStringLiteral("Bytes after the end"));
+            fail(u"Bytes after the end"_s);
             return std::nullopt;
         }
         if (!takeLine(key, value))

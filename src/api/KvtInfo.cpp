@@ -13,13 +13,15 @@
 #include <array>
 #include <span>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString vinKey = QStringLiteral("vin");
-const QString serialKey = QStringLiteral("serial");
-const QString mainOsKey = QStringLiteral("mainOS");
-const QString modulesKey = QStringLiteral("modules");
-const QString serial1Key = QStringLiteral("serial1");
+const QString vinKey = u"vin"_s;
+const QString serialKey = u"serial"_s;
+const QString mainOsKey = u"mainOS"_s;
+const QString modulesKey = u"modules"_s;
+const QString serial1Key = u"serial1"_s;
 
 struct Alias
 {
@@ -67,7 +69,7 @@ QJsonObject answerObject(const QString &json)
     // The worker may print lines ahead of its JSON.
     text.remove(0, std::max<qsizetype>(text.indexOf('{'), 0));
     QJsonObject object = jsonObjectFromBody(text).value_or(QJsonObject());
-    for (const auto &nested : {QStringLiteral("kvt"), QStringLiteral("identifiers")}) {
+    for (const auto &nested : {u"kvt"_s, u"identifiers"_s}) {
         const QJsonValue inner = object.value(nested);
         if (inner.isObject())
             object = inner.toObject();
@@ -115,7 +117,7 @@ void reconcile(Numbers &numbers)
         return;
     }
     const QString asRead = numbers.mainOs;
-    numbers.mainOs = candidates.first(2 <= candidates.size() ? 2 : 1).join(QStringLiteral(" / "));
+    numbers.mainOs = candidates.first(2 <= candidates.size() ? 2 : 1).join(u" / "_s);
     clearIfOs(numbers.serial1);
     clearIfOs(numbers.serial2);
     if (numbers.serial1.isEmpty() && FileTools::isWeakNumericOs(asRead))
@@ -124,10 +126,10 @@ void reconcile(Numbers &numbers)
 
 void mergeNumbers(QVariantMap &identifiers, const QJsonObject &answer)
 {
-    Numbers numbers{firstText(answer, serialKeys), jsonString(answer, QStringLiteral("serial2")),
+    Numbers numbers{firstText(answer, serialKeys), jsonString(answer, u"serial2"_s),
                     firstText(answer, mainOsKeys)};
     reconcile(numbers);
-    const QString os1 = jsonString(answer, QStringLiteral("os1"));
+    const QString os1 = jsonString(answer, u"os1"_s);
     if (!os1.isEmpty())
         numbers.mainOs = os1;
 
@@ -141,15 +143,15 @@ QVariantMap moduleEntry(const QJsonObject &module)
 {
     QStringList labels;
     QStringList values;
-    const QJsonArray rows = module.value(QStringLiteral("rows")).toArray();
+    const QJsonArray rows = module.value(u"rows"_s).toArray();
     for (const QJsonValue &value : rows) {
         const QJsonObject row = value.toObject();
-        labels.append(jsonString(row, QStringLiteral("label")));
-        values.append(jsonString(row, QStringLiteral("value")));
+        labels.append(jsonString(row, u"label"_s));
+        values.append(jsonString(row, u"value"_s));
     }
-    return FileTools::makeModuleEntry(jsonString(module, QStringLiteral("title")), jsonString(module, vinKey),
-                                      jsonString(module, serialKey),
-                                      jsonString(module, QStringLiteral("mainOs")), labels, values);
+    return FileTools::makeModuleEntry(jsonString(module, u"title"_s), jsonString(module, vinKey),
+                                      jsonString(module, serialKey), jsonString(module, u"mainOs"_s), labels,
+                                      values);
 }
 
 void mergeModules(QVariantMap &identifiers, const QJsonArray &answered)
@@ -163,14 +165,13 @@ void mergeModules(QVariantMap &identifiers, const QJsonArray &answered)
     const QVariantMap first = modules.constFirst().toMap();
     setUnlessEmpty(identifiers, vinKey, first.value(vinKey).toString());
     setUnlessEmpty(identifiers, serialKey, first.value(serialKey).toString());
-    setUnlessEmpty(identifiers, mainOsKey, first.value(QStringLiteral("mainOs")).toString());
+    setUnlessEmpty(identifiers, mainOsKey, first.value(u"mainOs"_s).toString());
 
     // The service sends these five in a fixed order under labels of its own.
-    const QVariantList rows = first.value(QStringLiteral("rows")).toList();
+    const QVariantList rows = first.value(u"rows"_s).toList();
     const qsizetype filled = std::min<qsizetype>(rows.size(), std::ssize(positionalRows));
     for (qsizetype i = 0; i < filled; ++i) {
-        identifiers.insert(QLatin1String(positionalRows[i]),
-                           rows.at(i).toMap().value(QStringLiteral("value")).toString());
+        identifiers.insert(QLatin1String(positionalRows[i]), rows.at(i).toMap().value(u"value"_s).toString());
     }
 }
 

@@ -6,17 +6,18 @@
 #include <QStringList>
 #include <QVariantMap>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString labelKey = QStringLiteral("label");
-const QString indexKey = QStringLiteral("index");
-const QString selectedKey = QStringLiteral("selected");
+const QString labelKey = u"label"_s;
+const QString indexKey = u"index"_s;
+const QString selectedKey = u"selected"_s;
 
 QString builtLabel(const QJsonObject &candidate)
 {
-    return QStringLiteral("T%1 \u2190 D%2")
-        .arg(QString::number(jsonInt(candidate, QStringLiteral("targetIndex"))),
-             QString::number(jsonInt(candidate, QStringLiteral("donorIndex"))));
+    return u"T%1 \u2190 D%2"_s.arg(QString::number(jsonInt(candidate, u"targetIndex"_s)),
+                                   QString::number(jsonInt(candidate, u"donorIndex"_s)));
 }
 
 } // namespace
@@ -25,7 +26,7 @@ QVariantList decodeSwapCandidates(const QString &json)
 {
     const QJsonObject answer = jsonObjectFromBody(json.toUtf8()).value_or(QJsonObject());
     QVariantList candidates;
-    for (const QJsonValue &element : firstArray(answer, {QStringLiteral("candidates")})) {
+    for (const QJsonValue &element : firstArray(answer, {u"candidates"_s})) {
         const QJsonObject object = element.toObject();
         QVariantMap candidate = object.toVariantMap();
         candidate.insert(indexKey, static_cast<int>(candidates.size()));
@@ -45,5 +46,5 @@ QString selectedCandidateIndices(const QVariantList &candidates)
         if (candidate.value(selectedKey).toBool())
             indices.append(candidate.value(indexKey).toString());
     }
-    return indices.join(QLatin1Char(','));
+    return indices.join(','_L1);
 }

@@ -16,39 +16,39 @@
 #include <algorithm>
 #include <system_error>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString apiBaseKey = QStringLiteral("apiBase");
-const QString authFieldsKey = QStringLiteral("authFields");
-const QString storeUrlKey = QStringLiteral("storeUrl");
-const QString placeholderEmailKey = QStringLiteral("placeholderEmail");
+const QString apiBaseKey = u"apiBase"_s;
+const QString authFieldsKey = u"authFields"_s;
+const QString storeUrlKey = u"storeUrl"_s;
+const QString placeholderEmailKey = u"placeholderEmail"_s;
 
 bool isLoopback(const QString &host)
 {
-    return host.compare(QLatin1String("localhost"), Qt::CaseInsensitive) == 0
-        || QHostAddress(host).isLoopback();
+    return host.compare("localhost"_L1, Qt::CaseInsensitive) == 0 || QHostAddress(host).isLoopback();
 }
 
 // Tune files and passwords travel to this address, so nothing in between may read along.
 bool isSafeBase(const QUrl &url)
 {
     return url.isValid() && !url.host().isEmpty()
-        && (url.scheme() == QLatin1String("https")
-            || (url.scheme() == QLatin1String("http") && isLoopback(url.host())));
+        && (url.scheme() == "https"_L1 || (url.scheme() == "http"_L1 && isLoopback(url.host())));
 }
 
 // The address is shown and joined with paths.
 bool isMoreThanAPlace(const QUrl &url)
 {
-    return url.authority().contains(QLatin1Char('@')) || url.hasQuery() || url.hasFragment();
+    return url.authority().contains('@'_L1) || url.hasQuery() || url.hasFragment();
 }
 
 QString objectionToBase(const QUrl &url)
 {
     if (!isSafeBase(url))
-        return QStringLiteral("\"apiBase\" is neither HTTPS nor HTTP on a loopback address");
+        return u"\"apiBase\" is neither HTTPS nor HTTP on a loopback address"_s;
     if (isMoreThanAPlace(url))
-        return QStringLiteral("\"apiBase\" holds user information, a query or a fragment");
+        return u"\"apiBase\" holds user information, a query or a fragment"_s;
     return {};
 }
 
@@ -66,26 +66,26 @@ bool isTextMap(const QJsonValue &value)
 QString objection(const QString &key, const QJsonValue &value)
 {
     if (key == authFieldsKey)
-        return isTextMap(value) ? QString() : QStringLiteral("\"authFields\" is no object of texts");
+        return isTextMap(value) ? QString() : u"\"authFields\" is no object of texts"_s;
     if (key != apiBaseKey && key != storeUrlKey && key != placeholderEmailKey)
-        return QStringLiteral("the key \"%1\" is unknown").arg(key);
+        return u"the key \"%1\" is unknown"_s.arg(key);
     if (!value.isString())
-        return QStringLiteral("\"%1\" is no text").arg(key);
+        return u"\"%1\" is no text"_s.arg(key);
     return key == apiBaseKey ? objectionToBase(QUrl(value.toString(), QUrl::StrictMode)) : QString();
 }
 
 ServiceConfig noService(const QString &path, const QString &reason)
 {
     ServiceConfig config;
-    config.refusal = QStringLiteral("Service configuration %1 is not used: %2")
-                         .arg(QDir::toNativeSeparators(path), reason);
+    config.refusal =
+        u"Service configuration %1 is not used: %2"_s.arg(QDir::toNativeSeparators(path), reason);
     qWarning("%s", qUtf8Printable(config.refusal));
     return config;
 }
 
 QString withSlash(const QString &url)
 {
-    return url.endsWith(QLatin1Char('/')) ? url : url + QLatin1Char('/');
+    return url.endsWith('/'_L1) ? url : url + '/'_L1;
 }
 
 } // namespace
@@ -108,7 +108,7 @@ std::optional<ServiceConfig> parseServiceConfig(const QByteArray &json, const Se
         return std::nullopt;
     }
     if (!document.isObject()) {
-        setError(error, QStringLiteral("it is no JSON object"));
+        setError(error, u"it is no JSON object"_s);
         return std::nullopt;
     }
     const QJsonObject object = document.object();
@@ -132,7 +132,7 @@ ServiceConfig loadServiceConfig(const QString &environmentFile, const QString &p
 {
     QString path = environmentFile;
     if (path.isEmpty()) {
-        path = QDir(programDir).filePath(QStringLiteral("service.json"));
+        path = QDir(programDir).filePath(u"service.json"_s);
         std::error_code problem;
         if (std::filesystem::status(systemPath(path), problem).type()
             == std::filesystem::file_type::not_found)
@@ -147,8 +147,8 @@ ServiceConfig loadServiceConfig(const QString &environmentFile, const QString &p
         return noService(path, error);
     if (!config->authFields.isEmpty() && QFileInfo(path).permission(QFileDevice::ReadOther)) {
         config->warning =
-            QStringLiteral("Service configuration %1 holds \"authFields\" and can be read by everybody.")
-                .arg(QDir::toNativeSeparators(path));
+            u"Service configuration %1 holds \"authFields\" and can be read by everybody."_s.arg(
+                QDir::toNativeSeparators(path));
         qWarning("%s", qUtf8Printable(config->warning));
     }
     return *config;

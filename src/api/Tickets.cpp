@@ -5,26 +5,28 @@
 
 #include <QJsonDocument>
 
+using namespace Qt::StringLiterals;
+
 QJsonObject supportTicket(const QString &type, const QString &name, const QString &email,
                           const QString &description, const QString &placeholderEmail)
 {
-    return {{QStringLiteral("type"), type},
-            {QStringLiteral("name"), name},
-            {QStringLiteral("email"), email.isEmpty() ? placeholderEmail : email},
-            {QStringLiteral("description"), description},
-            {QStringLiteral("version"), applicationVersion()},
+    return {{u"type"_s, type},
+            {u"name"_s, name},
+            {u"email"_s, email.isEmpty() ? placeholderEmail : email},
+            {u"description"_s, description},
+            {u"version"_s, applicationVersion()},
             // The service expects this text from every platform.
-            {QStringLiteral("os"), QStringLiteral("Windows")}};
+            {u"os"_s, u"Windows"_s}};
 }
 
 bool ticketAccepted(const QJsonObject &answer)
 {
-    return jsonString(answer, QStringLiteral("status")) == QLatin1String("ok");
+    return jsonString(answer, u"status"_s) == "ok"_L1;
 }
 
 bool replyAccepted(const QJsonObject &answer)
 {
-    return ticketAccepted(answer) || answer.value(QStringLiteral("ok")).toBool();
+    return ticketAccepted(answer) || answer.value(u"ok"_s).toBool();
 }
 
 QString threadTextOf(const QJsonObject &answer)

@@ -8,6 +8,8 @@
 #include <limits>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int updateInterval = 100;
@@ -19,8 +21,7 @@ QString size(qint64 bytes)
 
 QString progress(const QString &what, qint64 done, qint64 total)
 {
-    return total > 0 ? QStringLiteral("%1 %2 of %3").arg(what, size(done), size(total))
-                     : QStringLiteral("%1 %2").arg(what, size(done));
+    return total > 0 ? u"%1 %2 of %3"_s.arg(what, size(done), size(total)) : u"%1 %2"_s.arg(what, size(done));
 }
 
 /// The sum of two totals is known when both are. A peer may announce any number: what is more than can be
@@ -38,9 +39,9 @@ qint64 totalOf(qint64 one, qint64 other)
 QString transferText(const TransferBytes &bytes)
 {
     if (bytes.sent < bytes.toSend)
-        return progress(QStringLiteral("Sending"), bytes.sent, bytes.toSend);
+        return progress(u"Sending"_s, bytes.sent, bytes.toSend);
     if (bytes.received > 0)
-        return progress(QStringLiteral("Receiving"), bytes.received, bytes.toReceive);
+        return progress(u"Receiving"_s, bytes.received, bytes.toReceive);
     return {};
 }
 

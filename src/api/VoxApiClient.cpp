@@ -18,6 +18,8 @@
 #include <optional>
 #include <system_error>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qsizetype shownBodyBytes = 300;
@@ -25,10 +27,10 @@ constexpr qsizetype shownBodyBytes = 300;
 // be a module's whole memory is looked at for that.
 constexpr qint64 largestImage = 64 * 1024 * 1024;
 
-const QString sessionTokenKey = QStringLiteral("session_token");
-const QString calIdKey = QStringLiteral("cal_id");
-const QString ticketIdKey = QStringLiteral("ticket_id");
-const QString ticketPath = QStringLiteral("feedback_reply.aspx");
+const QString sessionTokenKey = u"session_token"_s;
+const QString calIdKey = u"cal_id"_s;
+const QString ticketIdKey = u"ticket_id"_s;
+const QString ticketPath = u"feedback_reply.aspx"_s;
 
 QNetworkRequest requestTo(const QString &address)
 {
@@ -62,8 +64,8 @@ QNetworkReply *postOnce(QNetworkAccessManager *manager, QNetworkRequest request,
 QString headerText(QString text)
 {
     for (QChar &c : text) {
-        if (c == QLatin1Char('\r') || c == QLatin1Char('\n') || c == QChar::Null)
-            c = QLatin1Char('_');
+        if (c == '\r'_L1 || c == '\n'_L1 || c == QChar::Null)
+            c = '_'_L1;
     }
     return text;
 }
@@ -77,14 +79,14 @@ class Form
 public:
     void addField(const QString &name, const QByteArray &value)
     {
-        addPart(QStringLiteral("form-data; name=\"%1\"").arg(headerText(name)), {}, value);
+        addPart(u"form-data; name=\"%1\""_s.arg(headerText(name)), {}, value);
     }
 
     void addFile(const WorkerFile &file)
     {
-        addPart(QStringLiteral("form-data; name=\"%1\"; filename=\"%2\"")
-                    .arg(headerText(file.fieldName), headerText(file.fileName)),
-                QByteArrayLiteral("Content-Type: application/octet-stream\r\n"), file.data);
+        addPart(u"form-data; name=\"%1\"; filename=\"%2\""_s.arg(headerText(file.fieldName),
+                                                                 headerText(file.fileName)),
+                "Content-Type: application/octet-stream\r\n"_ba, file.data);
     }
 
     QByteArray contentType() const { return "multipart/form-data; boundary=\"" + m_boundary + '"'; }
@@ -96,7 +98,7 @@ private:
         m_pieces.append("--" + m_boundary + "\r\nContent-Disposition: " + disposition.toUtf8() + "\r\n"
                         + typeLine + "\r\n");
         m_pieces.append(body);
-        m_pieces.append(QByteArrayLiteral("\r\n"));
+        m_pieces.append("\r\n"_ba);
     }
 
     QByteArray m_boundary = QHttpMultiPart(QHttpMultiPart::FormDataType).boundary();
@@ -149,19 +151,19 @@ WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &obj
         result.data = body;
         result.ok = !body.isEmpty();
         if (!result.ok)
-            result.error = QStringLiteral("Worker returned empty response.");
+            result.error = u"Worker returned empty response."_s;
         return result;
     }
     result.text = QString::fromUtf8(body);
-    const QString status = jsonString(object, QStringLiteral("status"));
-    result.ok = status == QLatin1String("ok");
+    const QString status = jsonString(object, u"status"_s);
+    result.ok = status == "ok"_L1;
     if (result.ok)
         return result;
-    result.error = jsonString(object, QStringLiteral("message"));
+    result.error = jsonString(object, u"message"_s);
     if (result.error.isEmpty())
-        result.error = jsonString(object, QStringLiteral("error"));
+        result.error = jsonString(object, u"error"_s);
     if (result.error.isEmpty())
-        result.error = QStringLiteral("Worker error: %1").arg(status);
+        result.error = u"Worker error: %1"_s.arg(status);
     return result;
 }
 
@@ -176,12 +178,12 @@ VoxApiClient::~VoxApiClient() = default;
 
 void VoxApiClient::setApiBase(const QString &base)
 {
-    m_apiBase = base.endsWith(QLatin1Char('/')) ? base : base + QLatin1Char('/');
+    m_apiBase = base.endsWith('/'_L1) ? base : base + '/'_L1;
 }
 
 QString VoxApiClient::url(const QString &path) const
 {
-    return m_apiBase + (path.startsWith(QLatin1Char('/')) ? path.sliced(1) : path);
+    return m_apiBase + (path.startsWith('/'_L1) ? path.sliced(1) : path);
 }
 
 void VoxApiClient::postJson(const QString &path, const QJsonObject &object, JsonCallback callback)
@@ -194,7 +196,7 @@ void VoxApiClient::postJsonText(const QString &path, const QList<QByteArray> &pi
     if (refused([callback](const QString &reason) { callback({}, reason); }))
         return;
     QNetworkRequest request = requestTo(url(path));
-    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json; charset=utf-8"));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, u"application/json; charset=utf-8"_s);
     auto *const manager = newManager();
     handOver(postOnce(manager, request, pieces), manager,
              [callback = std::move(callback)](QNetworkReply *finished, const QByteArray &answer,
@@ -205,9 +207,9 @@ void VoxApiClient::postJsonText(const QString &path, const QList<QByteArray> &pi
                      return;
                  }
                  callback({},
-                          QStringLiteral("HTTP %1: %2")
-                              .arg(QString::number(httpStatus(finished)),
-                                   QString::fromUtf8(answer.first(std::min(answer.size(), shownBodyBytes)))));
+                          u"HTTP %1: %2"_s.arg(
+                              QString::number(httpStatus(finished)),
+                              QString::fromUtf8(answer.first(std::min(answer.size(), shownBodyBytes)))));
              });
 }
 
@@ -261,16 +263,16 @@ void VoxApiClient::kvtWorker(const QString &version, const QString &operation, c
 {
     if (files.isEmpty() || files.constFirst().data.isEmpty()) {
         WorkerResult refused;
-        refused.error = QStringLiteral("No input file for worker request.");
+        refused.error = u"No input file for worker request."_s;
         callback(refused);
         return;
     }
     QVariantMap form = serviceConfig().authFields;
-    form.insert(QStringLiteral("version"), version);
-    form.insert(QStringLiteral("operation"), operation);
+    form.insert(u"version"_s, version);
+    form.insert(u"operation"_s, operation);
     for (const auto &[name, value] : fields)
         form.insert(name, value);
-    postMultipart(QStringLiteral("kvt_worker/process.aspx"), form, files,
+    postMultipart(u"kvt_worker/process.aspx"_s, form, files,
                   [callback = std::move(callback)](const QByteArray &body, const QJsonObject &object,
                                                    const QString &error) {
                       callback(classifyWorkerAnswer(body, object, error));
@@ -279,7 +281,7 @@ void VoxApiClient::kvtWorker(const QString &version, const QString &operation, c
 
 void VoxApiClient::uploadToDev(const QJsonObject &object, BytesCallback callback)
 {
-    postJson(QStringLiteral("upload.aspx"), object,
+    postJson(u"upload.aspx"_s, object,
              [callback = std::move(callback)](const QJsonObject &answer, const QString &error) {
                  callback({}, answer, error);
              });
@@ -287,25 +289,24 @@ void VoxApiClient::uploadToDev(const QJsonObject &object, BytesCallback callback
 
 void VoxApiClient::xdfLogin(const QString &email, const QString &password, JsonCallback callback)
 {
-    postJson(QStringLiteral("xdf/login.aspx"),
-             {{QStringLiteral("email"), email}, {QStringLiteral("password"), password}}, std::move(callback));
+    postJson(u"xdf/login.aspx"_s, {{u"email"_s, email}, {u"password"_s, password}}, std::move(callback));
 }
 
 void VoxApiClient::xdfCatalog(const QString &sessionToken, const QString &osId, JsonCallback callback)
 {
-    postJson(QStringLiteral("xdf/catalog.aspx"),
-             {{sessionTokenKey, sessionToken}, {QStringLiteral("os_id"), osId}}, std::move(callback));
+    postJson(u"xdf/catalog.aspx"_s, {{sessionTokenKey, sessionToken}, {u"os_id"_s, osId}},
+             std::move(callback));
 }
 
 void VoxApiClient::xdfDownload(const QString &sessionToken, const QString &id, BytesCallback callback)
 {
-    postMultipart(QStringLiteral("xdf/download.aspx"),
-                  {{sessionTokenKey, sessionToken}, {QStringLiteral("id"), id}}, {}, std::move(callback));
+    postMultipart(u"xdf/download.aspx"_s, {{sessionTokenKey, sessionToken}, {u"id"_s, id}}, {},
+                  std::move(callback));
 }
 
 void VoxApiClient::patches(const QString &sessionToken, const QString &calId, JsonCallback callback)
 {
-    postJson(QStringLiteral("patches/patches.aspx"), {{sessionTokenKey, sessionToken}, {calIdKey, calId}},
+    postJson(u"patches/patches.aspx"_s, {{sessionTokenKey, sessionToken}, {calIdKey, calId}},
              std::move(callback));
 }
 
@@ -313,52 +314,47 @@ void VoxApiClient::applyPatch(const QString &sessionToken, int patchId, const QB
                               const QString &calId, JsonCallback callback)
 {
     const QByteArray text = QJsonDocument({{sessionTokenKey, sessionToken},
-                                           {QStringLiteral("patch_id"), QString::number(patchId)},
-                                           {QStringLiteral("file_data"), QString()},
+                                           {u"patch_id"_s, QString::number(patchId)},
+                                           {u"file_data"_s, QString()},
                                            {calIdKey, calId}})
                                 .toJson(QJsonDocument::Compact);
     // Filled in only now: as text in an object, a large file would take ten times its size, and seconds. No
     // value can look like the member, for its quotes would be escaped.
-    const QByteArray member = QByteArrayLiteral("\"file_data\":\"");
+    const QByteArray member = "\"file_data\":\""_ba;
     const qsizetype value = text.indexOf(member) + member.size();
-    postJsonText(QStringLiteral("patches/patch_process.aspx"),
+    postJsonText(u"patches/patch_process.aspx"_s,
                  {text.first(value), binBytes.toBase64(), text.sliced(value)}, std::move(callback));
 }
 
 void VoxApiClient::stockList(const QVariantMap &filters, JsonCallback callback)
 {
-    postJson(QStringLiteral("stock/list.aspx"), QJsonObject::fromVariantMap(filters), std::move(callback));
+    postJson(u"stock/list.aspx"_s, QJsonObject::fromVariantMap(filters), std::move(callback));
 }
 
 void VoxApiClient::stockDownload(const QString &id, BytesCallback callback)
 {
-    postMultipart(QStringLiteral("stock/download.aspx"), {{QStringLiteral("id"), id}}, {},
-                  std::move(callback));
+    postMultipart(u"stock/download.aspx"_s, {{u"id"_s, id}}, {}, std::move(callback));
 }
 
 void VoxApiClient::feedbackSubmit(const QJsonObject &ticket, JsonCallback callback)
 {
-    postJson(QStringLiteral("feedback.aspx"), ticket, std::move(callback));
+    postJson(u"feedback.aspx"_s, ticket, std::move(callback));
 }
 
 void VoxApiClient::feedbackHistory(const QString &ticketId, JsonCallback callback)
 {
-    postJson(ticketPath, {{QStringLiteral("action"), QStringLiteral("history")}, {ticketIdKey, ticketId}},
-             std::move(callback));
+    postJson(ticketPath, {{u"action"_s, u"history"_s}, {ticketIdKey, ticketId}}, std::move(callback));
 }
 
 void VoxApiClient::feedbackReply(const QString &ticketId, const QString &message, JsonCallback callback)
 {
-    postJson(ticketPath,
-             {{QStringLiteral("action"), QStringLiteral("reply")},
-              {ticketIdKey, ticketId},
-              {QStringLiteral("message"), message}},
+    postJson(ticketPath, {{u"action"_s, u"reply"_s}, {ticketIdKey, ticketId}, {u"message"_s, message}},
              std::move(callback));
 }
 
 void VoxApiClient::checkUpdate(JsonCallback callback)
 {
-    getJson(QStringLiteral("updates/kvteditornew/update.json"), std::move(callback));
+    getJson(u"updates/kvteditornew/update.json"_s, std::move(callback));
 }
 
 bool VoxApiClient::refused(const std::function<void(const QString &)> &end)

@@ -11,6 +11,8 @@
 #include <QMutexLocker>
 #include <QNetworkReply>
 
+using namespace Qt::StringLiterals;
+
 AppState::AppState(QObject *parent)
     : QObject(parent)
     , m_client(new VoxApiClient(this))
@@ -55,7 +57,7 @@ void AppState::copyText(const QString &text, const QString &label)
 {
     if (qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
         QGuiApplication::clipboard()->setText(text);
-    setStatus(label + QStringLiteral(" copied."), 1);
+    setStatus(label + u" copied."_s, 1);
 }
 
 void AppState::openEditorDebug() { }

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <iterator>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qsizetype shownAnswerLength = 240;
@@ -77,14 +79,14 @@ QString inputBaseName(const QString &name)
 
 FieldList optionFields(Option option, const QString &xcalMode, bool skipVerify)
 {
-    const QString mode = QStringLiteral("xcal_mode");
+    const QString mode = u"xcal_mode"_s;
     switch (option) {
     case Option::XcalMode:
         return {{mode, xcalMode}};
     case Option::FlatMode:
-        return {{mode, QStringLiteral("flat")}};
+        return {{mode, u"flat"_s}};
     case Option::SkipVerify:
-        return {{QStringLiteral("vbf_skip_verify"), skipVerify ? QStringLiteral("1") : QStringLiteral("0")}};
+        return {{u"vbf_skip_verify"_s, skipVerify ? u"1"_s : u"0"_s}};
     case Option::None:
         break;
     }
@@ -100,7 +102,7 @@ void AppState::convertOp(const QString &op, const QString &path, const QString &
     if (path.isEmpty()) {
         input = currentKvtBytes();
         if (input.isEmpty()) {
-            setStatus(QStringLiteral("Open an KVT on MAIN or pick a file first."), 0);
+            setStatus(u"Open an KVT on MAIN or pick a file first."_s, 0);
             return;
         }
     } else {
@@ -121,10 +123,9 @@ void AppState::convertOp(const QString &op, const QString &path, const QString &
 
     QList<std::pair<QString, QByteArray>> extraFiles;
     if (conversion->extra == Extra::BaseFile && !m_baseKvt.isEmpty())
-        extraFiles.append({QStringLiteral("import"), m_baseKvt});
+        extraFiles.append({u"import"_s, m_baseKvt});
     if (conversion->extra == Extra::HeaderAndExport) {
-        extraFiles = {{QStringLiteral("header"), input},
-                      {QStringLiteral("export"), FileTools::readFile(path2)}};
+        extraFiles = {{u"header"_s, input}, {u"export"_s, FileTools::readFile(path2)}};
     }
     const QString suffix = QLatin1String(conversion->name);
     const QString outName = conversion->naming == Naming::Workspace ? suggestName(suffix)
@@ -140,7 +141,7 @@ void AppState::pickBaseKvt(const QString &path)
     if (m_baseKvt.isEmpty())
         setStatus(error, 0);
     else
-        setStatus(QStringLiteral("Base KVT set: %1").arg(QFileInfo(path).fileName()), 1);
+        setStatus(u"Base KVT set: %1"_s.arg(QFileInfo(path).fileName()), 1);
 }
 
 void AppState::toolConvert(const QString &kind, const QString &path, const QString &)
@@ -162,13 +163,13 @@ void AppState::workerConvert(const QString &operation, const QByteArray &input, 
                              const QString &outName)
 {
     if (input.isEmpty()) {
-        setStatus(QStringLiteral("No input file."), 0);
+        setStatus(u"No input file."_s, 0);
         return;
     }
-    const QString fileName = inputName.isEmpty() ? QStringLiteral("input.bin") : inputName;
-    QList<WorkerFile> files{{QStringLiteral("file"), fileName, input}};
+    const QString fileName = inputName.isEmpty() ? u"input.bin"_s : inputName;
+    QList<WorkerFile> files{{u"file"_s, fileName, input}};
     for (const auto &[name, bytes] : extraFiles)
-        files.append({name, name + QStringLiteral(".bin"), bytes});
+        files.append({name, name + u".bin"_s, bytes});
 
     setBusy(true);
     m_client->kvtWorker(applicationVersion(), operation, fields, files,
@@ -189,7 +190,7 @@ void AppState::finishConversion(const WorkerResult &result, const QString &outNa
     const QString path = saveToDocuments(result.data, outName);
     if (path.isEmpty())
         return;
-    if (outName.endsWith(QLatin1String(".kvt"), Qt::CaseInsensitive))
+    if (outName.endsWith(".kvt"_L1, Qt::CaseInsensitive))
         openKvt(path);
-    setStatus(QStringLiteral("Saved %1").arg(outName), 1);
+    setStatus(u"Saved %1"_s.arg(outName), 1);
 }

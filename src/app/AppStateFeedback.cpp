@@ -10,12 +10,14 @@
 #include <QJsonObject>
 #include <QUrl>
 
+using namespace Qt::StringLiterals;
+
 void AppState::sendToDev(const QString &email, const QString &notes)
 {
     QJsonObject ticket = QJsonObject::fromVariantMap(serviceConfig().authFields);
     const QJsonObject members =
-        supportTicket(QStringLiteral("dev"), QStringLiteral("Windows editor user"), email,
-                      notes.isEmpty() ? QStringLiteral("Send to Dev from %1").arg(m_file.name) : notes,
+        supportTicket(u"dev"_s, u"Windows editor user"_s, email,
+                      notes.isEmpty() ? u"Send to Dev from %1"_s.arg(m_file.name) : notes,
                       serviceConfig().placeholderEmail);
     for (auto member = members.begin(); member != members.end(); ++member)
         ticket.insert(member.key(), member.value());
@@ -26,30 +28,27 @@ void AppState::sendToDev(const QString &email, const QString &notes)
             return;
         }
         if (ticketAccepted(answer)) {
-            setStatus(
-                QStringLiteral("Ticket created: %1").arg(jsonString(answer, QStringLiteral("ticket_id"))), 1);
+            setStatus(u"Ticket created: %1"_s.arg(jsonString(answer, u"ticket_id"_s)), 1);
             return;
         }
-        const QString reason = jsonString(answer, QStringLiteral("error"));
-        setStatus(reason.isEmpty() ? QStringLiteral("Send failed") : reason, 0);
+        const QString reason = jsonString(answer, u"error"_s);
+        setStatus(reason.isEmpty() ? u"Send failed"_s : reason, 0);
     });
 }
 
 void AppState::submitTicket(const QString &type, const QString &name, const QString &email,
                             const QString &desc)
 {
-    const QString sender = name.isEmpty() ? QStringLiteral("Windows user") : name;
-    m_client->feedbackSubmit(
-        supportTicket(type, sender, email, desc, serviceConfig().placeholderEmail),
-        [this](const QJsonObject &answer, const QString &error) {
-            if (!error.isEmpty())
-                setStatus(error, 0);
-            else if (ticketAccepted(answer))
-                setStatus(QStringLiteral("Ticket: %1").arg(jsonString(answer, QStringLiteral("ticket_id"))),
-                          1);
-            else
-                setStatus(jsonString(answer, QStringLiteral("error")), 0);
-        });
+    const QString sender = name.isEmpty() ? u"Windows user"_s : name;
+    m_client->feedbackSubmit(supportTicket(type, sender, email, desc, serviceConfig().placeholderEmail),
+                             [this](const QJsonObject &answer, const QString &error) {
+                                 if (!error.isEmpty())
+                                     setStatus(error, 0);
+                                 else if (ticketAccepted(answer))
+                                     setStatus(u"Ticket: %1"_s.arg(jsonString(answer, u"ticket_id"_s)), 1);
+                                 else
+                                     setStatus(jsonString(answer, u"error"_s), 0);
+                             });
 }
 
 void AppState::loadTicket(const QString &ticket)
@@ -61,7 +60,7 @@ void AppState::loadTicket(const QString &ticket)
         }
         m_threadText = threadTextOf(answer);
         emit feedbackChanged();
-        setStatus(QStringLiteral("Loaded ticket."), 1);
+        setStatus(u"Loaded ticket."_s, 1);
     });
 }
 
@@ -69,20 +68,20 @@ void AppState::replyTicket(const QString &ticket, const QString &message)
 {
     m_client->feedbackReply(ticket, message, [this, ticket](const QJsonObject &answer, const QString &error) {
         if (!error.isEmpty() || !replyAccepted(answer)) {
-            setStatus(error.isEmpty() ? jsonString(answer, QStringLiteral("error")) : error, 0);
+            setStatus(error.isEmpty() ? jsonString(answer, u"error"_s) : error, 0);
             return;
         }
-        setStatus(QStringLiteral("Reply sent."), 1);
+        setStatus(u"Reply sent."_s, 1);
         loadTicket(ticket);
     });
 }
 
 void AppState::checkUpdate()
 {
-    setStatus(QStringLiteral("Checking for updates..."), 1);
+    setStatus(u"Checking for updates..."_s, 1);
     m_client->checkUpdate([this](const QJsonObject &answer, const QString &error) {
         if (!error.isEmpty()) {
-            setStatus(QStringLiteral("Update check failed: %1").arg(error), 0);
+            setStatus(u"Update check failed: %1"_s.arg(error), 0);
             return;
         }
         const UpdateOutcome outcome = decodeUpdateAnswer(answer, applicationVersion());

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 void AppState::setShowHex(bool show)
 {
     if (m_showHex == show)
@@ -17,7 +19,7 @@ void AppState::hexFind(const QString &query)
     const QByteArray needle = FileTools::parseHexQuery(query);
     if (needle.isEmpty()) {
         m_hexModel->clearMatch();
-        setStatus(QStringLiteral("Enter hex or ASCII to search."), 0);
+        setStatus(u"Enter hex or ASCII to search."_s, 0);
         return;
     }
     const QByteArray bytes = m_hexModel->bytes();
@@ -30,27 +32,27 @@ void AppState::hexFind(const QString &query)
     }
     if (position < 0) {
         m_hexModel->clearMatch();
-        setStatus(QStringLiteral("Not found."), 0);
+        setStatus(u"Not found."_s, 0);
         return;
     }
     m_hexModel->setMatch(position, static_cast<int>(needle.size()));
     m_hexModel->setCursor(position);
-    setStatus(QStringLiteral("Found at 0x%1").arg(position, 0, 16).toUpper(), 1);
+    setStatus(u"Found at 0x%1"_s.arg(position, 0, 16).toUpper(), 1);
 }
 
 void AppState::hexPatch(const QString &query)
 {
     const QByteArray patch = FileTools::parseHexQuery(query);
     if (!m_hexModel->applyPatch(m_hexModel->cursor(), patch)) {
-        setStatus(QStringLiteral("Patch past EOF or empty."), 0);
+        setStatus(u"Patch past EOF or empty."_s, 0);
         return;
     }
-    setStatus(QStringLiteral("Patched %1 byte(s).").arg(patch.size()), 1);
+    setStatus(u"Patched %1 byte(s)."_s.arg(patch.size()), 1);
 }
 
 void AppState::hexWriteBack()
 {
     m_file.bytes = m_hexModel->bytes();
-    setStatus(QStringLiteral("Hex written back into the open file buffer."), 1);
+    setStatus(u"Hex written back into the open file buffer."_s, 1);
     setShowHex(false);
 }

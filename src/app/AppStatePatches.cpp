@@ -3,6 +3,8 @@
 #include "api/StoreAnswers.h"
 #include "core/FileTools.h"
 
+using namespace Qt::StringLiterals;
+
 void AppState::loadPatches(const QString &calId)
 {
     m_patches.calId = calId.isEmpty() ? moduleOneOs() : calId;
@@ -17,9 +19,7 @@ void AppState::loadPatches(const QString &calId)
         m_patches.items = std::move(list.items);
         emit xdfChanged();
         emit patcherChanged();
-        setStatus(QStringLiteral("%1 patch(es) for %2.")
-                      .arg(QString::number(m_patches.items.size()), m_patches.calId),
-                  1);
+        setStatus(u"%1 patch(es) for %2."_s.arg(QString::number(m_patches.items.size()), m_patches.calId), 1);
     });
 }
 
@@ -33,7 +33,7 @@ void AppState::applyPatchToBin(int index, const QString &path)
         setStatus(error, 0);
         return;
     }
-    const int patchId = m_patches.items.at(index).toMap().value(QStringLiteral("id")).toInt();
+    const int patchId = m_patches.items.at(index).toMap().value(u"id"_s).toInt();
     m_client->applyPatch(m_xdf.token, patchId, bin, m_patches.calId,
                          [this, path](const QJsonObject &answer, const QString &failure) {
                              if (!failure.isEmpty()) {

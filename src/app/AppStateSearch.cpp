@@ -9,6 +9,8 @@
 
 #include <thread>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int hitLimit = 5000;
@@ -17,12 +19,12 @@ constexpr int hitLimit = 5000;
 
 QString AppState::searchRecursive() const
 {
-    return m_search.recursive ? QStringLiteral("1") : QStringLiteral("0");
+    return m_search.recursive ? u"1"_s : u"0"_s;
 }
 
 void AppState::setSearchRecursive(const QString &text)
 {
-    m_search.recursive = text != QLatin1String("0");
+    m_search.recursive = text != "0"_L1;
     emit searchChanged();
 }
 
@@ -30,17 +32,17 @@ void AppState::scanFolder(const QString &root, bool recursive, const QString &na
                           const QString &makeQ, const QString &yearQ)
 {
     if (m_search.busy) {
-        setStatus(QStringLiteral("A search is already running."), 0);
+        setStatus(u"A search is already running."_s, 0);
         return;
     }
     if (root.isEmpty()) {
-        setStatus(QStringLiteral("Pick a search folder first."), 0);
+        setStatus(u"Pick a search folder first."_s, 0);
         return;
     }
     m_search.link->cancel = false;
     m_search.busy = true;
     emit searchChanged();
-    setStatus(QStringLiteral("Searching %1 ...").arg(root), -1);
+    setStatus(u"Searching %1 ..."_s.arg(root), -1);
 
     // The thread never touches the controller: it holds the link, through which it posts its result for as
     // long as the controller is there to take it. The destructor cancels and takes itself out of the link,
@@ -69,12 +71,11 @@ void AppState::finishScan(const QVariantList &hits, bool cancelled, int limit)
     m_search.hits = hits;
     emit searchChanged();
     if (cancelled)
-        setStatus(QStringLiteral("Search cancelled. %1 file(s) kept.").arg(hits.size()), 0);
+        setStatus(u"Search cancelled. %1 file(s) kept."_s.arg(hits.size()), 0);
     else if (hits.size() < limit)
-        setStatus(QStringLiteral("Found %1 file(s).").arg(hits.size()), 1);
+        setStatus(u"Found %1 file(s)."_s.arg(hits.size()), 1);
     else
-        setStatus(QStringLiteral("Found %1 file(s) (limit reached, narrow the filters).").arg(hits.size()),
-                  1);
+        setStatus(u"Found %1 file(s) (limit reached, narrow the filters)."_s.arg(hits.size()), 1);
 }
 
 void AppState::cancelScan()
@@ -82,7 +83,7 @@ void AppState::cancelScan()
     if (!m_search.busy)
         return;
     m_search.link->cancel = true;
-    setStatus(QStringLiteral("Cancelling search ..."), -1);
+    setStatus(u"Cancelling search ..."_s, -1);
 }
 
 void AppState::clearSearch()
@@ -101,9 +102,9 @@ void AppState::openSearchHit(int index)
 {
     if (index < 0 || index >= m_search.hits.size())
         return;
-    const QString path = m_search.hits.at(index).toMap().value(QStringLiteral("path")).toString();
-    if (!path.endsWith(QLatin1String(".kvt"), Qt::CaseInsensitive))
+    const QString path = m_search.hits.at(index).toMap().value(u"path"_s).toString();
+    if (!path.endsWith(".kvt"_L1, Qt::CaseInsensitive))
         return;
     openKvt(path);
-    setTab(QStringLiteral("main"));
+    setTab(u"main"_s);
 }

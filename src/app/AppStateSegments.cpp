@@ -6,16 +6,18 @@
 
 #include <QFileInfo>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString selectedKey = QStringLiteral("selected");
+const QString selectedKey = u"selected"_s;
 
 } // namespace
 
 void AppState::pickSegmentFile(const QString &which, const QString &path)
 {
-    (which == QLatin1String("base") ? m_swap.basePath : m_swap.donorPath) = path;
-    setStatus(QStringLiteral("%1 set: %2").arg(which, QFileInfo(path).fileName()), 1);
+    (which == "base"_L1 ? m_swap.basePath : m_swap.donorPath) = path;
+    setStatus(u"%1 set: %2"_s.arg(which, QFileInfo(path).fileName()), 1);
     emit segmentsChanged();
 }
 
@@ -24,7 +26,7 @@ QString AppState::swapBase()
     const QString base = m_swap.basePath.isEmpty() ? m_file.path : m_swap.basePath;
     if (!base.isEmpty() && !m_swap.donorPath.isEmpty())
         return base;
-    setStatus(QStringLiteral("Pick a base KVT and a donor KVT."), 0);
+    setStatus(u"Pick a base KVT and a donor KVT."_s, 0);
     return {};
 }
 
@@ -36,10 +38,9 @@ void AppState::previewSegments()
     // A file that cannot be read goes out empty: the client refuses an empty base, the service an empty
     // donor.
     const QList<WorkerFile> files{
-        {QStringLiteral("file"), QFileInfo(base).fileName(), FileTools::readFile(base)},
-        {QStringLiteral("donor"), QFileInfo(m_swap.donorPath).fileName(),
-         FileTools::readFile(m_swap.donorPath)}};
-    m_client->kvtWorker(applicationVersion(), QStringLiteral("segment_swap_preview"), {}, files,
+        {u"file"_s, QFileInfo(base).fileName(), FileTools::readFile(base)},
+        {u"donor"_s, QFileInfo(m_swap.donorPath).fileName(), FileTools::readFile(m_swap.donorPath)}};
+    m_client->kvtWorker(applicationVersion(), u"segment_swap_preview"_s, {}, files,
                         [this, generation = m_file.generation](const WorkerResult &result) {
                             if (!result.ok) {
                                 setStatus(result.error, 0);
@@ -50,8 +51,7 @@ void AppState::previewSegments()
                                 applyKvtInfoJson(result.text);
                             m_swap.candidates = decodeSwapCandidates(result.text);
                             emit segmentsChanged();
-                            setStatus(QStringLiteral("%1 swap candidate(s).").arg(m_swap.candidates.size()),
-                                      1);
+                            setStatus(u"%1 swap candidate(s)."_s.arg(m_swap.candidates.size()), 1);
                         });
 }
 
@@ -60,10 +60,9 @@ void AppState::applySegments()
     const QString base = swapBase();
     if (base.isEmpty())
         return;
-    workerConvert(QStringLiteral("segment_swap"), FileTools::readFile(base), QFileInfo(base).fileName(),
-                  {{QStringLiteral("swap_candidate_indices"), selectedCandidateIndices(m_swap.candidates)}},
-                  {{QStringLiteral("donor"), FileTools::readFile(m_swap.donorPath)}},
-                  QStringLiteral("swapped.kvt"));
+    workerConvert(u"segment_swap"_s, FileTools::readFile(base), QFileInfo(base).fileName(),
+                  {{u"swap_candidate_indices"_s, selectedCandidateIndices(m_swap.candidates)}},
+                  {{u"donor"_s, FileTools::readFile(m_swap.donorPath)}}, u"swapped.kvt"_s);
 }
 
 void AppState::setCandidateSelected(int index, bool selected)

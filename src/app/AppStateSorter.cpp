@@ -2,6 +2,8 @@
 
 #include "core/FileTools.h"
 
+using namespace Qt::StringLiterals;
+
 void AppState::sortCopy(const QStringList &files, const QString &dest, const QString &order)
 {
     QString error;
@@ -10,5 +12,5 @@ void AppState::sortCopy(const QStringList &files, const QString &dest, const QSt
         setStatus(error, 0);
         return;
     }
-    setStatus(QStringLiteral("Copied %1 of %2 file(s).").arg(copied).arg(files.size()), copied > 0 ? 1 : 0);
+    setStatus(u"Copied %1 of %2 file(s)."_s.arg(copied).arg(files.size()), copied > 0 ? 1 : 0);
 }

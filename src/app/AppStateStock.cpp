@@ -6,9 +6,11 @@
 
 #include <QDir>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString unreadable = QStringLiteral("Could not read file.");
+const QString unreadable = u"Could not read file."_s;
 
 /// Where a download goes that is to be opened; empty, and `error` says why, when the temporary folder is
 /// gone.
@@ -16,10 +18,10 @@ QString temporaryPath(const QString &name, QString *error)
 {
     const QString folder = QDir::tempPath();
     if (!folder.isEmpty())
-        return folder + QLatin1Char('/') + name;
+        return folder + '/'_L1 + name;
     // Qt only returns an empty path, which would lead to the root. The system says why.
-    const QString gone = qEnvironmentVariable("TMPDIR", QStringLiteral("/tmp"));
-    FileTools::readFile(gone + QLatin1Char('/') + name, error);
+    const QString gone = qEnvironmentVariable("TMPDIR", u"/tmp"_s);
+    FileTools::readFile(gone + '/'_L1 + name, error);
     if (error->isEmpty())
         *error = unreadable;
     return {};
@@ -47,7 +49,7 @@ void AppState::stockSearch(const QVariantMap &filters)
         }
         m_stockRows = decodeStockList(answer);
         emit stockChanged();
-        setStatus(QStringLiteral("%1 stock file(s).").arg(m_stockRows.size()), 1);
+        setStatus(u"%1 stock file(s)."_s.arg(m_stockRows.size()), 1);
     });
 }
 
@@ -69,10 +71,10 @@ void AppState::stockDownload(int index, bool openKvt)
     if (index < 0 || index >= m_stockRows.size())
         return;
     const QVariantMap row = m_stockRows.at(index).toMap();
-    m_client->stockDownload(row.value(QStringLiteral("id")).toString(),
-                            [this, openKvt, filename = row.value(QStringLiteral("filename")).toString()](
+    m_client->stockDownload(row.value(u"id"_s).toString(),
+                            [this, openKvt, filename = row.value(u"filename"_s).toString()](
                                 const QByteArray &bytes, const QJsonObject &answer, const QString &error) {
-                                const QString refusal = jsonString(answer, QStringLiteral("error"));
+                                const QString refusal = jsonString(answer, u"error"_s);
                                 if (!refusal.isEmpty() || (!error.isEmpty() && bytes.isEmpty())) {
                                     setStatus(refusal.isEmpty() ? error : refusal, 0);
                                     return;
@@ -90,9 +92,9 @@ void AppState::finishStockDownload(const QByteArray &bytes, const QString &filen
 {
     const QString name = stockFileName(filename);
     // The service's own name tells a tune file, whatever a leading dot became.
-    if (!open || !bareFileName(filename).endsWith(QLatin1String(".kvt"), Qt::CaseInsensitive)) {
+    if (!open || !bareFileName(filename).endsWith(".kvt"_L1, Qt::CaseInsensitive)) {
         if (!saveToDocuments(bytes, name).isEmpty())
-            setStatus(QStringLiteral("Downloaded %1").arg(name), 1);
+            setStatus(u"Downloaded %1"_s.arg(name), 1);
         return;
     }
     QString error;
@@ -104,5 +106,5 @@ void AppState::finishStockDownload(const QByteArray &bytes, const QString &filen
         openKvt(path);
     else
         setStatus(error, 0);
-    setTab(QStringLiteral("main"));
+    setTab(u"main"_s);
 }

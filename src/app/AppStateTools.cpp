@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <iterator>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Launcher
@@ -47,13 +49,13 @@ void AppState::decodeJ1939(const QString &hex)
 {
     m_tools.j1939Rows.clear();
     for (const J1939Fault &fault : FileTools::decodeJ1939(hex)) {
-        const QString line = QStringLiteral("SPN %1  FMI %2 (%3)  OC %4  lamp %5  [%6]")
-                                 .arg(QString::number(fault.spn), QString::number(fault.fmi), fault.fmiText,
-                                      QString::number(fault.oc), QString::number(fault.lamp), fault.raw);
-        m_tools.j1939Rows.append(QVariantMap{{QStringLiteral("text"), line}});
+        const QString line = u"SPN %1  FMI %2 (%3)  OC %4  lamp %5  [%6]"_s.arg(
+            QString::number(fault.spn), QString::number(fault.fmi), fault.fmiText, QString::number(fault.oc),
+            QString::number(fault.lamp), fault.raw);
+        m_tools.j1939Rows.append(QVariantMap{{u"text"_s, line}});
     }
     emit toolsChanged();
-    setStatus(QStringLiteral("%1 DTC(s).").arg(m_tools.j1939Rows.size()), 1);
+    setStatus(u"%1 DTC(s)."_s.arg(m_tools.j1939Rows.size()), 1);
 }
 
 void AppState::launchTool(const QString &name)
@@ -63,7 +65,7 @@ void AppState::launchTool(const QString &name)
                      [&name](const Launcher &entry) { return name == QLatin1String(entry.key); });
     QString error;
     if (launcher != std::end(launchers) && launcher->launch(&error))
-        setStatus(QStringLiteral("Launched %1.").arg(name), 1);
+        setStatus(u"Launched %1."_s.arg(name), 1);
     else
         setStatus(error, 0);
 }
@@ -72,10 +74,10 @@ void AppState::goHelp()
 {
     const QString path = ToolLauncher::findHelpPdf();
     if (path.isEmpty()) {
-        setStatus(QStringLiteral("User manual PDF was not found."), 0);
+        setStatus(u"User manual PDF was not found."_s, 0);
         return;
     }
-    openWebTool(QUrl::fromLocalFile(path).toString(), QStringLiteral("User Manual"));
+    openWebTool(QUrl::fromLocalFile(path).toString(), u"User Manual"_s);
 }
 
 QString AppState::serviceUrl(const QString &path) const
@@ -99,5 +101,5 @@ void AppState::openWebTool(const QString &url, const QString &title)
     if (!m_webTool)
         m_webTool = std::make_unique<WebToolWindow>();
     m_webTool->openUrl(url, title);
-    setStatus(QStringLiteral("Opened %1.").arg(title), 1);
+    setStatus(u"Opened %1."_s.arg(title), 1);
 }

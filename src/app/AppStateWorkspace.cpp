@@ -8,13 +8,15 @@
 #include <QDir>
 #include <QFileInfo>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString createdKey = QStringLiteral("created");
+const QString createdKey = u"created"_s;
 
 QString modificationTime(const QString &path)
 {
-    return QFileInfo(path).lastModified().toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+    return QFileInfo(path).lastModified().toString(u"yyyy-MM-dd HH:mm"_s);
 }
 
 } // namespace
@@ -24,7 +26,7 @@ void AppState::openKvt(const QString &path)
     QString error;
     const QByteArray bytes = FileTools::readFile(path, &error);
     if (bytes.isEmpty()) {
-        setStatus(error.isEmpty() ? QStringLiteral("Could not read file.") : error, 0);
+        setStatus(error.isEmpty() ? u"Could not read file."_s : error, 0);
         return;
     }
 
@@ -37,8 +39,7 @@ void AppState::openKvt(const QString &path)
 
     emit fileChanged();
     emit identifiersChanged();
-    setStatus(QStringLiteral("Opened %1 \u2014 %2 bytes.").arg(m_file.name, QString::number(bytes.size())),
-              1);
+    setStatus(u"Opened %1 \u2014 %2 bytes."_s.arg(m_file.name, QString::number(bytes.size())), 1);
     requestKvtInfoFromApi();
 }
 
@@ -46,7 +47,7 @@ void AppState::saveKvt(const QString &path)
 {
     const QByteArray bytes = currentKvtBytes();
     if (bytes.isEmpty()) {
-        setStatus(QStringLiteral("Open an KVT first."), 0);
+        setStatus(u"Open an KVT first."_s, 0);
         return;
     }
     QString error;
@@ -57,7 +58,7 @@ void AppState::saveKvt(const QString &path)
     m_file.path = path;
     m_file.name = QFileInfo(path).fileName();
     emit fileChanged();
-    setStatus(QStringLiteral("Saved."), 1);
+    setStatus(u"Saved."_s, 1);
 }
 
 QByteArray AppState::currentKvtBytes() const
@@ -77,16 +78,15 @@ QUrl AppState::dialogFolder() const
 QString AppState::suggestName(const QString &suffix) const
 {
     const QString base = QFileInfo(m_file.name).completeBaseName();
-    return (base.isEmpty() ? QStringLiteral("tune") : base) + suffix;
+    return (base.isEmpty() ? u"tune"_s : base) + suffix;
 }
 
 void AppState::requestKvtInfoFromApi()
 {
     if (m_file.bytes.isEmpty())
         return;
-    const QString name = m_file.name.isEmpty() ? QStringLiteral("tune.kvt") : m_file.name;
-    m_client->kvtWorker(applicationVersion(), QStringLiteral("kvt_info"), {},
-                        {{QStringLiteral("file"), name, m_file.bytes}},
+    const QString name = m_file.name.isEmpty() ? u"tune.kvt"_s : m_file.name;
+    m_client->kvtWorker(applicationVersion(), u"kvt_info"_s, {}, {{u"file"_s, name, m_file.bytes}},
                         [this, generation = m_file.generation](const WorkerResult &result) {
                             // One truck's numbers must never show on another's file.
                             if (generation == m_file.generation && result.ok && result.isJson)
@@ -115,47 +115,47 @@ QString AppState::identifier(const QString &key) const
 
 QString AppState::vin() const
 {
-    return identifier(QStringLiteral("vin"));
+    return identifier(u"vin"_s);
 }
 
 QString AppState::serial() const
 {
-    return identifier(QStringLiteral("serial"));
+    return identifier(u"serial"_s);
 }
 
 QString AppState::mainOS() const
 {
-    return identifier(QStringLiteral("mainOS"));
+    return identifier(u"mainOS"_s);
 }
 
 QString AppState::system() const
 {
-    return identifier(QStringLiteral("system"));
+    return identifier(u"system"_s);
 }
 
 QString AppState::fuel() const
 {
-    return identifier(QStringLiteral("fuel"));
+    return identifier(u"fuel"_s);
 }
 
 QString AppState::speedometer() const
 {
-    return identifier(QStringLiteral("speedometer"));
+    return identifier(u"speedometer"_s);
 }
 
 QString AppState::engineDiag() const
 {
-    return identifier(QStringLiteral("engineDiag"));
+    return identifier(u"engineDiag"_s);
 }
 
 QString AppState::engineOp() const
 {
-    return identifier(QStringLiteral("engineOp"));
+    return identifier(u"engineOp"_s);
 }
 
 QString AppState::interfaceID() const
 {
-    return identifier(QStringLiteral("interfaceID"));
+    return identifier(u"interfaceID"_s);
 }
 
 QString AppState::created() const
@@ -165,60 +165,60 @@ QString AppState::created() const
 
 QString AppState::editorVersion() const
 {
-    return identifier(QStringLiteral("editorVersion"));
+    return identifier(u"editorVersion"_s);
 }
 
 QVariantList AppState::modules() const
 {
-    return m_identifiers.value(QStringLiteral("modules")).toList();
+    return m_identifiers.value(u"modules"_s).toList();
 }
 
 QString AppState::moduleOneOs() const
 {
-    return modules().value(0).toMap().value(QStringLiteral("mainOs")).toString();
+    return modules().value(0).toMap().value(u"mainOs"_s).toString();
 }
 
 void AppState::setVin(const QString &value)
 {
-    setId(QStringLiteral("vin"), value);
+    setId(u"vin"_s, value);
 }
 
 void AppState::setSerial(const QString &value)
 {
-    setId(QStringLiteral("serial"), value);
+    setId(u"serial"_s, value);
 }
 
 void AppState::setMainOS(const QString &value)
 {
-    setId(QStringLiteral("mainOS"), value);
+    setId(u"mainOS"_s, value);
 }
 
 void AppState::setSystem(const QString &value)
 {
-    setId(QStringLiteral("system"), value);
+    setId(u"system"_s, value);
 }
 
 void AppState::setFuel(const QString &value)
 {
-    setId(QStringLiteral("fuel"), value);
+    setId(u"fuel"_s, value);
 }
 
 void AppState::setSpeedometer(const QString &value)
 {
-    setId(QStringLiteral("speedometer"), value);
+    setId(u"speedometer"_s, value);
 }
 
 void AppState::setEngineDiag(const QString &value)
 {
-    setId(QStringLiteral("engineDiag"), value);
+    setId(u"engineDiag"_s, value);
 }
 
 void AppState::setEngineOp(const QString &value)
 {
-    setId(QStringLiteral("engineOp"), value);
+    setId(u"engineOp"_s, value);
 }
 
 void AppState::setInterfaceID(const QString &value)
 {
-    setId(QStringLiteral("interfaceID"), value);
+    setId(u"interfaceID"_s, value);
 }

@@ -3,6 +3,8 @@
 #include "api/StoreAnswers.h"
 #include "core/FileTools.h"
 
+using namespace Qt::StringLiterals;
+
 void AppState::setXdfEmail(const QString &email)
 {
     if (m_xdf.email == email)
@@ -34,7 +36,7 @@ void AppState::xdfLogin()
         m_xdf.token = login.token;
         m_xdf.credits = login.credits;
         emit xdfChanged();
-        setStatus(QStringLiteral("XDF signed in."), 1);
+        setStatus(u"XDF signed in."_s, 1);
     });
 }
 
@@ -49,7 +51,7 @@ void AppState::xdfCatalog()
         m_xdf.items = std::move(catalog.items);
         m_xdf.catalogText = std::move(catalog.text);
         emit xdfChanged();
-        setStatus(QStringLiteral("Catalog: %1 item(s).").arg(m_xdf.items.size()), 1);
+        setStatus(u"Catalog: %1 item(s)."_s.arg(m_xdf.items.size()), 1);
     });
 }
 
@@ -58,9 +60,8 @@ void AppState::xdfDownload(int index)
     if (index < 0 || index >= m_xdf.items.size())
         return;
     const QVariantMap item = m_xdf.items.at(index).toMap();
-    const QString name =
-        FileTools::sanitizeName(item.value(QStringLiteral("title")).toString()) + QStringLiteral(".xdf");
-    m_client->xdfDownload(m_xdf.token, item.value(QStringLiteral("id")).toString(),
+    const QString name = FileTools::sanitizeName(item.value(u"title"_s).toString()) + u".xdf"_s;
+    m_client->xdfDownload(m_xdf.token, item.value(u"id"_s).toString(),
                           [this, name](const QByteArray &bytes, const QJsonObject &, const QString &error) {
                               // The store is known to send whole files together with an error; the bytes
                               // count.
@@ -69,6 +70,6 @@ void AppState::xdfDownload(int index)
                                   return;
                               }
                               if (!saveToDocuments(bytes, bareFileName(name)).isEmpty())
-                                  setStatus(QStringLiteral("Downloaded XDF."), 1);
+                                  setStatus(u"Downloaded XDF."_s, 1);
                           });
 }

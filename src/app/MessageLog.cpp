@@ -9,6 +9,8 @@
 #include <QMutexLocker>
 #include <QScopedValueRollback>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Messages
@@ -36,7 +38,7 @@ void append(QByteArrayView text)
     // folder.
     if (folder.isEmpty())
         return;
-    QFile log(QDir(folder).filePath(QStringLiteral("kvteditornew-qt.log")));
+    QFile log(QDir(folder).filePath(u"kvteditornew-qt.log"_s));
     if (FileTools::openPrivateFile(log, QIODevice::Append | QIODevice::Text))
         log.write(text.toByteArray() + '\n');
 }
@@ -78,5 +80,5 @@ QStringList capturedMessages()
 
 QString loadFailureText(const QStringList &messages)
 {
-    return QStringLiteral("The editor window failed to load.\n") + messages.join(QLatin1Char('\n'));
+    return u"The editor window failed to load.\n"_s + messages.join('\n'_L1);
 }

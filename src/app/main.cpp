@@ -32,6 +32,8 @@
 #include <sys/resource.h>
 #endif
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // A core dump would hold tune files, passwords and tokens. One byte, not zero: the kernel ignores a limit of
@@ -50,8 +52,8 @@ void leaveNoCoreDump()
 
 void nameApplication()
 {
-    QCoreApplication::setApplicationName(QStringLiteral("KVTeditorNew"));
-    QCoreApplication::setOrganizationName(QStringLiteral("Voxworks Automotive"));
+    QCoreApplication::setApplicationName(u"KVTeditorNew"_s);
+    QCoreApplication::setOrganizationName(u"Voxworks Automotive"_s);
     QCoreApplication::setApplicationVersion(applicationVersion());
 }
 
@@ -97,8 +99,7 @@ void answer(Text text)
 // By hand where the name begins with a colon, which Qt takes for a resource.
 QString absolutePath(const QString &file)
 {
-    return file.startsWith(QLatin1Char(':')) ? QDir::currentPath() + QLatin1Char('/') + file
-                                             : QFileInfo(file).absoluteFilePath();
+    return file.startsWith(':'_L1) ? QDir::currentPath() + '/'_L1 + file : QFileInfo(file).absoluteFilePath();
 }
 
 // The first argument that Qt left and that is no option, made absolute; empty when there is none.
@@ -107,9 +108,9 @@ QString fileFromCommandLine()
 {
     bool options = true;
     for (const QString &argument : QCoreApplication::arguments().mid(1)) {
-        if (options && argument == QLatin1String("--"))
+        if (options && argument == "--"_L1)
             options = false;
-        else if (!argument.isEmpty() && !(options && argument.startsWith(QLatin1Char('-'))))
+        else if (!argument.isEmpty() && !(options && argument.startsWith('-'_L1)))
             return absolutePath(argument);
     }
     return {};
@@ -136,7 +137,7 @@ void loadRootView(QQmlApplicationEngine &engine)
 #if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
     engine.loadFromModule("KvtEditor", "RootView");
 #else
-    engine.loadData(QByteArrayLiteral("import KvtEditor\nRootView {}\n"));
+    engine.loadData("import KvtEditor\nRootView {}\n"_ba);
 #endif
 }
 
@@ -155,7 +156,7 @@ void prepareRequests(const QQmlApplicationEngine &engine)
 
 void showLoadFailure()
 {
-    QMessageBox box(QMessageBox::Critical, QStringLiteral("KVT Editor"), loadFailureText(capturedMessages()),
+    QMessageBox box(QMessageBox::Critical, u"KVT Editor"_s, loadFailureText(capturedMessages()),
                     QMessageBox::Ok);
     box.setTextFormat(Qt::PlainText);
     box.exec();
@@ -171,9 +172,9 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
     app.installEventFilter(&secondClicks);
     QQmlApplicationEngine engine;
     engine.addUrlInterceptor(&plainFileDialogs);
-    engine.rootContext()->setContextProperty(QStringLiteral("app"), &state);
-    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
-    engine.addImportPath(QCoreApplication::applicationDirPath() + QStringLiteral("/qml"));
+    engine.rootContext()->setContextProperty(u"app"_s, &state);
+    engine.addImportPath(u"qrc:/qt/qml"_s);
+    engine.addImportPath(QCoreApplication::applicationDirPath() + u"/qml"_s);
 
     bool running = false;
     QObject::connect(
@@ -220,9 +221,9 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     nameApplication();
     // By this name the desktop knows whose window it is.
-    QGuiApplication::setDesktopFileName(QStringLiteral("example.vox.KvtEditor"));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico")));
-    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    QGuiApplication::setDesktopFileName(u"example.vox.KvtEditor"_s);
+    QApplication::setWindowIcon(QIcon(u":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico"_s));
+    QQuickStyle::setStyle(u"Basic"_s);
     chooseDrawing();
     qmlRegisterType<HexModel>("KvtEditor", 1, 0, "HexModel");
 

@@ -24,6 +24,8 @@
 #include <unistd.h>
 #endif
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // False, with the system's words for it.
@@ -47,7 +49,7 @@ bool writeWhole(QFile &file, const QByteArray &data, QString *error)
 {
     if (file.write(data) == data.size())
         return true;
-    setError(error, QStringLiteral("Short write."));
+    setError(error, u"Short write."_s);
     return false;
 }
 
@@ -343,7 +345,7 @@ QString FileTools::documentsDir()
 
 QString FileTools::exportToDocuments(const QByteArray &data, const QString &fileName, QString *error)
 {
-    const QString path = documentsDir() + QLatin1Char('/') + fileName;
+    const QString path = documentsDir() + '/'_L1 + fileName;
     return writeFile(path, data, error) ? path : QString();
 }
 

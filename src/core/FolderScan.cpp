@@ -23,6 +23,8 @@
 #include <vector>
 #endif
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool isAscii(std::string_view text)
@@ -272,12 +274,12 @@ private:
         const auto add = [&map](const QString &key, const QString &value) {
             map.emplace_hint(map.end(), key, value);
         };
-        add(QStringLiteral("make"), QString());
-        add(QStringLiteral("name"), name);
-        add(QStringLiteral("os"), os);
-        add(QStringLiteral("path"), absolute);
-        add(QStringLiteral("size"), QString::number(size));
-        add(QStringLiteral("year"), FileTools::yearFromName(name));
+        add(u"make"_s, QString());
+        add(u"name"_s, name);
+        add(u"os"_s, os);
+        add(u"path"_s, absolute);
+        add(u"size"_s, QString::number(size));
+        add(u"year"_s, FileTools::yearFromName(name));
         return QVariantMap(std::move(map));
     }
 

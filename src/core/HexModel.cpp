@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr char upperHexDigits[] = "0123456789ABCDEF";
@@ -19,7 +21,7 @@ QString hexText(QByteArrayView row)
 {
     if (row.isEmpty())
         return {};
-    QString text(row.size() * 3 - 1, QLatin1Char(' '));
+    QString text(row.size() * 3 - 1, ' '_L1);
     QChar *out = text.data();
     for (const char c : row) {
         const auto byte = static_cast<unsigned char>(c);

@@ -9,10 +9,12 @@
 #include <functional>
 #endif
 
+using namespace Qt::StringLiterals;
+
 QByteArray FileTools::parseHexQuery(const QString &query)
 {
-    static const QRegularExpression separators(QStringLiteral(R"([\s,;:])"));
-    static const QRegularExpression hexDigits(QStringLiteral("^[0-9A-Fa-f]+$"));
+    static const QRegularExpression separators(uR"([\s,;:])"_s);
+    static const QRegularExpression hexDigits(u"^[0-9A-Fa-f]+$"_s);
 
     const QString trimmed = query.trimmed();
     if (trimmed.isEmpty())

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct FailureMode
@@ -30,7 +32,7 @@ QString failureModeText(int fmi)
 {
     const auto *const known = std::find_if(std::begin(failureModes), std::end(failureModes),
                                            [fmi](const FailureMode &mode) { return mode.fmi == fmi; });
-    return known == std::end(failureModes) ? QStringLiteral("FMI %1").arg(fmi) : QLatin1String(known->text);
+    return known == std::end(failureModes) ? u"FMI %1"_s.arg(fmi) : QLatin1String(known->text);
 }
 
 // Digits pair up from the end: one too many stands alone at the front.

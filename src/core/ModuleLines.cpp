@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString text(const QVariantMap &entry, const QString &key)
@@ -12,33 +14,32 @@ QString text(const QVariantMap &entry, const QString &key)
 
 QVariantMap field(const QString &title, const QString &value)
 {
-    return {{QStringLiteral("title"), title}, {QStringLiteral("value"), value}};
+    return {{u"title"_s, title}, {u"value"_s, value}};
 }
 
 /// What stands above the rows.
 QList<QVariantMap> fixedLines(const QVariantMap &module)
 {
-    QList<QVariantMap> lines{{{QStringLiteral("heading"), true},
-                              {QStringLiteral("title"), text(module, QStringLiteral("title"))}}};
-    const QString vin = text(module, QStringLiteral("vin"));
+    QList<QVariantMap> lines{{{u"heading"_s, true}, {u"title"_s, text(module, u"title"_s)}}};
+    const QString vin = text(module, u"vin"_s);
     if (!vin.isEmpty())
-        lines.append(field(QStringLiteral("VIN"), vin));
-    const QString serial = text(module, QStringLiteral("serial"));
+        lines.append(field(u"VIN"_s, vin));
+    const QString serial = text(module, u"serial"_s);
     if (!serial.isEmpty())
-        lines.append(field(QStringLiteral("Serial Number"), serial));
-    lines.append(field(QStringLiteral("Main OS"), text(module, QStringLiteral("mainOs"))));
+        lines.append(field(u"Serial Number"_s, serial));
+    lines.append(field(u"Main OS"_s, text(module, u"mainOs"_s)));
     return lines;
 }
 
 QVariantList rowsOf(const QVariantMap &module)
 {
-    return module.value(QStringLiteral("rows")).toList();
+    return module.value(u"rows"_s).toList();
 }
 
 int lineCount(const QVariantMap &module)
 {
-    const bool hasVin = !text(module, QStringLiteral("vin")).isEmpty();
-    const bool hasSerial = !text(module, QStringLiteral("serial")).isEmpty();
+    const bool hasVin = !text(module, u"vin"_s).isEmpty();
+    const bool hasSerial = !text(module, u"serial"_s).isEmpty();
     return 2 + (hasVin ? 1 : 0) + (hasSerial ? 1 : 0) + static_cast<int>(rowsOf(module).size());
 }
 
@@ -70,5 +71,5 @@ QVariantMap ModuleLines::line(int number) const
     if (place < fixed.size())
         return fixed.at(place);
     const QVariantMap row = rowsOf(module).at(place - fixed.size()).toMap();
-    return field(text(row, QStringLiteral("label")), text(row, QStringLiteral("value")));
+    return field(text(row, u"label"_s), text(row, u"value"_s));
 }

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 // Characters are looked at one by one: a regular expression matches nothing at all in a text that holds half
 // of a surrogate pair, and a service can send one.
 
@@ -14,17 +16,17 @@ constexpr qsizetype yearLength = 4;
 
 bool isAsciiCapital(QChar c)
 {
-    return c >= QLatin1Char('A') && c <= QLatin1Char('Z');
+    return c >= 'A'_L1 && c <= 'Z'_L1;
 }
 
 bool isAsciiDigit(QChar c)
 {
-    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+    return c >= '0'_L1 && c <= '9'_L1;
 }
 
 bool isYear(QStringView text)
 {
-    return (text.startsWith(QLatin1String("19")) || text.startsWith(QLatin1String("20")))
+    return (text.startsWith("19"_L1) || text.startsWith("20"_L1))
         && std::all_of(text.begin(), text.end(), isAsciiDigit);
 }
 
@@ -85,26 +87,25 @@ QVariantMap FileTools::makeModuleEntry(const QString &title, const QString &vin,
     const qsizetype pairs = std::min(labels.size(), values.size());
     for (qsizetype i = 0; i < pairs; ++i) {
         if (!values.at(i).isEmpty()) {
-            rows.append(QVariantMap{{QStringLiteral("label"), labels.at(i)},
-                                    {QStringLiteral("value"), values.at(i)}});
+            rows.append(QVariantMap{{u"label"_s, labels.at(i)}, {u"value"_s, values.at(i)}});
         }
     }
-    return {{QStringLiteral("title"), title},
-            {QStringLiteral("vin"), vin},
-            {QStringLiteral("serial"), serial},
-            {QStringLiteral("mainOs"), mainOs},
-            {QStringLiteral("rows"), rows}};
+    return {{u"title"_s, title},
+            {u"vin"_s, vin},
+            {u"serial"_s, serial},
+            {u"mainOs"_s, mainOs},
+            {u"rows"_s, rows}};
 }
 
 QString FileTools::sanitizeName(const QString &text)
 {
-    static const QString reserved = QStringLiteral(R"(\/:*?"<>|)");
+    static const QString reserved = uR"(\/:*?"<>|)"_s;
     QString name = text;
     for (QChar &c : name) {
         if (reserved.contains(c))
-            c = QLatin1Char('_');
+            c = '_'_L1;
     }
-    return name.trimmed().isEmpty() ? QStringLiteral("file") : name;
+    return name.trimmed().isEmpty() ? u"file"_s : name;
 }
 
 QVariantMap FileTools::extractKvtIdentifiers(const QByteArray &)

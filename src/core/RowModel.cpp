@@ -1,5 +1,7 @@
 #include "core/RowModel.h"
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int rowRole = Qt::UserRole + 1;
@@ -18,7 +20,7 @@ QVariant RowModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> RowModel::roleNames() const
 {
-    return {{rowRole, QByteArrayLiteral("row")}};
+    return {{rowRole, "row"_ba}};
 }
 
 void RowModel::setRows(const QVariantList &rows)

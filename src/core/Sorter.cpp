@@ -8,18 +8,20 @@
 
 #include <system_error>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QStringList sortKeys(const QString &order)
 {
     QStringList keys;
-    for (const QString &piece : order.split(QLatin1Char(','))) {
+    for (const QString &piece : order.split(','_L1)) {
         const QString key = piece.trimmed();
         if (!key.isEmpty())
             keys.append(key);
     }
     if (keys.isEmpty())
-        keys = {QStringLiteral("Year"), QStringLiteral("Make"), QStringLiteral("OS")};
+        keys = {u"Year"_s, u"Make"_s, u"OS"_s};
     return keys;
 }
 
@@ -31,20 +33,17 @@ QString firstNonEmpty(const QString &text, const QString &fallback)
 QString folderName(const QString &fileName, const QVariantMap &meta, const QString &key)
 {
     const auto text = [&meta](const QString &name) { return meta.value(name).toString(); };
-    if (key == QLatin1String("os")) {
-        const QString os =
-            firstNonEmpty(text(QStringLiteral("mainOS")), FileTools::osTokenFromName(fileName));
-        return firstNonEmpty(os, QStringLiteral("UnknownOS"));
+    if (key == "os"_L1) {
+        const QString os = firstNonEmpty(text(u"mainOS"_s), FileTools::osTokenFromName(fileName));
+        return firstNonEmpty(os, u"UnknownOS"_s);
     }
-    if (key == QLatin1String("year")) {
-        const QString year = text(QStringLiteral("created")).left(4);
-        return year.size() == 4
-            ? year
-            : firstNonEmpty(FileTools::yearFromName(fileName), QStringLiteral("UnknownYear"));
+    if (key == "year"_L1) {
+        const QString year = text(u"created"_s).left(4);
+        return year.size() == 4 ? year : firstNonEmpty(FileTools::yearFromName(fileName), u"UnknownYear"_s);
     }
-    if (key == QLatin1String("make"))
-        return firstNonEmpty(text(QStringLiteral("system")), QStringLiteral("UnknownMake"));
-    return firstNonEmpty(text(key), QStringLiteral("Unknown"));
+    if (key == "make"_L1)
+        return firstNonEmpty(text(u"system"_s), u"UnknownMake"_s);
+    return firstNonEmpty(text(key), u"Unknown"_s);
 }
 
 bool isMissing(const std::filesystem::path &path)
@@ -75,12 +74,12 @@ bool sortOne(const QString &file, const QString &destination, const QStringList 
     if (bytes.isEmpty())
         return false;
     const QString fileName = QFileInfo(file).fileName();
-    const QVariantMap meta{{QStringLiteral("mainOS"), FileTools::osTokenFromName(fileName)}};
+    const QVariantMap meta{{u"mainOS"_s, FileTools::osTokenFromName(fileName)}};
     // Joined by hand: QDir takes a name that begins with a colon for a resource's full path.
-    QString copy = destination.isEmpty() ? QStringLiteral(".") : destination;
+    QString copy = destination.isEmpty() ? u"."_s : destination;
     for (const QString &folder : FileTools::folderParts(fileName, meta, keys))
-        copy += QLatin1Char('/') + folder;
-    copy += QLatin1Char('/') + fileName;
+        copy += '/'_L1 + folder;
+    copy += '/'_L1 + fileName;
     // Writing makes the folder with all that is missing above it.
     return writeCopy(file, copy, bytes);
 }
@@ -99,7 +98,7 @@ int FileTools::sortCopyKvt(const QStringList &files, const QString &destination,
                            QString *error)
 {
     if (!QDir(destination).exists() && !QDir().mkpath(destination)) {
-        setError(error, QStringLiteral("Destination folder is missing."));
+        setError(error, u"Destination folder is missing."_s);
         return 0;
     }
     const QStringList keys = sortKeys(order);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int lineRole = Qt::UserRole + 1;
@@ -24,7 +26,7 @@ QVariant TextLines::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> TextLines::roleNames() const
 {
-    return {{lineRole, QByteArrayLiteral("line")}};
+    return {{lineRole, "line"_ba}};
 }
 
 void TextLines::setText(const QString &text)
@@ -38,7 +40,7 @@ void TextLines::setText(const QString &text)
     for (qsizetype start = 0; start < text.size();) {
         // Once for a line, however many pieces it makes.
         if (end < start) {
-            const qsizetype found = text.indexOf(QLatin1Char('\n'), start);
+            const qsizetype found = text.indexOf('\n'_L1, start);
             end = found < 0 ? text.size() : found;
         }
         qsizetype cut = std::min(end, start + longestPiece);

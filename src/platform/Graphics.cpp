@@ -49,14 +49,14 @@ bool displayHasNoCard()
 } // namespace
 #endif
 
+using namespace Qt::StringLiterals;
+
 bool hasNoGraphicsCard()
 {
     const QString platform = QGuiApplication::platformName();
-    if (platform == QLatin1String("xcb"))
+    if (platform == "xcb"_L1)
         return displayHasNoCard();
-    if (platform.startsWith(QLatin1String("wayland")))
-        return QDir(QStringLiteral("/dev/dri"))
-            .entryList({QStringLiteral("renderD*")}, QDir::System)
-            .isEmpty();
+    if (platform.startsWith("wayland"_L1))
+        return QDir(u"/dev/dri"_s).entryList({u"renderD*"_s}, QDir::System).isEmpty();
     return false;
 }

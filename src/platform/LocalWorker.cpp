@@ -1,11 +1,13 @@
 #include "platform/LocalWorker.h"
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 LocalRunResult refused()
 {
     LocalRunResult result;
-    result.message = QStringLiteral("This build performs all work through the VOX API.");
+    result.message = u"This build performs all work through the VOX API."_s;
     return result;
 }
 

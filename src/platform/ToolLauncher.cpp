@@ -11,6 +11,8 @@
 
 #include <span>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 enum class Base
@@ -90,7 +92,7 @@ bool fail(QString *error, const QString &text)
 bool startDetachedTool(const QString &program, const QString &workingFolder, QString *error)
 {
     if (program.isEmpty())
-        return fail(error, QStringLiteral("Tool executable was not found."));
+        return fail(error, u"Tool executable was not found."_s);
     return QProcess::startDetached(program, {}, workingFolder);
 }
 
@@ -110,7 +112,7 @@ QString ToolLauncher::toolsRoot()
     if (QFileInfo(checkout).isDir())
         return checkout;
 #endif
-    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("tools"));
+    return QDir(QCoreApplication::applicationDirPath()).filePath(u"tools"_s);
 }
 
 bool ToolLauncher::launchJ1939(QString *error)
@@ -122,9 +124,9 @@ bool ToolLauncher::launchVbfPhfBin(QString *error)
 {
     const QString bundle = firstExisting(vbfPhfBin);
     if (bundle.isEmpty())
-        return fail(error, QStringLiteral("VBF/PHF converter was not found."));
-    if (!QProcess::startDetached(QStringLiteral("/usr/bin/open"), {bundle}))
-        return fail(error, QStringLiteral("Failed to open %1").arg(bundle));
+        return fail(error, u"VBF/PHF converter was not found."_s);
+    if (!QProcess::startDetached(u"/usr/bin/open"_s, {bundle}))
+        return fail(error, u"Failed to open %1"_s.arg(bundle));
     return true;
 }
 
@@ -152,6 +154,6 @@ bool ToolLauncher::launchHelpPdf(QString *error)
 {
     const QString manual = findHelpPdf();
     if (manual.isEmpty())
-        return fail(error, QStringLiteral("User manual PDF was not found."));
+        return fail(error, u"User manual PDF was not found."_s);
     return QDesktopServices::openUrl(QUrl::fromLocalFile(manual));
 }

@@ -3,6 +3,8 @@
 #include <QChildEvent>
 #include <QVariant>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Tells the versions apart: it came with the windows.
@@ -35,7 +37,7 @@ bool InnerDialogs::eventFilter(QObject *watched, QEvent *event)
 
 void InnerDialogs::putInside(QObject *popup)
 {
-    popup->setProperty(placeProperty, QStringLiteral("Item"));
+    popup->setProperty(placeProperty, u"Item"_s);
 }
 
 void InnerDialogs::putSenderInside()

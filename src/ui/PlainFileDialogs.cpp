@@ -6,6 +6,8 @@
 
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 struct Replacement
@@ -15,9 +17,9 @@ struct Replacement
 };
 
 constexpr std::array replacements{
-    Replacement{QLatin1String("/FolderBreadcrumbBar.qml"), QLatin1String("DialogFolderBar.qml")},
-    Replacement{QLatin1String("/FileDialogDelegateLabel.qml"), QLatin1String("DialogNameLabel.qml")},
-    Replacement{QLatin1String("/FolderDialogDelegateLabel.qml"), QLatin1String("DialogNameLabel.qml")},
+    Replacement{"/FolderBreadcrumbBar.qml"_L1, "DialogFolderBar.qml"_L1},
+    Replacement{"/FileDialogDelegateLabel.qml"_L1, "DialogNameLabel.qml"_L1},
+    Replacement{"/FolderDialogDelegateLabel.qml"_L1, "DialogNameLabel.qml"_L1},
 };
 
 // Up to the last one that still needs it. Later ones may be put together in another way, and are left alone.
@@ -30,11 +32,11 @@ bool known()
 
 QUrl PlainFileDialogs::intercept(const QUrl &url, DataType type)
 {
-    if (!known() || type != QmlFile || !url.path().contains(QLatin1String("/QtQuick/Dialogs/quickimpl/qml/")))
+    if (!known() || type != QmlFile || !url.path().contains("/QtQuick/Dialogs/quickimpl/qml/"_L1))
         return url;
     for (const Replacement &replacement : replacements) {
         if (url.path().endsWith(replacement.original))
-            return QUrl(QLatin1String("qrc:/qt/qml/KvtEditor/src/ui/dialogs/") + replacement.ours);
+            return QUrl("qrc:/qt/qml/KvtEditor/src/ui/dialogs/"_L1 + replacement.ours);
     }
     return url;
 }

@@ -3,6 +3,8 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // More than any view has stops.
@@ -58,8 +60,7 @@ void KeyboardDriver::reach(QQuickItem *item) const
         key(Qt::Key_Tab);
     }
     check(false,
-          QStringLiteral("Tab does not come to %1 \"%2\"")
-              .arg(item->objectName(), item->property("text").toString()));
+          u"Tab does not come to %1 \"%2\""_s.arg(item->objectName(), item->property("text").toString()));
 }
 
 void KeyboardDriver::reachRow(QQuickItem *row) const
@@ -76,13 +77,12 @@ void KeyboardDriver::step(QQuickItem *list, Qt::Key arrow) const
     const int before = list->property("currentIndex").toInt();
     key(arrow);
     check(list->property("currentIndex").toInt() != before,
-          QStringLiteral("%1 does not move by the arrow keys").arg(list->objectName()));
+          u"%1 does not move by the arrow keys"_s.arg(list->objectName()));
 }
 
 void KeyboardDriver::chooseRow(const QString &rows, const QString &name) const
 {
-    QQuickItem *const list =
-        item(QString(rows).replace(QLatin1String("Delegate"), QLatin1String("ListView")));
+    QQuickItem *const list = item(QString(rows).replace("Delegate"_L1, "ListView"_L1));
     // The dialog may read its folder again and make its rows anew: so each look begins with the row that is
     // the current one then, and only a row that was chosen counts.
     const QQuickItem *chosen = nullptr;
@@ -105,5 +105,5 @@ void KeyboardDriver::chooseRow(const QString &rows, const QString &name) const
         key(arrow);
         return false;
     };
-    waitFor(choose, QStringLiteral("%1 to be chosen in the dialog").arg(name));
+    waitFor(choose, u"%1 to be chosen in the dialog"_s.arg(name));
 }

@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QQuickItem>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // Enough for a scan to be still under way when the next click arrives, most of the time.
@@ -16,7 +18,7 @@ void makeFiles(const QString &folder, int count)
 {
     check(QDir().mkpath(folder), folder);
     for (int i = 0; i < count; ++i) {
-        QFile file(QStringLiteral("%1/e38_%2.kvt").arg(folder).arg(i, 8, 10, QLatin1Char('0')));
+        QFile file(u"%1/e38_%2.kvt"_s.arg(folder).arg(i, 8, 10, '0'_L1));
         check(file.open(QIODevice::WriteOnly), file.errorString());
     }
 }
@@ -46,102 +48,98 @@ void LibraryTour::run()
 
 void LibraryTour::search()
 {
-    m_window.click(QStringLiteral("nav_search"));
-    m_picture(QStringLiteral("search-empty"));
-    m_window.click(QStringLiteral("searchBrowseButton"));
-    m_window.chooseFolder(QStringLiteral("library"));
-    m_window.waitForStatus(QStringLiteral("Found 200 file(s)."));
-    m_picture(QStringLiteral("search"));
+    m_window.click(u"nav_search"_s);
+    m_picture(u"search-empty"_s);
+    m_window.click(u"searchBrowseButton"_s);
+    m_window.chooseFolder(u"library"_s);
+    m_window.waitForStatus(u"Found 200 file(s)."_s);
+    m_picture(u"search"_s);
 }
 
 void LibraryTour::cancelSearch()
 {
-    makeFiles(m_samples + QStringLiteral("/many"), manyFiles);
-    m_window.click(QStringLiteral("searchBrowseButton"));
-    m_window.chooseFolder(QStringLiteral("many"));
+    makeFiles(m_samples + u"/many"_s, manyFiles);
+    m_window.click(u"searchBrowseButton"_s);
+    m_window.chooseFolder(u"many"_s);
     AppState *const app = m_window.app();
-    m_window.waitFor([app] { return app->status().contains(QLatin1String("limit reached")); },
-                     QStringLiteral("the search of many files"));
-    for (int i = 0; i < attempts && !app->status().startsWith(QLatin1String("Search cancelled.")); ++i) {
-        m_window.click(QStringLiteral("searchButton"));
-        m_window.tap(m_window.item(QStringLiteral("searchCancelButton")));
-        m_window.waitFor([app] { return !app->searchBusy(); }, QStringLiteral("the search to end"));
+    m_window.waitFor([app] { return app->status().contains("limit reached"_L1); },
+                     u"the search of many files"_s);
+    for (int i = 0; i < attempts && !app->status().startsWith("Search cancelled."_L1); ++i) {
+        m_window.click(u"searchButton"_s);
+        m_window.tap(m_window.item(u"searchCancelButton"_s));
+        m_window.waitFor([app] { return !app->searchBusy(); }, u"the search to end"_s);
     }
-    check(app->status() == QStringLiteral("Search cancelled. %1 file(s) kept.").arg(app->searchHits().size()),
-          QStringLiteral("no search was cancelled"));
-    m_picture(QStringLiteral("search-cancelled"));
+    check(app->status() == u"Search cancelled. %1 file(s) kept."_s.arg(app->searchHits().size()),
+          u"no search was cancelled"_s);
+    m_picture(u"search-cancelled"_s);
 }
 
 void LibraryTour::openHit()
 {
-    m_window.click(QStringLiteral("searchBrowseButton"));
-    m_window.chooseFolder(QStringLiteral("library"));
-    m_window.waitForStatus(QStringLiteral("Found 200 file(s)."));
-    m_window.type(QStringLiteral("searchNameField"), QStringLiteral(".kvt"));
-    m_window.type(QStringLiteral("searchYearField"), QStringLiteral("2015"));
+    m_window.click(u"searchBrowseButton"_s);
+    m_window.chooseFolder(u"library"_s);
+    m_window.waitForStatus(u"Found 200 file(s)."_s);
+    m_window.type(u"searchNameField"_s, u".kvt"_s);
+    m_window.type(u"searchYearField"_s, u"2015"_s);
     m_window.key(Qt::Key_Return);
     AppState *const app = m_window.app();
     m_window.waitFor([app] { return app->searchHits().size() < 200 && !app->searchBusy(); },
-                     QStringLiteral("fewer files"));
-    const QString name = app->searchHits().constFirst().toMap().value(QStringLiteral("name")).toString();
-    m_picture(QStringLiteral("search-filtered"));
-    m_window.click(QStringLiteral("searchHit0"));
-    m_window.waitFor([&] { return app->fileName() == name && app->tab() == QLatin1String("main"); },
-                     QStringLiteral("the hit to open"));
-    m_picture(QStringLiteral("hit-opened"));
+                     u"fewer files"_s);
+    const QString name = app->searchHits().constFirst().toMap().value(u"name"_s).toString();
+    m_picture(u"search-filtered"_s);
+    m_window.click(u"searchHit0"_s);
+    m_window.waitFor([&] { return app->fileName() == name && app->tab() == "main"_L1; },
+                     u"the hit to open"_s);
+    m_picture(u"hit-opened"_s);
 }
 
 void LibraryTour::sort()
 {
-    const QString source = m_samples + QStringLiteral("/e38_12654321_2014.kvt");
-    check(QFile::copy(m_samples + QStringLiteral("/one-module.kvt"), source), source);
-    check(QDir().mkpath(m_samples + QStringLiteral("/sorted")), m_samples);
+    const QString source = m_samples + u"/e38_12654321_2014.kvt"_s;
+    check(QFile::copy(m_samples + u"/one-module.kvt"_s, source), source);
+    check(QDir().mkpath(m_samples + u"/sorted"_s), m_samples);
     // So that the dialogs start among the samples again.
     m_window.app()->openKvt(source);
 
-    m_window.click(QStringLiteral("nav_sorter"));
-    m_window.click(QStringLiteral("sorterBrowseFilesButton"));
-    m_window.chooseFile(QStringLiteral("e38_12654321_2014.kvt"));
-    m_window.click(QStringLiteral("sorterBrowseFolderButton"));
-    m_window.chooseFolder(QStringLiteral("sorted"));
-    m_window.click(QStringLiteral("sorterStartButton"));
-    m_window.waitForStatus(QStringLiteral("Copied 1 of 1 file(s)."));
-    m_window.waitFor([this] { return m_window.item(QStringLiteral("sorterStartButton"))->isEnabled(); },
-                     QStringLiteral("the sorter to be ready again"));
-    m_picture(QStringLiteral("sorter"));
-    check(contents(m_samples + QStringLiteral("/sorted/2014/UnknownMake/12654321/e38_12654321_2014.kvt"))
+    m_window.click(u"nav_sorter"_s);
+    m_window.click(u"sorterBrowseFilesButton"_s);
+    m_window.chooseFile(u"e38_12654321_2014.kvt"_s);
+    m_window.click(u"sorterBrowseFolderButton"_s);
+    m_window.chooseFolder(u"sorted"_s);
+    m_window.click(u"sorterStartButton"_s);
+    m_window.waitForStatus(u"Copied 1 of 1 file(s)."_s);
+    m_window.waitFor([this] { return m_window.item(u"sorterStartButton"_s)->isEnabled(); },
+                     u"the sorter to be ready again"_s);
+    m_picture(u"sorter"_s);
+    check(contents(m_samples + u"/sorted/2014/UnknownMake/12654321/e38_12654321_2014.kvt"_s)
               == contents(source),
-          QStringLiteral("the sorted copy"));
+          u"the sorted copy"_s);
 }
 
 void LibraryTour::decodeFaults()
 {
-    m_window.click(QStringLiteral("nav_tools"));
-    m_window.type(QStringLiteral("dtcField"), QStringLiteral("04 FF 5B 00 03 01 64 00 12 7F"));
-    m_window.click(QStringLiteral("dtcDecodeButton"));
-    m_window.waitForStatus(QStringLiteral("2 DTC(s)."));
-    m_picture(QStringLiteral("tools"));
+    m_window.click(u"nav_tools"_s);
+    m_window.type(u"dtcField"_s, u"04 FF 5B 00 03 01 64 00 12 7F"_s);
+    m_window.click(u"dtcDecodeButton"_s);
+    m_window.waitForStatus(u"2 DTC(s)."_s);
+    m_picture(u"tools"_s);
 }
 
 void LibraryTour::convertVin()
 {
-    m_window.click(QStringLiteral("tile_vin2hex"));
-    m_window.type(QStringLiteral("vinTextField"), QStringLiteral("1GC"));
+    m_window.click(u"tile_vin2hex"_s);
+    m_window.type(u"vinTextField"_s, u"1GC"_s);
     m_window.waitFor(
-        [this] {
-            return m_window.item(QStringLiteral("vinHexField"))->property("text").toString()
-                == QLatin1String("31 47 43");
-        },
-        QStringLiteral("the VIN as hex bytes"));
-    m_picture(QStringLiteral("vin2hex"));
-    m_window.click(QStringLiteral("vinHexCloseButton"));
-    m_window.waitFor([this] { return !m_window.isVisible(QStringLiteral("vinTextField")); },
-                     QStringLiteral("the popup to close"));
+        [this] { return m_window.item(u"vinHexField"_s)->property("text").toString() == "31 47 43"_L1; },
+        u"the VIN as hex bytes"_s);
+    m_picture(u"vin2hex"_s);
+    m_window.click(u"vinHexCloseButton"_s);
+    m_window.waitFor([this] { return !m_window.isVisible(u"vinTextField"_s); }, u"the popup to close"_s);
 }
 
 void LibraryTour::showManual()
 {
-    m_window.click(QStringLiteral("helpButton"));
-    m_window.waitForStatus(QStringLiteral("Opened User Manual."));
-    m_picture(QStringLiteral("manual"));
+    m_window.click(u"helpButton"_s);
+    m_window.waitForStatus(u"Opened User Manual."_s);
+    m_picture(u"manual"_s);
 }

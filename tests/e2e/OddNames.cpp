@@ -16,16 +16,16 @@
 #include <filesystem>
 #include <fstream>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const TestEnvironment environment;
 
 const QStringList names{
-    QStringLiteral("plain.kvt"),     QStringLiteral("two words.kvt"),  QStringLiteral("größe é.kvt"),
-    QStringLiteral("number #1.kvt"), QStringLiteral("100%.kvt"),       QStringLiteral("a%20b.kvt"),
-    QStringLiteral("what?.kvt"),     QStringLiteral("a&b.kvt"),        QStringLiteral("[set] (2).kvt"),
-    QStringLiteral("<b>bold.kvt"),   QStringLiteral("two\nlines.kvt"), QStringLiteral("<img src='x'>.kvt"),
-    QStringLiteral("a\u202Eb.kvt"),
+    u"plain.kvt"_s,      u"two words.kvt"_s,     u"größe é.kvt"_s,  u"number #1.kvt"_s, u"100%.kvt"_s,
+    u"a%20b.kvt"_s,      u"what?.kvt"_s,         u"a&b.kvt"_s,      u"[set] (2).kvt"_s, u"<b>bold.kvt"_s,
+    u"two\nlines.kvt"_s, u"<img src='x'>.kvt"_s, u"a\u202Eb.kvt"_s,
 };
 
 QStringList files(const QString &folder)
@@ -37,28 +37,26 @@ void openAndSave(const WindowDriver &window, const QString &name)
 {
     const QString folder = TestEnvironment::documents();
     check(QDir().mkpath(folder), folder);
-    QFile file(folder + QLatin1Char('/') + name);
+    QFile file(folder + '/'_L1 + name);
     check(file.open(QIODevice::WriteOnly), file.errorString());
     file.write("bytes of " + name.toUtf8());
     file.close();
 
-    window.click(QStringLiteral("openFileButton"));
+    window.click(u"openFileButton"_s);
     window.chooseFile(name);
-    window.waitFor([&] { return window.app()->fileName() == name; }, QStringLiteral("the file to open"));
+    window.waitFor([&] { return window.app()->fileName() == name; }, u"the file to open"_s);
 
     // Saved under the name that the dialog proposes: over itself, and nothing else appears.
-    window.app()->hexPatch(QStringLiteral("BYTES"));
-    window.click(QStringLiteral("saveFileButton"));
-    window.item(QStringLiteral("fileNameTextField"));
-    window.click(window.button(QStringLiteral("Save")));
+    window.app()->hexPatch(u"BYTES"_s);
+    window.click(u"saveFileButton"_s);
+    window.item(u"fileNameTextField"_s);
+    window.click(window.button(u"Save"_s));
     // From Qt 6.8 on, the dialog asks before it writes over a file.
     if (QLibraryInfo::version() >= QVersionNumber(6, 8))
-        window.click(window.button(QStringLiteral("Yes")));
-    window.waitFor([&] { return window.app()->status() == QLatin1String("Saved."); },
-                   QStringLiteral("the save"));
-    check(files(folder) == QStringList{name}, files(folder).join(QLatin1Char('|')));
-    check(file.open(QIODevice::ReadOnly) && file.readAll() == "BYTES of " + name.toUtf8(),
-          QStringLiteral("the bytes"));
+        window.click(window.button(u"Yes"_s));
+    window.waitFor([&] { return window.app()->status() == "Saved."_L1; }, u"the save"_s);
+    check(files(folder) == QStringList{name}, files(folder).join('|'_L1));
+    check(file.open(QIODevice::ReadOnly) && file.readAll() == "BYTES of " + name.toUtf8(), u"the bytes"_s);
     check(window.app()->fileName() == name, window.app()->fileName());
     file.close();
     file.remove();
@@ -67,11 +65,11 @@ void openAndSave(const WindowDriver &window, const QString &name)
 void saveTyped(const WindowDriver &window, const QString &name)
 {
     const QString folder = TestEnvironment::documents();
-    window.click(QStringLiteral("saveFileButton"));
+    window.click(u"saveFileButton"_s);
     window.saveAs(name);
-    window.waitFor([&] { return !files(folder).isEmpty(); }, QStringLiteral("the file"));
-    check(files(folder) == QStringList{name}, files(folder).join(QLatin1Char('|')));
-    QFile::remove(folder + QLatin1Char('/') + name);
+    window.waitFor([&] { return !files(folder).isEmpty(); }, u"the file"_s);
+    check(files(folder) == QStringList{name}, files(folder).join('|'_L1));
+    QFile::remove(folder + '/'_L1 + name);
 }
 
 // A file whose name is no text the dialog can show, and its neighbours.
@@ -82,25 +80,23 @@ void openBesideUndecodable(const WindowDriver &window, const QString &name)
         std::filesystem::path(QFile::encodeName(folder).constData()) / "caf\xe9.kvt";
     check(QDir().mkpath(folder), folder);
     std::ofstream(undecodable) << "bytes of another";
-    check(std::filesystem::exists(undecodable), QStringLiteral("the file of undecodable name"));
-    for (const QString &neighbour : {QStringLiteral("a ") + name, QStringLiteral("z ") + name}) {
-        QFile file(folder + QLatin1Char('/') + neighbour);
+    check(std::filesystem::exists(undecodable), u"the file of undecodable name"_s);
+    for (const QString &neighbour : {u"a "_s + name, u"z "_s + name}) {
+        QFile file(folder + '/'_L1 + neighbour);
         check(file.open(QIODevice::WriteOnly), file.errorString());
         file.write("bytes of " + neighbour.toUtf8());
         file.close();
         // Qt 6.8 lists few files or none beside such a name, and so does its dialog.
         if (files(folder).contains(neighbour)) {
-            window.click(QStringLiteral("openFileButton"));
+            window.click(u"openFileButton"_s);
             window.chooseFile(neighbour);
         } else {
             window.app()->openKvt(file.fileName());
         }
-        window.waitFor([&] { return window.app()->fileName() == neighbour; },
-                       QStringLiteral("the file to open"));
-        check(window.app()->currentKvtBytes() == "bytes of " + neighbour.toUtf8(),
-              QStringLiteral("the bytes"));
+        window.waitFor([&] { return window.app()->fileName() == neighbour; }, u"the file to open"_s);
+        check(window.app()->currentKvtBytes() == "bytes of " + neighbour.toUtf8(), u"the bytes"_s);
     }
-    check(std::filesystem::file_size(undecodable) == 16, QStringLiteral("the file of undecodable name"));
+    check(std::filesystem::file_size(undecodable) == 16, u"the file of undecodable name"_s);
     std::filesystem::remove(undecodable);
 }
 
@@ -110,7 +106,7 @@ int run()
     const WindowDriver window;
     for (const QString &name : names) {
         for (const auto &step : {openAndSave, saveTyped, openBesideUndecodable}) {
-            if (step == saveTyped && name.contains(QLatin1Char('\n')))
+            if (step == saveTyped && name.contains('\n'_L1))
                 continue;
             if (step == openBesideUndecodable && name != names.constFirst())
                 continue;
@@ -124,7 +120,7 @@ int run()
             }
             std::fflush(stdout);
             for (const QString &left : files(TestEnvironment::documents()))
-                QFile::remove(TestEnvironment::documents() + QLatin1Char('/') + left);
+                QFile::remove(TestEnvironment::documents() + '/'_L1 + left);
         }
     }
     return failed == 0 ? 0 : 1;

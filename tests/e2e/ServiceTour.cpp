@@ -6,11 +6,13 @@
 #include <QQuickItem>
 #include <QVariantMap>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString baseName = QStringLiteral("five-modules.kvt");
-const QString donorName = QStringLiteral("donor.kvt");
-const QString binName = QStringLiteral("flash.bin");
+const QString baseName = u"five-modules.kvt"_s;
+const QString donorName = u"donor.kvt"_s;
+const QString binName = u"flash.bin"_s;
 
 // What the file would be converted to, by the stand-in's own rule: its segments, one after the other.
 QByteArray segmentsOf(const QByteArray &container)
@@ -37,7 +39,7 @@ QByteArray withSegment(QByteArray base, const QByteArray &donor, int target, int
         throw DriveError("there is no such segment");
     };
     const QByteArray old = segment(base, target);
-    check(base.count(old) == 1, QStringLiteral("a segment's bytes that stand in the base once"));
+    check(base.count(old) == 1, u"a segment's bytes that stand in the base once"_s);
     return base.replace(old, segment(donor, source));
 }
 
@@ -64,42 +66,38 @@ void ServiceTour::run()
 
 void ServiceTour::convert()
 {
-    m_window.app()->openKvt(m_samples + QLatin1Char('/') + baseName);
-    m_window.waitFor([this] { return m_window.app()->modules().size() == 5; },
-                     QStringLiteral("the five modules"));
-    const QString view = QStringLiteral("convertView");
-    m_window.click(QStringLiteral("nav_convert"));
-    m_picture(QStringLiteral("convert"));
-    press(view, QStringLiteral("KVT \u2192 BIN"));
-    m_window.waitForStatus(QStringLiteral("Saved five-modules.bin"));
-    check(sample(QStringLiteral("five-modules.bin")) == segmentsOf(sample(baseName)),
-          QStringLiteral("the converted BIN"));
+    m_window.app()->openKvt(m_samples + '/'_L1 + baseName);
+    m_window.waitFor([this] { return m_window.app()->modules().size() == 5; }, u"the five modules"_s);
+    const QString view = u"convertView"_s;
+    m_window.click(u"nav_convert"_s);
+    m_picture(u"convert"_s);
+    press(view, u"KVT \u2192 BIN"_s);
+    m_window.waitForStatus(u"Saved five-modules.bin"_s);
+    check(sample(u"five-modules.bin"_s) == segmentsOf(sample(baseName)), u"the converted BIN"_s);
 
-    press(view, QStringLiteral("BIN \u2192 KVT"));
-    m_window.chooseFile(QStringLiteral("five-modules.bin"));
-    m_window.waitForStatus(QStringLiteral("Saved imported.kvt"));
-    check(m_window.app()->fileName() == QLatin1String("imported.kvt"),
-          QStringLiteral("the imported file to be open"));
-    check(segmentsOf(sample(QStringLiteral("imported.kvt"))) == sample(QStringLiteral("five-modules.bin")),
-          QStringLiteral("the imported bytes"));
-    m_picture(QStringLiteral("converted"));
+    press(view, u"BIN \u2192 KVT"_s);
+    m_window.chooseFile(u"five-modules.bin"_s);
+    m_window.waitForStatus(u"Saved imported.kvt"_s);
+    check(m_window.app()->fileName() == "imported.kvt"_L1, u"the imported file to be open"_s);
+    check(segmentsOf(sample(u"imported.kvt"_s)) == sample(u"five-modules.bin"_s), u"the imported bytes"_s);
+    m_picture(u"converted"_s);
 }
 
 void ServiceTour::swapSegments()
 {
-    const QString view = QStringLiteral("segmentsView");
-    m_window.click(QStringLiteral("nav_segments"));
-    m_picture(QStringLiteral("segments-empty"));
-    press(view, QStringLiteral("Pick base .kvt"));
+    const QString view = u"segmentsView"_s;
+    m_window.click(u"nav_segments"_s);
+    m_picture(u"segments-empty"_s);
+    press(view, u"Pick base .kvt"_s);
     m_window.chooseFile(baseName);
-    m_window.waitForStatus(QStringLiteral("base set: %1").arg(baseName));
-    press(view, QStringLiteral("Pick donor .kvt"));
+    m_window.waitForStatus(u"base set: %1"_s.arg(baseName));
+    press(view, u"Pick donor .kvt"_s);
     m_window.chooseFile(donorName);
-    m_window.waitForStatus(QStringLiteral("donor set: %1").arg(donorName));
-    press(view, QStringLiteral("SEGMENT SWAP"));
-    m_window.waitForStatusEnding(QStringLiteral(" swap candidate(s)."));
+    m_window.waitForStatus(u"donor set: %1"_s.arg(donorName));
+    press(view, u"SEGMENT SWAP"_s);
+    m_window.waitForStatusEnding(u" swap candidate(s)."_s);
     const QVariantList candidates = m_window.app()->swapCandidates();
-    check(candidates.size() >= 5, QStringLiteral("at least five candidates"));
+    check(candidates.size() >= 5, u"at least five candidates"_s);
 
     // All off, then two of them on.
     const auto box = [&](const QString &text) {
@@ -109,128 +107,119 @@ void ServiceTour::swapSegments()
                 return item->inherits("QQuickCheckBox") && item->parentItem()
                     && item->parentItem()->property("text").toString() == text;
             },
-            QStringLiteral("the box \"%1\"").arg(text));
+            u"the box \"%1\""_s.arg(text));
     };
-    m_window.click(box(QStringLiteral("Select all")));
+    m_window.click(box(u"Select all"_s));
     const QList<int> kept{1, 3};
     QByteArray expected = sample(baseName);
     for (const int index : kept) {
         const QVariantMap candidate = candidates.at(index).toMap();
-        m_window.click(box(candidate.value(QStringLiteral("label")).toString()));
-        expected =
-            withSegment(expected, sample(donorName), candidate.value(QStringLiteral("targetIndex")).toInt(),
-                        candidate.value(QStringLiteral("donorIndex")).toInt());
+        m_window.click(box(candidate.value(u"label"_s).toString()));
+        expected = withSegment(expected, sample(donorName), candidate.value(u"targetIndex"_s).toInt(),
+                               candidate.value(u"donorIndex"_s).toInt());
     }
     for (int i = 0; i < candidates.size(); ++i) {
         const QVariantMap candidate = m_window.app()->swapCandidates().at(i).toMap();
-        check(candidate.value(QStringLiteral("selected")).toBool() == kept.contains(i),
-              QStringLiteral("the selection of candidate %1").arg(i));
+        check(candidate.value(u"selected"_s).toBool() == kept.contains(i),
+              u"the selection of candidate %1"_s.arg(i));
     }
-    m_picture(QStringLiteral("segments"));
-    press(view, QStringLiteral("Apply selected"));
-    m_window.waitForStatus(QStringLiteral("Saved swapped.kvt"));
-    check(expected != sample(baseName) && sample(QStringLiteral("swapped.kvt")) == expected,
-          QStringLiteral("the chosen segments, and nothing else, to be swapped"));
-    check(m_window.app()->fileName() == QLatin1String("swapped.kvt"),
-          QStringLiteral("the swapped file to be open"));
+    m_picture(u"segments"_s);
+    press(view, u"Apply selected"_s);
+    m_window.waitForStatus(u"Saved swapped.kvt"_s);
+    check(expected != sample(baseName) && sample(u"swapped.kvt"_s) == expected,
+          u"the chosen segments, and nothing else, to be swapped"_s);
+    check(m_window.app()->fileName() == "swapped.kvt"_L1, u"the swapped file to be open"_s);
     m_window.waitFor([this] { return m_window.app()->modules().size() == 5; },
-                     QStringLiteral("the service to read the swapped file"));
+                     u"the service to read the swapped file"_s);
 }
 
 void ServiceTour::buyDefinition()
 {
-    const QString view = QStringLiteral("xdfView");
-    m_window.click(QStringLiteral("nav_xdf"));
-    m_picture(QStringLiteral("xdf-maker-empty"));
-    type(view, QStringLiteral("Email"), QStringLiteral("demo@vox.invalid"));
-    type(view, QStringLiteral("Password"), QStringLiteral("demo"));
-    press(view, QStringLiteral("LOGIN"));
-    m_window.waitForStatus(QStringLiteral("XDF signed in."));
-    press(view, QStringLiteral("Load catalog"));
-    m_window.waitForStatusEnding(QStringLiteral(" item(s)."));
+    const QString view = u"xdfView"_s;
+    m_window.click(u"nav_xdf"_s);
+    m_picture(u"xdf-maker-empty"_s);
+    type(view, u"Email"_s, u"demo@vox.invalid"_s);
+    type(view, u"Password"_s, u"demo"_s);
+    press(view, u"LOGIN"_s);
+    m_window.waitForStatus(u"XDF signed in."_s);
+    press(view, u"Load catalog"_s);
+    m_window.waitForStatusEnding(u" item(s)."_s);
     const QVariantList items = m_window.app()->xdfItems();
-    check(!items.isEmpty(), QStringLiteral("the catalogue to have items"));
-    m_picture(QStringLiteral("xdf-maker"));
-    press(QStringLiteral("xdfItem0"), QStringLiteral("Download"));
-    m_window.waitForStatus(QStringLiteral("Downloaded XDF."));
-    const QString title = items.constFirst().toMap().value(QStringLiteral("title")).toString();
-    check(sample(title + QStringLiteral(".xdf")).startsWith('<'),
-          QStringLiteral("the downloaded definition"));
+    check(!items.isEmpty(), u"the catalogue to have items"_s);
+    m_picture(u"xdf-maker"_s);
+    press(u"xdfItem0"_s, u"Download"_s);
+    m_window.waitForStatus(u"Downloaded XDF."_s);
+    const QString title = items.constFirst().toMap().value(u"title"_s).toString();
+    check(sample(title + u".xdf"_s).startsWith('<'), u"the downloaded definition"_s);
 }
 
 void ServiceTour::patchBin()
 {
-    const QString view = QStringLiteral("patcherView");
-    m_window.click(QStringLiteral("nav_patcher"));
+    const QString view = u"patcherView"_s;
+    m_window.click(u"nav_patcher"_s);
     const QString credits = m_window.app()->xdfCredits();
-    press(view, QStringLiteral("Load patches"));
-    m_window.waitForStatusEnding(QStringLiteral(" for %1.").arg(m_window.app()->moduleOneOs()));
-    check(!m_window.app()->patchItems().isEmpty(), QStringLiteral("patches for the OS"));
-    check(m_window.app()->xdfCredits().toInt() < credits.toInt(),
-          QStringLiteral("the download to have taken credits"));
-    m_picture(QStringLiteral("bin-patcher"));
-    press(QStringLiteral("patch0"), QStringLiteral("Apply to BIN"));
+    press(view, u"Load patches"_s);
+    m_window.waitForStatusEnding(u" for %1."_s.arg(m_window.app()->moduleOneOs()));
+    check(!m_window.app()->patchItems().isEmpty(), u"patches for the OS"_s);
+    check(m_window.app()->xdfCredits().toInt() < credits.toInt(), u"the download to have taken credits"_s);
+    m_picture(u"bin-patcher"_s);
+    press(u"patch0"_s, u"Apply to BIN"_s);
     m_window.chooseFile(binName);
-    m_window.waitForStatus(QStringLiteral("Patch applied."));
-    const QByteArray patched = sample(QStringLiteral("flash_patched.bin"));
-    check(patched.size() == sample(binName).size() && patched != sample(binName),
-          QStringLiteral("the patched copy"));
+    m_window.waitForStatus(u"Patch applied."_s);
+    const QByteArray patched = sample(u"flash_patched.bin"_s);
+    check(patched.size() == sample(binName).size() && patched != sample(binName), u"the patched copy"_s);
 }
 
 void ServiceTour::openStockFile()
 {
-    const QString view = QStringLiteral("stockView");
-    m_window.click(QStringLiteral("nav_stock"));
-    m_picture(QStringLiteral("stock-files-empty"));
-    press(view, QStringLiteral("DOWNLOAD & OPEN"));
-    m_window.waitForStatus(QStringLiteral("Select a stock file first."));
-    press(view, QStringLiteral("SEARCH"));
-    m_window.waitForStatusEnding(QStringLiteral(" stock file(s)."));
+    const QString view = u"stockView"_s;
+    m_window.click(u"nav_stock"_s);
+    m_picture(u"stock-files-empty"_s);
+    press(view, u"DOWNLOAD & OPEN"_s);
+    m_window.waitForStatus(u"Select a stock file first."_s);
+    press(view, u"SEARCH"_s);
+    m_window.waitForStatusEnding(u" stock file(s)."_s);
     const qsizetype all = m_window.app()->stockRows().size();
-    type(view, QStringLiteral("Keyword"), QStringLiteral(".kvt"));
+    type(view, u"Keyword"_s, u".kvt"_s);
     m_window.key(Qt::Key_Return);
-    m_window.waitFor([&] { return m_window.app()->stockRows().size() < all; }, QStringLiteral("fewer rows"));
-    const QString name =
-        m_window.app()->stockRows().constFirst().toMap().value(QStringLiteral("filename")).toString();
+    m_window.waitFor([&] { return m_window.app()->stockRows().size() < all; }, u"fewer rows"_s);
+    const QString name = m_window.app()->stockRows().constFirst().toMap().value(u"filename"_s).toString();
     m_window.click(m_window.inside(
         view, [&](const QQuickItem *item) { return item->property("text").toString() == name; }, name));
-    m_picture(QStringLiteral("stock-files"));
-    press(view, QStringLiteral("DOWNLOAD & OPEN"));
+    m_picture(u"stock-files"_s);
+    press(view, u"DOWNLOAD & OPEN"_s);
     AppState *const app = m_window.app();
-    m_window.waitFor([&] { return app->fileName() == name && app->tab() == QLatin1String("main"); },
-                     QStringLiteral("the stock file to open"));
-    m_window.waitFor([&] { return !app->modules().isEmpty(); }, QStringLiteral("its identifiers"));
-    m_picture(QStringLiteral("stock-file-opened"));
+    m_window.waitFor([&] { return app->fileName() == name && app->tab() == "main"_L1; },
+                     u"the stock file to open"_s);
+    m_window.waitFor([&] { return !app->modules().isEmpty(); }, u"its identifiers"_s);
+    m_picture(u"stock-file-opened"_s);
 }
 
 void ServiceTour::writeTicket()
 {
-    const QString view = QStringLiteral("feedbackView");
-    m_window.click(QStringLiteral("nav_feedback"));
-    m_picture(QStringLiteral("feedback-empty"));
-    type(view, QStringLiteral("Your name"), QStringLiteral("A. Tuner"));
-    type(view, QStringLiteral("Description"), QStringLiteral("The list could be longer."));
-    press(view, QStringLiteral("Submit ticket"));
+    const QString view = u"feedbackView"_s;
+    m_window.click(u"nav_feedback"_s);
+    m_picture(u"feedback-empty"_s);
+    type(view, u"Your name"_s, u"A. Tuner"_s);
+    type(view, u"Description"_s, u"The list could be longer."_s);
+    press(view, u"Submit ticket"_s);
     AppState *const app = m_window.app();
-    m_window.waitFor([&] { return app->status().startsWith(QLatin1String("Ticket: ")); },
-                     QStringLiteral("the ticket's number"));
-    type(view, QStringLiteral("Ticket id"), app->status().section(QLatin1Char(' '), 1));
-    press(view, QStringLiteral("Load conversation"));
-    m_window.waitForStatus(QStringLiteral("Loaded ticket."));
-    check(app->threadText().contains(QLatin1String("The list could be longer.")),
-          QStringLiteral("the conversation"));
-    type(view, QStringLiteral("Reply"), QStringLiteral("Much longer."));
-    press(view, QStringLiteral("Send reply"));
-    m_window.waitFor([&] { return app->threadText().contains(QLatin1String("Much longer.")); },
-                     QStringLiteral("the reply in the conversation"));
-    m_picture(QStringLiteral("feedback"));
+    m_window.waitFor([&] { return app->status().startsWith("Ticket: "_L1); }, u"the ticket's number"_s);
+    type(view, u"Ticket id"_s, app->status().section(' '_L1, 1));
+    press(view, u"Load conversation"_s);
+    m_window.waitForStatus(u"Loaded ticket."_s);
+    check(app->threadText().contains("The list could be longer."_L1), u"the conversation"_s);
+    type(view, u"Reply"_s, u"Much longer."_s);
+    press(view, u"Send reply"_s);
+    m_window.waitFor([&] { return app->threadText().contains("Much longer."_L1); },
+                     u"the reply in the conversation"_s);
+    m_picture(u"feedback"_s);
 }
 
 void ServiceTour::checkForUpdate()
 {
-    press(QStringLiteral("feedbackView"), QStringLiteral("Check update"));
-    m_window.waitForStatus(
-        QStringLiteral("You are running the latest version (%1).").arg(m_window.app()->version()));
+    press(u"feedbackView"_s, u"Check update"_s);
+    m_window.waitForStatus(u"You are running the latest version (%1)."_s.arg(m_window.app()->version()));
 }
 
 void ServiceTour::press(const QString &view, const QString &text) const
@@ -241,7 +230,7 @@ void ServiceTour::press(const QString &view, const QString &text) const
             return item->inherits("QQuickAbstractButton") && item->isEnabled()
                 && item->property("text").toString() == text;
         },
-        QStringLiteral("the button %1").arg(text)));
+        u"the button %1"_s.arg(text)));
 }
 
 void ServiceTour::type(const QString &view, const QString &title, const QString &text) const
@@ -251,11 +240,11 @@ void ServiceTour::type(const QString &view, const QString &title, const QString 
         [&title](const QQuickItem *item) {
             return item->property("title").toString() == title && item->property("input").isValid();
         },
-        QStringLiteral("the field %1").arg(title));
+        u"the field %1"_s.arg(title));
     m_window.typeInto(field->property("input").value<QQuickItem *>(), text);
 }
 
 QByteArray ServiceTour::sample(const QString &name) const
 {
-    return contents(m_samples + QLatin1Char('/') + name);
+    return contents(m_samples + '/'_L1 + name);
 }

@@ -26,6 +26,8 @@
 #include <cstdlib>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// A home of its own like that of every test, but shown where the caller wants it.
@@ -80,22 +82,22 @@ private:
     int m_pictureCount = 0;
 };
 
-const QString sampleName = QStringLiteral("one-module.kvt");
-const QString severalModulesName = QStringLiteral("two-modules.kvt");
-const QString patchedName = QStringLiteral("patched copy #1.kvt");
+const QString sampleName = u"one-module.kvt"_s;
+const QString severalModulesName = u"two-modules.kvt"_s;
+const QString patchedName = u"patched copy #1.kvt"_s;
 
 Tour::Tour()
 {
     m_samples = TestEnvironment::documents();
     QString error;
     check(SampleData::generate(m_samples, &error) && m_service.start(&error), error);
-    m_sample = SampleContainer::read(contents(m_samples + QLatin1Char('/') + sampleName)).value();
+    m_sample = SampleContainer::read(contents(m_samples + '/'_L1 + sampleName)).value();
     m_sampleVin = m_sample.modules.constFirst().vin;
-    m_patchedVin = m_sampleVin.first(11) + QStringLiteral("999999");
-    const QString configuration = TestEnvironment::home() + QStringLiteral("/service.json");
+    m_patchedVin = m_sampleVin.first(11) + u"999999"_s;
+    const QString configuration = TestEnvironment::home() + u"/service.json"_s;
     QFile file(configuration);
     check(file.open(QIODevice::WriteOnly), file.errorString());
-    file.write(QJsonDocument(QJsonObject{{QStringLiteral("apiBase"), m_service.apiBase()}}).toJson());
+    file.write(QJsonDocument(QJsonObject{{u"apiBase"_s, m_service.apiBase()}}).toJson());
     qputenv("KVTEDITOR_SERVICE_CONFIG", QFile::encodeName(configuration));
 }
 
@@ -110,9 +112,8 @@ int Tour::run()
         openSeveralModules();
         const auto takePicture = [this](const QString &name) { picture(name); };
         LibraryTour(*m_window, m_samples, takePicture).run();
-        check(m_desktop.opened.size() == 1
-                  && m_desktop.opened.constFirst().fileName().endsWith(QLatin1String(".pdf")),
-              QStringLiteral("the manual was not opened"));
+        check(m_desktop.opened.size() == 1 && m_desktop.opened.constFirst().fileName().endsWith(".pdf"_L1),
+              u"the manual was not opened"_s);
         m_desktop.opened.clear();
         ServiceTour(*m_window, m_samples, takePicture).run();
         checkFoldersShown();
@@ -121,7 +122,7 @@ int Tour::run()
         std::fprintf(stderr, "tour: %s (status line: %s)\n", error.what(),
                      m_window ? qPrintable(m_window->app()->status()) : "none");
         if (m_window && !m_pictures.isEmpty())
-            m_window->savePicture(m_pictures + QStringLiteral("/failed.png"));
+            m_window->savePicture(m_pictures + u"/failed.png"_s);
         // The window may be in the midst of anything, and must not keep the program from ending.
         std::fflush(nullptr);
         std::_Exit(1);
@@ -134,7 +135,7 @@ void Tour::start()
 {
     check(environment.platform.isEmpty()
               || QGuiApplication::platformName().toLatin1() == environment.platform,
-          QStringLiteral("the window on the platform \"%1\"").arg(QLatin1String(environment.platform)));
+          u"the window on the platform \"%1\""_s.arg(QLatin1String(environment.platform)));
     if (qEnvironmentVariableIsSet("KVTEDITOR_TOUR_KEYBOARD"))
         m_window = std::make_unique<KeyboardDriver>();
     else
@@ -150,85 +151,81 @@ void Tour::start()
         [](const QQuickItem *item) {
             return item->inherits("QQuickImage") && item->property("progress").toReal() >= 1;
         },
-        QStringLiteral("the logo"));
-    picture(QStringLiteral("start"));
-    m_window->click(QStringLiteral("hexEditorButton"));
-    expectStatus(QStringLiteral("Open an KVT first."));
-    check(!m_window->isVisible(QStringLiteral("hexOverlay")),
-          QStringLiteral("the hex editor opened on nothing"));
+        u"the logo"_s);
+    picture(u"start"_s);
+    m_window->click(u"hexEditorButton"_s);
+    expectStatus(u"Open an KVT first."_s);
+    check(!m_window->isVisible(u"hexOverlay"_s), u"the hex editor opened on nothing"_s);
 }
 
 void Tour::openSample()
 {
-    m_window->click(QStringLiteral("openFileButton"));
-    m_window->item(QStringLiteral("fileDialogDelegate0"));
-    picture(QStringLiteral("open-dialog"));
+    m_window->click(u"openFileButton"_s);
+    m_window->item(u"fileDialogDelegate0"_s);
+    picture(u"open-dialog"_s);
 
     m_window->chooseFile(sampleName);
-    m_window->waitFor([this] { return m_window->app()->fileName() == sampleName; },
-                      QStringLiteral("the file to open"));
+    m_window->waitFor([this] { return m_window->app()->fileName() == sampleName; }, u"the file to open"_s);
     m_window->waitFor([this] { return m_window->app()->vin() == m_sampleVin; },
-                      QStringLiteral("the identifiers of the service"));
-    check(m_window->app()->created() == m_sample.created, QStringLiteral("the time of creation"));
-    picture(QStringLiteral("identifiers"));
+                      u"the identifiers of the service"_s);
+    check(m_window->app()->created() == m_sample.created, u"the time of creation"_s);
+    picture(u"identifiers"_s);
 }
 
 void Tour::editIdentifier()
 {
-    m_window->type(QStringLiteral("fuelField"), QStringLiteral("Flex fuel"));
-    check(m_window->app()->fuel() == QStringLiteral("Flex fuel"), QStringLiteral("the edited identifier"));
-    picture(QStringLiteral("identifier-edited"));
+    m_window->type(u"fuelField"_s, u"Flex fuel"_s);
+    check(m_window->app()->fuel() == u"Flex fuel"_s, u"the edited identifier"_s);
+    picture(u"identifier-edited"_s);
 }
 
 void Tour::findAndPatch()
 {
-    m_window->click(QStringLiteral("hexEditorButton"));
-    picture(QStringLiteral("hex-editor"));
-    m_window->type(QStringLiteral("hexSearchField"), m_sampleVin);
-    m_window->click(QStringLiteral("hexFindButton"));
-    const qsizetype position =
-        contents(m_samples + QLatin1Char('/') + sampleName).indexOf(m_sampleVin.toLatin1());
-    expectStatus(QStringLiteral("FOUND AT 0X%1").arg(QString::number(position, 16).toUpper()));
-    picture(QStringLiteral("found"));
+    m_window->click(u"hexEditorButton"_s);
+    picture(u"hex-editor"_s);
+    m_window->type(u"hexSearchField"_s, m_sampleVin);
+    m_window->click(u"hexFindButton"_s);
+    const qsizetype position = contents(m_samples + '/'_L1 + sampleName).indexOf(m_sampleVin.toLatin1());
+    expectStatus(u"FOUND AT 0X%1"_s.arg(QString::number(position, 16).toUpper()));
+    picture(u"found"_s);
 
-    m_window->type(QStringLiteral("hexPatchField"), m_patchedVin);
-    m_window->click(QStringLiteral("hexApplyButton"));
-    expectStatus(QStringLiteral("Patched 17 byte(s)."));
-    picture(QStringLiteral("patched"));
-    m_window->click(QStringLiteral("hexWriteBackButton"));
-    expectStatus(QStringLiteral("Hex written back into the open file buffer."));
-    check(!m_window->app()->showHex(), QStringLiteral("the hex editor to close"));
+    m_window->type(u"hexPatchField"_s, m_patchedVin);
+    m_window->click(u"hexApplyButton"_s);
+    expectStatus(u"Patched 17 byte(s)."_s);
+    picture(u"patched"_s);
+    m_window->click(u"hexWriteBackButton"_s);
+    expectStatus(u"Hex written back into the open file buffer."_s);
+    check(!m_window->app()->showHex(), u"the hex editor to close"_s);
 }
 
 void Tour::saveAndReopen()
 {
-    m_window->click(QStringLiteral("saveFileButton"));
-    m_window->item(QStringLiteral("fileNameTextField"));
-    picture(QStringLiteral("save-dialog"));
+    m_window->click(u"saveFileButton"_s);
+    m_window->item(u"fileNameTextField"_s);
+    picture(u"save-dialog"_s);
     m_window->saveAs(patchedName);
-    expectStatus(QStringLiteral("Saved."));
-    picture(QStringLiteral("saved"));
+    expectStatus(u"Saved."_s);
+    picture(u"saved"_s);
 
-    QByteArray expected = contents(m_samples + QLatin1Char('/') + sampleName);
+    QByteArray expected = contents(m_samples + '/'_L1 + sampleName);
     expected.replace(m_sampleVin.toLatin1(), m_patchedVin.toLatin1());
-    check(contents(m_samples + QLatin1Char('/') + patchedName) == expected,
-          QStringLiteral("the saved file differs from the sample in more than the VIN"));
+    check(contents(m_samples + '/'_L1 + patchedName) == expected,
+          u"the saved file differs from the sample in more than the VIN"_s);
 
-    m_window->click(QStringLiteral("openFileButton"));
+    m_window->click(u"openFileButton"_s);
     m_window->chooseFile(patchedName);
     m_window->waitFor([this] { return m_window->app()->vin() == m_patchedVin; },
-                      QStringLiteral("the service to read the patched VIN"));
-    check(m_window->app()->fileName() == patchedName, QStringLiteral("the patched copy to be open"));
-    picture(QStringLiteral("reopened"));
+                      u"the service to read the patched VIN"_s);
+    check(m_window->app()->fileName() == patchedName, u"the patched copy to be open"_s);
+    picture(u"reopened"_s);
 }
 
 void Tour::openSeveralModules()
 {
-    m_window->click(QStringLiteral("openFileButton"));
+    m_window->click(u"openFileButton"_s);
     m_window->chooseFile(severalModulesName);
-    m_window->waitFor([this] { return m_window->app()->modules().size() > 1; },
-                      QStringLiteral("several modules"));
-    picture(QStringLiteral("several-modules"));
+    m_window->waitFor([this] { return m_window->app()->modules().size() > 1; }, u"several modules"_s);
+    picture(u"several-modules"_s);
 }
 
 // The folder of each file that came from the service: two conversions, a swap, a definition and a patched
@@ -236,31 +233,30 @@ void Tour::openSeveralModules()
 void Tour::checkFoldersShown()
 {
     check(m_desktop.opened == QList<QUrl>(5, QUrl::fromLocalFile(m_samples)),
-          QStringLiteral("the documents folder was not shown for each saved file"));
+          u"the documents folder was not shown for each saved file"_s);
 }
 
 // Only where a window manager can hold a window to its smallest size.
 void Tour::shrinkWindow()
 {
-    if (m_small || QGuiApplication::platformName() != QLatin1String("xcb"))
+    if (m_small || QGuiApplication::platformName() != "xcb"_L1)
         return;
     QQuickWindow *const window = m_window->window();
     const QSize usual = window->size();
     const auto resizeTo = [&](const QSize &size, const QSize &outcome) {
         window->resize(size);
         m_window->waitFor([&] { return window->size() == outcome; },
-                          QStringLiteral("a size of %1 x %2").arg(outcome.width()).arg(outcome.height()));
+                          u"a size of %1 x %2"_s.arg(outcome.width()).arg(outcome.height()));
     };
-    check(usual == QSize(1440, 900), QStringLiteral("the size at the start"));
+    check(usual == QSize(1440, 900), u"the size at the start"_s);
     resizeTo(QSize(800, 600), QSize(1100, 720));
-    picture(QStringLiteral("smallest"));
+    picture(u"smallest"_s);
     resizeTo(usual, usual);
 }
 
 void Tour::expectStatus(const QString &text)
 {
-    m_window->waitFor([&] { return m_window->app()->status() == text; },
-                      QStringLiteral("the status \"%1\"").arg(text));
+    m_window->waitFor([&] { return m_window->app()->status() == text; }, u"the status \"%1\""_s.arg(text));
 }
 
 void Tour::picture(const QString &name)
@@ -269,8 +265,7 @@ void Tour::picture(const QString &name)
     if (m_pictures.isEmpty())
         return;
     const QString file =
-        QStringLiteral("%1/%2-%3.png")
-            .arg(m_pictures, QString::number(m_pictureCount).rightJustified(2, QLatin1Char('0')), name);
+        u"%1/%2-%3.png"_s.arg(m_pictures, QString::number(m_pictureCount).rightJustified(2, '0'_L1), name);
     m_window->savePicture(file);
     std::printf("picture: %s\n", qPrintable(file));
 }

@@ -24,6 +24,8 @@
 #include <cstdio>
 #include <sys/resource.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void answerFailureBox()
@@ -39,17 +41,15 @@ void answerFailureBox()
 
 void waitForOpenFile(const WindowDriver &driver)
 {
-    driver.waitFor([&driver] { return !driver.app()->fileName().isEmpty(); },
-                   QStringLiteral("the open file"));
+    driver.waitFor([&driver] { return !driver.app()->fileName().isEmpty(); }, u"the open file"_s);
     std::printf("open: %s\n", qPrintable(driver.app()->fileName()));
     const QString signal = qEnvironmentVariable("KVTEDITOR_CLOSE_WHEN");
-    driver.waitFor([&signal] { return signal.isEmpty() || QFileInfo::exists(signal); },
-                   QStringLiteral("the signal"));
+    driver.waitFor([&signal] { return signal.isEmpty() || QFileInfo::exists(signal); }, u"the signal"_s);
 }
 
 void waitForRefusal(const WindowDriver &driver)
 {
-    driver.waitFor([&driver] { return driver.app()->statusOK() == 0; }, QStringLiteral("the refusal"));
+    driver.waitFor([&driver] { return driver.app()->statusOK() == 0; }, u"the refusal"_s);
     std::printf("refused: %s\nopen: %s\n", qPrintable(driver.app()->status()),
                 qPrintable(driver.app()->fileName()));
 }
@@ -63,23 +63,23 @@ void tellCoreDumps()
 
 void openDialog(const WindowDriver &driver)
 {
-    driver.click(QStringLiteral("openFileButton"));
-    driver.item(QStringLiteral("fileDialogListView"));
+    driver.click(u"openFileButton"_s);
+    driver.item(u"fileDialogListView"_s);
     std::printf("dialog: open\n");
 }
 
 void beginScan(const WindowDriver &driver)
 {
     // A name that nothing has, so that the scan goes through the whole tree.
-    driver.app()->scanFolder(qEnvironmentVariable("KVTEDITOR_SCAN_ROOT"), true,
-                             QStringLiteral("no such name"), {}, {}, {});
+    driver.app()->scanFolder(qEnvironmentVariable("KVTEDITOR_SCAN_ROOT"), true, u"no such name"_s, {}, {},
+                             {});
     std::printf("%s\n", driver.app()->searchBusy() ? "scan: running" : "scan: not running");
 }
 
 void tellDrawing(const WindowDriver &driver)
 {
     driver.waitFor([&driver] { return driver.window()->isSceneGraphInitialized(); },
-                   QStringLiteral("the means of drawing"));
+                   u"the means of drawing"_s);
     std::printf("drawn: %d\n", driver.window()->rendererInterface()->graphicsApi());
 }
 

@@ -13,6 +13,8 @@
 #include <QQuickWindow>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int patienceInMilliseconds = 60000;
@@ -58,17 +60,17 @@ void check(bool holds, const QString &what)
 QByteArray contents(const QString &path)
 {
     QFile file(path);
-    check(file.open(QIODevice::ReadOnly), QStringLiteral("cannot read %1").arg(path));
+    check(file.open(QIODevice::ReadOnly), u"cannot read %1"_s.arg(path));
     return file.readAll();
 }
 
 WindowDriver::WindowDriver()
 {
-    waitFor([this] { return (m_window = shownWindow()) != nullptr; }, QStringLiteral("the window"));
+    waitFor([this] { return (m_window = shownWindow()) != nullptr; }, u"the window"_s);
     QQmlContext *const context = QQmlEngine::contextForObject(m_window);
-    m_app = context->engine()->rootContext()->contextProperty(QStringLiteral("app")).value<AppState *>();
+    m_app = context->engine()->rootContext()->contextProperty(u"app"_s).value<AppState *>();
     m_window->requestActivate();
-    waitFor([this] { return m_window->isActive(); }, QStringLiteral("the window to become active"));
+    waitFor([this] { return m_window->isActive(); }, u"the window to become active"_s);
 }
 
 QQuickItem *WindowDriver::where(const std::function<bool(const QQuickItem *)> &matches,
@@ -105,7 +107,7 @@ bool WindowDriver::isVisible(const QString &objectName) const
 void WindowDriver::waitUntilUsable(const QQuickItem *item) const
 {
     waitFor([item] { return item->isEnabled() && item->width() > 0 && item->height() > 0; },
-            QStringLiteral("%1 to be enabled").arg(item->objectName()));
+            u"%1 to be enabled"_s.arg(item->objectName()));
 }
 
 void WindowDriver::click(QQuickItem *item) const
@@ -123,7 +125,7 @@ void WindowDriver::tap(QQuickItem *item) const
 {
     const QPointF centre = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
     if (!QRectF(QPointF(), m_window->size()).contains(centre))
-        fail(QStringLiteral("%1 is out of sight").arg(item->objectName()));
+        fail(u"%1 is out of sight"_s.arg(item->objectName()));
     QTest::mouseClick(m_window, Qt::LeftButton, {}, centre.toPoint());
 }
 
@@ -134,19 +136,19 @@ void WindowDriver::type(const QString &objectName, const QString &text) const
         ? control
         : search(control, [](const QQuickItem *candidate) { return candidate->inherits("QQuickTextInput"); });
     if (!field)
-        fail(QStringLiteral("%1 takes no text").arg(objectName));
+        fail(u"%1 takes no text"_s.arg(objectName));
     typeInto(field, text);
 }
 
 void WindowDriver::typeInto(QQuickItem *textInput, const QString &text) const
 {
     focus(textInput);
-    waitFor([textInput] { return textInput->hasActiveFocus(); }, QStringLiteral("the keyboard focus"));
+    waitFor([textInput] { return textInput->hasActiveFocus(); }, u"the keyboard focus"_s);
     key(Qt::Key_A, Qt::ControlModifier);
     for (const QChar character : text)
         QTest::sendKeyEvent(QTest::Click, m_window, Qt::Key_unknown, QString(character), Qt::NoModifier);
     waitFor([&] { return textInput->property("text").toString() == text; },
-            QStringLiteral("the field to hold the text typed"));
+            u"the field to hold the text typed"_s);
 }
 
 void WindowDriver::key(Qt::Key key, Qt::KeyboardModifiers modifiers) const
@@ -156,14 +158,14 @@ void WindowDriver::key(Qt::Key key, Qt::KeyboardModifiers modifiers) const
 
 void WindowDriver::chooseFile(const QString &fileName) const
 {
-    chooseRow(QStringLiteral("fileDialogDelegate"), fileName);
-    click(button(QStringLiteral("Open")));
+    chooseRow(u"fileDialogDelegate"_s, fileName);
+    click(button(u"Open"_s));
 }
 
 void WindowDriver::chooseFolder(const QString &name) const
 {
-    chooseRow(QStringLiteral("folderDialogDelegate"), name);
-    click(button(QStringLiteral("Open")));
+    chooseRow(u"folderDialogDelegate"_s, name);
+    click(button(u"Open"_s));
 }
 
 void WindowDriver::chooseRow(const QString &rows, const QString &name) const
@@ -184,13 +186,13 @@ void WindowDriver::chooseRow(const QString &rows, const QString &name) const
         clicked = entry;
         return false;
     };
-    waitFor(choose, QStringLiteral("%1 to be chosen in the dialog").arg(name));
+    waitFor(choose, u"%1 to be chosen in the dialog"_s.arg(name));
 }
 
 void WindowDriver::saveAs(const QString &fileName) const
 {
-    typeInto(item(QStringLiteral("fileNameTextField")), fileName);
-    click(button(QStringLiteral("Save")));
+    typeInto(item(u"fileNameTextField"_s), fileName);
+    click(button(u"Save"_s));
 }
 
 QQuickItem *WindowDriver::button(const QString &text) const
@@ -198,25 +200,25 @@ QQuickItem *WindowDriver::button(const QString &text) const
     return where(
         [&text](const QQuickItem *candidate) {
             return candidate->inherits("QQuickAbstractButton") && candidate->isEnabled()
-                && candidate->property("text").toString().remove(QLatin1Char('&')) == text;
+                && candidate->property("text").toString().remove('&'_L1) == text;
         },
-        QStringLiteral("the button %1").arg(text));
+        u"the button %1"_s.arg(text));
 }
 
 void WindowDriver::waitFor(const std::function<bool()> &condition, const QString &what) const
 {
     if (!QTest::qWaitFor(condition, patienceInMilliseconds))
-        fail(QStringLiteral("waited in vain for %1").arg(what));
+        fail(u"waited in vain for %1"_s.arg(what));
 }
 
 void WindowDriver::waitForStatus(const QString &text) const
 {
-    waitFor([&] { return m_app->status() == text; }, QStringLiteral("the status \"%1\"").arg(text));
+    waitFor([&] { return m_app->status() == text; }, u"the status \"%1\""_s.arg(text));
 }
 
 void WindowDriver::waitForStatusEnding(const QString &text) const
 {
-    waitFor([&] { return m_app->status().endsWith(text); }, QStringLiteral("a status \"... %1\"").arg(text));
+    waitFor([&] { return m_app->status().endsWith(text); }, u"a status \"... %1\""_s.arg(text));
 }
 
 void WindowDriver::savePicture(const QString &path) const
@@ -224,5 +226,5 @@ void WindowDriver::savePicture(const QString &path) const
     QDir().mkpath(QFileInfo(path).absolutePath());
     const QImage picture = m_window->grabWindow();
     if (picture.isNull() || !picture.save(path))
-        fail(QStringLiteral("no picture could be saved as %1").arg(path));
+        fail(u"no picture could be saved as %1"_s.arg(path));
 }

@@ -33,10 +33,10 @@ namespace {
 
 constexpr int patience = 120000;
 
-const QStringList milestones{QStringLiteral("main: start"), QStringLiteral("main: constructing AppState"),
-                             QStringLiteral("main: loading QML"), QStringLiteral("main: event loop")};
+const QStringList milestones{u"main: start"_s, u"main: constructing AppState"_s, u"main: loading QML"_s,
+                             u"main: event loop"_s};
 
-const QString worker = QStringLiteral("kvt_worker/process.aspx");
+const QString worker = u"kvt_worker/process.aspx"_s;
 
 struct Outcome
 {
@@ -88,7 +88,7 @@ private:
     Outcome run(const QString &program, const QStringList &arguments, const QString &workingFolder = {},
                 const std::function<void()> &meanwhile = {});
     QStringList logLines() const;
-    QString logPath() const { return m_folder->filePath(QStringLiteral("tmp/kvteditornew-qt.log")); }
+    QString logPath() const { return m_folder->filePath(u"tmp/kvteditornew-qt.log"_s); }
     /// A file in the test's own folder.
     void makeFile(const QString &name, const QByteArray &content);
     void withoutDisplay();
@@ -104,11 +104,11 @@ private:
 void TestProgram::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("tmp")));
+    QVERIFY(QDir(m_folder->path()).mkpath(u"tmp"_s));
     m_environment = QProcessEnvironment::systemEnvironment();
-    m_environment.insert(QStringLiteral("TMPDIR"), m_folder->filePath(QStringLiteral("tmp")));
-    m_environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-    m_environment.insert(QStringLiteral("QT_QUICK_BACKEND"), QStringLiteral("software"));
+    m_environment.insert(u"TMPDIR"_s, m_folder->filePath(u"tmp"_s));
+    m_environment.insert(u"QT_QPA_PLATFORM"_s, u"offscreen"_s);
+    m_environment.insert(u"QT_QUICK_BACKEND"_s, u"software"_s);
 }
 
 Outcome TestProgram::run(const QString &program, const QStringList &arguments, const QString &workingFolder,
@@ -138,17 +138,15 @@ QStringList TestProgram::logLines() const
     QFile file(logPath());
     if (!file.open(QIODevice::ReadOnly))
         return {};
-    QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    QStringList lines = QString::fromUtf8(file.readAll()).split('\n'_L1);
     lines.removeLast();
     return lines;
 }
 
 void TestProgram::useService(const QString &apiBase)
 {
-    makeFile(QStringLiteral("service.json"),
-             QJsonDocument(QJsonObject{{QStringLiteral("apiBase"), apiBase}}).toJson());
-    m_environment.insert(QStringLiteral("KVTEDITOR_SERVICE_CONFIG"),
-                         m_folder->filePath(QStringLiteral("service.json")));
+    makeFile(u"service.json"_s, QJsonDocument(QJsonObject{{u"apiBase"_s, apiBase}}).toJson());
+    m_environment.insert(u"KVTEDITOR_SERVICE_CONFIG"_s, m_folder->filePath(u"service.json"_s));
 }
 
 void TestProgram::makeFile(const QString &name, const QByteArray &content)
@@ -160,17 +158,17 @@ void TestProgram::makeFile(const QString &name, const QByteArray &content)
 
 void TestProgram::withoutDisplay()
 {
-    m_environment.remove(QStringLiteral("DISPLAY"));
-    m_environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
-    m_environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    m_environment.remove(u"DISPLAY"_s);
+    m_environment.remove(u"WAYLAND_DISPLAY"_s);
+    m_environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
 }
 
 void TestProgram::answersWithoutDisplay_data()
 {
     QTest::addColumn<QString>("arguments");
     QTest::addColumn<QString>("expected");
-    const QString version = QStringLiteral("KVTeditorNew 4.0.2\n");
-    const QString help = QStringLiteral("[file]");
+    const QString version = u"KVTeditorNew 4.0.2\n"_s;
+    const QString help = u"[file]"_s;
     const auto row = [](const char *arguments, const QString &expected) {
         QTest::newRow(arguments) << QString::fromLatin1(arguments) << expected;
     };
@@ -195,11 +193,11 @@ void TestProgram::answersWithoutDisplay()
     QFETCH(QString, arguments);
     QFETCH(QString, expected);
     withoutDisplay();
-    const Outcome outcome = run(QStringLiteral(KVTEDITOR_PROGRAM), arguments.split(QLatin1Char(' ')));
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_PROGRAM), arguments.split(' '_L1));
     QVERIFY(!outcome.crashed);
     QCOMPARE(outcome.exitCode, 0);
     QVERIFY2(outcome.out.contains(expected), qPrintable(outcome.out));
-    QVERIFY(outcome.out == expected || !expected.endsWith(QLatin1Char('\n')));
+    QVERIFY(outcome.out == expected || !expected.endsWith('\n'_L1));
     QCOMPARE(outcome.errors, QString());
     QVERIFY(!QFileInfo::exists(logPath()));
 }
@@ -212,14 +210,13 @@ void TestProgram::refusesToStartWithoutDisplay()
     // Qt gives up by aborting; any other crash would be the program's own.
     if (outcome.crashed)
         QCOMPARE(outcome.exitCode, SIGABRT);
-    QVERIFY2(outcome.errors.contains(QLatin1String("could not connect to display")),
-             qPrintable(outcome.errors));
+    QVERIFY2(outcome.errors.contains("could not connect to display"_L1), qPrintable(outcome.errors));
     QCOMPARE(logLines(), milestones.first(1));
 }
 
 void TestProgram::logsFourMilestones()
 {
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"close"_s);
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
@@ -229,8 +226,8 @@ void TestProgram::logsFourMilestones()
 // The program leaves the working folder, which such a name is relative to.
 void TestProgram::relativeTemporaryFolderStaysTheSame()
 {
-    m_environment.insert(QStringLiteral("TMPDIR"), QStringLiteral("tmp"));
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    m_environment.insert(u"TMPDIR"_s, u"tmp"_s);
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"close"_s);
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {}, m_folder->path());
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
@@ -239,22 +236,22 @@ void TestProgram::relativeTemporaryFolderStaysTheSame()
 
 void TestProgram::startsAloneInAFolder()
 {
-    const QString folder = m_folder->filePath(QStringLiteral("alone"));
-    const QString program = folder + QStringLiteral("/kvteditor");
+    const QString folder = m_folder->filePath(u"alone"_s);
+    const QString program = folder + u"/kvteditor"_s;
     QVERIFY(QDir().mkpath(folder));
     QVERIFY(QFile::copy(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), program));
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"close"_s);
     const Outcome outcome = run(program, {}, folder);
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(logLines(), milestones);
     QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-             QStringList{QStringLiteral("kvteditor")});
+             QStringList{u"kvteditor"_s});
 }
 
 void TestProgram::secondRunAppendsToTheLog()
 {
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"close"_s);
     run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     QCOMPARE(logLines(), milestones + milestones);
@@ -263,32 +260,31 @@ void TestProgram::secondRunAppendsToTheLog()
 void TestProgram::brokenRootViewShowsTheBox()
 {
     // A module beside the program is found ahead of the one built in.
-    const QString program = m_folder->filePath(QStringLiteral("kvteditor"));
+    const QString program = m_folder->filePath(u"kvteditor"_s);
     QVERIFY(QFile::copy(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), program));
-    QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("qml/KvtEditor")));
-    QFile module(m_folder->filePath(QStringLiteral("qml/KvtEditor/qmldir")));
+    QVERIFY(QDir(m_folder->path()).mkpath(u"qml/KvtEditor"_s));
+    QFile module(m_folder->filePath(u"qml/KvtEditor/qmldir"_s));
     QVERIFY(module.open(QIODevice::WriteOnly));
     module.write("module KvtEditor\nRootView 1.0 RootView.qml\n");
     module.close();
-    QFile view(m_folder->filePath(QStringLiteral("qml/KvtEditor/RootView.qml")));
+    QFile view(m_folder->filePath(u"qml/KvtEditor/RootView.qml"_s));
     QVERIFY(view.open(QIODevice::WriteOnly));
     view.write("import QtQuick\nItem { width: <b>1</b> }\n");
     view.close();
 
-    checkLoadFailure(run(program, {}), QStringLiteral("RootView.qml:2"));
+    checkLoadFailure(run(program, {}), u"RootView.qml:2"_s);
 }
 
 void TestProgram::missingModuleShowsTheBox()
 {
-    const QString program = m_folder->filePath(QStringLiteral("kvteditor"));
+    const QString program = m_folder->filePath(u"kvteditor"_s);
     QVERIFY(QFile::copy(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), program));
     // Read from beside the program: where everything is as it was, but the modules are not.
-    makeFile(QStringLiteral("qt.conf"),
-             QStringLiteral("[Paths]\nPlugins=%1\nQmlImports=%2\n")
-                 .arg(QLibraryInfo::path(QLibraryInfo::PluginsPath),
-                      m_folder->filePath(QStringLiteral("no-modules")))
+    makeFile(u"qt.conf"_s,
+             u"[Paths]\nPlugins=%1\nQmlImports=%2\n"_s
+                 .arg(QLibraryInfo::path(QLibraryInfo::PluginsPath), m_folder->filePath(u"no-modules"_s))
                  .toUtf8());
-    checkLoadFailure(run(program, {}), QStringLiteral("module \"QtQuick.Layouts\" is not installed"));
+    checkLoadFailure(run(program, {}), u"module \"QtQuick.Layouts\" is not installed"_s);
 }
 
 void TestProgram::checkLoadFailure(const Outcome &outcome, const QString &warning) const
@@ -297,18 +293,17 @@ void TestProgram::checkLoadFailure(const Outcome &outcome, const QString &warnin
     QCOMPARE(outcome.exitCode, 255);
 
     const QStringList log = logLines();
-    const qsizetype end = log.indexOf(QStringLiteral("main: no QML root objects"));
+    const qsizetype end = log.indexOf(u"main: no QML root objects"_s);
     QCOMPARE(log.first(3), milestones.first(3));
-    QVERIFY2(end > 3, qPrintable(log.join(QLatin1Char('\n'))));
+    QVERIFY2(end > 3, qPrintable(log.join('\n'_L1)));
     // Reported while the box is open, and the box stays.
-    QCOMPARE(log.constLast(), QStringLiteral("main: QML objectCreationFailed"));
-    const QString warnings = log.mid(3, end - 3).join(QLatin1Char('\n'));
+    QCOMPARE(log.constLast(), u"main: QML objectCreationFailed"_s);
+    const QString warnings = log.mid(3, end - 3).join('\n'_L1);
     QVERIFY2(warnings.contains(warning), qPrintable(warnings));
     QCOMPARE(outcome.out,
-             QStringLiteral("title: KVT Editor\nicon: 3\nbuttons: 1\nformat: %1\n"
-                            "The editor window failed to load.\n")
-                     .arg(Qt::PlainText)
-                 + warnings + QLatin1Char('\n'));
+             u"title: KVT Editor\nicon: 3\nbuttons: 1\nformat: %1\n"
+             u"The editor window failed to load.\n"_s.arg(Qt::PlainText)
+                 + warnings + '\n'_L1);
 }
 
 void TestProgram::unwritableLogDoesNotStopIt_data()
@@ -324,12 +319,12 @@ void TestProgram::unwritableLogDoesNotStopIt()
     if (folderInItsPlace)
         QVERIFY(QDir().mkpath(logPath()));
     else
-        QVERIFY(QDir(m_folder->filePath(QStringLiteral("tmp"))).removeRecursively());
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+        QVERIFY(QDir(m_folder->filePath(u"tmp"_s)).removeRecursively());
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"close"_s);
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {}, m_folder->path());
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QVERIFY(!QFileInfo::exists(m_folder->filePath(QStringLiteral("kvteditornew-qt.log"))));
+    QVERIFY(!QFileInfo::exists(m_folder->filePath(u"kvteditornew-qt.log"_s)));
     QVERIFY(folderInItsPlace == QFileInfo(logPath()).isDir());
 }
 
@@ -337,7 +332,7 @@ void TestProgram::unwritableLogDoesNotStopIt()
 void TestProgram::pipeForALogDoesNotStopIt()
 {
     QCOMPARE(::mkfifo(QFile::encodeName(logPath()).constData(), 0600), 0);
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"close"_s);
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
@@ -346,23 +341,23 @@ void TestProgram::pipeForALogDoesNotStopIt()
 
 void TestProgram::readOnlyLogDoesNotStopIt()
 {
-    makeFile(QStringLiteral("tmp/kvteditornew-qt.log"), "before\n");
+    makeFile(u"tmp/kvteditornew-qt.log"_s, "before\n");
     QVERIFY(QFile::setPermissions(logPath(), QFileDevice::ReadOwner));
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"close"_s);
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {}, m_folder->path());
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(outcome.errors, QString());
     // No file is read-only to the administrator.
-    const QStringList before{QStringLiteral("before")};
+    const QStringList before{u"before"_s};
     QCOMPARE(logLines(), geteuid() == 0 ? before + milestones : before);
 }
 
 // What Qt says about such a file must not come back into the log.
 void TestProgram::logOnAFullDiskDoesNotStopIt()
 {
-    const QString started = milestones.first(2).join(QLatin1Char('\n')) + QLatin1String("\nmain: ");
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("close"));
+    const QString started = milestones.first(2).join('\n'_L1) + "\nmain: "_L1;
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"close"_s);
     Outcome outcome;
     {
         // It is passed on to the program.
@@ -381,18 +376,16 @@ void TestProgram::fileFromTheCommandLineOpens_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QStringList>("before");
     const QStringList nothing;
-    QTest::newRow("plain") << QStringLiteral("truck.kvt") << nothing;
-    QTest::newRow("blanks-and-signs") << QStringLiteral("my truck #1 100% ?&<b>[x].kvt") << nothing;
-    QTest::newRow("percent-escape") << QStringLiteral("a%20b.kvt") << nothing;
-    QTest::newRow("umlaut") << QStringLiteral("größe.kvt") << nothing;
-    QTest::newRow("newline") << QStringLiteral("two\nlines.kvt") << nothing;
-    QTest::newRow("colon-in-front") << QStringLiteral(":truck.kvt") << nothing;
-    QTest::newRow("after-an-unknown-option")
-        << QStringLiteral("truck.kvt") << QStringList{QStringLiteral("--no-such-option")};
-    QTest::newRow("after-the-end-of-options")
-        << QStringLiteral("truck.kvt") << QStringList{QStringLiteral("--")};
-    QTest::newRow("like-an-option") << QStringLiteral("-x.kvt") << QStringList{QStringLiteral("--")};
-    QTest::newRow("like-a-known-option") << QStringLiteral("--help") << QStringList{QStringLiteral("--")};
+    QTest::newRow("plain") << u"truck.kvt"_s << nothing;
+    QTest::newRow("blanks-and-signs") << u"my truck #1 100% ?&<b>[x].kvt"_s << nothing;
+    QTest::newRow("percent-escape") << u"a%20b.kvt"_s << nothing;
+    QTest::newRow("umlaut") << u"größe.kvt"_s << nothing;
+    QTest::newRow("newline") << u"two\nlines.kvt"_s << nothing;
+    QTest::newRow("colon-in-front") << u":truck.kvt"_s << nothing;
+    QTest::newRow("after-an-unknown-option") << u"truck.kvt"_s << QStringList{u"--no-such-option"_s};
+    QTest::newRow("after-the-end-of-options") << u"truck.kvt"_s << QStringList{u"--"_s};
+    QTest::newRow("like-an-option") << u"-x.kvt"_s << QStringList{u"--"_s};
+    QTest::newRow("like-a-known-option") << u"--help"_s << QStringList{u"--"_s};
 }
 
 void TestProgram::fileFromTheCommandLineOpens()
@@ -403,18 +396,18 @@ void TestProgram::fileFromTheCommandLineOpens()
     QString error;
     QVERIFY2(service.start(&error), qPrintable(error));
     useService(service);
-    QFile file(m_folder->path() + QLatin1Char('/') + name);
+    QFile file(m_folder->path() + '/'_L1 + name);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("not a tune, but bytes");
     file.close();
     // It ends only when the window shows the file; the name is relative to the folder the program starts
     // in.
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("opened"));
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"opened"_s);
     const Outcome outcome =
         run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), before + QStringList{name}, m_folder->path());
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(outcome.out, QStringLiteral("open: %1\n").arg(name));
+    QCOMPARE(outcome.out, u"open: %1\n"_s.arg(name));
 }
 
 void TestProgram::undecodableFileNameIsRefused_data()
@@ -427,7 +420,7 @@ void TestProgram::undecodableFileNameIsRefused_data()
 void TestProgram::undecodableFileNameIsRefused()
 {
     QFETCH(bool, exists);
-    const QString folder = m_folder->filePath(QStringLiteral("work"));
+    const QString folder = m_folder->filePath(u"work"_s);
     QVERIFY(QDir().mkpath(folder));
     const std::filesystem::path file =
         std::filesystem::path(QFile::encodeName(folder).constData()) / "caf\xe9.kvt";
@@ -435,16 +428,15 @@ void TestProgram::undecodableFileNameIsRefused()
         std::ofstream(file) << "bytes";
     // Qt cannot remove it.
     const auto remove = qScopeGuard([&file] { std::filesystem::remove(file); });
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("refused"));
-    const Outcome outcome =
-        run(QStringLiteral("/bin/sh"),
-            {QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$(printf 'caf\\351.kvt')\""),
-             QStringLiteral(KVTEDITOR_WATCHED_PROGRAM)},
-            folder);
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"refused"_s);
+    const Outcome outcome = run(
+        u"/bin/sh"_s,
+        {u"-c"_s, u"exec \"$0\" \"$(printf 'caf\\351.kvt')\""_s, QStringLiteral(KVTEDITOR_WATCHED_PROGRAM)},
+        folder);
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     // Some reason, and no file is open.
-    static const QRegularExpression refusal(QStringLiteral("^refused: .+\nopen: \n$"));
+    static const QRegularExpression refusal(u"^refused: .+\nopen: \n$"_s);
     QVERIFY2(refusal.match(outcome.out).hasMatch(), qPrintable(outcome.out));
     QCOMPARE(logLines(), milestones);
     const std::filesystem::directory_iterator entries(file.parent_path());
@@ -456,8 +448,8 @@ void TestProgram::relativeServiceFileIsFound_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("startFolder");
-    QTest::newRow("beside") << QStringLiteral("service.json") << QStringLiteral(".");
-    QTest::newRow("above") << QStringLiteral("../service.json") << QStringLiteral("work");
+    QTest::newRow("beside") << u"service.json"_s << u"."_s;
+    QTest::newRow("above") << u"../service.json"_s << u"work"_s;
 }
 
 void TestProgram::relativeServiceFileIsFound()
@@ -467,18 +459,18 @@ void TestProgram::relativeServiceFileIsFound()
     DevService service;
     QVERIFY(service.start());
     useService(service);
-    m_environment.insert(QStringLiteral("KVTEDITOR_SERVICE_CONFIG"), path);
+    m_environment.insert(u"KVTEDITOR_SERVICE_CONFIG"_s, path);
     const QString folder = m_folder->filePath(startFolder);
     QVERIFY(QDir().mkpath(folder));
-    makeFile(QStringLiteral("truck.kvt"), "bytes");
-    const QString signal = m_folder->filePath(QStringLiteral("close-now"));
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("opened"));
-    m_environment.insert(QStringLiteral("KVTEDITOR_CLOSE_WHEN"), signal);
-    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM),
-                                {m_folder->filePath(QStringLiteral("truck.kvt"))}, folder, [&] {
-                                    WAIT_COMPARE(service.requestCount(worker), 1);
-                                    makeFile(QStringLiteral("close-now"), {});
-                                });
+    makeFile(u"truck.kvt"_s, "bytes");
+    const QString signal = m_folder->filePath(u"close-now"_s);
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"opened"_s);
+    m_environment.insert(u"KVTEDITOR_CLOSE_WHEN"_s, signal);
+    const Outcome outcome =
+        run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {m_folder->filePath(u"truck.kvt"_s)}, folder, [&] {
+            WAIT_COMPARE(service.requestCount(worker), 1);
+            makeFile(u"close-now"_s, {});
+        });
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(outcome.errors, QString());
@@ -489,15 +481,15 @@ void TestProgram::closesCleanlyWithARequestInFlight()
     DevService service;
     QString error;
     QVERIFY2(service.start(&error), qPrintable(error));
-    QVERIFY(service.setFault(worker, QStringLiteral("hold")));
+    QVERIFY(service.setFault(worker, u"hold"_s));
     useService(service);
-    QFile file(m_folder->filePath(QStringLiteral("truck.kvt")));
+    QFile file(m_folder->filePath(u"truck.kvt"_s));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(QByteArray(1000000, 'x'));
     file.close();
-    QFile signal(m_folder->filePath(QStringLiteral("close-now")));
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("opened"));
-    m_environment.insert(QStringLiteral("KVTEDITOR_CLOSE_WHEN"), signal.fileName());
+    QFile signal(m_folder->filePath(u"close-now"_s));
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"opened"_s);
+    m_environment.insert(u"KVTEDITOR_CLOSE_WHEN"_s, signal.fileName());
 
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {file.fileName()}, {}, [&] {
         WAIT_COMPARE(service.heldCount(), 1);
@@ -512,22 +504,21 @@ void TestProgram::closesCleanlyWithARequestInFlight()
 void TestProgram::closesCleanlyDuringAnUpload()
 {
     constexpr qint64 size = 64 * 1024 * 1024;
-    makeFile(QStringLiteral("truck.kvt"), QByteArray(size, 'x'));
+    makeFile(u"truck.kvt"_s, QByteArray(size, 'x'));
     // Takes the request's head and then nothing more, so that the upload comes to a stand.
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress::LocalHost));
-    useService(QStringLiteral("http://127.0.0.1:%1/api/").arg(server.serverPort()));
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("opened"));
-    m_environment.insert(QStringLiteral("KVTEDITOR_CLOSE_WHEN"),
-                         m_folder->filePath(QStringLiteral("close-now")));
-    const QString file = m_folder->filePath(QStringLiteral("truck.kvt"));
+    useService(u"http://127.0.0.1:%1/api/"_s.arg(server.serverPort()));
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"opened"_s);
+    m_environment.insert(u"KVTEDITOR_CLOSE_WHEN"_s, m_folder->filePath(u"close-now"_s));
+    const QString file = m_folder->filePath(u"truck.kvt"_s);
     QTcpSocket *connection = nullptr;
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {file}, {}, [&] {
         WAIT_VERIFY(server.hasPendingConnections());
         connection = server.nextPendingConnection();
         connection->setReadBufferSize(4096);
         WAIT_VERIFY(connection->peek(4096).contains("\r\n\r\n"));
-        makeFile(QStringLiteral("close-now"), {});
+        makeFile(u"close-now"_s, {});
     });
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
@@ -544,11 +535,11 @@ void TestProgram::closesCleanlyDuringAnUpload()
 
 void TestProgram::closesCleanlyWithTheFileDialogOpen()
 {
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("dialog"));
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"dialog"_s);
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(outcome.out, QStringLiteral("dialog: open\n"));
+    QCOMPARE(outcome.out, u"dialog: open\n"_s);
     QCOMPARE(logLines(), milestones);
 }
 
@@ -560,34 +551,33 @@ void TestProgram::closesCleanlyDuringAScan()
         : 20000;
     QTemporaryDir tree;
     for (int i = 0; i < files; ++i) {
-        const QString folder = QStringLiteral("%1/%2").arg(tree.path()).arg(i / 1000);
+        const QString folder = u"%1/%2"_s.arg(tree.path()).arg(i / 1000);
         if (i % 1000 == 0)
             QVERIFY(QDir().mkpath(folder));
-        QFile file(QStringLiteral("%1/e38_%2.kvt").arg(folder).arg(i));
+        QFile file(u"%1/e38_%2.kvt"_s.arg(folder).arg(i));
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("scan"));
-    m_environment.insert(QStringLiteral("KVTEDITOR_SCAN_ROOT"), tree.path());
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"scan"_s);
+    m_environment.insert(u"KVTEDITOR_SCAN_ROOT"_s, tree.path());
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(outcome.out, QStringLiteral("scan: running\n"));
+    QCOMPARE(outcome.out, u"scan: running\n"_s);
     QCOMPARE(logLines(), milestones);
 }
 
 void TestProgram::wrongServiceFileMeansNoService()
 {
-    makeFile(QStringLiteral("service.json"), "{\"apiBase\": \"http://service.example/api/\"}");
-    const QString path = m_folder->filePath(QStringLiteral("service.json"));
-    const QString refusal = QStringLiteral("Service configuration %1 is not used: "
-                                           "\"apiBase\" is neither HTTPS nor HTTP on a loopback address")
-                                .arg(path);
-    m_environment.insert(QStringLiteral("KVTEDITOR_SERVICE_CONFIG"), path);
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("refused"));
+    makeFile(u"service.json"_s, "{\"apiBase\": \"http://service.example/api/\"}");
+    const QString path = m_folder->filePath(u"service.json"_s);
+    const QString refusal = u"Service configuration %1 is not used: "
+                            u"\"apiBase\" is neither HTTPS nor HTTP on a loopback address"_s.arg(path);
+    m_environment.insert(u"KVTEDITOR_SERVICE_CONFIG"_s, path);
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"refused"_s);
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(outcome.errors, refusal + QLatin1Char('\n'));
-    QCOMPARE(outcome.out, QStringLiteral("refused: %1\nopen: \n").arg(refusal));
+    QCOMPARE(outcome.errors, refusal + '\n'_L1);
+    QCOMPARE(outcome.out, u"refused: %1\nopen: \n"_s.arg(refusal));
     QStringList lines = milestones;
     lines.insert(2, refusal);
     QCOMPARE(logLines(), lines);
@@ -605,16 +595,18 @@ void TestProgram::leavesNoCoreDump()
 {
     QFETCH(bool, isDebugged);
     if (isDebugged)
-        m_environment.insert(QStringLiteral("KVTEDITOR_CORE_DUMPS"), QStringLiteral("1"));
-    m_environment.insert(QStringLiteral("KVTEDITOR_WATCH"), QStringLiteral("cores"));
+        m_environment.insert(u"KVTEDITOR_CORE_DUMPS"_s, u"1"_s);
+    m_environment.insert(u"KVTEDITOR_WATCH"_s, u"cores"_s);
     rlimit before = {};
     QCOMPARE(::getrlimit(RLIMIT_CORE, &before), 0);
     const rlim_t expected = isDebugged ? before.rlim_cur : std::min<rlim_t>(1, before.rlim_max);
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(outcome.out, QStringLiteral("cores: %1\n").arg(expected));
+    QCOMPARE(outcome.out, u"cores: %1\n"_s.arg(expected));
 }
 
 KVTEDITOR_TEST_MAIN(TestProgram)
 
 #include "tst_Program.moc"
+
+using namespace Qt::StringLiterals;

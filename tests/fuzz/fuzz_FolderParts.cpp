@@ -4,36 +4,35 @@
 #include "FuzzSupport.h"
 #include "core/FileTools.h"
 
+using namespace Qt::StringLiterals;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     FuzzInput input(data, size);
     const QString fileName = input.takeTextField();
-    QVariantMap meta{{QStringLiteral("mainOS"), input.takeTextField()},
-                     {QStringLiteral("system"), input.takeTextField()},
-                     {QStringLiteral("created"), input.takeTextField()}};
+    QVariantMap meta{{u"mainOS"_s, input.takeTextField()},
+                     {u"system"_s, input.takeTextField()},
+                     {u"created"_s, input.takeTextField()}};
     const QString otherKey = input.takeTextField();
     meta.insert(otherKey, input.takeTextField());
-    const QStringList keys = input.takeRestAsText().split(QLatin1Char(','));
+    const QStringList keys = input.takeRestAsText().split(','_L1);
 
     const QStringList parts = FileTools::folderParts(fileName, meta, keys);
     FUZZ_EXPECT(parts.size() == keys.size());
     for (qsizetype i = 0; i < parts.size(); ++i) {
         const QString &part = parts.at(i);
         FUZZ_EXPECT(!part.isEmpty() && FileTools::sanitizeName(part) == part);
-        FUZZ_EXPECT(!part.contains(QLatin1Char('/')) && !part.contains(QLatin1Char('\\')));
+        FUZZ_EXPECT(!part.contains('/'_L1) && !part.contains('\\'_L1));
         // Each key counts for itself, whatever its case and the white space around it.
-        const QString shouted = QLatin1Char(' ') + keys.at(i).toUpper() + QLatin1Char('\t');
+        const QString shouted = ' '_L1 + keys.at(i).toUpper() + '\t'_L1;
         FUZZ_EXPECT(FileTools::folderParts(fileName, meta, {keys.at(i)}) == QStringList{part});
         if (keys.at(i).toUpper().toLower() == keys.at(i).toLower())
             FUZZ_EXPECT(FileTools::folderParts(fileName, meta, {shouted}) == QStringList{part});
     }
 
-    const QStringList unknown = FileTools::folderParts(
-        {}, {}, {QStringLiteral("Year"), QStringLiteral("make"), QStringLiteral("OS"), otherKey});
-    FUZZ_EXPECT(unknown.first(3)
-                == QStringList({QStringLiteral("UnknownYear"), QStringLiteral("UnknownMake"),
-                                QStringLiteral("UnknownOS")}));
-    FUZZ_EXPECT(unknown.at(3).startsWith(QStringLiteral("Unknown")));
+    const QStringList unknown = FileTools::folderParts({}, {}, {u"Year"_s, u"make"_s, u"OS"_s, otherKey});
+    FUZZ_EXPECT(unknown.first(3) == QStringList({u"UnknownYear"_s, u"UnknownMake"_s, u"UnknownOS"_s}));
+    FUZZ_EXPECT(unknown.at(3).startsWith(u"Unknown"_s));
     FUZZ_EXPECT(FileTools::folderParts(fileName, meta, {}).isEmpty());
     return 0;
 }

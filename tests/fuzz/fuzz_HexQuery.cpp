@@ -3,17 +3,19 @@
 #include "FuzzSupport.h"
 #include "core/FileTools.h"
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool isSeparator(QChar c)
 {
-    static const QString separators = QStringLiteral(" \t\n\v\f\r,;:");
+    static const QString separators = u" \t\n\v\f\r,;:"_s;
     return separators.contains(c);
 }
 
 int digitValue(QChar c)
 {
-    static const QString digits = QStringLiteral("0123456789abcdef");
+    static const QString digits = u"0123456789abcdef"_s;
     return c.unicode() < 128 ? static_cast<int>(digits.indexOf(c.toLower())) : -1;
 }
 
@@ -47,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     FUZZ_EXPECT(bytes.isEmpty() == trimmed.isEmpty());
     const QByteArray pairs = digitPairs(trimmed);
     FUZZ_EXPECT(bytes == (pairs.isEmpty() ? trimmed.toUtf8() : pairs));
-    FUZZ_EXPECT(FileTools::parseHexQuery(QStringLiteral(" \t") + query + QStringLiteral("\r\n")) == bytes);
+    FUZZ_EXPECT(FileTools::parseHexQuery(u" \t"_s + query + u"\r\n"_s) == bytes);
 
     // Whatever bytes there are, their digits are a query for them.
     const QByteArray raw(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));

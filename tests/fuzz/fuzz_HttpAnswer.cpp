@@ -17,6 +17,8 @@
 #include <algorithm>
 #include <array>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Sends what an answer redirects to another host, port or scheme to the server of the input too: nothing
@@ -28,9 +30,9 @@ public:
 
     QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery &query) override
     {
-        if (query.peerHostName() == QStringLiteral("127.0.0.1") && query.peerPort() == port)
+        if (query.peerHostName() == u"127.0.0.1"_s && query.peerPort() == port)
             return {QNetworkProxy(QNetworkProxy::NoProxy)};
-        return {QNetworkProxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"), port)};
+        return {QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, port)};
     }
 };
 
@@ -92,10 +94,9 @@ private:
     void start()
     {
         const auto path = [](Primitive primitive) { return QString::fromLatin1(paths[primitive]); };
-        m_client.postJson(path(PostJson), {{QStringLiteral("a"), 1}}, json(PostJson));
+        m_client.postJson(path(PostJson), {{u"a"_s, 1}}, json(PostJson));
         m_client.getJson(path(GetJson), json(GetJson));
-        m_client.postMultipart(path(PostMultipart), {{QStringLiteral("a"), 1}},
-                               {{QStringLiteral("file"), QStringLiteral("in.kvt"), "bytes"}},
+        m_client.postMultipart(path(PostMultipart), {{u"a"_s, 1}}, {{u"file"_s, u"in.kvt"_s, "bytes"}},
                                bytes(PostMultipart));
         m_client.downloadFile(m_client.url(path(DownloadFile)), bytes(DownloadFile));
     }

@@ -5,6 +5,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr std::pair<int, const char *> namedModes[] = {
@@ -26,12 +28,12 @@ QString modeText(int fmi)
         if (number == fmi)
             return QLatin1String(text);
     }
-    return QStringLiteral("FMI ") + QString::number(fmi);
+    return u"FMI "_s + QString::number(fmi);
 }
 
 QString hexDigitsOf(const QString &text)
 {
-    static const QString digits = QStringLiteral("0123456789abcdefABCDEF");
+    static const QString digits = u"0123456789abcdefABCDEF"_s;
     QString kept;
     for (const QChar c : text) {
         if (digits.contains(c))
@@ -74,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     FUZZ_EXPECT(faults.size() == (byteCount < 6 ? 0 : (byteCount - 2) / 4));
     // An odd digit stands alone at the front.
     const int lamp = digits.left(digits.size() % 2 == 0 ? 2 : 1).toInt(nullptr, 16);
-    QString dump = QString::number(lamp, 16).rightJustified(2, QLatin1Char('0')) + QStringLiteral("-00");
+    QString dump = QString::number(lamp, 16).rightJustified(2, '0'_L1) + u"-00"_s;
     for (const J1939Fault &fault : faults) {
         FUZZ_EXPECT(fault.spn >= 0 && fault.spn <= 524287);
         FUZZ_EXPECT(fault.fmi >= 0 && fault.fmi <= 31);
@@ -82,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         FUZZ_EXPECT(fault.lamp == lamp);
         FUZZ_EXPECT(fault.fmiText == modeText(fault.fmi));
         expectRawHolds(fault);
-        dump += QLatin1Char('\n') + fault.raw;
+        dump += '\n'_L1 + fault.raw;
     }
     FUZZ_EXPECT(areSame(FileTools::decodeJ1939(dump), faults));
     FUZZ_EXPECT(areSame(FileTools::decodeJ1939(digits), faults));

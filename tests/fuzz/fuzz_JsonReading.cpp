@@ -10,6 +10,8 @@
 #include <limits>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool isWhole32(double number)
@@ -44,7 +46,7 @@ void member(const QJsonObject &object, const QString &key, const QJsonValue &val
         FUZZ_EXPECT(jsonString(object, key).isEmpty());
         FUZZ_EXPECT(jsonInt(object, key) == 0);
     }
-    const QJsonArray array = firstArray(object, {QStringLiteral("no such member"), key});
+    const QJsonArray array = firstArray(object, {u"no such member"_s, key});
     FUZZ_EXPECT(array == (value.isArray() ? value.toArray() : QJsonArray()));
     FUZZ_EXPECT(firstArray(object, {key, key}) == array);
 }

@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr const char *textKeys[] = {
@@ -18,7 +20,7 @@ constexpr const char *textKeys[] = {
 
 QString modulesKey()
 {
-    return QStringLiteral("modules");
+    return u"modules"_s;
 }
 
 bool isTextKey(const QString &key)
@@ -32,10 +34,10 @@ void expectModule(const QVariantMap &module)
     FUZZ_EXPECT(module.size() == 5);
     for (const char *key : {"title", "vin", "serial", "mainOs"})
         FUZZ_EXPECT(module.value(QLatin1String(key)).typeId() == QMetaType::QString);
-    const QVariantList rows = module.value(QStringLiteral("rows")).toList();
+    const QVariantList rows = module.value(u"rows"_s).toList();
     for (const QVariant &row : rows) {
-        FUZZ_EXPECT(row.toMap().size() == 2 && row.toMap().contains(QStringLiteral("label")));
-        FUZZ_EXPECT(!row.toMap().value(QStringLiteral("value")).toString().isEmpty());
+        FUZZ_EXPECT(row.toMap().size() == 2 && row.toMap().contains(u"label"_s));
+        FUZZ_EXPECT(!row.toMap().value(u"value"_s).toString().isEmpty());
     }
 }
 
@@ -52,11 +54,11 @@ void expectFindings(const QVariantMap &findings)
         }
         FUZZ_EXPECT(isTextKey(it.key()) && it.value().typeId() == QMetaType::QString);
         // Only a serial number may be taken back.
-        FUZZ_EXPECT(!it.value().toString().isEmpty() || it.key() == QStringLiteral("serial"));
+        FUZZ_EXPECT(!it.value().toString().isEmpty() || it.key() == u"serial"_s);
     }
     // The first module's serial is taken as it is; any other is never an OS number.
     if (!findings.contains(modulesKey()))
-        FUZZ_EXPECT(!FileTools::isCumminsStyleOs(findings.value(QStringLiteral("serial")).toString()));
+        FUZZ_EXPECT(!FileTools::isCumminsStyleOs(findings.value(u"serial"_s).toString()));
 }
 
 } // namespace
@@ -64,8 +66,7 @@ void expectFindings(const QVariantMap &findings)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     FuzzInput input(data, size);
-    QVariantMap before{{QStringLiteral("modules"), QVariantList{QVariantMap{}}},
-                       {QStringLiteral("something else"), 7}};
+    QVariantMap before{{u"modules"_s, QVariantList{QVariantMap{}}}, {u"something else"_s, 7}};
     const QString held = input.takeTextField();
     for (const char *key : textKeys)
         before.insert(QLatin1String(key), held);
@@ -81,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     FUZZ_EXPECT(merged == expected);
     FUZZ_EXPECT(mergeKvtInfo(merged, answer) == merged);
     // Lines ahead of the answer say nothing.
-    FUZZ_EXPECT(mergeKvtInfo(before, QStringLiteral("reading...\n") + answer) == merged);
-    FUZZ_EXPECT(mergeKvtInfo(before, answer + QStringLiteral("\nx")) == before);
+    FUZZ_EXPECT(mergeKvtInfo(before, u"reading...\n"_s + answer) == merged);
+    FUZZ_EXPECT(mergeKvtInfo(before, answer + u"\nx"_s) == before);
     return 0;
 }

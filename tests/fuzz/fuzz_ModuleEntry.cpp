@@ -6,11 +6,13 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QVariantMap rowOf(const QString &label, const QString &value)
 {
-    return {{QStringLiteral("label"), label}, {QStringLiteral("value"), value}};
+    return {{u"label"_s, label}, {u"value"_s, value}};
 }
 
 QVariantList expectedRows(const QStringList &labels, const QStringList &values)
@@ -43,11 +45,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     const QVariantMap entry = FileTools::makeModuleEntry(title, vin, serial, mainOs, labels, values);
     FUZZ_EXPECT(entry
-                == QVariantMap({{QStringLiteral("title"), title},
-                                {QStringLiteral("vin"), vin},
-                                {QStringLiteral("serial"), serial},
-                                {QStringLiteral("mainOs"), mainOs},
-                                {QStringLiteral("rows"), expectedRows(labels, values)}}));
+                == QVariantMap({{u"title"_s, title},
+                                {u"vin"_s, vin},
+                                {u"serial"_s, serial},
+                                {u"mainOs"_s, mainOs},
+                                {u"rows"_s, expectedRows(labels, values)}}));
     // Labels without a value change nothing.
     FUZZ_EXPECT(FileTools::makeModuleEntry(title, vin, serial, mainOs, labels.mid(0, values.size()), values)
                 == entry);

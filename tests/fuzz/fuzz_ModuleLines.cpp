@@ -8,11 +8,13 @@
 
 #include <limits>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QVariantMap field(const QString &title, const QString &value)
 {
-    return {{QStringLiteral("title"), title}, {QStringLiteral("value"), value}};
+    return {{u"title"_s, title}, {u"value"_s, value}};
 }
 
 QList<QVariantMap> linesOf(const QVariantMap &module)
@@ -21,13 +23,13 @@ QList<QVariantMap> linesOf(const QVariantMap &module)
         return map.value(QLatin1String(key)).toString();
     };
     QList<QVariantMap> lines;
-    lines << QVariantMap{{QStringLiteral("heading"), true}, {QStringLiteral("title"), text(module, "title")}};
+    lines << QVariantMap{{u"heading"_s, true}, {u"title"_s, text(module, "title")}};
     if (!text(module, "vin").isEmpty())
-        lines << field(QStringLiteral("VIN"), text(module, "vin"));
+        lines << field(u"VIN"_s, text(module, "vin"));
     if (!text(module, "serial").isEmpty())
-        lines << field(QStringLiteral("Serial Number"), text(module, "serial"));
-    lines << field(QStringLiteral("Main OS"), text(module, "mainOs"));
-    const QVariantList rows = module.value(QStringLiteral("rows")).toList();
+        lines << field(u"Serial Number"_s, text(module, "serial"));
+    lines << field(u"Main OS"_s, text(module, "mainOs"));
+    const QVariantList rows = module.value(u"rows"_s).toList();
     for (const QVariant &row : rows)
         lines << field(text(row.toMap(), "label"), text(row.toMap(), "value"));
     return lines;

@@ -6,22 +6,24 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool isReserved(QChar c)
 {
-    static const QString reserved = QStringLiteral("\\/:*?\"<>|");
+    static const QString reserved = u"\\/:*?\"<>|"_s;
     return reserved.contains(c);
 }
 
 bool isAsciiDigit(QChar c)
 {
-    return c >= QLatin1Char('0') && c <= QLatin1Char('9');
+    return c >= '0'_L1 && c <= '9'_L1;
 }
 
 bool isTokenCharacter(QChar c)
 {
-    return isAsciiDigit(c) || (c >= QLatin1Char('A') && c <= QLatin1Char('Z'));
+    return isAsciiDigit(c) || (c >= 'A'_L1 && c <= 'Z'_L1);
 }
 
 QString firstToken(const QString &text)
@@ -44,7 +46,7 @@ QString firstYear(const QString &text)
 {
     for (qsizetype at = 0; at + 4 <= text.size(); ++at) {
         const QString four = text.sliced(at, 4);
-        const bool isCentury = four.startsWith(QStringLiteral("19")) || four.startsWith(QStringLiteral("20"));
+        const bool isCentury = four.startsWith(u"19"_s) || four.startsWith(u"20"_s);
         if (isCentury && std::all_of(four.begin(), four.end(), isAsciiDigit))
             return four;
     }
@@ -58,12 +60,12 @@ void sanitizing(const QString &text)
     FUZZ_EXPECT(!name.trimmed().isEmpty());
     FUZZ_EXPECT(FileTools::sanitizeName(name) == name);
     if (text.trimmed().isEmpty()) {
-        FUZZ_EXPECT(name == QStringLiteral("file"));
+        FUZZ_EXPECT(name == u"file"_s);
         return;
     }
     FUZZ_EXPECT(name.size() == text.size());
     for (qsizetype i = 0; i < text.size(); ++i)
-        FUZZ_EXPECT(name.at(i) == (isReserved(text.at(i)) ? QLatin1Char('_') : text.at(i)));
+        FUZZ_EXPECT(name.at(i) == (isReserved(text.at(i)) ? '_'_L1 : text.at(i)));
 }
 
 void osNumbers(const QString &text)
@@ -101,13 +103,13 @@ void fileNames(const QString &text)
     const QString bare = bareFileName(text);
     for (const char16_t c : {u'/', u'\\', u'\0'})
         FUZZ_EXPECT(!bare.contains(QChar(c)));
-    FUZZ_EXPECT(bare != QStringLiteral(".") && bare != QStringLiteral(".."));
+    FUZZ_EXPECT(bare != u"."_s && bare != u".."_s);
     FUZZ_EXPECT(bareFileName(bare) == bare);
-    FUZZ_EXPECT(bareFileName(QStringLiteral("../a\\") + text) == bare);
+    FUZZ_EXPECT(bareFileName(u"../a\\"_s + text) == bare);
 
     const QString patched = patchedName(text);
-    FUZZ_EXPECT(!patched.contains(QLatin1Char('/')));
-    FUZZ_EXPECT(patched.endsWith(QStringLiteral("_patched.bin")));
+    FUZZ_EXPECT(!patched.contains('/'_L1));
+    FUZZ_EXPECT(patched.endsWith(u"_patched.bin"_s));
 }
 
 } // namespace

@@ -13,6 +13,8 @@
 
 #include <initializer_list>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 QString memberOf(const QJsonObject &object, const char *key)
@@ -55,9 +57,8 @@ void catalog(const QJsonObject &answer)
 {
     const XdfCatalog outcome = decodeXdfCatalog(answer);
     FUZZ_EXPECT(outcome.items.size() == arraySize(answer, {"items", "catalog"}));
-    expectMaps(outcome.items, {QStringLiteral("id"), QStringLiteral("title"), QStringLiteral("os")},
-               {QStringLiteral("credits")});
-    FUZZ_EXPECT(outcome.text.startsWith(QLatin1Char('{')) && outcome.text.size() <= 4000);
+    expectMaps(outcome.items, {u"id"_s, u"title"_s, u"os"_s}, {u"credits"_s});
+    FUZZ_EXPECT(outcome.text.startsWith('{'_L1) && outcome.text.size() <= 4000);
     FUZZ_EXPECT(threadTextOf(answer).startsWith(outcome.text));
     FUZZ_EXPECT(outcome.text.size() == 4000 || outcome.text == threadTextOf(answer));
 }
@@ -67,21 +68,20 @@ void patches(const QJsonObject &answer)
     const PatchList list = decodePatchList(answer);
     FUZZ_EXPECT(list.items.size() == arraySize(answer, {"patches"}));
     FUZZ_EXPECT(list.credits == memberOf(answer, "credits"));
-    expectMaps(list.items, {QStringLiteral("variant"), QStringLiteral("description")},
-               {QStringLiteral("id"), QStringLiteral("credits")});
+    expectMaps(list.items, {u"variant"_s, u"description"_s}, {u"id"_s, u"credits"_s});
 }
 
 void patchOutcome(const QJsonObject &answer)
 {
     const PatchOutcome outcome = decodePatchOutcome(answer);
-    const bool isOk = memberOf(answer, "status") == QStringLiteral("ok");
+    const bool isOk = memberOf(answer, "status") == u"ok"_s;
     FUZZ_EXPECT(!outcome.status.isEmpty());
     FUZZ_EXPECT(outcome.level == (isOk || !outcome.file.isEmpty() ? 1 : 0));
-    FUZZ_EXPECT(outcome.file.isEmpty() || outcome.status == QStringLiteral("Patch applied."));
+    FUZZ_EXPECT(outcome.file.isEmpty() || outcome.status == u"Patch applied."_s);
 
     QJsonObject patched = answer;
     const QByteArray file = QJsonDocument(answer).toJson();
-    patched.insert(QStringLiteral("file_data"), QString::fromLatin1(file.toBase64()));
+    patched.insert(u"file_data"_s, QString::fromLatin1(file.toBase64()));
     FUZZ_EXPECT(decodePatchOutcome(patched).file == file);
 }
 
@@ -89,23 +89,19 @@ void stock(const QJsonObject &answer)
 {
     const QVariantList rows = decodeStockList(answer);
     FUZZ_EXPECT(rows.size() == arraySize(answer, {"files", "items", "results"}));
-    expectMaps(rows,
-               {QStringLiteral("id"), QStringLiteral("filename"), QStringLiteral("os"),
-                QStringLiteral("module"), QStringLiteral("year"), QStringLiteral("make"),
-                QStringLiteral("model")},
-               {});
+    expectMaps(rows, {u"id"_s, u"filename"_s, u"os"_s, u"module"_s, u"year"_s, u"make"_s, u"model"_s}, {});
 }
 
 void tickets(const QJsonObject &answer, const QByteArray &body)
 {
     const QString text = threadTextOf(answer);
     FUZZ_EXPECT(!keepsItsTexts(body) || jsonObjectFromBody(text.toUtf8()) == answer);
-    FUZZ_EXPECT(ticketAccepted(answer) == (memberOf(answer, "status") == QStringLiteral("ok")));
-    const bool saysTrue = answer.value(QStringLiteral("ok")) == QJsonValue(true);
+    FUZZ_EXPECT(ticketAccepted(answer) == (memberOf(answer, "status") == u"ok"_s));
+    const bool saysTrue = answer.value(u"ok"_s) == QJsonValue(true);
     FUZZ_EXPECT(replyAccepted(answer) == (ticketAccepted(answer) || saysTrue));
 
     const QString email = memberOf(answer, "email");
-    const QString nobody = QStringLiteral("nobody@example.invalid");
+    const QString nobody = u"nobody@example.invalid"_s;
     const QJsonObject ticket = supportTicket(text, {}, email, {}, nobody);
     FUZZ_EXPECT(ticket.size() == 6 && memberOf(ticket, "type") == text);
     FUZZ_EXPECT(memberOf(ticket, "email") == (email.isEmpty() ? nobody : email));
@@ -118,16 +114,16 @@ void swaps(const QJsonObject &answer, const QByteArray &body)
     QStringList indices;
     for (qsizetype i = 0; i < candidates.size(); ++i) {
         const QVariantMap candidate = candidates.at(i).toMap();
-        FUZZ_EXPECT(candidate.value(QStringLiteral("index")) == QVariant(static_cast<int>(i)));
-        FUZZ_EXPECT(candidate.value(QStringLiteral("selected")) == QVariant(true));
-        FUZZ_EXPECT(candidate.contains(QStringLiteral("label")));
+        FUZZ_EXPECT(candidate.value(u"index"_s) == QVariant(static_cast<int>(i)));
+        FUZZ_EXPECT(candidate.value(u"selected"_s) == QVariant(true));
+        FUZZ_EXPECT(candidate.contains(u"label"_s));
         indices.append(QString::number(i));
     }
-    FUZZ_EXPECT(selectedCandidateIndices(candidates) == indices.join(QLatin1Char(',')));
+    FUZZ_EXPECT(selectedCandidateIndices(candidates) == indices.join(','_L1));
 
     for (QVariant &entry : candidates) {
         QVariantMap candidate = entry.toMap();
-        candidate.insert(QStringLiteral("selected"), false);
+        candidate.insert(u"selected"_s, false);
         entry = candidate;
     }
     FUZZ_EXPECT(selectedCandidateIndices(candidates).isEmpty());
@@ -135,7 +131,7 @@ void swaps(const QJsonObject &answer, const QByteArray &body)
 
 void update(const QJsonObject &answer)
 {
-    const QString current = QStringLiteral("4.0.2");
+    const QString current = u"4.0.2"_s;
     const QString latest = memberOf(answer, "latest_version");
     const UpdateOutcome outcome = decodeUpdateAnswer(answer, current);
     const bool isNewer = !latest.isEmpty() && isNewerVersion(latest, current);

@@ -13,16 +13,18 @@
 #include <algorithm>
 #include <iterator>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr const char *knownKeys[] = {"apiBase", "authFields", "storeUrl", "placeholderEmail"};
 
 ServiceConfig defaults()
 {
-    return {QStringLiteral("https://default.example/api/"),
-            {{QStringLiteral("program"), QStringLiteral("one")}},
-            QStringLiteral("https://shop.example/"),
-            QStringLiteral("nobody@example.invalid")};
+    return {u"https://default.example/api/"_s,
+            {{u"program"_s, u"one"_s}},
+            u"https://shop.example/"_s,
+            u"nobody@example.invalid"_s};
 }
 
 bool isSame(const ServiceConfig &a, const ServiceConfig &b)
@@ -34,26 +36,24 @@ bool isSame(const ServiceConfig &a, const ServiceConfig &b)
 void expectSafe(const ServiceConfig &config)
 {
     const QUrl base(config.apiBase, QUrl::StrictMode);
-    FUZZ_EXPECT(base.isValid() && !base.host().isEmpty() && config.apiBase.endsWith(QLatin1Char('/')));
+    FUZZ_EXPECT(base.isValid() && !base.host().isEmpty() && config.apiBase.endsWith('/'_L1));
     FUZZ_EXPECT(base.userInfo().isEmpty());
     // What is joined to it stays on its host.
-    const QUrl endpoint(config.apiBase + QStringLiteral("stock/list.aspx"));
+    const QUrl endpoint(config.apiBase + u"stock/list.aspx"_s);
     FUZZ_EXPECT(endpoint.host() == base.host() && endpoint.scheme() == base.scheme());
-    FUZZ_EXPECT(endpoint.path().endsWith(QStringLiteral("/stock/list.aspx")));
-    const bool isLocal =
-        base.host().toLower() == QStringLiteral("localhost") || QHostAddress(base.host()).isLoopback();
-    FUZZ_EXPECT(base.scheme() == QStringLiteral("https")
-                || (base.scheme() == QStringLiteral("http") && isLocal));
+    FUZZ_EXPECT(endpoint.path().endsWith(u"/stock/list.aspx"_s));
+    const bool isLocal = base.host().toLower() == u"localhost"_s || QHostAddress(base.host()).isLoopback();
+    FUZZ_EXPECT(base.scheme() == u"https"_s || (base.scheme() == u"http"_s && isLocal));
     for (const QVariant &field : config.authFields)
         FUZZ_EXPECT(field.typeId() == QMetaType::QString);
 }
 
 QByteArray writtenOut(const ServiceConfig &config)
 {
-    const QJsonObject object{{QStringLiteral("apiBase"), config.apiBase},
-                             {QStringLiteral("authFields"), QJsonObject::fromVariantMap(config.authFields)},
-                             {QStringLiteral("storeUrl"), config.storeUrl},
-                             {QStringLiteral("placeholderEmail"), config.placeholderEmail}};
+    const QJsonObject object{{u"apiBase"_s, config.apiBase},
+                             {u"authFields"_s, QJsonObject::fromVariantMap(config.authFields)},
+                             {u"storeUrl"_s, config.storeUrl},
+                             {u"placeholderEmail"_s, config.placeholderEmail}};
     return QJsonDocument(object).toJson();
 }
 
@@ -67,17 +67,17 @@ bool isKnownKey(const QString &key)
 QStringList discreetReasons(const QJsonObject &object)
 {
     QStringList reasons{
-        QStringLiteral("\"authFields\" is no object of texts"),
-        QStringLiteral("\"apiBase\" is no text"),
-        QStringLiteral("\"storeUrl\" is no text"),
-        QStringLiteral("\"placeholderEmail\" is no text"),
-        QStringLiteral("\"apiBase\" is neither HTTPS nor HTTP on a loopback address"),
-        QStringLiteral("\"apiBase\" holds user information, a query or a fragment"),
+        u"\"authFields\" is no object of texts"_s,
+        u"\"apiBase\" is no text"_s,
+        u"\"storeUrl\" is no text"_s,
+        u"\"placeholderEmail\" is no text"_s,
+        u"\"apiBase\" is neither HTTPS nor HTTP on a loopback address"_s,
+        u"\"apiBase\" holds user information, a query or a fragment"_s,
     };
     const QStringList keys = object.keys();
     for (const QString &key : keys) {
         if (!isKnownKey(key))
-            reasons.append(QStringLiteral("the key \"") + key + QStringLiteral("\" is unknown"));
+            reasons.append(u"the key \""_s + key + u"\" is unknown"_s);
     }
     return reasons;
 }
@@ -87,7 +87,7 @@ QStringList discreetReasons(const QJsonObject &object)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QByteArray json = FuzzInput(data, size).takeRest();
-    const QString untouched = QStringLiteral("untouched");
+    const QString untouched = u"untouched"_s;
     QString error = untouched;
     const std::optional<ServiceConfig> config = parseServiceConfig(json, defaults(), &error);
     const std::optional<QJsonObject> object = jsonObjectFromBody(json);
@@ -97,7 +97,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     FUZZ_EXPECT(!config || object);
     if (config) {
         expectSafe(*config);
-        FUZZ_EXPECT(object->contains(QStringLiteral("apiBase")) || config->apiBase == defaults().apiBase);
+        FUZZ_EXPECT(object->contains(u"apiBase"_s) || config->apiBase == defaults().apiBase);
         const std::optional<ServiceConfig> again =
             parseServiceConfig(writtenOut(*config), builtInServiceConfig(), nullptr);
         FUZZ_EXPECT(!keepsItsTexts(json) || (again && isSame(*again, *config)));

@@ -5,6 +5,8 @@
 
 #include <QAbstractItemModelTester>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qsizetype longestLine = 1000;
@@ -17,12 +19,12 @@ void expectJoined(const TextLines &lines, int role)
     bool isCut = false;
     for (int row = 0; row < lines.rowCount(); ++row) {
         const QString line = lines.data(lines.index(row), role).toString();
-        FUZZ_EXPECT(line.size() <= longestLine && !line.contains(QLatin1Char('\n')));
+        FUZZ_EXPECT(line.size() <= longestLine && !line.contains('\n'_L1));
         FUZZ_EXPECT(QStringView(text).sliced(at).startsWith(line));
         if (isCut)
             FUZZ_EXPECT(!(text.at(at - 1).isHighSurrogate() && text.at(at).isLowSurrogate()));
         at += line.size();
-        isCut = at < text.size() && text.at(at) != QLatin1Char('\n');
+        isCut = at < text.size() && text.at(at) != '\n'_L1;
         FUZZ_EXPECT(!isCut || line.size() >= longestLine - 1);
         at += isCut ? 0 : 1;
     }

@@ -4,6 +4,8 @@
 #include "api/JsonReading.h"
 #include "api/VoxApiClient.h"
 
+using namespace Qt::StringLiterals;
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     FuzzInput input(data, size);
@@ -16,10 +18,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     FUZZ_EXPECT(result.isJson == (body.startsWith('{') || !object.isEmpty()));
     if (result.isJson) {
         FUZZ_EXPECT(result.data.isEmpty() && result.text == QString::fromUtf8(body));
-        FUZZ_EXPECT(result.ok == (jsonString(object, QStringLiteral("status")) == QStringLiteral("ok")));
-        const QString message = jsonString(object, QStringLiteral("message"));
+        FUZZ_EXPECT(result.ok == (jsonString(object, u"status"_s) == u"ok"_s));
+        const QString message = jsonString(object, u"message"_s);
         FUZZ_EXPECT(result.ok || message.isEmpty() || result.error == message);
-        FUZZ_EXPECT(!object.isEmpty() || result.error == QStringLiteral("Worker error: "));
+        FUZZ_EXPECT(!object.isEmpty() || result.error == u"Worker error: "_s);
     } else {
         FUZZ_EXPECT(result.text.isEmpty() && result.data == body);
         FUZZ_EXPECT(result.ok == !body.isEmpty());

@@ -37,7 +37,7 @@ void waitFor(const std::function<bool()> &condition, const QString &what)
     const QDeadlineTimer deadline(patienceInMilliseconds);
     while (!condition()) {
         if (deadline.hasExpired())
-            fail(QStringLiteral("waited in vain for %1").arg(what));
+            fail(u"waited in vain for %1"_s.arg(what));
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
     }
 }
@@ -77,27 +77,25 @@ void tryDialog(const QQuickWindow *window, const QString &dialogName, const QStr
 {
     QObject *const dialog = findObject(window->contentItem(), dialogName);
     if (!dialog || !QMetaObject::invokeMethod(dialog, "open"))
-        fail(QStringLiteral("there is no %1").arg(dialogName));
+        fail(u"there is no %1"_s.arg(dialogName));
     waitFor([=] { return isInSight(window->contentItem(), listName); }, listName);
     QMetaObject::invokeMethod(dialog, "close");
-    waitFor([=] { return !isInSight(window->contentItem(), listName); },
-            QStringLiteral("%1 to go").arg(listName));
+    waitFor([=] { return !isInSight(window->contentItem(), listName); }, u"%1 to go"_s.arg(listName));
     std::printf("%s: opens\n", qPrintable(dialogName));
 }
 
 void lookAround()
 {
     QQuickWindow *window = nullptr;
-    waitFor([&window] { return (window = shownWindow()) != nullptr; }, QStringLiteral("the window"));
-    const auto *const app =
-        qmlEngine(window)->rootContext()->contextProperty(QStringLiteral("app")).value<QObject *>();
+    waitFor([&window] { return (window = shownWindow()) != nullptr; }, u"the window"_s);
+    const auto *const app = qmlEngine(window)->rootContext()->contextProperty(u"app"_s).value<QObject *>();
     const QString file = qEnvironmentVariable("KVTEDITOR_PROBE_FILE");
-    waitFor([&] { return app->property("fileName").toString() == file; }, QStringLiteral("the open file"));
-    waitFor([app] { return !app->property("vin").toString().isEmpty(); }, QStringLiteral("its identifiers"));
+    waitFor([&] { return app->property("fileName").toString() == file; }, u"the open file"_s);
+    waitFor([app] { return !app->property("vin").toString().isEmpty(); }, u"its identifiers"_s);
     std::printf("file: open and identified\n");
-    waitFor([window] { return window->property("complete").toBool(); }, QStringLiteral("all views"));
-    tryDialog(window, QStringLiteral("openDialog"), QStringLiteral("fileDialogListView"));
-    tryDialog(window, QStringLiteral("searchFolderDialog"), QStringLiteral("folderDialogListView"));
+    waitFor([window] { return window->property("complete").toBool(); }, u"all views"_s);
+    tryDialog(window, u"openDialog"_s, u"fileDialogListView"_s);
+    tryDialog(window, u"searchFolderDialog"_s, u"folderDialogListView"_s);
     std::printf("TLS: %s\n", QSslSocket::supportsSsl() ? "there" : "missing");
     std::printf("certificates: %s\n",
                 QSslConfiguration::systemCaCertificates().isEmpty() ? "missing" : "there");
@@ -124,3 +122,5 @@ public:
 };
 
 #include "WindowProbe.moc"
+
+using namespace Qt::StringLiterals;

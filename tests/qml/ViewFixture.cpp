@@ -19,6 +19,8 @@
 #include <filesystem>
 #include <fstream>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr Qt::DropActions dragActions = Qt::CopyAction | Qt::MoveAction;
@@ -79,8 +81,8 @@ void ViewFixture::qmlEngineAvailable(QQmlEngine *engine)
     // The engine of an earlier file took its controller with it.
     m_app = nullptr;
     engine->addUrlInterceptor(&m_plainFileDialogs);
-    engine->addImportPath(QStringLiteral("qrc:/qt/qml"));
-    engine->rootContext()->setContextProperty(QStringLiteral("fixture"), this);
+    engine->addImportPath(u"qrc:/qt/qml"_s);
+    engine->rootContext()->setContextProperty(u"fixture"_s, this);
     reset();
 }
 
@@ -94,7 +96,7 @@ void ViewFixture::reset()
     auto *const client = m_app->findChild<VoxApiClient *>();
     client->setApiBase(m_server.baseUrl());
     connect(client, &VoxApiClient::requestSent, this, [this] { ++m_sentCount; });
-    m_engine->rootContext()->setContextProperty(QStringLiteral("app"), m_app);
+    m_engine->rootContext()->setContextProperty(u"app"_s, m_app);
     if (before)
         before->deleteLater();
 }
@@ -207,14 +209,13 @@ void ViewFixture::applyInfo(const QVariantMap &answer)
 
 void ViewFixture::startConversion()
 {
-    m_app->workerConvert(QStringLiteral("kvt2bin"), QByteArrayLiteral("bytes"), QStringLiteral("a.kvt"), {},
-                         {}, QStringLiteral("a.bin"));
+    m_app->workerConvert(u"kvt2bin"_s, "bytes"_ba, u"a.kvt"_s, {}, {}, u"a.bin"_s);
 }
 
 QString ViewFixture::encodedUrlOf(const QString &path) const
 {
-    const qsizetype nameStart = path.lastIndexOf(QLatin1Char('/')) + 1;
-    return QStringLiteral("file://") + path.left(nameStart)
+    const qsizetype nameStart = path.lastIndexOf('/'_L1) + 1;
+    return u"file://"_s + path.left(nameStart)
         + QString::fromLatin1(QUrl::toPercentEncoding(path.mid(nameStart), "!*'()"));
 }
 
@@ -301,12 +302,12 @@ QString ViewFixture::spokenTexts(QObject *item) const
         texts.append(spoken->text(kind));
     if (QAccessibleTextInterface *const text = spoken->textInterface())
         texts.append(text->text(0, text->characterCount()));
-    return texts.join(QLatin1Char('\n'));
+    return texts.join('\n'_L1);
 }
 
 QString ViewFixture::address(const QString &path) const
 {
-    return QStringLiteral("http://127.0.0.1:%1/%2").arg(m_server.port()).arg(path);
+    return u"http://127.0.0.1:%1/%2"_s.arg(m_server.port()).arg(path);
 }
 
 bool ViewFixture::asksBeforeOverwriting() const

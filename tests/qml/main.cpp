@@ -7,6 +7,8 @@
 #include <QQuickStyle>
 #include <QtQuickTest>
 
+using namespace Qt::StringLiterals;
+
 int main(int argc, char **argv)
 {
     const TestEnvironment environment;
@@ -14,7 +16,7 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     // As at the start of the program: a dialog hands over paths without their leading slash.
     QDir::setCurrent(QDir::rootPath());
-    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    QQuickStyle::setStyle(u"Basic"_s);
     disableAutoMnemonics();
     collectGarbageInOneGo();
     SecondClicks secondClicks;
