@@ -17,7 +17,7 @@
 #include <string_view>
 #include <xcb/xcb.h>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -29,6 +29,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int patience = 120000;
@@ -608,5 +610,3 @@ void TestProgram::leavesNoCoreDump()
 KVTEDITOR_TEST_MAIN(TestProgram)
 
 #include "tst_Program.moc"
-
-using namespace Qt::StringLiterals;

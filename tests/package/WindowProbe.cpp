@@ -20,6 +20,8 @@
 #include <cstdlib>
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int patienceInMilliseconds = 60000;
@@ -122,5 +124,3 @@ public:
 };
 
 #include "WindowProbe.moc"
-
-using namespace Qt::StringLiterals;

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <sys/socket.h>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

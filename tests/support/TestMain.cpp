@@ -4,7 +4,7 @@
 #include <QDir>
 #include <QFile>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "ClientCall.h"
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 void start(VoxApiClient &client, Primitive primitive, Outcome &outcome, qsizetype bodySize)
 {

@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <chrono>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <numeric>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 const QByteArray bareObject = R"({"status":"ok"})";
 const QByteArray bareObjectTwice = R"({"status":"no","status":"ok"})";

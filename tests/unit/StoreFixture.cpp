@@ -9,7 +9,7 @@
 #include <QNetworkAccessManager>
 #include <QTest>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

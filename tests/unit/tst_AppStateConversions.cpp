@@ -12,7 +12,7 @@
 
 #include <memory>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

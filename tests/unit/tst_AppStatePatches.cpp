@@ -8,7 +8,7 @@
 #include <limits>
 #include <sys/stat.h>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

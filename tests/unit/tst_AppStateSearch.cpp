@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <limits>
 #include <unistd.h>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include <limits>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

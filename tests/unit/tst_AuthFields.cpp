@@ -13,7 +13,7 @@
 
 #include <memory>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 /// A deployment that adds fields to requests; read once for the life of a process, hence a program of its
 /// own.

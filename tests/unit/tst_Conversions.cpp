@@ -14,7 +14,7 @@
 #include <memory>
 #include <sys/stat.h>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <QSslConfiguration>
 #include <QTest>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <sys/resource.h>
 #include <zlib.h>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -20,7 +20,7 @@
 #include <memory>
 #include <set>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -20,7 +20,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include <limits>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 class TestHexQuery : public QObject
 {

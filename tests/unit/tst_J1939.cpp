@@ -7,7 +7,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

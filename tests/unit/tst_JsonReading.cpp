@@ -6,7 +6,7 @@
 
 #include <limits>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 class TestJsonReading : public QObject
 {

@@ -7,7 +7,7 @@
 
 #include <iterator>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -18,7 +18,7 @@
 #include <unistd.h>
 #include <vector>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

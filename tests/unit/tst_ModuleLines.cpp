@@ -5,7 +5,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 class TestModuleLines : public QObject
 {

@@ -5,7 +5,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 /// Runs in a program without a display, and so without a clipboard.
 class TestNoClipboard : public QObject

@@ -10,7 +10,7 @@
 #include <limits>
 #include <memory>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 class TestSearchHits : public QObject
 {

@@ -6,7 +6,7 @@
 #include <QTest>
 #include <QVariantMap>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include <sys/stat.h>
 #include <utility>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <QJsonDocument>
 #include <QTest>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

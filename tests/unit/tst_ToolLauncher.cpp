@@ -20,7 +20,7 @@
 #include <unistd.h>
 #include <utility>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <QJsonArray>
 #include <QTest>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 class TestUpdateCheck : public QObject
 {

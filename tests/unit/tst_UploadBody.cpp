@@ -5,7 +5,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 class TestUploadBody : public QObject
 {

@@ -14,7 +14,7 @@
 #include <algorithm>
 #include <memory>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 namespace {
 

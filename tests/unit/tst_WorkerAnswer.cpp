@@ -4,7 +4,7 @@
 #include <QJsonDocument>
 #include <QTest>
 
-using namespace Qt::Literals::StringLiterals;
+using namespace Qt::StringLiterals;
 
 class TestWorkerAnswer : public QObject
 {
