@@ -8,6 +8,8 @@ ViewTest {
 
     readonly property var keys: ["main", "convert", "segments", "search", "sorter", "xdf", "patcher", "tools",
         "stock", "feedback"]
+    readonly property var dialogs: ["openDialog", "saveDialog", "searchFolderDialog", "sorterFilesDialog",
+        "convertInputDialog", "segmentFileDialog", "patcherDialog", "toolConvertDialog"]
 
     function ctrl(key: int): void {
         keyClick(key, Qt.ControlModifier);
@@ -29,10 +31,14 @@ ViewTest {
         compare(app.showHex, true);
     }
 
+    // A view that was not made yet has none.
     function openDialogs(): var {
-        const names = ["openDialog", "saveDialog", "searchFolderDialog", "sorterFilesDialog",
-            "convertInputDialog", "segmentFileDialog", "patcherDialog", "toolConvertDialog"];
-        return names.filter(name => find(name).visible);
+        return dialogs.filter(name => fixture.find(window.contentItem, name)?.visible ?? false);
+    }
+
+    function test_dialogNames() {
+        for (const name of dialogs)
+            verify(!find(name).visible, name);
     }
 
     function test_tabs_data() {
