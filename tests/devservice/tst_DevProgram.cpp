@@ -1,4 +1,5 @@
 #include "ServiceTest.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QJsonDocument>
@@ -9,12 +10,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 struct Result
 {

@@ -1,6 +1,7 @@
 #include "SampleData.h"
 #include "StoredZip.h"
 #include "SwapRules.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QDirIterator>
@@ -36,9 +37,8 @@ QMap<QString, QByteArray> filesIn(const QString &folder)
     QMap<QString, QByteArray> files;
     QDirIterator walk(folder, QDir::Files, QDirIterator::Subdirectories);
     while (walk.hasNext()) {
-        QFile file(walk.next());
-        if (file.open(QIODevice::ReadOnly))
-            files.insert(QDir(folder).relativeFilePath(file.fileName()), file.readAll());
+        const QString path = walk.next();
+        files.insert(QDir(folder).relativeFilePath(path), contentOf(path));
     }
     return files;
 }

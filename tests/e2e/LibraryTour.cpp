@@ -1,6 +1,7 @@
 #include "LibraryTour.h"
 
 #include "app/AppState.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,11 +17,8 @@ constexpr int attempts = 200;
 
 void makeFiles(const QString &folder, int count)
 {
-    check(QDir().mkpath(folder), folder);
-    for (int i = 0; i < count; ++i) {
-        QFile file(u"%1/e38_%2.kvt"_s.arg(folder).arg(i, 8, 10, '0'_L1));
-        check(file.open(QIODevice::WriteOnly), file.errorString());
-    }
+    for (int i = 0; i < count; ++i)
+        makeFile(u"%1/e38_%2.kvt"_s.arg(folder).arg(i, 8, 10, '0'_L1));
 }
 
 } // namespace
@@ -111,8 +109,8 @@ void LibraryTour::sort()
     m_window.waitFor([this] { return m_window.item(u"sorterStartButton"_s)->isEnabled(); },
                      u"the sorter to be ready again"_s);
     m_picture(u"sorter"_s);
-    check(contents(m_samples + u"/sorted/2014/UnknownMake/12654321/e38_12654321_2014.kvt"_s)
-              == contents(source),
+    check(contentOf(m_samples + u"/sorted/2014/UnknownMake/12654321/e38_12654321_2014.kvt"_s)
+              == contentOf(source),
           u"the sorted copy"_s);
 }
 

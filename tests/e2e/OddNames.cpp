@@ -2,6 +2,7 @@
 
 #include "WindowDriver.h"
 #include "app/AppState.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QCoreApplication>
@@ -36,11 +37,7 @@ QStringList files(const QString &folder)
 void openAndSave(const WindowDriver &window, const QString &name)
 {
     const QString folder = TestEnvironment::documents();
-    check(QDir().mkpath(folder), folder);
-    QFile file(folder + '/'_L1 + name);
-    check(file.open(QIODevice::WriteOnly), file.errorString());
-    file.write("bytes of " + name.toUtf8());
-    file.close();
+    const QString path = makeFile(folder + '/'_L1 + name, "bytes of " + name.toUtf8());
 
     window.click(u"openFileButton"_s);
     window.chooseFile(name);
@@ -56,10 +53,9 @@ void openAndSave(const WindowDriver &window, const QString &name)
         window.click(window.button(u"Yes"_s));
     window.waitFor([&] { return window.app()->status() == "Saved."_L1; }, u"the save"_s);
     check(files(folder) == QStringList{name}, files(folder).join('|'_L1));
-    check(file.open(QIODevice::ReadOnly) && file.readAll() == "BYTES of " + name.toUtf8(), u"the bytes"_s);
+    check(contentOf(path) == "BYTES of " + name.toUtf8(), u"the bytes"_s);
     check(window.app()->fileName() == name, window.app()->fileName());
-    file.close();
-    file.remove();
+    QFile::remove(path);
 }
 
 void saveTyped(const WindowDriver &window, const QString &name)
@@ -82,16 +78,13 @@ void openBesideUndecodable(const WindowDriver &window, const QString &name)
     std::ofstream(undecodable) << "bytes of another";
     check(std::filesystem::exists(undecodable), u"the file of undecodable name"_s);
     for (const QString &neighbour : {u"a "_s + name, u"z "_s + name}) {
-        QFile file(folder + '/'_L1 + neighbour);
-        check(file.open(QIODevice::WriteOnly), file.errorString());
-        file.write("bytes of " + neighbour.toUtf8());
-        file.close();
-        // Qt 6.8 lists few files or none beside such a name, and so does its dialog.
+        const QString path = makeFile(folder + '/'_L1 + neighbour, "bytes of " + neighbour.toUtf8());
+        // Qt 6.8 and its dialog list few files or none in a folder with such a name.
         if (files(folder).contains(neighbour)) {
             window.click(u"openFileButton"_s);
             window.chooseFile(neighbour);
         } else {
-            window.app()->openKvt(file.fileName());
+            window.app()->openKvt(path);
         }
         window.waitFor([&] { return window.app()->fileName() == neighbour; }, u"the file to open"_s);
         check(window.app()->currentKvtBytes() == "bytes of " + neighbour.toUtf8(), u"the bytes"_s);

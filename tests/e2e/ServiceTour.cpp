@@ -2,6 +2,7 @@
 
 #include "SampleContainer.h"
 #include "app/AppState.h"
+#include "support/TestFiles.h"
 
 #include <QQuickItem>
 #include <QVariantMap>
@@ -246,5 +247,5 @@ void ServiceTour::type(const QString &view, const QString &title, const QString 
 
 QByteArray ServiceTour::sample(const QString &name) const
 {
-    return contents(m_samples + '/'_L1 + name);
+    return contentOf(m_samples + '/'_L1 + name);
 }

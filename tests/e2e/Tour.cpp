@@ -10,10 +10,10 @@
 #include "ServiceTour.h"
 #include "WindowDriver.h"
 #include "app/AppState.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QGuiApplication>
 #include <QJsonDocument>
@@ -91,13 +91,12 @@ Tour::Tour()
     m_samples = TestEnvironment::documents();
     QString error;
     check(SampleData::generate(m_samples, &error) && m_service.start(&error), error);
-    m_sample = SampleContainer::read(contents(m_samples + '/'_L1 + sampleName)).value();
+    m_sample = SampleContainer::read(contentOf(m_samples + '/'_L1 + sampleName)).value();
     m_sampleVin = m_sample.modules.constFirst().vin;
     m_patchedVin = m_sampleVin.first(11) + u"999999"_s;
-    const QString configuration = TestEnvironment::home() + u"/service.json"_s;
-    QFile file(configuration);
-    check(file.open(QIODevice::WriteOnly), file.errorString());
-    file.write(QJsonDocument(QJsonObject{{u"apiBase"_s, m_service.apiBase()}}).toJson());
+    const QString configuration =
+        makeFile(TestEnvironment::home() + u"/service.json"_s,
+                 QJsonDocument(QJsonObject{{u"apiBase"_s, m_service.apiBase()}}).toJson());
     qputenv("KVTEDITOR_SERVICE_CONFIG", QFile::encodeName(configuration));
 }
 
@@ -185,7 +184,7 @@ void Tour::findAndPatch()
     picture(u"hex-editor"_s);
     m_window->type(u"hexSearchField"_s, m_sampleVin);
     m_window->click(u"hexFindButton"_s);
-    const qsizetype position = contents(m_samples + '/'_L1 + sampleName).indexOf(m_sampleVin.toLatin1());
+    const qsizetype position = contentOf(m_samples + '/'_L1 + sampleName).indexOf(m_sampleVin.toLatin1());
     expectStatus(u"FOUND AT 0X%1"_s.arg(QString::number(position, 16).toUpper()));
     picture(u"found"_s);
 
@@ -207,9 +206,9 @@ void Tour::saveAndReopen()
     expectStatus(u"Saved."_s);
     picture(u"saved"_s);
 
-    QByteArray expected = contents(m_samples + '/'_L1 + sampleName);
+    QByteArray expected = contentOf(m_samples + '/'_L1 + sampleName);
     expected.replace(m_sampleVin.toLatin1(), m_patchedVin.toLatin1());
-    check(contents(m_samples + '/'_L1 + patchedName) == expected,
+    check(contentOf(m_samples + '/'_L1 + patchedName) == expected,
           u"the saved file differs from the sample in more than the VIN"_s);
 
     m_window->click(u"openFileButton"_s);

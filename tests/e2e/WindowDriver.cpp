@@ -3,7 +3,6 @@
 #include "app/AppState.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
@@ -55,13 +54,6 @@ void check(bool holds, const QString &what)
 {
     if (!holds)
         throw DriveError(what.toStdString());
-}
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    check(file.open(QIODevice::ReadOnly), u"cannot read %1"_s.arg(path));
-    return file.readAll();
 }
 
 WindowDriver::WindowDriver()

@@ -20,9 +20,6 @@ public:
 /// Throws, saying what is wrong, unless it holds.
 void check(bool holds, const QString &what);
 
-/// The whole file; throws when it cannot be read.
-QByteArray contents(const QString &path);
-
 /// Acts on the program's window as a person would: looks for controls that are in sight, clicks and types.
 class WindowDriver
 {

@@ -1,6 +1,7 @@
 #include "DevService.h"
 #include "SampleData.h"
 #include "support/FileSizeLimit.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -92,7 +93,10 @@ private:
     QStringList logLines() const;
     QString logPath() const { return m_folder->filePath(u"tmp/kvteditornew-qt.log"_s); }
     /// A file in the test's own folder.
-    void makeFile(const QString &name, const QByteArray &content);
+    QString makeFile(const QString &name, const QByteArray &content) const
+    {
+        return ::makeFile(m_folder->filePath(name), content);
+    }
     void withoutDisplay();
     /// That the box told what the log says too, and what had to be in it; and the exit code.
     void checkLoadFailure(const Outcome &outcome, const QString &warning) const;
@@ -149,13 +153,6 @@ void TestProgram::useService(const QString &apiBase)
 {
     makeFile(u"service.json"_s, QJsonDocument(QJsonObject{{u"apiBase"_s, apiBase}}).toJson());
     m_environment.insert(u"KVTEDITOR_SERVICE_CONFIG"_s, m_folder->filePath(u"service.json"_s));
-}
-
-void TestProgram::makeFile(const QString &name, const QByteArray &content)
-{
-    QFile file(m_folder->filePath(name));
-    QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(file.errorString()));
-    QCOMPARE(file.write(content), content.size());
 }
 
 void TestProgram::withoutDisplay()
@@ -264,15 +261,8 @@ void TestProgram::brokenRootViewShowsTheBox()
     // A module beside the program is found ahead of the one built in.
     const QString program = m_folder->filePath(u"kvteditor"_s);
     QVERIFY(QFile::copy(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), program));
-    QVERIFY(QDir(m_folder->path()).mkpath(u"qml/KvtEditor"_s));
-    QFile module(m_folder->filePath(u"qml/KvtEditor/qmldir"_s));
-    QVERIFY(module.open(QIODevice::WriteOnly));
-    module.write("module KvtEditor\nRootView 1.0 RootView.qml\n");
-    module.close();
-    QFile view(m_folder->filePath(u"qml/KvtEditor/RootView.qml"_s));
-    QVERIFY(view.open(QIODevice::WriteOnly));
-    view.write("import QtQuick\nItem { width: <b>1</b> }\n");
-    view.close();
+    makeFile(u"qml/KvtEditor/qmldir"_s, "module KvtEditor\nRootView 1.0 RootView.qml\n");
+    makeFile(u"qml/KvtEditor/RootView.qml"_s, "import QtQuick\nItem { width: <b>1</b> }\n");
 
     checkLoadFailure(run(program, {}), u"RootView.qml:2"_s);
 }
@@ -368,9 +358,7 @@ void TestProgram::logOnAFullDiskDoesNotStopIt()
     }
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QFile log(logPath());
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    QCOMPARE(QString::fromUtf8(log.readAll()), started);
+    QCOMPARE(QString::fromUtf8(contentOf(logPath())), started);
 }
 
 void TestProgram::fileFromTheCommandLineOpens_data()
@@ -398,10 +386,7 @@ void TestProgram::fileFromTheCommandLineOpens()
     QString error;
     QVERIFY2(service.start(&error), qPrintable(error));
     useService(service);
-    QFile file(m_folder->path() + '/'_L1 + name);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("not a tune, but bytes");
-    file.close();
+    makeFile(name, "not a tune, but bytes");
     // It ends only when the window shows the file; the name is relative to the folder the program starts
     // in.
     m_environment.insert(u"KVTEDITOR_WATCH"_s, u"opened"_s);
@@ -485,17 +470,13 @@ void TestProgram::closesCleanlyWithARequestInFlight()
     QVERIFY2(service.start(&error), qPrintable(error));
     QVERIFY(service.setFault(worker, u"hold"_s));
     useService(service);
-    QFile file(m_folder->filePath(u"truck.kvt"_s));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(1000000, 'x'));
-    file.close();
-    QFile signal(m_folder->filePath(u"close-now"_s));
+    const QString file = makeFile(u"truck.kvt"_s, QByteArray(1000000, 'x'));
     m_environment.insert(u"KVTEDITOR_WATCH"_s, u"opened"_s);
-    m_environment.insert(u"KVTEDITOR_CLOSE_WHEN"_s, signal.fileName());
+    m_environment.insert(u"KVTEDITOR_CLOSE_WHEN"_s, m_folder->filePath(u"close-now"_s));
 
-    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {file.fileName()}, {}, [&] {
+    const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {file}, {}, [&] {
         WAIT_COMPARE(service.heldCount(), 1);
-        QVERIFY(signal.open(QIODevice::WriteOnly));
+        makeFile(u"close-now"_s, {});
     });
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
@@ -506,14 +487,13 @@ void TestProgram::closesCleanlyWithARequestInFlight()
 void TestProgram::closesCleanlyDuringAnUpload()
 {
     constexpr qint64 size = 64 * 1024 * 1024;
-    makeFile(u"truck.kvt"_s, QByteArray(size, 'x'));
+    const QString file = makeFile(u"truck.kvt"_s, QByteArray(size, 'x'));
     // Takes the request's head and then nothing more, so that the upload comes to a stand.
     QTcpServer server;
     QVERIFY(server.listen(QHostAddress::LocalHost));
     useService(u"http://127.0.0.1:%1/api/"_s.arg(server.serverPort()));
     m_environment.insert(u"KVTEDITOR_WATCH"_s, u"opened"_s);
     m_environment.insert(u"KVTEDITOR_CLOSE_WHEN"_s, m_folder->filePath(u"close-now"_s));
-    const QString file = m_folder->filePath(u"truck.kvt"_s);
     QTcpSocket *connection = nullptr;
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {file}, {}, [&] {
         WAIT_VERIFY(server.hasPendingConnections());
@@ -553,11 +533,7 @@ void TestProgram::closesCleanlyDuringAScan()
         : 20000;
     QTemporaryDir tree;
     for (int i = 0; i < files; ++i) {
-        const QString folder = u"%1/%2"_s.arg(tree.path()).arg(i / 1000);
-        if (i % 1000 == 0)
-            QVERIFY(QDir().mkpath(folder));
-        QFile file(u"%1/e38_%2.kvt"_s.arg(folder).arg(i));
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        ::makeFile(u"%1/%2/e38_%3.kvt"_s.arg(tree.path()).arg(i / 1000).arg(i));
     }
     m_environment.insert(u"KVTEDITOR_WATCH"_s, u"scan"_s);
     m_environment.insert(u"KVTEDITOR_SCAN_ROOT"_s, tree.path());

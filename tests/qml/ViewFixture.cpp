@@ -1,5 +1,7 @@
 #include "ViewFixture.h"
 
+#include "support/TestFiles.h"
+
 #include <QAccessible>
 #include <QClipboard>
 #include <QDir>
@@ -104,21 +106,12 @@ void ViewFixture::reset()
 void ViewFixture::openFile(const QString &name, int size, const QString &tail)
 {
     const QByteArray end = tail.toUtf8();
-    QFile file(tempPath(name));
-    if (!file.open(QIODevice::WriteOnly))
-        qFatal("Cannot write %s", qPrintable(file.fileName()));
-    file.write(QByteArray(size - end.size(), '\0') + end);
-    file.close();
-    m_app->openKvt(file.fileName());
+    m_app->openKvt(makeFile(tempPath(name), QByteArray(size - end.size(), '\0') + end));
 }
 
 void ViewFixture::writeFile(const QString &name, int size)
 {
-    const QString path = tempPath(name);
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray(size, '\0')) != size)
-        qFatal("Cannot write %s", qPrintable(path));
+    makeFile(tempPath(name), QByteArray(size, '\0'));
 }
 
 void ViewFixture::removeFile(const QString &name)

@@ -1,6 +1,7 @@
 #include "EndpointBench.h"
 
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -11,7 +12,6 @@
 #include <QNetworkReply>
 #include <QTimer>
 
-#include <algorithm>
 #include <chrono>
 
 using namespace Qt::StringLiterals;
@@ -82,22 +82,14 @@ constexpr EndpointOperation operations[] = {
      0},
 };
 
-void writeInto(const QTemporaryDir &folder, const QString &name, const QByteArray &content)
-{
-    QFile file(folder.filePath(name));
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("Cannot write %s", qPrintable(name));
-}
-
 void addFiles(const QString &folder, QMap<QString, QByteArray> &files)
 {
     QDirIterator entries(folder, QDir::Files | QDir::Hidden);
     while (entries.hasNext()) {
-        QFile file(entries.next());
+        const QString path = entries.next();
         // A device may never end, and a pipe never begin.
-        if (!entries.fileInfo().isFile())
-            continue;
-        files.insert(file.fileName(), file.open(QIODevice::ReadOnly) ? file.readAll() : "(not readable)");
+        if (entries.fileInfo().isFile())
+            files.insert(path, contentOf(path));
     }
 }
 
@@ -111,11 +103,11 @@ std::span<const EndpointOperation> endpointOperations()
 EndpointBench::EndpointBench()
     : m_folder(TestEnvironment::home() + u"/bench-XXXXXX"_s)
 {
-    writeInto(m_folder, u"open.kvt"_s, "the open file's bytes");
-    writeInto(m_folder, u"other.kvt"_s, "OTHER");
-    writeInto(m_folder, u"donor.kvt"_s, "DONOR");
-    writeInto(m_folder, u"in.vbf"_s, "VBF");
-    writeInto(m_folder, u"in.bin"_s, "BIN");
+    makeFile(m_folder.filePath(u"open.kvt"_s), "the open file's bytes");
+    makeFile(m_folder.filePath(u"other.kvt"_s), "OTHER");
+    makeFile(m_folder.filePath(u"donor.kvt"_s), "DONOR");
+    makeFile(m_folder.filePath(u"in.vbf"_s), "VBF");
+    makeFile(m_folder.filePath(u"in.bin"_s), "BIN");
 }
 
 EndpointBench::~EndpointBench()
@@ -160,15 +152,12 @@ bool EndpointBench::fill()
         && !m_state->threadText().isEmpty();
 }
 
-bool EndpointBench::resizeInputs(int size)
+void EndpointBench::resizeInputs(int size)
 {
     const QByteArray big(size, 'B');
     m_state->hexModel()->setBytes(big);
-    const QStringList names = QDir(m_folder.path()).entryList(QDir::Files);
-    return std::all_of(names.begin(), names.end(), [this, &big](const QString &name) {
-        QFile file(m_folder.filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write(big) == big.size();
-    });
+    for (const QFileInfo &file : QDir(m_folder.path()).entryInfoList(QDir::Files))
+        makeFile(file.filePath(), big);
 }
 
 // A request's manager goes last of all that belongs to it.

@@ -69,8 +69,8 @@ public:
 
     /// Fills the features from a server of its own; false when one of them stayed empty.
     bool fill();
-    /// From now on every file that an operation sends has so many bytes; false when one could not be written.
-    bool resizeInputs(int size);
+    /// From now on every file that an operation sends has so many bytes.
+    void resizeInputs(int size);
     void setApiBase(const QString &base) { m_state->findChild<VoxApiClient *>()->setApiBase(base); }
     void start(const EndpointOperation &operation) { operation.start(*m_state, m_folder.path()); }
     /// Waits until no request is under way.

@@ -2,6 +2,7 @@
 
 #include "api/ServiceConfig.h"
 #include "support/FormData.h"
+#include "support/TestFiles.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -41,9 +42,9 @@ StoreFixture::~StoreFixture()
 void StoreFixture::deployWithAuthFields(const QTemporaryDir &dir)
 {
     const QString path = dir.filePath(u"deployment.json"_s);
-    QVERIFY(makeFile(path,
-                     R"({"authFields":{"app_user":"tester","id":"TOPSECRET","zz_key":"TOPSECRET"},)"
-                     R"("storeUrl":"file:///etc/passwd"})"));
+    makeFile(path,
+             R"({"authFields":{"app_user":"tester","id":"TOPSECRET","zz_key":"TOPSECRET"},)"
+             R"("storeUrl":"file:///etc/passwd"})");
     qputenv("KVTEDITOR_SERVICE_CONFIG", QFile::encodeName(path));
     QCOMPARE(serviceConfig().authFields.size(), 3);
 }
@@ -103,18 +104,6 @@ QStringList StoreFixture::filesEverywhere()
     }
     files.sort();
     return files;
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(not readable)");
-}
-
-bool makeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 QByteArrayList formLines(const RecordedRequest &request)

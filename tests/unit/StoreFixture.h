@@ -49,9 +49,6 @@ private:
     void noteAnnouncements();
 };
 
-QByteArray contentOf(const QString &path);
-bool makeFile(const QString &path, const QByteArray &content);
-
 /// Each part of a form as its header lines and its body.
 QByteArrayList formLines(const RecordedRequest &request);
 

@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -15,12 +16,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(not readable)");
-}
 
 QString inDocuments(const QString &name)
 {

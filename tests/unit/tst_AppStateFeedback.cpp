@@ -1,10 +1,10 @@
 #include "api/ServiceConfig.h"
 #include "app/AppState.h"
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkAccessManager>
@@ -128,11 +128,7 @@ void TestAppStateFeedback::sendToDev_emptyNoteNamesTheOpenFile()
             || placeholder.endsWith(u".test"_s) || placeholder.endsWith(u".localhost"_s));
 
     const QTemporaryDir dir;
-    QFile file(dir.filePath(u"truck.kvt"_s));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("bytes");
-    file.close();
-    m_state->openKvt(dir.filePath(u"truck.kvt"_s));
+    m_state->openKvt(makeFile(dir.filePath(u"truck.kvt"_s), "bytes"));
     WAIT_COMPARE(m_server->completeRequestCount(), 2);
     m_state->sendToDev({}, {});
     WAIT_COMPARE(m_server->completeRequestCount(), 3);

@@ -1,8 +1,8 @@
 #include "StoreFixture.h"
 #include "support/FileSizeLimit.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
-#include <QDir>
 #include <QTest>
 
 #include <limits>
@@ -113,8 +113,7 @@ void TestAppStatePatches::list(const QString &calId, const QByteArray &answer)
 
 QString TestAppStatePatches::binFile(const QString &name, const QByteArray &bytes)
 {
-    const QString path = m_fixture->inDir(name);
-    return makeFile(path, bytes) ? path : QString();
+    return makeFile(m_fixture->inDir(name), bytes);
 }
 
 /// How many requests the server saw for it.
@@ -486,7 +485,7 @@ void TestAppStatePatches::apply_emptyList()
 
 void TestAppStatePatches::apply_saveFailureIsStillApplied()
 {
-    QVERIFY(makeFile(TestEnvironment::documents(), "a file in the folder's place"));
+    makeFile(TestEnvironment::documents(), "a file in the folder's place");
     list();
     QCOMPARE(apply(answerWith(patchedAnswer)), 1);
     QCOMPARE(m_fixture->announced, QStringList{u"1 Patch applied."_s});

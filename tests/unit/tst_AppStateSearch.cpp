@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 #include "core/FileTools.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -13,7 +14,6 @@
 #include <atomic>
 #include <dirent.h>
 #include <dlfcn.h>
-#include <fcntl.h>
 #include <functional>
 #include <memory>
 #include <new>
@@ -40,12 +40,6 @@ std::atomic<DIR *> streamWithoutMemory = nullptr;
 std::atomic<int> opensUntilHeld = 0;
 QSemaphore held;
 QSemaphore goOn;
-
-bool makeFile(const QString &path)
-{
-    const int file = ::open(QFile::encodeName(path).constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);
-    return file >= 0 && ::close(file) == 0;
-}
 
 QStringList namesOf(const QVariantList &hits)
 {
@@ -176,7 +170,7 @@ void TestAppStateSearch::initTestCase()
         const QString path = m_bigTree->filePath(u"f%1"_s.arg(folder));
         QVERIFY(QDir().mkdir(path));
         for (int index = 0; index < bigTreeFiles / 100; ++index) {
-            QVERIFY(makeFile(path + u"/tune_%1.kvt"_s.arg(folder * 1000 + index, 6, 10, QChar(u'0'))));
+            makeFile(path + u"/tune_%1.kvt"_s.arg(folder * 1000 + index, 6, 10, QChar(u'0')));
         }
     }
 }
@@ -197,8 +191,8 @@ void TestAppStateSearch::cleanup()
 
 void TestAppStateSearch::scanSmallTree()
 {
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"b.ctz"_s)));
+    makeFile(inDir(u"a.kvt"_s));
+    makeFile(inDir(u"b.ctz"_s));
     m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
     WAIT_VERIFY(!m_state->searchBusy());
     QCOMPARE(m_state->searchHits().size(), 2);
@@ -237,7 +231,7 @@ void TestAppStateSearch::emptyRoot()
 void TestAppStateSearch::findsFiles()
 {
     for (const QString &name : {u"a.KVT"_s, u"b.ctz"_s, u"c.CTZ"_s, u"d.bin"_s}) {
-        QVERIFY(makeFile(inDir(name)));
+        makeFile(inDir(name));
     }
     QVERIFY(QFile::link(inDir(u"a.KVT"_s), inDir(u"link.kvt"_s)));
     m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
@@ -272,7 +266,7 @@ void TestAppStateSearch::filtersArePassedOn()
     QVERIFY(QDir().mkpath(inDir(u"root/Chevy"_s)));
     for (const QString &name :
          {u"root/named.kvt"_s, u"root/e38_12654321.kvt"_s, u"root/Chevy/truck.kvt"_s, u"root/y2014.kvt"_s}) {
-        QVERIFY(makeFile(inDir(name)));
+        makeFile(inDir(name));
     }
     const QString before = QDir::currentPath();
     QVERIFY(QDir::setCurrent(m_dir->path()));
@@ -286,8 +280,8 @@ void TestAppStateSearch::filtersArePassedOn()
 void TestAppStateSearch::recursionIsTheArgument()
 {
     QVERIFY(QDir().mkdir(inDir(u"sub"_s)));
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"sub/b.kvt"_s)));
+    makeFile(inDir(u"a.kvt"_s));
+    makeFile(inDir(u"sub/b.kvt"_s));
     for (const bool recursive : {false, true}) {
         m_state->setSearchRecursive(recursive ? u"0"_s : u"1"_s);
         m_state->scanFolder(m_dir->path(), recursive, {}, {}, {}, {});
@@ -340,7 +334,7 @@ void TestAppStateSearch::earlierHitsStayWhileScanning()
 
 void TestAppStateSearch::secondScanIsRefused()
 {
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
+    makeFile(inDir(u"a.kvt"_s));
     QSignalSpy changes(m_state.get(), &AppState::searchChanged);
     QStringList statuses;
     connect(m_state.get(), &AppState::statusChanged, this, [&] { statuses.append(m_state->status()); });
@@ -384,7 +378,7 @@ void TestAppStateSearch::aroundTheLimit()
     int made = 0;
     for (const auto &[files, status] : steps) {
         for (; made < files; ++made) {
-            QVERIFY(makeFile(inDir(u"%1.kvt"_s.arg(made))));
+            makeFile(inDir(u"%1.kvt"_s.arg(made)));
         }
         m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
         WAIT_VERIFY(!m_state->searchBusy());
@@ -460,7 +454,7 @@ void TestAppStateSearch::cancelBetweenTwoFolders()
 {
     for (const QString &name : {u"one"_s, u"two"_s}) {
         QVERIFY(QDir().mkpath(inDir(name)));
-        QVERIFY(makeFile(inDir(name + u"/a.kvt"_s)));
+        makeFile(inDir(name + u"/a.kvt"_s));
     }
     opensUntilHeld = 3;
     m_state->scanFolder(m_dir->path(), true, {}, {}, {}, {});
@@ -656,7 +650,7 @@ void TestAppStateSearch::tellsFoldersFromFiles()
     QVERIFY(QDir().mkpath(inDir(u"odd 100%.kvt"_s)));
     QVERIFY(QFile::link(inDir(u"tree"_s), inDir(u"link to tree"_s)));
     QVERIFY(QFile::link(inDir(u"gone"_s), inDir(u"dangling"_s)));
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s)));
+    makeFile(inDir(u"truck.kvt"_s));
     QTEST(m_state->isFolder(inDir(name)), "expected");
     QVERIFY(!m_state->isFolder({}));
     QVERIFY(m_state->status().isEmpty());

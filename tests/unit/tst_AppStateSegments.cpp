@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -84,7 +85,10 @@ private slots:
     void failedSwapKeepsEverything();
 
 private:
-    QString makeFile(const QString &name, const QByteArray &content);
+    QString makeFile(const QString &name, const QByteArray &content) const
+    {
+        return ::makeFile(m_dir->filePath(name), content);
+    }
     void pickBoth();
     bool preview(const QByteArray &answer);
     bool nothingUnderWay() const;
@@ -111,13 +115,6 @@ void TestAppStateSegments::cleanup()
     m_server.reset();
     m_desktop.reset();
     QDir(TestEnvironment::documents()).removeRecursively();
-}
-
-QString TestAppStateSegments::makeFile(const QString &name, const QByteArray &content)
-{
-    const QString path = m_dir->filePath(name);
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() ? path : QString();
 }
 
 void TestAppStateSegments::pickBoth()
@@ -639,9 +636,7 @@ void TestAppStateSegments::swappedFileIsSavedAndOpened()
     QCOMPARE(m_state->currentKvtBytes(), QByteArray("SWAPPED"));
     QCOMPARE(m_desktop->opened, QList<QUrl>{QUrl::fromLocalFile(TestEnvironment::documents())});
     QCOMPARE(m_state->swapCandidates().size(), 2);
-    QFile saved(TestEnvironment::documents() + u"/swapped.kvt"_s);
-    QVERIFY(saved.open(QIODevice::ReadOnly));
-    QCOMPARE(saved.readAll(), QByteArray("SWAPPED"));
+    QCOMPARE(contentOf(TestEnvironment::documents() + u"/swapped.kvt"_s), QByteArray("SWAPPED"));
     // Each file as it was opened asks for its identifiers.
     QCOMPARE(m_server->requestCount(), 4);
     QCOMPARE(formField(m_server->request(3), "operation"), QByteArray("kvt_info"));

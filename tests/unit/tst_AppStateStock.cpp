@@ -1,5 +1,6 @@
 #include "StoreFixture.h"
 #include "support/FileSizeLimit.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <QDir>
@@ -130,7 +131,7 @@ void TestAppStateStock::listFile(const QByteArray &name)
 
 void TestAppStateStock::openTune(const QString &name)
 {
-    QVERIFY(makeFile(m_fixture->inDir(name), "mine"));
+    makeFile(m_fixture->inDir(name), "mine");
     m_fixture->state->openKvt(m_fixture->inDir(name));
     WAIT_VERIFY(m_fixture->idle());
     m_fixture->takeAnnounced();
@@ -460,7 +461,7 @@ void TestAppStateStock::download_failedWithoutBytes()
 
 void TestAppStateStock::download_saveFails()
 {
-    QVERIFY(makeFile(TestEnvironment::documents(), "a file in the folder's place"));
+    makeFile(TestEnvironment::documents(), "a file in the folder's place");
     listFile("a.bin");
     QCOMPARE(download(answerWith("bytes"), true), 1);
     QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
@@ -612,7 +613,7 @@ void TestAppStateStock::open_becomesTheWorkspace()
 void TestAppStateStock::open_replacesTheEarlierFile()
 {
     openTune(u"mine.kvt"_s);
-    QVERIFY(makeFile(inTemp(u"a.kvt"_s), "an earlier and longer download"));
+    makeFile(inTemp(u"a.kvt"_s), "an earlier and longer download");
     listFile("a.kvt");
     QCOMPARE(download(answerWith("bytes"), true), 2);
     QCOMPARE(contentOf(inTemp(u"a.kvt"_s)), QByteArray("bytes"));
@@ -684,7 +685,7 @@ void TestAppStateStock::open_noTemporaryFolder()
     openTune(u"mine.kvt"_s);
     m_fixture->state->setTab(u"stock"_s);
     listFile(name.toUtf8());
-    QVERIFY(makeFile(m_fixture->inDir(u"file"_s), {}));
+    makeFile(m_fixture->inDir(u"file"_s), {});
     QVERIFY(QFile::link(m_fixture->inDir(u"nothing"_s), m_fixture->inDir(u"link-to-nothing"_s)));
     QVERIFY(QFile::link(m_fixture->inDir(u"link-to-itself"_s), m_fixture->inDir(u"link-to-itself"_s)));
     const QStringList before = m_fixture->filesEverywhere();
@@ -752,7 +753,7 @@ void TestAppStateStock::open_refusesWhatIsNotTheUsersOwn()
     openTune(u"mine.kvt"_s);
     listFile("a.kvt");
     const QString other = m_fixture->inDir(u"other"_s);
-    QVERIFY(makeFile(other, content));
+    makeFile(other, content);
     if (kind == u"link"_s)
         QVERIFY(QFile::link(other, inTemp(u"a.kvt"_s)));
     else

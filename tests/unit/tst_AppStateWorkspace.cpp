@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -17,18 +18,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-bool makeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(not readable)");
-}
 
 } // namespace
 
@@ -121,16 +110,13 @@ void TestAppStateWorkspace::cleanup()
 bool TestAppStateWorkspace::openFile(const QString &name, const QByteArray &content)
 {
     const auto idle = [this] { return m_state->findChild<VoxApiClient *>()->children().isEmpty(); };
-    if (!makeFile(inDir(name), content)) {
-        return false;
-    }
-    m_state->openKvt(inDir(name));
+    m_state->openKvt(makeFile(inDir(name), content));
     return waitUntil(idle) && m_state->fileName() == name;
 }
 
 void TestAppStateWorkspace::open_publishesTheFile()
 {
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), QByteArray("KVT\0\xff", 5)));
+    makeFile(inDir(u"truck.kvt"_s), QByteArray("KVT\0\xff", 5));
     m_state->openKvt(inDir(u"truck.kvt"_s));
     QCOMPARE(m_state->fileName(), u"truck.kvt"_s);
     QCOMPARE(m_state->status(), u"Opened truck.kvt \u2014 5 bytes."_s);
@@ -141,7 +127,7 @@ void TestAppStateWorkspace::open_publishesTheFile()
 
 void TestAppStateWorkspace::open_sendsKvtInfoRequest()
 {
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
+    makeFile(inDir(u"truck.kvt"_s), "bytes");
     m_state->openKvt(inDir(u"truck.kvt"_s));
     WAIT_COMPARE(m_server->completeRequestCount(), 1);
     const RecordedRequest request = m_server->request(0);
@@ -164,7 +150,7 @@ void TestAppStateWorkspace::open_requestLeavesBusyAlone()
 
 void TestAppStateWorkspace::open_announcesFileThenIdentifiersThenStatus()
 {
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
+    makeFile(inDir(u"truck.kvt"_s), "bytes");
     QStringList order;
     connect(m_state.get(), &AppState::fileChanged, this, [&] {
         order.append(u"file "_s + m_state->fileName() + u' '
@@ -181,7 +167,7 @@ void TestAppStateWorkspace::open_announcesFileThenIdentifiersThenStatus()
 void TestAppStateWorkspace::open_createdIsTheModificationTime()
 {
     const QString path = inDir(u"truck.kvt"_s);
-    QVERIFY(makeFile(path, "bytes"));
+    makeFile(path, "bytes");
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadWrite));
     QVERIFY(
@@ -254,8 +240,8 @@ void TestAppStateWorkspace::open_failureKeepsEverything()
 {
     QFETCH(QString, name);
     QFETCH(QString, status);
-    QVERIFY(makeFile(inDir(u"empty.kvt"_s), {}));
-    QVERIFY(makeFile(inDir(u"sparse.kvt"_s), {}));
+    makeFile(inDir(u"empty.kvt"_s), {});
+    makeFile(inDir(u"sparse.kvt"_s), {});
     QVERIFY(QFile::resize(inDir(u"sparse.kvt"_s), 3'000'000'000));
     QVERIFY(QDir(m_dir->path()).mkpath(u"folder"_s));
     QCOMPARE(::mkfifo(QFile::encodeName(inDir(u"fifo"_s)).constData(), 0600), 0);
@@ -292,7 +278,7 @@ void TestAppStateWorkspace::info_answerFillsIdentifiers()
         R"("gmSystem":"E38",)"
         R"("gmFuel":"F","gmSpeedometer":"SP","gmEngineDiag":"ED","gmEngineOp":"EO","interfaceCalId":"IC",)"
         R"("created":"2019","softwareVersion":"3.1"}}})"));
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
+    makeFile(inDir(u"truck.kvt"_s), "bytes");
     m_state->openKvt(inDir(u"truck.kvt"_s));
     const QString opened = m_state->status();
     WAIT_COMPARE(m_state->vin(), u"V"_s);
@@ -328,7 +314,7 @@ void TestAppStateWorkspace::info_uselessAnswerChangesNothing()
 {
     QFETCH(QByteArray, answer);
     m_server->answerAlways({answer});
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
+    makeFile(inDir(u"truck.kvt"_s), "bytes");
     m_state->openKvt(inDir(u"truck.kvt"_s));
     const QString opened = m_state->status();
     const QString created = m_state->created();
@@ -347,8 +333,8 @@ void TestAppStateWorkspace::info_lateAnswerOfAnEarlierFileIsDropped()
 {
     m_server->answerNext(holdRequest());
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"SECOND"})"));
-    QVERIFY(makeFile(inDir(u"first.kvt"_s), "first"));
-    QVERIFY(makeFile(inDir(u"second.kvt"_s), "second"));
+    makeFile(inDir(u"first.kvt"_s), "first");
+    makeFile(inDir(u"second.kvt"_s), "second");
     m_state->openKvt(inDir(u"first.kvt"_s));
     WAIT_COMPARE(m_server->completeRequestCount(), 1);
     m_state->openKvt(inDir(u"second.kvt"_s));
@@ -365,10 +351,10 @@ void TestAppStateWorkspace::info_lateAnswerOfTheSamePathIsDropped()
 {
     m_server->answerNext(holdRequest());
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"AGAIN"})"));
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), "first content"));
+    makeFile(inDir(u"truck.kvt"_s), "first content");
     m_state->openKvt(inDir(u"truck.kvt"_s));
     WAIT_COMPARE(m_server->completeRequestCount(), 1);
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), "second content"));
+    makeFile(inDir(u"truck.kvt"_s), "second content");
     m_state->openKvt(inDir(u"truck.kvt"_s));
     WAIT_COMPARE(m_state->vin(), u"AGAIN"_s);
     m_server->answerHeld(0, answerWith(R"({"status":"ok","vin":"FIRST"})"));
@@ -400,7 +386,7 @@ void TestAppStateWorkspace::info_bytesWithoutFileHaveAName()
 void TestAppStateWorkspace::info_answerAfterSaveUnderAnotherNameCounts()
 {
     m_server->answerNext(holdRequest());
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
+    makeFile(inDir(u"truck.kvt"_s), "bytes");
     m_state->openKvt(inDir(u"truck.kvt"_s));
     WAIT_COMPARE(m_server->completeRequestCount(), 1);
     m_state->saveKvt(inDir(u"renamed.kvt"_s));
@@ -412,7 +398,7 @@ void TestAppStateWorkspace::info_answerAfterSaveUnderAnotherNameCounts()
 void TestAppStateWorkspace::info_destroyedWhileRequestIsHeld()
 {
     m_server->answerAlways(holdRequest());
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), QByteArray(1'000'000, 'x')));
+    makeFile(inDir(u"truck.kvt"_s), QByteArray(1'000'000, 'x'));
     for (int i = 0; i < 10; ++i) {
         m_state->openKvt(inDir(u"truck.kvt"_s));
     }
@@ -465,7 +451,7 @@ void TestAppStateWorkspace::dialogFolder_isWhereTheOpenFileIs()
     const QString otherFolder = u"other"_s;
     QVERIFY(QDir(m_dir->path()).mkpath(folder));
     QVERIFY(QDir(m_dir->path()).mkpath(otherFolder));
-    QVERIFY(makeFile(inDir(folder + u"/truck.kvt"_s), "bytes"));
+    makeFile(inDir(folder + u"/truck.kvt"_s), "bytes");
     m_state->openKvt(inDir(folder + u"/truck.kvt"_s));
     QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(inDir(folder)));
     QCOMPARE(m_state->dialogFolder().toLocalFile(), inDir(folder));
@@ -486,7 +472,7 @@ void TestAppStateWorkspace::dialogFolder_withoutFile()
     QVERIFY(QDir(documents).removeRecursively());
     QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(home));
     // A file of that name is no folder to start in.
-    QVERIFY(makeFile(documents, "bytes"));
+    makeFile(documents, "bytes");
     QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(home));
     QVERIFY(QFile::remove(documents));
     QVERIFY(QDir().mkpath(documents));
@@ -607,7 +593,7 @@ void TestAppStateWorkspace::save_overItselfThroughALink()
 {
     QFETCH(QString, opened);
     QFETCH(QString, saved);
-    QVERIFY(makeFile(inDir(u"truck.kvt"_s), "bytes"));
+    makeFile(inDir(u"truck.kvt"_s), "bytes");
     QVERIFY(QFile::link(inDir(u"truck.kvt"_s), inDir(u"link.kvt"_s)));
     QVERIFY(openFile(opened, "bytes"));
     m_state->hexPatch(u"B"_s);
@@ -628,7 +614,7 @@ void TestAppStateWorkspace::save_afterTheFolderWasRemoved()
 {
     QVERIFY(QDir(m_dir->path()).mkpath(u"trucks/ford"_s));
     const QString path = inDir(u"trucks/ford/truck.kvt"_s);
-    QVERIFY(makeFile(path, "bytes"));
+    makeFile(path, "bytes");
     m_state->openKvt(path);
     WAIT_VERIFY(m_state->findChild<VoxApiClient *>()->children().isEmpty());
     m_state->hexPatch(u"B"_s);
@@ -642,7 +628,7 @@ void TestAppStateWorkspace::save_afterTheFolderWasRemoved()
 
     // No folder can be made again where a file stands by now.
     QVERIFY(QDir(inDir(u"trucks"_s)).removeRecursively());
-    QVERIFY(makeFile(inDir(u"trucks"_s), "in the way"));
+    makeFile(inDir(u"trucks"_s), "in the way");
     QSignalSpy statuses(m_state.get(), &AppState::statusChanged);
     m_state->saveKvt(path);
     QVERIFY(!m_state->status().isEmpty() && m_state->status() != u"Saved."_s);

@@ -1,6 +1,7 @@
 #include "StoreFixture.h"
 #include "api/ServiceConfig.h"
 #include "support/FileSizeLimit.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <QScopeGuard>
@@ -561,7 +562,7 @@ void TestAppStateXdf::download_twiceOverwrites()
 
 void TestAppStateXdf::download_saveFails()
 {
-    QVERIFY(makeFile(TestEnvironment::documents(), "a file in the folder's place"));
+    makeFile(TestEnvironment::documents(), "a file in the folder's place");
     load(R"({"items":[{"id":"1","title":"T"}]})");
     m_fixture->server.answerNext(answerWith("bytes"));
     m_fixture->state->xdfDownload(0);

@@ -2,6 +2,7 @@
 #include "app/AppState.h"
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -44,13 +45,10 @@ private:
 void TestAuthFields::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    const QString path = m_dir.filePath(u"deployment.json"_s);
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(
+    const QString path = makeFile(
+        m_dir.filePath(u"deployment.json"_s),
         "{\"authFields\":{\"app_user\":\"tester\",\"version\":\"0.0\",\"zz_key\":\"TOPSECRET\"},"
         "\"apiBase\":\"https://deployed.example/api/\",\"placeholderEmail\":\"nobody@deployed.invalid\"}");
-    file.close();
     qputenv("KVTEDITOR_SERVICE_CONFIG", QFile::encodeName(path));
 }
 
@@ -93,11 +91,7 @@ void TestAuthFields::workerRequestCarriesThem()
 
 void TestAuthFields::informationRequestCarriesThem()
 {
-    QFile file(m_dir.filePath(u"truck.kvt"_s));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("bytes");
-    file.close();
-    m_state->openKvt(m_dir.filePath(u"truck.kvt"_s));
+    m_state->openKvt(makeFile(m_dir.filePath(u"truck.kvt"_s), "bytes"));
     WAIT_COMPARE(m_server->completeRequestCount(), 1);
     QCOMPARE(formParts(m_server->request(0)).size(), 5);
     QCOMPARE(formField(m_server->request(0), "zz_key"), QByteArray("TOPSECRET"));

@@ -2,6 +2,7 @@
 #include "platform/LocalWorker.h"
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -19,18 +20,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString noInput = u"Open an KVT on MAIN or pick a file first."_s;
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(not readable)");
-}
-
-bool makeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 QString inDocuments(const QString &name)
 {
@@ -148,7 +137,7 @@ void TestConversions::cleanup()
 
 void TestConversions::openWorkspace(const QString &name, const QByteArray &bytes)
 {
-    QVERIFY(makeFile(inDir(name), bytes));
+    makeFile(inDir(name), bytes);
     m_server->answerNext(answerWith(R"({"status":"ok"})"));
     m_state->openKvt(inDir(name));
     WAIT_COMPARE(m_server->completeRequestCount(), 1);
@@ -183,7 +172,7 @@ void TestConversions::convertsChosenFile()
     QFETCH(QString, op);
     QFETCH(QByteArray, operation);
     QFETCH(QString, outName);
-    QVERIFY(makeFile(inDir(u"In.put.ctz"_s), QByteArray("chosen\0\xff", 8)));
+    makeFile(inDir(u"In.put.ctz"_s), QByteArray("chosen\0\xff", 8));
     m_server->answerNext(answerWith("produced"));
     m_state->convertOp(op, inDir(u"In.put.ctz"_s));
     waitForRequest();
@@ -247,7 +236,7 @@ void TestConversions::chosenFileIsNamedAfterTheWorkspace()
     QFETCH(QString, op);
     QFETCH(QString, outName);
     openWorkspace(u"truck.kvt"_s, "workspace");
-    QVERIFY(makeFile(inDir(u"other.ctz"_s), "chosen"));
+    makeFile(inDir(u"other.ctz"_s), "chosen");
     m_server->answerNext(answerWith("produced"));
     m_state->convertOp(op, inDir(u"other.ctz"_s));
     waitForRequest();
@@ -275,7 +264,7 @@ void TestConversions::outputNameOfChosenFile()
 {
     QFETCH(QString, inputName);
     QFETCH(QString, outName);
-    QVERIFY(makeFile(inDir(inputName), "chosen"));
+    makeFile(inDir(inputName), "chosen");
     m_server->answerAlways(answerWith("produced"));
     m_state->convertOp(u"ctz2bin"_s, inDir(inputName));
     waitForRequest();
@@ -339,7 +328,7 @@ void TestConversions::unreadableFile()
     QFETCH(bool, hasError);
     openWorkspace(u"truck.kvt"_s, "workspace");
     QVERIFY(QDir().mkdir(inDir(u"folder.ctz"_s)));
-    QVERIFY(makeFile(inDir(u"empty.ctz"_s), {}));
+    makeFile(inDir(u"empty.ctz"_s), {});
     QCOMPARE(::mkfifo(QFile::encodeName(inDir(u"pipe.ctz"_s)).constData(), 0600), 0);
     m_state->setStatus(u"before"_s, 1);
     QSignalSpy statuses(m_state.get(), &AppState::statusChanged);
@@ -369,7 +358,7 @@ void TestConversions::unknownKey()
 {
     QFETCH(QString, op);
     openWorkspace(u"truck.kvt"_s, "workspace");
-    QVERIFY(makeFile(inDir(u"in.ctz"_s), "chosen"));
+    makeFile(inDir(u"in.ctz"_s), "chosen");
     m_state->setStatus(u"before"_s, 1);
     QSignalSpy statuses(m_state.get(), &AppState::statusChanged);
     QSignalSpy busy(m_state.get(), &AppState::busyChanged);
@@ -382,9 +371,9 @@ void TestConversions::unknownKey()
 
 void TestConversions::thirdPathIsNotUsed()
 {
-    QVERIFY(makeFile(inDir(u"a.bin"_s), "A"));
-    QVERIFY(makeFile(inDir(u"b.bin"_s), "B"));
-    QVERIFY(makeFile(inDir(u"c.bin"_s), "C"));
+    makeFile(inDir(u"a.bin"_s), "A");
+    makeFile(inDir(u"b.bin"_s), "B");
+    makeFile(inDir(u"c.bin"_s), "C");
     m_server->answerAlways(answerWith("{\"status\":\"ok\"}"));
     m_state->convertOp(u"bin2kvt"_s, inDir(u"a.bin"_s), inDir(u"b.bin"_s), inDir(u"c.bin"_s));
     waitForRequest();
@@ -397,7 +386,7 @@ void TestConversions::thirdPathIsNotUsed()
 
 void TestConversions::shortCalls()
 {
-    QVERIFY(makeFile(inDir(u"a.bin"_s), "A"));
+    makeFile(inDir(u"a.bin"_s), "A");
     m_server->answerAlways(answerWith("{\"status\":\"ok\"}"));
     const QString path = inDir(u"a.bin"_s);
     QVERIFY(QMetaObject::invokeMethod(m_state.get(), "convertOp", Q_ARG(QString, u"ctz2bin"_s),
@@ -411,8 +400,8 @@ void TestConversions::shortCalls()
 
 void TestConversions::baseFileGoesWithImportsOnly()
 {
-    QVERIFY(makeFile(inDir(u"in.bin"_s), "input"));
-    QVERIFY(makeFile(inDir(u"base.kvt"_s), "base"));
+    makeFile(inDir(u"in.bin"_s), "input");
+    makeFile(inDir(u"base.kvt"_s), "base");
     m_server->answerAlways(answerWith("{\"status\":\"ok\"}"));
     m_state->convertOp(u"bin2kvt"_s, inDir(u"in.bin"_s));
     waitForRequest();
@@ -438,9 +427,9 @@ void TestConversions::baseFileGoesWithImportsOnly()
 
 void TestConversions::baseFileIsReplaced()
 {
-    QVERIFY(makeFile(inDir(u"in.bin"_s), "input"));
-    QVERIFY(makeFile(inDir(u"one.kvt"_s), "one"));
-    QVERIFY(makeFile(inDir(u"two.kvt"_s), "two"));
+    makeFile(inDir(u"in.bin"_s), "input");
+    makeFile(inDir(u"one.kvt"_s), "one");
+    makeFile(inDir(u"two.kvt"_s), "two");
     m_server->answerAlways(answerWith("{\"status\":\"ok\"}"));
     m_state->pickBaseKvt(inDir(u"one.kvt"_s));
     m_state->pickBaseKvt(inDir(u"two.kvt"_s));
@@ -453,7 +442,7 @@ void TestConversions::baseFileIsReplaced()
 
 void TestConversions::pickBaseKvt_unreadable()
 {
-    QVERIFY(makeFile(inDir(u"empty.kvt"_s), {}));
+    makeFile(inDir(u"empty.kvt"_s), {});
     m_state->setStatus(u"before"_s, 1);
     m_state->pickBaseKvt(inDir(u"missing.kvt"_s));
     QVERIFY(!m_state->status().isEmpty());
@@ -481,7 +470,7 @@ void TestConversions::pickBaseKvt_namesTheFile_data()
 void TestConversions::pickBaseKvt_namesTheFile()
 {
     QFETCH(QString, name);
-    QVERIFY(makeFile(inDir(name), "base"));
+    makeFile(inDir(name), "base");
     QSignalSpy statuses(m_state.get(), &AppState::statusChanged);
     m_state->pickBaseKvt(inDir(name));
     QCOMPARE(m_state->status(), u"Base KVT set: "_s + name);
@@ -492,8 +481,8 @@ void TestConversions::pickBaseKvt_namesTheFile()
 
 void TestConversions::headerAndExport()
 {
-    QVERIFY(makeFile(inDir(u"head.bin"_s), "HEAD"));
-    QVERIFY(makeFile(inDir(u"exp.bin"_s), "EXPORT"));
+    makeFile(inDir(u"head.bin"_s), "HEAD");
+    makeFile(inDir(u"exp.bin"_s), "EXPORT");
     m_server->answerNext(answerWith("produced"));
     m_server->answerNext(answerWith(R"({"status":"ok"})"));
     m_state->convertOp(u"cm2450_import"_s, inDir(u"head.bin"_s), inDir(u"exp.bin"_s));
@@ -508,7 +497,7 @@ void TestConversions::headerAndExport()
 
 void TestConversions::exportThatCannotBeRead()
 {
-    QVERIFY(makeFile(inDir(u"head.bin"_s), "HEAD"));
+    makeFile(inDir(u"head.bin"_s), "HEAD");
     m_server->answerAlways(answerWith(R"({"status":"fail","message":"No export."})"));
     m_state->convertOp(u"cm2450_import"_s, inDir(u"head.bin"_s), inDir(u"missing.bin"_s));
     waitForRequest();
@@ -540,8 +529,8 @@ void TestConversions::containers()
     QFETCH(QByteArray, operation);
     QFETCH(QByteArray, field);
     QFETCH(QString, outName);
-    QVERIFY(makeFile(inDir(u"my.cal.hex"_s), "calibration"));
-    QVERIFY(makeFile(inDir(u"second.hex"_s), "second"));
+    makeFile(inDir(u"my.cal.hex"_s), "calibration");
+    makeFile(inDir(u"second.hex"_s), "second");
     m_server->answerAlways(answerWith("produced"));
     QByteArrayList expected{fieldPart("operation", operation), fieldPart("version", "4.0.2"), field,
                             filePart("file", "my.cal.hex", "calibration")};
@@ -583,7 +572,7 @@ void TestConversions::containerOptionsFollowTheController()
     QFETCH(QString, mode);
     QFETCH(bool, skip);
     QFETCH(QByteArray, field);
-    QVERIFY(makeFile(inDir(u"cal.vbf"_s), "calibration"));
+    makeFile(inDir(u"cal.vbf"_s), "calibration");
     m_server->answerAlways(answerWith("{\"status\":\"ok\"}"));
     m_state->setXcalMode(mode);
     m_state->setVbfSkipVerify(skip);
@@ -606,7 +595,7 @@ void TestConversions::unknownKind_data()
 void TestConversions::unknownKind()
 {
     QFETCH(QString, kind);
-    QVERIFY(makeFile(inDir(u"cal.hex"_s), "calibration"));
+    makeFile(inDir(u"cal.hex"_s), "calibration");
     QSignalSpy statuses(m_state.get(), &AppState::statusChanged);
     QSignalSpy busy(m_state.get(), &AppState::busyChanged);
     m_state->toolConvert(kind, inDir(u"cal.hex"_s));
@@ -628,7 +617,7 @@ void TestConversions::containerThatCannotBeRead_data()
 void TestConversions::containerThatCannotBeRead()
 {
     QFETCH(QString, name);
-    QVERIFY(makeFile(inDir(u"empty.hex"_s), {}));
+    makeFile(inDir(u"empty.hex"_s), {});
     QVERIFY(QDir().mkdir(inDir(u"folder.hex"_s)));
     QSignalSpy busy(m_state.get(), &AppState::busyChanged);
     for (const QString &kind : {u"xcal"_s, u"phf"_s, u"vbf"_s, u"ecfg"_s}) {
@@ -652,7 +641,7 @@ void TestConversions::containerIgnoresTheWorkspace()
 
 void TestConversions::tuneFileIsOpened()
 {
-    QVERIFY(makeFile(inDir(u"in.ctz"_s), "chosen"));
+    makeFile(inDir(u"in.ctz"_s), "chosen");
     m_server->answerNext(answerWith("produced"));
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"V"})"));
     m_state->convertOp(u"ctz2kvt"_s, inDir(u"in.ctz"_s));

@@ -318,7 +318,7 @@ void TestEndpointConnections::bigBodyIsSentOnce()
     QFETCH(int, ending);
     QFETCH(int, moment);
     const EndpointOperation &tried = operationNamed(operation);
-    QVERIFY(m_bench->resizeInputs(bigBody));
+    m_bench->resizeInputs(bigBody);
     m_server->answerNext({{}, RawAnswer::Ending(ending), RawAnswer::Moment(moment)});
     begin(tried);
     QVERIFY(m_bench->settle());
@@ -331,7 +331,7 @@ void TestEndpointConnections::bigBodyIsSentOnce()
         QVERIFY(m_server->request(0).body.size() > bigBody);
     else
         QVERIFY(!m_server->request(0).complete);
-    QVERIFY(m_bench->resizeInputs(smallBody));
+    m_bench->resizeInputs(smallBody);
     if (!QTest::currentTestFailed())
         checkNextGoodOne(tried);
 }

@@ -4,6 +4,7 @@
 #include "support/FailingCalls.h"
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QDateTime>
@@ -252,19 +253,11 @@ const Action actions[] = {
      .presentBefore = "tmp/stock.kvt"},
 };
 
-QByteArray contentOf(const QString &path)
+/// Far from now, so that what a file says of its age cannot change with the minute.
+void makeOldFile(const QString &path, const QByteArray &content)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(not readable)");
-}
-
-void makeFile(const QString &path, const QByteArray &content)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("Cannot write %s", qPrintable(path));
-    // Far from now, so that what a file says of its age cannot change with the minute.
+    QFile file(makeFile(path, content));
+    QVERIFY(file.open(QIODevice::ReadWrite));
     file.setFileTime(QDateTime({2020, 2, 3}, {4, 5}), QFileDevice::FileModificationTime);
 }
 
@@ -347,7 +340,7 @@ void Bench::restoreFiles()
     }
     for (auto file = userFiles.begin(); file != userFiles.end(); ++file) {
         if (!found.contains(file.key()) || found.value(file.key()) != file.value())
-            makeFile(m_root + u'/' + file.key(), file.value());
+            makeOldFile(m_root + u'/' + file.key(), file.value());
     }
 }
 
@@ -402,7 +395,7 @@ void Bench::reset(const Action &action)
     if (stateNow() != m_stateAtFirst)
         makeController();
     if (*action.presentBefore)
-        makeFile(m_root + u'/' + QLatin1StringView(action.presentBefore), "an earlier one");
+        makeOldFile(m_root + u'/' + QLatin1StringView(action.presentBefore), "an earlier one");
     if (*action.missingBefore)
         QDir(m_root + u'/' + QLatin1StringView(action.missingBefore)).removeRecursively();
     m_server.answerAlways(answerWith(*action.answer));

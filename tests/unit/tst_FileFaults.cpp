@@ -3,6 +3,7 @@
 #include "support/FileSizeLimit.h"
 #include "support/FormData.h"
 #include "support/PlainRights.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
 #include <QDir>
@@ -18,15 +19,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool makeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
 bool makeSparse(const QString &path)
 {
-    return makeFile(path, {}) && QFile::resize(path, 2'147'483'648);
+    return QFile::resize(makeFile(path), 2'147'483'648);
 }
 
 /// These meet every fault: each reads or writes in a way of its own. What the others do is met by the faults
@@ -51,8 +46,8 @@ constexpr Obstacle obstacles[] = {
     {"vanished", [](const QString &) { return true; }},
     {"folder", [](const QString &path) { return QDir().mkdir(path); }},
     {"no-permission",
-     [](const QString &path) { return makeFile(path, "secret") && QFile::setPermissions(path, {}); }},
-    {"no-bytes", [](const QString &path) { return makeFile(path, {}); }, true},
+     [](const QString &path) { return QFile::setPermissions(makeFile(path, "secret"), {}); }},
+    {"no-bytes", [](const QString &path) { return !makeFile(path).isEmpty(); }, true},
     {"pipe", [](const QString &path) { return ::mkfifo(QFile::encodeName(path).constData(), 0600) == 0; }},
     {"endless-device", [](const QString &path) { return QFile::link(u"/dev/zero"_s, path); }},
     {"empty-device", [](const QString &path) { return QFile::link(u"/dev/null"_s, path); }},
@@ -266,15 +261,11 @@ constexpr Hindrance hindrances[] = {
      },
      ""},
     {"read-only-file",
-     [](const QString &path) {
-         return prepareFolder(path) && makeFile(path, "kept")
-             && QFile::setPermissions(path, QFile::ReadOwner);
-     },
-     ""},
+     [](const QString &path) { return QFile::setPermissions(makeFile(path, "kept"), QFile::ReadOwner); }, ""},
     {"folder-of-that-name", [](const QString &path) { return QDir().mkpath(path); }, ""},
     {"file-where-a-folder-should-be",
      [](const QString &path) {
-         return takeFolderAway(path) && makeFile(QFileInfo(path).path(), "in the way");
+         return takeFolderAway(path) && !makeFile(QFileInfo(path).path(), "in the way").isEmpty();
      },
      ""},
     {"link-to-nothing-where-a-folder-should-be",
@@ -448,7 +439,7 @@ void TestFileFaults::read()
     const Obstacle &met = obstacles[obstacle];
     const QString path = inFolder(u"chosen.kvt"_s);
     AppState &state = m_bench->state();
-    QVERIFY(makeFile(path, "chosen"));
+    makeFile(path, "chosen");
     if (tried.choose)
         tried.choose(state, path);
     WAIT_VERIFY(!state.searchBusy());
@@ -483,7 +474,7 @@ void TestFileFaults::read()
     }
 
     clear(path);
-    QVERIFY(makeFile(path, "chosen"));
+    makeFile(path, "chosen");
     m_server->answerAlways(answerWith(R"({"status":"ok","file_data":"QQ=="})"));
     tried.use(state, path, inFolder(u"in.bin"_s));
     QVERIFY(m_bench->settle());
@@ -567,7 +558,7 @@ void TestFileFaults::run(const Writing &writing, rlim_t room)
 {
     // Both what is sent or saved, and what is sorted.
     m_bench->state().hexModel()->setBytes(eightBytes);
-    QVERIFY(makeFile(inFolder(u"in.bin"_s), eightBytes));
+    makeFile(inFolder(u"in.bin"_s), eightBytes);
     m_server->answerAlways(answerWith("{}"));
     m_server->answerNext(answerWith(writing.answer));
     m_before = m_bench->snapshot();
@@ -596,9 +587,7 @@ void TestFileFaults::checkSuccess(const Writing &writing, const QString &path)
     QCOMPARE(m_bench->state().statusOK(), 1);
     QCOMPARE(m_texts, 1 + writing.textsForOpening);
     QCOMPARE(m_requests, writing.requests + writing.requestsForOpening);
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), eightBytes);
+    QCOMPARE(contentOf(path), eightBytes);
 }
 
 void TestFileFaults::checkNothingElse(const QString &path)
@@ -635,9 +624,7 @@ void TestFileFaults::diskFull()
     // What the test itself writes is there before the disk is full.
     run(tried, rlim_t(limit));
     if (limit < eightBytes.size()) {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), eightBytes.first(limit));
+        QCOMPARE(contentOf(path), eightBytes.first(limit));
         checkFailure(tried, u"Short write."_s, path);
         // Over what reached the disk.
         run(tried);

@@ -1,5 +1,6 @@
 #include "core/FileTools.h"
 #include "support/FileSizeLimit.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -26,18 +27,6 @@ using namespace std::chrono_literals;
 namespace {
 
 const QString untouched = u"untouched"_s;
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(not readable)");
-}
-
-bool makeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 bool giveSecondName(const QByteArray &path, const QByteArray &second)
 {
@@ -134,13 +123,13 @@ void TestFileTools::cleanup()
 
 void TestFileTools::readFile_returnsEveryByte()
 {
-    QVERIFY(makeFile(inDir(u"all.bin"_s), everyByte()));
+    makeFile(inDir(u"all.bin"_s), everyByte());
     QCOMPARE(FileTools::readFile(inDir(u"all.bin"_s)), everyByte());
 }
 
 void TestFileTools::readFile_leavesErrorAloneOnSuccess()
 {
-    QVERIFY(makeFile(inDir(u"a"_s), "abc"));
+    makeFile(inDir(u"a"_s), "abc");
     QString error = untouched;
     QCOMPARE(FileTools::readFile(inDir(u"a"_s), &error), QByteArray("abc"));
     QCOMPARE(error, untouched);
@@ -148,7 +137,7 @@ void TestFileTools::readFile_leavesErrorAloneOnSuccess()
 
 void TestFileTools::readFile_emptyFileIsNoError()
 {
-    QVERIFY(makeFile(inDir(u"empty"_s), {}));
+    makeFile(inDir(u"empty"_s), {});
     QString error = untouched;
     QCOMPARE(FileTools::readFile(inDir(u"empty"_s), &error), QByteArray());
     QCOMPARE(error, untouched);
@@ -157,7 +146,7 @@ void TestFileTools::readFile_emptyFileIsNoError()
 void TestFileTools::readFile_refuses_data()
 {
     QTest::addColumn<QString>("path");
-    QVERIFY(makeFile(inDir(u"file"_s), "abc"));
+    makeFile(inDir(u"file"_s), "abc");
     QVERIFY(QDir(m_dir.path()).mkpath(u"folder"_s));
     QCOMPARE(::mkfifo(QFile::encodeName(inDir(u"fifo"_s)).constData(), 0600), 0);
     QVERIFY(QFile::link(inDir(u"fifo"_s), inDir(u"link-to-fifo"_s)));
@@ -238,7 +227,8 @@ void TestFileTools::readFile_neverWaitsForAPipe()
     const QByteArray path = QFile::encodeName(inDir(u"swapped"_s));
     const QByteArray file = QFile::encodeName(inDir(u"swapped-file"_s));
     const QByteArray pipe = QFile::encodeName(inDir(u"swapped-pipe"_s));
-    QVERIFY(makeFile(inDir(u"swapped-file"_s), "bytes") && makeFile(inDir(u"swapped"_s), "bytes"));
+    makeFile(inDir(u"swapped-file"_s), "bytes");
+    makeFile(inDir(u"swapped"_s), "bytes");
     QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
     std::atomic<bool> isDone = false;
     auto swaps = std::async(std::launch::async, [&] {
@@ -271,7 +261,7 @@ void TestFileTools::readFile_neverWaitsForAPipe()
 void TestFileTools::readFile_refusesFileThatAnIntCannotCount()
 {
     const QString path = inDir(u"sparse"_s);
-    QVERIFY(makeFile(path, {}));
+    makeFile(path, {});
     for (const qint64 size : {2'147'483'648LL, 3'000'000'000LL, 5'000'000'000LL}) {
         QVERIFY(QFile::resize(path, size));
         QString error;
@@ -283,14 +273,14 @@ void TestFileTools::readFile_refusesFileThatAnIntCannotCount()
 
 void TestFileTools::readFile_followsLinkToFile()
 {
-    QVERIFY(makeFile(inDir(u"target"_s), "through the link"));
+    makeFile(inDir(u"target"_s), "through the link");
     QVERIFY(QFile::link(inDir(u"target"_s), inDir(u"link"_s)));
     QCOMPARE(FileTools::readFile(inDir(u"link"_s)), QByteArray("through the link"));
 }
 
 void TestFileTools::readFile_resolvesRelativePathAgainstWorkingFolder()
 {
-    QVERIFY(makeFile(inDir(u"relative"_s), "here"));
+    makeFile(inDir(u"relative"_s), "here");
     QVERIFY(QDir::setCurrent(m_dir.path()));
     QCOMPARE(FileTools::readFile(u"relative"_s), QByteArray("here"));
 }
@@ -298,7 +288,7 @@ void TestFileTools::readFile_resolvesRelativePathAgainstWorkingFolder()
 void TestFileTools::readFile_takesLargeFile()
 {
     const QString path = inDir(u"large"_s);
-    QVERIFY(makeFile(path, "start"));
+    makeFile(path, "start");
     QVERIFY(QFile::resize(path, 256LL * 1024 * 1024));
     QString error = untouched;
     const QByteArray bytes = FileTools::readFile(path, &error);
@@ -326,7 +316,7 @@ void TestFileTools::readFile_returnsEveryByteOfLargeFile()
     while (content.size() < size)
         content += everyByte() + QByteArray::number(content.size());
     content.truncate(size);
-    QVERIFY(makeFile(inDir(u"large"_s), content));
+    makeFile(inDir(u"large"_s), content);
     QVERIFY(FileTools::readFile(inDir(u"large"_s)) == content);
 }
 
@@ -349,7 +339,7 @@ void TestFileTools::writeFile_resolvesRelativePathAgainstWorkingFolder()
 void TestFileTools::writeFile_truncatesLongerFile()
 {
     const QString path = inDir(u"longer"_s);
-    QVERIFY(makeFile(path, "a much longer earlier content"));
+    makeFile(path, "a much longer earlier content");
     QVERIFY(FileTools::writeFile(path, "short"));
     QCOMPARE(contentOf(path), QByteArray("short"));
 }
@@ -357,7 +347,7 @@ void TestFileTools::writeFile_truncatesLongerFile()
 void TestFileTools::writeFile_emptyDataTruncates()
 {
     const QString path = inDir(u"emptied"_s);
-    QVERIFY(makeFile(path, "content"));
+    makeFile(path, "content");
     QVERIFY(FileTools::writeFile(path, {}));
     QCOMPARE(contentOf(path), QByteArray());
     QVERIFY(FileTools::writeFile(inDir(u"made-empty"_s), {}));
@@ -374,7 +364,7 @@ void TestFileTools::writeFile_keepsEveryByte()
 void TestFileTools::writeFile_overItselfInPlace()
 {
     const QString path = inDir(u"in-place"_s);
-    QVERIFY(makeFile(path, "before"));
+    makeFile(path, "before");
     using Status = struct stat;
     Status before = {};
     Status after = {};
@@ -387,7 +377,7 @@ void TestFileTools::writeFile_overItselfInPlace()
 
 void TestFileTools::writeFile_throughLinkKeepsLink()
 {
-    QVERIFY(makeFile(inDir(u"link-target"_s), "old"));
+    makeFile(inDir(u"link-target"_s), "old");
     QVERIFY(QFile::link(inDir(u"link-target"_s), inDir(u"write-link"_s)));
     QVERIFY(FileTools::writeFile(inDir(u"write-link"_s), "new"));
     QVERIFY(QFileInfo(inDir(u"write-link"_s)).isSymLink());
@@ -406,7 +396,7 @@ void TestFileTools::writeFile_afterFolderWasRemoved()
 void TestFileTools::writeFile_fails_data()
 {
     QTest::addColumn<QString>("path");
-    QVERIFY(makeFile(inDir(u"blocking-file"_s), "kept"));
+    makeFile(inDir(u"blocking-file"_s), "kept");
     QVERIFY(QDir(m_dir.path()).mkpath(u"blocking-folder"_s));
     QCOMPARE(::mkfifo(QFile::encodeName(inDir(u"blocking-pipe"_s)).constData(), 0600), 0);
 
@@ -584,7 +574,7 @@ void TestFileTools::documentsDir_isInHomeAndNotCreated()
 void TestFileTools::documentsDir_followsUserDirs()
 {
     const QString settings = qEnvironmentVariable("XDG_CONFIG_HOME") + u"/user-dirs.dirs"_s;
-    QVERIFY(makeFile(settings, "XDG_DOCUMENTS_DIR=\"$HOME/Papers\"\n"));
+    makeFile(settings, "XDG_DOCUMENTS_DIR=\"$HOME/Papers\"\n");
     const QString folder = FileTools::documentsDir();
     QVERIFY(QFile::remove(settings));
     QCOMPARE(folder, TestEnvironment::home() + u"/Papers"_s);
@@ -623,7 +613,7 @@ void TestFileTools::exportToDocuments_fails()
     QFETCH(bool, documentsIsFile);
     QFETCH(QString, name);
     if (documentsIsFile) {
-        QVERIFY(makeFile(TestEnvironment::documents(), {}));
+        makeFile(TestEnvironment::documents(), {});
     } else {
         QVERIFY(QDir().mkpath(TestEnvironment::documents() + u"/taken"_s));
     }

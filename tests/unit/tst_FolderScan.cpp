@@ -1,5 +1,6 @@
 #include "core/FileTools.h"
 #include "support/PlainRights.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -57,13 +58,6 @@ struct Filters
     QString make;
     QString year;
 };
-
-bool makeFile(const QString &path, const QByteArray &content = {})
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 /// A file whose name is these bytes, whatever text they are.
 bool makeRawFile(const QByteArray &path)
@@ -267,13 +261,13 @@ void TestFolderScan::endings()
 {
     QFETCH(QString, name);
     QFETCH(bool, listed);
-    QVERIFY(makeFile(inDir(name)));
+    makeFile(inDir(name));
     QCOMPARE(valuesOf(scan(m_dir->path()), u"name"_s), listed ? QStringList{name} : QStringList());
 }
 
 void TestFolderScan::hitHoldsTextsOnly()
 {
-    QVERIFY(makeFile(inDir(u"2015_e38_12654321.kvt"_s), "12345"));
+    makeFile(inDir(u"2015_e38_12654321.kvt"_s), "12345");
     const QVariantList hits = scan(m_dir->path());
     QCOMPARE(hits.size(), 1);
     QCOMPARE(hits.first().toMap(),
@@ -310,7 +304,7 @@ void TestFolderScan::hitFields()
 {
     QFETCH(QString, name);
     QFETCH(int, bytes);
-    QVERIFY(makeFile(inDir(name), QByteArray(bytes, 'x')));
+    makeFile(inDir(name), QByteArray(bytes, 'x'));
     const QVariantList hits = scan(m_dir->path());
     QCOMPARE(hits.size(), 1);
     const QVariantMap hit = hits.first().toMap();
@@ -405,7 +399,7 @@ void TestFolderScan::filters()
     QFETCH(QString, path);
     QFETCH(QStringList, filters);
     QFETCH(bool, passes);
-    QVERIFY(makeFile(inDir(u"root/"_s + path)));
+    makeFile(inDir(u"root/"_s + path));
     // A relative root, so that the folder's own random name plays no part.
     QVERIFY(QDir::setCurrent(m_dir->path()));
     const Filters given{filters.at(0), filters.at(1), filters.at(2), filters.at(3)};
@@ -415,15 +409,15 @@ void TestFolderScan::filters()
 
 void TestFolderScan::emptyFiltersLetEverythingPass()
 {
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"b.ctz"_s)));
+    makeFile(inDir(u"a.kvt"_s));
+    makeFile(inDir(u"b.ctz"_s));
     QCOMPARE(scan(m_dir->path()).size(), 2);
     QCOMPARE(scan(m_dir->path(), {u""_s, u""_s, u""_s, u""_s}).size(), 2);
 }
 
 void TestFolderScan::makeAndYearLookAtThePathAsGiven()
 {
-    QVERIFY(makeFile(inDir(u"Chevy2014/sub/a.kvt"_s)));
+    makeFile(inDir(u"Chevy2014/sub/a.kvt"_s));
     QVERIFY(QDir::setCurrent(inDir(u"Chevy2014"_s)));
     QCOMPARE(scan(u"."_s, {{}, {}, u"chevy"_s, {}}).size(), 0);
     QCOMPARE(scan(u"."_s, {{}, {}, {}, u"2014"_s}).size(), 0);
@@ -453,16 +447,16 @@ void TestFolderScan::upperCasedTokenIsLookedAtToo()
     QFETCH(QString, name);
     QFETCH(QString, filter);
     QFETCH(bool, passes);
-    QVERIFY(makeFile(inDir(name)));
+    makeFile(inDir(name));
     QCOMPARE(valuesOf(scan(m_dir->path(), {{}, filter, {}, {}}), u"name"_s),
              passes ? QStringList{name} : QStringList());
 }
 
 void TestFolderScan::onlyFiles()
 {
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
+    makeFile(inDir(u"a.kvt"_s));
     QVERIFY(QDir().mkpath(inDir(u"folder.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"folder.kvt/inside.kvt"_s)));
+    makeFile(inDir(u"folder.kvt/inside.kvt"_s));
     QCOMPARE(::mkfifo(rawInDir("pipe.kvt").constData(), 0600), 0);
     QCOMPARE(sortedNames(scan(m_dir->path())), QStringList({u"a.kvt"_s, u"inside.kvt"_s}));
     QCOMPARE(scan(m_dir->path()), foundByIterator(m_dir->path()));
@@ -470,8 +464,8 @@ void TestFolderScan::onlyFiles()
 
 void TestFolderScan::linksAreLeftOut()
 {
-    QVERIFY(makeFile(inDir(u"root/real.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"outside/b.kvt"_s)));
+    makeFile(inDir(u"root/real.kvt"_s));
+    makeFile(inDir(u"outside/b.kvt"_s));
     QVERIFY(QFile::link(inDir(u"root/real.kvt"_s), inDir(u"root/link.kvt"_s)));
     QVERIFY(QFile::link(inDir(u"nowhere"_s), inDir(u"root/broken.kvt"_s)));
     QVERIFY(QFile::link(inDir(u"outside"_s), inDir(u"root/folder"_s)));
@@ -485,27 +479,27 @@ void TestFolderScan::linksAreLeftOut()
 
 void TestFolderScan::linkAsRoot()
 {
-    QVERIFY(makeFile(inDir(u"root/sub/a.kvt"_s)));
+    makeFile(inDir(u"root/sub/a.kvt"_s));
     QVERIFY(QFile::link(inDir(u"root"_s), inDir(u"link"_s)));
     QCOMPARE(valuesOf(scan(inDir(u"link"_s)), u"path"_s), QStringList{inDir(u"link/sub/a.kvt"_s)});
 }
 
 void TestFolderScan::hiddenIsLeftOut()
 {
-    QVERIFY(makeFile(inDir(u"seen.kvt"_s)));
-    QVERIFY(makeFile(inDir(u".hidden.kvt"_s)));
-    QVERIFY(makeFile(inDir(u".folder/a.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"sub/.folder/b.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"..dots/c.kvt"_s)));
+    makeFile(inDir(u"seen.kvt"_s));
+    makeFile(inDir(u".hidden.kvt"_s));
+    makeFile(inDir(u".folder/a.kvt"_s));
+    makeFile(inDir(u"sub/.folder/b.kvt"_s));
+    makeFile(inDir(u"..dots/c.kvt"_s));
     QCOMPARE(sortedNames(scan(m_dir->path())), QStringList{u"seen.kvt"_s});
     QCOMPARE(sortedNames(scan(inDir(u".folder"_s))), QStringList{u"a.kvt"_s});
 }
 
 void TestFolderScan::notRecursive()
 {
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"b.CTZ"_s)));
-    QVERIFY(makeFile(inDir(u"sub/c.kvt"_s)));
+    makeFile(inDir(u"a.kvt"_s));
+    makeFile(inDir(u"b.CTZ"_s));
+    makeFile(inDir(u"sub/c.kvt"_s));
     QCOMPARE(sortedNames(scan(m_dir->path(), {}, false)), QStringList({u"a.kvt"_s, u"b.CTZ"_s}));
     QCOMPARE(sortedNames(scan(m_dir->path(), {}, true)), QStringList({u"a.kvt"_s, u"b.CTZ"_s, u"c.kvt"_s}));
 }
@@ -528,8 +522,8 @@ void TestFolderScan::rootSpellings_data()
 void TestFolderScan::rootSpellings()
 {
     QFETCH(QString, root);
-    QVERIFY(makeFile(inDir(u"root/a.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"root/sub/b.kvt"_s)));
+    makeFile(inDir(u"root/a.kvt"_s));
+    makeFile(inDir(u"root/sub/b.kvt"_s));
     QVERIFY(QDir().mkdir(inDir(u"x"_s)));
     QVERIFY(QDir::setCurrent(m_dir->path()));
     const QString given = root.replace(u"%1"_s, m_dir->path());
@@ -565,7 +559,7 @@ void TestFolderScan::noSuchRoot_data()
 void TestFolderScan::noSuchRoot()
 {
     QFETCH(QString, root);
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
+    makeFile(inDir(u"a.kvt"_s));
     QVERIFY(QDir().mkdir(inDir(u"empty"_s)));
     QVERIFY(QFile::link(inDir(u"nowhere"_s), inDir(u"broken"_s)));
     QVERIFY(QFile::link(inDir(u"loop"_s), inDir(u"loop"_s)));
@@ -593,8 +587,8 @@ void TestFolderScan::limit()
     QFETCH(int, limit);
     QFETCH(int, count);
     for (int index = 0; index < 4; ++index) {
-        QVERIFY(makeFile(inDir(u"a%1.kvt"_s.arg(index))));
-        QVERIFY(makeFile(inDir(u"sub/b%1.kvt"_s.arg(index))));
+        makeFile(inDir(u"a%1.kvt"_s.arg(index)));
+        makeFile(inDir(u"sub/b%1.kvt"_s.arg(index)));
     }
     QCOMPARE(scan(m_dir->path(), {}, true, limit), foundByIterator(m_dir->path()).mid(0, count));
 }
@@ -602,8 +596,8 @@ void TestFolderScan::limit()
 void TestFolderScan::limitCountsHits()
 {
     for (int index = 0; index < 20; ++index) {
-        QVERIFY(makeFile(inDir(u"other%1.kvt"_s.arg(index))));
-        QVERIFY(makeFile(inDir(u"match%1.kvt"_s.arg(index))));
+        makeFile(inDir(u"other%1.kvt"_s.arg(index)));
+        makeFile(inDir(u"match%1.kvt"_s.arg(index)));
     }
     const Filters filters{u"match"_s, {}, {}, {}};
     QCOMPARE(scan(m_dir->path(), filters, true, 15), foundByIterator(m_dir->path(), filters).mid(0, 15));
@@ -612,7 +606,7 @@ void TestFolderScan::limitCountsHits()
 
 void TestFolderScan::cancelBefore()
 {
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
+    makeFile(inDir(u"a.kvt"_s));
     std::atomic<bool> cancel = true;
     QCOMPARE(scan(m_dir->path(), {}, true, 0, &cancel), QVariantList());
     QVERIFY(cancel);
@@ -624,7 +618,7 @@ void TestFolderScan::cancelBefore()
 void TestFolderScan::cancelAmongFilesOfOneFolder()
 {
     for (int index = 0; index < 50; ++index)
-        QVERIFY(makeFile(inDir(u"%1.kvt"_s.arg(index))));
+        makeFile(inDir(u"%1.kvt"_s.arg(index)));
     std::atomic<bool> cancel = false;
     sizesLeft = 7;
     afterSizes = [&cancel] { cancel = true; };
@@ -641,7 +635,7 @@ void TestFolderScan::cancelAmongFilesOfOneFolder()
 void TestFolderScan::cancelDuring()
 {
     for (int index = 0; index < 5'000; ++index) {
-        QVERIFY(makeFile(inDir(u"%1/%2.kvt"_s.arg(index / 100).arg(index))));
+        makeFile(inDir(u"%1/%2.kvt"_s.arg(index / 100).arg(index)));
     }
     const QVariantList all = foundByIterator(m_dir->path());
     QCOMPARE(all.size(), 5'000);
@@ -689,8 +683,8 @@ void TestFolderScan::oddNames_data()
 void TestFolderScan::oddNames()
 {
     QFETCH(QString, name);
-    QVERIFY(makeFile(inDir(name), "123"));
-    QVERIFY(makeFile(inDir(u"below/"_s + name + u"/"_s + name), "4567"));
+    makeFile(inDir(name), "123");
+    makeFile(inDir(u"below/"_s + name + u"/"_s + name), "4567");
     const QVariantList hits = scan(m_dir->path());
     QCOMPARE(hits, foundByIterator(m_dir->path()));
     QStringList paths = valuesOf(hits, u"path"_s);
@@ -705,8 +699,8 @@ void TestFolderScan::oddNames()
 
 void TestFolderScan::nameThatIsNotUtf8()
 {
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"\ufffd.kvt"_s)));
+    makeFile(inDir(u"a.kvt"_s));
+    makeFile(inDir(u"\ufffd.kvt"_s));
     QVERIFY(makeRawFile(rawInDir("caf\xe9.kvt")));
     QVERIFY(makeRawFile(rawInDir("\xff\xfe.ctz")));
     QCOMPARE(::mkdir(rawInDir("fold\xe9r").constData(), 0700), 0);
@@ -729,10 +723,10 @@ void TestFolderScan::nameThatIsNotUtf8()
 
 void TestFolderScan::unreadableFolder()
 {
-    QVERIFY(makeFile(inDir(u"a.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"closed/b.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"closed/below/c.kvt"_s)));
-    QVERIFY(makeFile(inDir(u"open/d.kvt"_s)));
+    makeFile(inDir(u"a.kvt"_s));
+    makeFile(inDir(u"closed/b.kvt"_s));
+    makeFile(inDir(u"closed/below/c.kvt"_s));
+    makeFile(inDir(u"open/d.kvt"_s));
     QVERIFY(QFile::setPermissions(inDir(u"closed"_s), {}));
     QVariantList hits;
     QVariantList ofTheFolder;
@@ -751,7 +745,7 @@ void TestFolderScan::unreadableFolder()
 void TestFolderScan::filesThatVanish()
 {
     for (int index = 0; index < 200; ++index) {
-        QVERIFY(makeFile(inDir(u"root/stay%1.kvt"_s.arg(index))));
+        makeFile(inDir(u"root/stay%1.kvt"_s.arg(index)));
     }
     std::atomic<bool> stop = false;
     std::thread churn([&stop, this] {
@@ -774,7 +768,7 @@ void TestFolderScan::filesThatVanish()
 void TestFolderScan::folderThatVanishes()
 {
     for (int index = 0; index < 200; ++index) {
-        QVERIFY(makeFile(inDir(u"root/stay%1/a%1.kvt"_s.arg(index))));
+        makeFile(inDir(u"root/stay%1/a%1.kvt"_s.arg(index)));
     }
     std::atomic<bool> stop = false;
     std::thread churn([&stop, folder = inDir(u"root/stay0/churn"_s)] {
@@ -796,8 +790,8 @@ void TestFolderScan::thousandLevels()
 {
     const QString deepest = inDir(u"d"_s) + u"/d"_s.repeated(999);
     QVERIFY(QDir().mkpath(deepest));
-    QVERIFY(makeFile(deepest + u"/deep.kvt"_s, "x"));
-    QVERIFY(makeFile(inDir(u"d/d/shallow.kvt"_s)));
+    makeFile(deepest + u"/deep.kvt"_s, "x");
+    makeFile(inDir(u"d/d/shallow.kvt"_s));
     const QVariantList hits = scan(m_dir->path());
     QCOMPARE(hits, foundByIterator(m_dir->path()));
     QCOMPARE(sortedNames(hits), QStringList({u"deep.kvt"_s, u"shallow.kvt"_s}));

@@ -1,7 +1,7 @@
 #include "EndpointTest.h"
+#include "support/TestFiles.h"
 #include "support/Waiting.h"
 
-#include <QFile>
 #include <QNetworkAccessManager>
 #include <QTest>
 
@@ -65,17 +65,14 @@ private:
 /// Holds the operation's request, and opens and edits a file that it knows nothing of.
 void TestLateAnswers::openAnotherMeanwhile(const EndpointOperation &operation)
 {
-    QFile later(m_bench->folder() + u"/later.kvt"_s);
-    QVERIFY(later.open(QIODevice::WriteOnly));
-    QCOMPARE(later.write("LATER FILE"), 10);
-    later.close();
+    const QString later = makeFile(m_bench->folder() + u"/later.kvt"_s, "LATER FILE");
     m_server->answerNext(holdRequest());
     begin(operation);
     WAIT_COMPARE(m_server->completeRequestCount(), 1);
 
     AppState &state = m_bench->state();
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"LATERVIN"})"));
-    state.openKvt(later.fileName());
+    state.openKvt(later);
     WAIT_COMPARE(state.findChildren<QNetworkAccessManager *>().size(), 1);
     QCOMPARE(state.vin(), u"LATERVIN"_s);
     QVERIFY(state.hexModel()->applyPatch(6, "EDIT"));
@@ -88,9 +85,7 @@ void TestLateAnswers::openAnotherMeanwhile(const EndpointOperation &operation)
 /// Nothing but a save writes there.
 void TestLateAnswers::checkLaterFileOnDisk()
 {
-    QFile later(m_bench->folder() + u"/later.kvt"_s);
-    QVERIFY(later.open(QIODevice::ReadOnly));
-    QCOMPARE(later.readAll(), "LATER FILE");
+    QCOMPARE(contentOf(m_bench->folder() + u"/later.kvt"_s), "LATER FILE");
 }
 
 void TestLateAnswers::everyOperationIsTried()

@@ -7,12 +7,12 @@
 
 #include "EndpointBench.h"
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
 #include <QDir>
 #include <QEventLoop>
-#include <QFile>
 #include <QMetaMethod>
 #include <QMetaProperty>
 #include <QNetworkAccessManager>
@@ -299,8 +299,7 @@ void TestLife::initTestCase()
     QQuickStyle::setStyle(u"Basic"_s);
     qmlRegisterType<HexModel>("KvtEditor", 1, 0, "HexModel");
     for (int i = 0; i < treeFiles; ++i) {
-        QFile file(m_tree.filePath(u"e38_%1.kvt"_s.arg(i)));
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        makeFile(m_tree.filePath(u"e38_%1.kvt"_s.arg(i)));
     }
 }
 

@@ -1,6 +1,7 @@
 #include "app/MessageLog.h"
 #include "support/FileSizeLimit.h"
 #include "support/PlainRights.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QDebug>
@@ -269,10 +270,7 @@ void TestMessageLog::logLine_isNotCaptured()
 
 void TestMessageLog::logIsAppendedTo()
 {
-    QFile earlier(logPath());
-    QVERIFY(earlier.open(QIODevice::WriteOnly));
-    earlier.write("of an earlier run\n");
-    earlier.close();
+    makeFile(logPath(), "of an earlier run\n");
     logLine("main: start");
     qWarning("warned");
     QCOMPARE(logContent(), QByteArray("of an earlier run\nmain: start\nwarned\n"));
@@ -376,9 +374,8 @@ void TestMessageLog::logWithoutRightsIsPassedOver()
         return (earlier.isEmpty() || QFile::setPermissions(logPath(), QFile::Permissions(rightsOfTheLog)))
             && QFile::setPermissions(folder, QFile::Permissions(rightsOfTheFolder));
     };
-    QFile log(logPath());
-    QVERIFY(earlier.isEmpty() || (log.open(QIODevice::WriteOnly) && log.write(earlier) == earlier.size()));
-    log.close();
+    if (!earlier.isEmpty())
+        makeFile(logPath(), earlier);
     const QFile::Permissions before = QFile::permissions(folder);
     Console console;
     const bool areTaken = setRights(ofTheFolder, ofTheLog);
@@ -442,14 +439,11 @@ void TestMessageLog::logThatIsNoFileIsPassedOver()
 void TestMessageLog::logBehindALinkIsPassedOver()
 {
     QTemporaryDir elsewhere;
-    QFile target(elsewhere.filePath(u"log"_s));
-    QVERIFY(target.open(QIODevice::WriteOnly) && target.write("earlier\n") == 8);
-    target.close();
-    QVERIFY(QFile::link(target.fileName(), logPath()));
+    const QString target = makeFile(elsewhere.filePath(u"log"_s), "earlier\n");
+    QVERIFY(QFile::link(target, logPath()));
     logLine("main: start");
     QVERIFY(QFileInfo(logPath()).isSymLink());
-    QVERIFY(target.open(QIODevice::ReadOnly));
-    QCOMPARE(target.readAll(), QByteArray("earlier\n"));
+    QCOMPARE(contentOf(target), QByteArray("earlier\n"));
 }
 
 void TestMessageLog::logWithASecondNameIsPassedOver()
@@ -458,11 +452,8 @@ void TestMessageLog::logWithASecondNameIsPassedOver()
     QSKIP("Qt's classes do not count a file's names.");
 #endif
     QTemporaryDir elsewhere(QDir::tempPath() + u"/elsewhere"_s);
-    QFile other(elsewhere.filePath(u"other"_s));
-    QVERIFY(other.open(QIODevice::WriteOnly) && other.write("earlier\n") == 8);
-    other.close();
-    QCOMPARE(
-        ::link(QFile::encodeName(other.fileName()).constData(), QFile::encodeName(logPath()).constData()), 0);
+    const QString other = makeFile(elsewhere.filePath(u"other"_s), "earlier\n");
+    QCOMPARE(::link(QFile::encodeName(other).constData(), QFile::encodeName(logPath()).constData()), 0);
     logLine("main: start");
     QCOMPARE(logContent(), QByteArray("earlier\n"));
 }

@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 #include "support/RawHttpServer.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -29,11 +30,7 @@ private slots:
 
 private:
     QString inDir(const QString &name) const { return m_dir->filePath(name); }
-    bool make(const QString &name) const
-    {
-        QFile file(inDir(name));
-        return file.open(QIODevice::WriteOnly) && file.write("tune") == 4;
-    }
+    void make(const QString &name) const { makeFile(inDir(name), "tune"); }
     /// Fills the list with the folder's files.
     bool scan()
     {
@@ -79,7 +76,7 @@ void TestSearchHits::opens()
 {
     QFETCH(QString, name);
     QFETCH(bool, opened);
-    QVERIFY(make(name));
+    make(name);
     QVERIFY(scan());
     QSignalSpy tabs(m_state.get(), &AppState::tabChanged);
     QSignalSpy statuses(m_state.get(), &AppState::statusChanged);
@@ -97,8 +94,8 @@ void TestSearchHits::opens()
 void TestSearchHits::outOfRange()
 {
     m_state->openSearchHit(0);
-    QVERIFY(make(u"a.kvt"_s));
-    QVERIFY(make(u"b.kvt"_s));
+    make(u"a.kvt"_s);
+    make(u"b.kvt"_s);
     QVERIFY(scan());
     QSignalSpy statuses(m_state.get(), &AppState::statusChanged);
     for (const int index : {-1, 2, 3, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
@@ -111,7 +108,7 @@ void TestSearchHits::outOfRange()
 
 void TestSearchHits::staysOnMain()
 {
-    QVERIFY(make(u"a.kvt"_s));
+    make(u"a.kvt"_s);
     QVERIFY(scan());
     m_state->setTab(u"main"_s);
     QSignalSpy tabs(m_state.get(), &AppState::tabChanged);
@@ -123,7 +120,7 @@ void TestSearchHits::staysOnMain()
 
 void TestSearchHits::vanishedFile()
 {
-    QVERIFY(make(u"a.kvt"_s));
+    make(u"a.kvt"_s);
     QVERIFY(scan());
     QVERIFY(QFile::remove(inDir(u"a.kvt"_s)));
     m_state->openSearchHit(0);
@@ -135,8 +132,8 @@ void TestSearchHits::vanishedFile()
 
 void TestSearchHits::secondHitAfterFirst()
 {
-    QVERIFY(make(u"a.kvt"_s));
-    QVERIFY(make(u"b.kvt"_s));
+    make(u"a.kvt"_s);
+    make(u"b.kvt"_s);
     QVERIFY(scan());
     QCOMPARE(m_state->searchHits().size(), 2);
     for (const int index : {0, 1, 0}) {

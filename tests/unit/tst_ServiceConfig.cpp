@@ -1,8 +1,8 @@
 #include "api/ServiceConfig.h"
 #include "support/PlainRights.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
-#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTest>
@@ -19,12 +19,6 @@ ServiceConfig defaultsForTest()
             {{u"key"_s, u"default"_s}},
             u"https://default-store.example/"_s,
             u"nobody@default.invalid"_s};
-}
-
-bool makeFile(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
 }
 
 QByteArray withApiBase(const QByteArray &base)
@@ -253,7 +247,7 @@ void TestServiceConfig::load_withoutFilesIsBuiltInAndSilent()
 void TestServiceConfig::load_serviceJsonBesideProgram()
 {
     QTest::failOnWarning(QRegularExpression(u".*"_s));
-    QVERIFY(makeFile(inDir(u"service.json"_s), withApiBase("https://beside.example/api/")));
+    makeFile(inDir(u"service.json"_s), withApiBase("https://beside.example/api/"));
     const ServiceConfig config = loadServiceConfig({}, m_dir->path());
     QCOMPARE(config.apiBase, u"https://beside.example/api/"_s);
     QCOMPARE(config.storeUrl, builtInServiceConfig().storeUrl);
@@ -263,8 +257,8 @@ void TestServiceConfig::load_serviceJsonBesideProgram()
 void TestServiceConfig::load_environmentFileGoesFirst()
 {
     QTest::failOnWarning(QRegularExpression(u".*"_s));
-    QVERIFY(makeFile(inDir(u"service.json"_s), "{\"storeUrl\":\"https://beside.example/\"}"));
-    QVERIFY(makeFile(inDir(u"named one.json"_s), withApiBase("https://named.example/api/")));
+    makeFile(inDir(u"service.json"_s), "{\"storeUrl\":\"https://beside.example/\"}");
+    makeFile(inDir(u"named one.json"_s), withApiBase("https://named.example/api/"));
     const ServiceConfig config = loadServiceConfig(inDir(u"named one.json"_s), m_dir->path());
     QCOMPARE(config.apiBase, u"https://named.example/api/"_s);
     QCOMPARE(config.storeUrl, builtInServiceConfig().storeUrl);
@@ -289,7 +283,7 @@ void TestServiceConfig::load_refusedFileLeavesWarningAndNoService()
     QFETCH(QByteArray, content);
     QFETCH(QString, reason);
     const QString path = inDir(u"deployment.json"_s);
-    QVERIFY(makeFile(path, content));
+    makeFile(path, content);
     QTest::ignoreMessage(QtWarningMsg,
                          QRegularExpression(QRegularExpression::escape(path) + u".*"_s + reason));
     const ServiceConfig config = loadServiceConfig(path, m_dir->path());
@@ -303,7 +297,7 @@ void TestServiceConfig::load_refusedFileLeavesWarningAndNoService()
 
 void TestServiceConfig::load_refusedEnvironmentFileDoesNotFallBackToServiceJson()
 {
-    QVERIFY(makeFile(inDir(u"service.json"_s), withApiBase("https://beside.example/api/")));
+    makeFile(inDir(u"service.json"_s), withApiBase("https://beside.example/api/"));
     for (const QString &name : {u"missing.json"_s, u"."_s}) {
         const QString path = inDir(name);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QRegularExpression::escape(path) + u".*\\w"_s));
@@ -316,7 +310,7 @@ void TestServiceConfig::load_refusedEnvironmentFileDoesNotFallBackToServiceJson(
 void TestServiceConfig::load_refusedServiceJsonIsNamed()
 {
     const QString path = inDir(u"service.json"_s);
-    QVERIFY(makeFile(path, "{\"unexpected\":1}"));
+    makeFile(path, "{\"unexpected\":1}");
     QTest::ignoreMessage(QtWarningMsg,
                          QRegularExpression(QRegularExpression::escape(path) + u".*unexpected"_s));
     QCOMPARE(loadServiceConfig({}, m_dir->path()).apiBase, QString());
@@ -338,7 +332,7 @@ void TestServiceConfig::load_unreadableServiceJson()
     QFETCH(QFile::Permissions, file);
     QFETCH(QFile::Permissions, folder);
     const QString path = inDir(u"service.json"_s);
-    QVERIFY(makeFile(path, withApiBase("https://beside.example/api/")));
+    makeFile(path, withApiBase("https://beside.example/api/"));
     QVERIFY(QFile::setPermissions(path, file));
     QVERIFY(QFile::setPermissions(m_dir->path(), folder));
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Permission denied"_s));
@@ -363,7 +357,7 @@ void TestServiceConfig::load_linkToNothingIsNoFile()
 void TestServiceConfig::load_authFieldsForEverybodyLeaveAWarning()
 {
     const QString path = inDir(u"service.json"_s);
-    QVERIFY(makeFile(path, R"({"authFields":{"token":"TOPSECRET"}})"));
+    makeFile(path, R"({"authFields":{"token":"TOPSECRET"}})");
     constexpr auto own = QFile::ReadOwner | QFile::WriteOwner;
     QVERIFY(QFile::setPermissions(path, own | QFile::ReadOther));
     QTest::ignoreMessage(QtWarningMsg,
@@ -376,7 +370,7 @@ void TestServiceConfig::load_authFieldsForEverybodyLeaveAWarning()
     QTest::failOnWarning(QRegularExpression(u".*"_s));
     QVERIFY(QFile::setPermissions(path, own | QFile::ReadGroup));
     QCOMPARE(loadServiceConfig({}, m_dir->path()).warning, QString());
-    QVERIFY(makeFile(path, withApiBase("https://beside.example/api/")));
+    makeFile(path, withApiBase("https://beside.example/api/"));
     QVERIFY(QFile::setPermissions(path, own | QFile::ReadOther));
     QCOMPARE(loadServiceConfig({}, m_dir->path()).warning, QString());
 }
@@ -384,7 +378,7 @@ void TestServiceConfig::load_authFieldsForEverybodyLeaveAWarning()
 void TestServiceConfig::load_warningHoldsNoSecret()
 {
     const QString path = inDir(u"deployment.json"_s);
-    QVERIFY(makeFile(path, "{\"authFields\":{\"token\":\"TOPSECRET\"},\"storeUrl\":5}"));
+    makeFile(path, "{\"authFields\":{\"token\":\"TOPSECRET\"},\"storeUrl\":5}");
     QTest::failOnWarning(QRegularExpression(u"TOPSECRET"_s));
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^((?!TOPSECRET).)*$"_s));
     QCOMPARE(loadServiceConfig(path, m_dir->path()).authFields, QVariantMap());

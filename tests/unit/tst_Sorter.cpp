@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 #include "core/FileTools.h"
 #include "support/FileSizeLimit.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -22,19 +23,6 @@ namespace {
 
 const QString untouched = u"untouched"_s;
 const QString usualOrder = u"Year,Make,OS"_s;
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(not readable)");
-}
-
-bool makeFile(const QString &path, const QByteArray &content)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
 
 /// Every file below the folder, relative to it and sorted.
 QStringList filesBelow(const QString &folder)
@@ -96,8 +84,7 @@ private:
     QString inDir(const QString &name) const { return m_dir->filePath(name); }
     QString source(const QString &name, const QByteArray &content = "tune") const
     {
-        const QString path = inDir(u"in/"_s + name);
-        return makeFile(path, content) ? path : QString();
+        return makeFile(inDir(u"in/"_s + name), content);
     }
 
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -348,7 +335,7 @@ void TestSorter::sameSetTwice()
 
 void TestSorter::longerCopyIsReplacedWhole()
 {
-    QVERIFY(makeFile(inDir(u"out/UnknownMake/a.kvt"_s), "a much longer earlier copy"));
+    makeFile(inDir(u"out/UnknownMake/a.kvt"_s), "a much longer earlier copy");
     QCOMPARE(FileTools::sortCopyKvt({source(u"a.kvt"_s, "new")}, inDir(u"out"_s), u"make"_s), 1);
     QCOMPARE(contentOf(inDir(u"out/UnknownMake/a.kvt"_s)), QByteArray("new"));
 }
@@ -374,7 +361,7 @@ void TestSorter::destinationCannotBeMade_data()
 void TestSorter::destinationCannotBeMade()
 {
     QFETCH(QString, destination);
-    QVERIFY(makeFile(inDir(u"file"_s), "in the way"));
+    makeFile(inDir(u"file"_s), "in the way");
     QVERIFY(QFile::link(inDir(u"no/such/target"_s), inDir(u"broken"_s)));
     const QStringList files{source(u"a.kvt"_s)};
     const QStringList before = filesBelow(m_dir->path());
@@ -407,7 +394,7 @@ void TestSorter::fileSortedOntoItself()
 
 void TestSorter::fileInThePlaceOfAFolder()
 {
-    QVERIFY(makeFile(inDir(u"out/2012"_s), "in the way"));
+    makeFile(inDir(u"out/2012"_s), "in the way");
     const QStringList files{source(u"a_2012.kvt"_s), source(u"b_2013.kvt"_s), source(u"c_2012.kvt"_s)};
     QString error = untouched;
     QCOMPARE(FileTools::sortCopyKvt(files, inDir(u"out"_s), usualOrder, &error), 1);
@@ -530,7 +517,7 @@ void TestSorter::sortCopy_reports()
 
 void TestSorter::sortCopy_reportsMissingDestination()
 {
-    QVERIFY(makeFile(inDir(u"file"_s), "in the way"));
+    makeFile(inDir(u"file"_s), "in the way");
     AppState state;
     state.sortCopy({source(u"a.kvt"_s)}, inDir(u"file"_s), usualOrder);
     QCOMPARE(state.status(), u"Destination folder is missing."_s);

@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 #include "platform/ToolLauncher.h"
 #include "platform/WebToolWindow.h"
+#include "support/TestFiles.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -49,21 +50,13 @@ QString canonical(const QString &path)
     return QFileInfo(path).canonicalFilePath();
 }
 
-bool writeTo(const QString &path, const QByteArray &content)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
 /// A program that notes its name, working folder and number of arguments in a file beside the tools.
 bool makeProgram(const QString &path, const QString &report, const QByteArray &before = {})
 {
     const QByteArray script = "#!/bin/sh\n" + before + "printf '%s\\n' \"$0\" \"$(pwd -P)\" \"$#\" > '"
         + QFile::encodeName(report) + ".part'\nmv '" + QFile::encodeName(report) + ".part' '"
         + QFile::encodeName(report) + "'\n";
-    return writeTo(path, script)
-        && QFile::setPermissions(path,
+    return QFile::setPermissions(makeFile(path, script),
                                  QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
 }
 
@@ -238,7 +231,7 @@ void TestToolLauncher::toolsRoot_prefersTheCheckout()
     QCOMPARE(ToolLauncher::toolsRoot(), besideProgram(u"tools"_s));
     QVERIFY(QDir().mkpath(inCheckout(u"src"_s)));
     QCOMPARE(ToolLauncher::toolsRoot(), besideProgram(u"tools"_s));
-    QVERIFY(writeTo(inCheckout(u"tools"_s), "a file"));
+    makeFile(inCheckout(u"tools"_s), "a file");
     QCOMPARE(ToolLauncher::toolsRoot(), besideProgram(u"tools"_s));
     QVERIFY(QFile::remove(inCheckout(u"tools"_s)));
     QVERIFY(QDir().mkpath(inCheckout(u"tools"_s)));
@@ -378,7 +371,7 @@ void TestToolLauncher::cannotBeStarted()
     QFETCH(bool, folder);
     const QString path = besideProgram(u"tools/checksum/Launch_LSuite_VOX_Theme.bat"_s);
     QVERIFY(makeProgram(besideProgram(u"tools/checksum/checksum-gui.exe"_s), report()));
-    QVERIFY(folder ? QDir().mkpath(path) : writeTo(path, "#!/bin/sh\n"));
+    QVERIFY(folder ? QDir().mkpath(path) : !makeFile(path, "#!/bin/sh\n").isEmpty());
     QString error = untouched;
     QVERIFY(!ToolLauncher::launchChecksum(&error));
     QCOMPARE(error, untouched);
@@ -477,7 +470,7 @@ void TestToolLauncher::findHelpPdf_order()
                                   inCheckout(u"Release/"_s + manualName), inCheckout(u"docs/"_s + manualName),
                                   besideProgram(u"docs/"_s + manualName), besideProgram(manualName)};
     for (const QString &path : lastToFirst) {
-        QVERIFY(writeTo(path, "%PDF"));
+        makeFile(path, "%PDF");
         const QString found = ToolLauncher::findHelpPdf();
         QVERIFY(QDir::isAbsolutePath(found));
         QCOMPARE(canonical(found), canonical(path));
@@ -491,7 +484,7 @@ void TestToolLauncher::launchHelpPdf()
     QCOMPARE(error, manualMissing);
     QVERIFY(!ToolLauncher::launchHelpPdf());
     QCOMPARE(m_desktop->opened.size(), 0);
-    QVERIFY(writeTo(besideProgram(u"docs/"_s + manualName), "%PDF"));
+    makeFile(besideProgram(u"docs/"_s + manualName), "%PDF");
     error = untouched;
     QVERIFY(ToolLauncher::launchHelpPdf(&error));
     QCOMPARE(error, untouched);
@@ -546,7 +539,7 @@ void TestToolLauncher::launchTool_missing()
 
 void TestToolLauncher::launchTool_silentFailure()
 {
-    QVERIFY(writeTo(besideProgram(u"tools/efd_reader/EFD_Reader.exe"_s), "not a program"));
+    makeFile(besideProgram(u"tools/efd_reader/EFD_Reader.exe"_s), "not a program");
     AppState state;
     state.setStatus(u"before"_s, 1);
     state.launchTool(u"efd"_s);
@@ -580,7 +573,7 @@ void TestToolLauncher::launchTool_unknownKey()
 
 void TestToolLauncher::launchTool_help()
 {
-    QVERIFY(writeTo(besideProgram(manualName), "%PDF"));
+    makeFile(besideProgram(manualName), "%PDF");
     AppState state;
     state.launchTool(u"help"_s);
     QCOMPARE(state.status(), u"Launched help."_s);
@@ -595,7 +588,7 @@ void TestToolLauncher::goHelp()
     QCOMPARE(state.status(), manualMissing);
     QCOMPARE(state.statusOK(), 0);
     QCOMPARE(m_desktop->opened.size(), 0);
-    QVERIFY(writeTo(besideProgram(u"docs/"_s + manualName), "%PDF"));
+    makeFile(besideProgram(u"docs/"_s + manualName), "%PDF");
     state.goHelp();
     QCOMPARE(state.status(), u"Opened User Manual."_s);
     QCOMPARE(state.statusOK(), 1);
