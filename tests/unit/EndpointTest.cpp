@@ -187,14 +187,14 @@ void EndpointTest::init()
 {
     m_server = std::make_unique<RawHttpServer>();
     m_desktop = std::make_unique<UrlRecorder>();
-    m_bench = std::make_unique<EndpointBench>();
-    QVERIFY(m_bench->fill());
-    m_bench->setApiBase(m_server->baseUrl());
+    m_fixture = std::make_unique<EndpointFixture>();
+    QVERIFY(m_fixture->fill());
+    m_fixture->setApiBase(m_server->baseUrl());
 }
 
 void EndpointTest::cleanup()
 {
-    m_bench.reset();
+    m_fixture.reset();
     m_server.reset();
     m_desktop.reset();
 }
@@ -203,11 +203,11 @@ void EndpointTest::begin(const EndpointOperation &operation)
 {
     disconnect(m_listening);
     m_said.clear();
-    m_bench->start(operation);
-    const AppState *const state = &m_bench->state();
+    m_fixture->start(operation);
+    const AppState *const state = &m_fixture->state();
     m_listening =
         connect(state, &AppState::statusChanged, this, [this, state] { m_said.append(state->status()); });
-    m_before = m_bench->snapshot();
+    m_before = m_fixture->snapshot();
     QCOMPARE(m_before.value(u"busy"_s).toBool(), operation.decoding == Decoding::Worker);
     m_before.insert(u"busy"_s, false);
 }
@@ -215,11 +215,11 @@ void EndpointTest::begin(const EndpointOperation &operation)
 void EndpointTest::checkExactly(const EndpointOperation &operation, const EndpointOutcome &outcome,
                                 const QByteArray &body)
 {
-    const AppState &state = m_bench->state();
+    const AppState &state = m_fixture->state();
     QVERIFY2(matches(state.status(), outcome.status), qPrintable(state.status()));
     QCOMPARE(state.statusOK(), outcome.level);
     checkStatuses(operation);
-    const Snapshot after = m_bench->snapshot();
+    const Snapshot after = m_fixture->snapshot();
     if (!outcome.saved) {
         // A success may change what the operation is about, and nothing else.
         const bool whole = outcome.level == 0 || operation.decoding == Decoding::Silent;
@@ -234,11 +234,11 @@ void EndpointTest::checkExactly(const EndpointOperation &operation, const Endpoi
 
 void EndpointTest::checkLoosely(const EndpointOperation &operation)
 {
-    const Snapshot after = m_bench->snapshot();
+    const Snapshot after = m_fixture->snapshot();
     QVERIFY(!after.value(u"busy"_s).toBool());
     checkStatuses(operation);
-    const bool emptyFile = m_bench->state().status() == u"Could not read file."_s;
-    if (m_bench->state().statusOK() == 0 && !emptyFile) {
+    const bool emptyFile = m_fixture->state().status() == u"Could not read file."_s;
+    if (m_fixture->state().statusOK() == 0 && !emptyFile) {
         QCOMPARE(differences(m_before, after), QStringList());
         return;
     }
@@ -255,7 +255,7 @@ void EndpointTest::checkStatuses(const EndpointOperation &operation)
         QCOMPARE(m_said, QStringList());
         return;
     }
-    const AppState &state = m_bench->state();
+    const AppState &state = m_fixture->state();
     QStringList expected{state.status()};
     // An accepted reply leads to a second request, which may fail.
     const bool replies = QLatin1StringView(operation.name) == "replyTicket"_L1;
@@ -285,26 +285,26 @@ void EndpointTest::checkRequests(const EndpointOperation &operation, const RawAn
         QVERIFY2(requests >= 1 && requests <= mostGets, qPrintable(QString::number(requests)));
         return;
     }
-    QVERIFY2(requests == 1 || (m_bench->state().statusOK() == 1 && requests == operation.goodRequests),
+    QVERIFY2(requests == 1 || (m_fixture->state().statusOK() == 1 && requests == operation.goodRequests),
              qPrintable(QString::number(requests)));
 }
 
 void EndpointTest::checkNextGoodOne(const EndpointOperation &operation)
 {
-    m_bench->setApiBase(m_server->baseUrl());
+    m_fixture->setApiBase(m_server->baseUrl());
     const int requests = m_server->requestCount();
     m_server->answerAlways(answerWith("{}"));
     m_server->answerNext(answerWith(operation.goodAnswer));
     // The lists may be empty by now, and the open file another.
-    QVERIFY(m_bench->settle());
-    m_bench->start(operation);
-    QVERIFY(m_bench->settle());
-    QCOMPARE(m_bench->state().status(), QString::fromUtf8(operation.goodStatus));
-    QCOMPARE(m_bench->state().statusOK(), 1);
-    QVERIFY(!m_bench->state().busy());
+    QVERIFY(m_fixture->settle());
+    m_fixture->start(operation);
+    QVERIFY(m_fixture->settle());
+    QCOMPARE(m_fixture->state().status(), QString::fromUtf8(operation.goodStatus));
+    QCOMPARE(m_fixture->state().statusOK(), 1);
+    QVERIFY(!m_fixture->state().busy());
     QCOMPARE(m_server->requestCount() - requests, operation.goodRequests);
     if (operation.decoding == Decoding::Silent)
-        QCOMPARE(m_bench->state().vin(), u"GOODVIN"_s);
+        QCOMPARE(m_fixture->state().vin(), u"GOODVIN"_s);
     if (*operation.savedName != '\0')
         QVERIFY(QFile::exists(savedPath(operation)));
 }

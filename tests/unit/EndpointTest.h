@@ -1,6 +1,6 @@
 #pragma once
 
-#include "EndpointBench.h"
+#include "EndpointFixture.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
 
@@ -74,7 +74,7 @@ protected:
 
     std::unique_ptr<RawHttpServer> m_server;
     std::unique_ptr<UrlRecorder> m_desktop;
-    std::unique_ptr<EndpointBench> m_bench;
+    std::unique_ptr<EndpointFixture> m_fixture;
     Snapshot m_before;
     /// What the status line said since the operation was started.
     QStringList m_said;

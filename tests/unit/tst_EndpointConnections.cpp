@@ -113,9 +113,9 @@ void TestEndpointConnections::unreachable()
             {httpAnswer(400, "no"), RawAnswer::Ending::Close, RawAnswer::Moment::OnConnect});
         base = withScheme(u"https"_s, m_server->baseUrl());
     }
-    m_bench->setApiBase(base);
+    m_fixture->setApiBase(base);
     begin(tried);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     EndpointOutcome outcome = expectedOutcome(tried, true, {});
     if (outcome.status.endsWith(u'!'))
         outcome.status = outcome.status.chopped(1) + text;
@@ -149,9 +149,9 @@ void TestEndpointConnections::proxyRefuses()
     const auto restore = qScopeGuard([&before] { QNetworkProxy::setApplicationProxy(before); });
     // The proxy would be the one to look up the host: without it the text would be of a host not found.
     QNetworkProxy::setApplicationProxy(QNetworkProxy(QNetworkProxy::HttpProxy, u"127.0.0.1"_s, closedPort()));
-    m_bench->setApiBase(scheme + u"://service.example/api/"_s);
+    m_fixture->setApiBase(scheme + u"://service.example/api/"_s);
     begin(tried);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     EndpointOutcome outcome = expectedOutcome(tried, true, {});
     if (outcome.status.endsWith(u'!'))
         outcome.status = outcome.status.chopped(1)
@@ -175,7 +175,7 @@ void TestEndpointConnections::plainAddressOnSecurePort()
                           RawAnswer::Moment::AfterHead};
     m_server->answerAlways(alert);
     begin(tried);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     checkExactly(tried, expectedOutcome(tried, true, {}), {});
     checkRequests(tried, alert);
     if (!QTest::currentTestFailed())
@@ -196,11 +196,11 @@ void TestEndpointConnections::trustedCertificate()
     DevService service(withCertificate(u"server"_s));
     QVERIFY(service.start());
     service.setAnswer(QLatin1StringView(tried.path), {200, "text/plain", tried.goodAnswer, {}});
-    m_bench->setApiBase(service.apiBase());
+    m_fixture->setApiBase(service.apiBase());
     begin(tried);
-    QVERIFY(m_bench->settle());
-    QCOMPARE(m_bench->state().status(), QString::fromUtf8(tried.goodStatus));
-    QCOMPARE(m_bench->state().statusOK(), 1);
+    QVERIFY(m_fixture->settle());
+    QCOMPARE(m_fixture->state().status(), QString::fromUtf8(tried.goodStatus));
+    QCOMPARE(m_fixture->state().statusOK(), 1);
     service.stop();
     QCOMPARE(service.requestCount(), tried.goodRequests);
 }
@@ -223,9 +223,9 @@ void TestEndpointConnections::untrustedCertificate()
     const EndpointOperation &tried = operationAt(operation);
     DevService service(withCertificate(name));
     QVERIFY(service.start());
-    m_bench->setApiBase(service.apiBase());
+    m_fixture->setApiBase(service.apiBase());
     begin(tried);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     checkExactly(tried, expectedOutcome(tried, true, {}), {});
     service.stop();
     QVERIFY(service.connectionCount() > 0);
@@ -249,19 +249,19 @@ void TestEndpointConnections::neverAnswered()
     begin(held);
     QVERIFY(arrived.wait(60'000));
     checkAnotherIsAnswered();
-    QCOMPARE(m_bench->state().busy(), held.decoding == Decoding::Worker);
-    QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_bench->snapshot())),
+    QCOMPARE(m_fixture->state().busy(), held.decoding == Decoding::Worker);
+    QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_fixture->snapshot())),
              held.decoding == Decoding::Worker ? QStringList{u"busy"_s} : QStringList());
-    m_bench->destroyController();
+    m_fixture->destroyController();
 }
 
 /// While a request is under way.
 void TestEndpointConnections::checkAnotherIsAnswered()
 {
-    QSignalSpy status(&m_bench->state(), &AppState::statusChanged);
+    QSignalSpy status(&m_fixture->state(), &AppState::statusChanged);
     m_server->answerNext(answerWith(R"({"files":[{},{},{}]})"));
-    m_bench->state().stockSearch({});
-    WAIT_COMPARE(m_bench->state().status(), u"3 stock file(s)."_s);
+    m_fixture->state().stockSearch({});
+    WAIT_COMPARE(m_fixture->state().status(), u"3 stock file(s)."_s);
     QCOMPARE(status.count(), 1);
     QCOMPARE(m_server->requestCount(), 2);
 }
@@ -283,10 +283,10 @@ void TestEndpointConnections::endlessBody()
     checkAnotherIsAnswered();
     const qint64 taken = m_server->endlessBytes();
     WAIT_VERIFY(m_server->endlessBytes() > taken);
-    QCOMPARE(m_bench->state().busy(), fed.decoding == Decoding::Worker);
-    QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_bench->snapshot())),
+    QCOMPARE(m_fixture->state().busy(), fed.decoding == Decoding::Worker);
+    QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_fixture->snapshot())),
              fed.decoding == Decoding::Worker ? QStringList{u"busy"_s} : QStringList());
-    m_bench->destroyController();
+    m_fixture->destroyController();
     QCOMPARE(m_server->requestCount(), 2);
     QCOMPARE(m_desktop->opened, QList<QUrl>());
 }
@@ -318,10 +318,10 @@ void TestEndpointConnections::bigBodyIsSentOnce()
     QFETCH(int, ending);
     QFETCH(int, moment);
     const EndpointOperation &tried = operationNamed(operation);
-    m_bench->resizeInputs(bigBody);
+    m_fixture->resizeInputs(bigBody);
     m_server->answerNext({{}, RawAnswer::Ending(ending), RawAnswer::Moment(moment)});
     begin(tried);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     EndpointOutcome outcome = expectedOutcome(tried, true, {});
     if (tried.decoding == Decoding::Silent)
         outcome.status = u"Opened other.kvt \u2014 20000000 bytes."_s;
@@ -331,7 +331,7 @@ void TestEndpointConnections::bigBodyIsSentOnce()
         QVERIFY(m_server->request(0).body.size() > bigBody);
     else
         QVERIFY(!m_server->request(0).complete);
-    m_bench->resizeInputs(smallBody);
+    m_fixture->resizeInputs(smallBody);
     if (!QTest::currentTestFailed())
         checkNextGoodOne(tried);
 }

@@ -244,7 +244,7 @@ void TestEndpointContent::answerOnce(const EndpointOperation &operation, const Q
     m_server->answerNext(answerWith(body));
     const int before = m_server->requestCount();
     begin(operation);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     const int requests = m_server->requestCount() - before;
     QVERIFY2(requests >= 1 && requests <= operation.goodRequests, qPrintable(QString::number(requests)));
 }
@@ -268,17 +268,17 @@ void TestEndpointContent::decompressionBomb()
     // The process's peak never falls, so it is the first row that would show a bomb.
     const qint64 peakBefore = peakMemory();
     begin(tried);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     QVERIFY2(peakMemory() - peakBefore < bombSize / 2,
              qPrintable(QString::number(peakMemory() - peakBefore)));
     checkLoosely(tried);
     const bool fails = tried.decoding == Decoding::Json || tried.decoding == Decoding::Get;
-    const QString status = m_bench->state().status();
-    if (m_bench->state().statusOK() == 0)
+    const QString status = m_fixture->state().status();
+    if (m_fixture->state().statusOK() == 0)
         QVERIFY2(status.contains(u"Decompression failed"_s), qPrintable(status));
     else
         QVERIFY(!fails);
-    QVERIFY(m_bench->snapshot().value(savedPath(tried)).toByteArray().size() < bombSize / 10);
+    QVERIFY(m_fixture->snapshot().value(savedPath(tried)).toByteArray().size() < bombSize / 10);
     if (!QTest::currentTestFailed())
         checkNextGoodOne(tried);
 }
@@ -311,7 +311,7 @@ void TestEndpointContent::oddMembers()
         if (QTest::currentTestFailed())
             return;
     }
-    QVERIFY(m_bench->fill());
+    QVERIFY(m_fixture->fill());
     checkNextGoodOne(tried);
 }
 
@@ -357,7 +357,7 @@ void TestEndpointContent::oneOddMember()
             }
         }
     }
-    QVERIFY(m_bench->fill());
+    QVERIFY(m_fixture->fill());
     checkNextGoodOne(tried);
 }
 
@@ -392,15 +392,15 @@ void TestEndpointContent::oddElements()
             const EndpointOperation &next = operationNamed(name);
             m_server->answerAlways(answerWith(next.goodAnswer));
             const int before = m_server->requestCount();
-            m_bench->start(next);
-            QVERIFY(m_bench->settle());
+            m_fixture->start(next);
+            QVERIFY(m_fixture->settle());
             QVERIFY2(m_server->requestCount() - before <= next.goodRequests, name);
-            QVERIFY(!m_bench->state().busy());
-            QVERIFY2(m_bench->state().statusOK() >= 0, name);
+            QVERIFY(!m_fixture->state().busy());
+            QVERIFY2(m_fixture->state().statusOK() >= 0, name);
         }
         QCOMPARE(filesElsewhere(), elsewhere);
     }
-    QVERIFY(m_bench->fill());
+    QVERIFY(m_fixture->fill());
     checkNextGoodOne(operationNamed("stockSearch"));
 }
 
@@ -431,9 +431,9 @@ void TestEndpointContent::hundredThousandItems()
     const QByteArray items = QByteArray("{\"id\":1},").repeated(99'999) + "{\"id\":1}";
     m_server->answerNext(answerWith("{\"status\":\"ok\",\"" + member + "\":[" + items + "]}"));
     begin(tried);
-    QVERIFY(m_bench->settle());
-    QTEST(m_bench->state().status(), "status");
-    QCOMPARE(m_bench->state().statusOK(), 1);
+    QVERIFY(m_fixture->settle());
+    QTEST(m_fixture->state().status(), "status");
+    QCOMPARE(m_fixture->state().statusOK(), 1);
     QCOMPARE(m_server->requestCount(), tried.goodRequests);
     checkLoosely(tried);
     checkNextGoodOne(tried);
@@ -466,8 +466,8 @@ void TestEndpointContent::sixtyFourMebibytes()
     EndpointOutcome outcome = expectedOutcome(tried, false, padded ? bareObject : body);
     if (padded && outcome.status == QLatin1StringView(bareObject) && outcome.level == 1)
         outcome.status = QString::fromLatin1(body.left(240));
-    QCOMPARE(m_bench->state().status(), outcome.status);
-    QCOMPARE(m_bench->state().statusOK(), outcome.level);
+    QCOMPARE(m_fixture->state().status(), outcome.status);
+    QCOMPARE(m_fixture->state().statusOK(), outcome.level);
     checkLoosely(tried);
     if (!QTest::currentTestFailed())
         checkNextGoodOne(tried);
@@ -477,7 +477,7 @@ void TestEndpointContent::sixtyFourMebibytesOfFile()
 {
     const EndpointOperation &patch = operationNamed("applyPatchToBin");
     answerOnce(patch, R"({"file_data":")" + QByteArray(64 * mebibyte, 'f') + "\"}");
-    QCOMPARE(m_bench->state().status(), u"Patch applied."_s);
+    QCOMPARE(m_fixture->state().status(), u"Patch applied."_s);
     QCOMPARE(QFileInfo(savedPath(patch)).size(), 48 * mebibyte);
     checkLoosely(patch);
     if (!QTest::currentTestFailed())

@@ -177,7 +177,7 @@ void TestEndpointFaults::answer()
     else
         m_server->answerAlways(fed.answer);
     begin(tried);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
 
     const bool exact = fed.arrives == Arrives::Body || fed.arrives == Arrives::ErrorAndBody;
     if (exact)
@@ -188,7 +188,7 @@ void TestEndpointFaults::answer()
         checkLoosely(tried);
     if (QTest::currentTestFailed())
         return;
-    const int level = m_bench->state().statusOK();
+    const int level = m_fixture->state().statusOK();
     const bool failsByTransport =
         fed.arrives == Arrives::ErrorAndBody || fed.arrives == Arrives::ErrorMaybeBody;
     const bool reads = tried.decoding == Decoding::Json || tried.decoding == Decoding::Get;
@@ -204,18 +204,18 @@ void TestEndpointFaults::resetBeforeADocumentIsAskedFor()
     m_server->answerAlways({{}, RawAnswer::Ending::Reset, RawAnswer::Moment::OnConnect});
     begin(get);
     WAIT_VERIFY(m_server->connectionCount() > 0);
-    QCOMPARE(differences(m_before, m_bench->snapshot()), QStringList());
+    QCOMPARE(differences(m_before, m_fixture->snapshot()), QStringList());
     // Whether the first one ever ends or not, the next one is answered, and the controller goes in peace.
     m_server->answerAlways(answerWith(get.goodAnswer));
-    const AppState &state = m_bench->state();
+    const AppState &state = m_fixture->state();
     QStringList said;
     const auto listening =
         connect(&state, &AppState::statusChanged, this, [&] { said.append(state.status()); });
-    m_bench->start(get);
+    m_fixture->start(get);
     WAIT_VERIFY(said.contains(QString::fromUtf8(get.goodStatus)));
     disconnect(listening);
-    QVERIFY(!m_bench->state().busy());
-    m_bench->destroyController();
+    QVERIFY(!m_fixture->state().busy());
+    m_fixture->destroyController();
 }
 
 void TestEndpointFaults::authenticationIsAskedForInVain_data()
@@ -232,7 +232,7 @@ void TestEndpointFaults::authenticationIsAskedForInVain()
         401, {},
         "WWW-Authenticate: Basic realm=\"x\"\r\nWWW-Authenticate: Digest realm=\"x\", nonce=\"y\"\r\n")});
     begin(tried);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     checkExactly(tried, expectedOutcome(tried, true, {}), {});
     QCOMPARE(m_server->requestCount(), 1);
     QCOMPARE(m_server->request(0).header("authorization"), QByteArray());
@@ -256,11 +256,11 @@ void TestEndpointFaults::controllerDestroyedWithEverythingInFlight()
     m_server->answerAlways({beginning, RawAnswer::Ending::KeepOpen});
     const QMap<QString, QByteArray> files = filesOnDisk();
     for (const EndpointOperation &operation : endpointOperations())
-        m_bench->start(operation);
+        m_fixture->start(operation);
     const int count = static_cast<int>(endpointOperations().size());
     QVERIFY(count >= 10);
     WAIT_COMPARE(m_server->completeRequestCount(), count);
-    m_bench->destroyController();
+    m_fixture->destroyController();
     // What is answered now has nobody left to call.
     for (int request = 0; request < count; ++request)
         m_server->answerHeld(request, answerWith("{}"));

@@ -75,7 +75,7 @@ void TestEndpointStandIn::namedFaults()
         }
     }
     service.stop();
-    QVERIFY(m_bench->fill());
+    QVERIFY(m_fixture->fill());
     checkNextGoodOne(tried);
 }
 
@@ -83,11 +83,11 @@ void TestEndpointStandIn::meet(const EndpointOperation &operation, const QString
 {
     service.clearFaults();
     QVERIFY(service.setFault(u"*"_s, fault));
-    m_bench->setApiBase(service.apiBase());
+    m_fixture->setApiBase(service.apiBase());
     const int before = service.requestCount();
     QVERIFY(before < 900);
     begin(operation);
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     checkLoosely(operation);
     // A redirect is followed by asking for a document; a good answer may lead to another request.
     QStringList posts = postsSince(service, before);
@@ -113,10 +113,10 @@ void TestEndpointStandIn::slowAnswerIsWhole()
     QVERIFY(service.start());
     service.setAnswer(QLatin1StringView(tried.path), {200, "text/plain", tried.goodAnswer, {}});
     QVERIFY(service.setFault(QLatin1StringView(tried.path), u"slow"_s, 1));
-    m_bench->setApiBase(service.apiBase());
+    m_fixture->setApiBase(service.apiBase());
     begin(tried);
-    QVERIFY(m_bench->settle());
-    QCOMPARE(m_bench->state().status(), QString::fromUtf8(tried.goodStatus));
+    QVERIFY(m_fixture->settle());
+    QCOMPARE(m_fixture->state().status(), QString::fromUtf8(tried.goodStatus));
     service.stop();
     QCOMPARE(service.requestCount(), tried.goodRequests);
 }

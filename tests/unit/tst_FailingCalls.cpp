@@ -289,10 +289,10 @@ struct Situation
 
 /// A controller at work over the user's files: an edited file is open, and each feature holds what the
 /// service said earlier.
-class Bench
+class Fixture
 {
 public:
-    Bench();
+    Fixture();
 
     const QString &root() const { return m_root; }
     AppState &state() { return *m_state; }
@@ -323,13 +323,13 @@ private:
     int m_requestsBefore = 0;
 };
 
-Bench::Bench()
+Fixture::Fixture()
 {
     restoreFiles();
     makeController();
 }
 
-void Bench::restoreFiles()
+void Fixture::restoreFiles()
 {
     for (const QString &folder : {u"/home/one"_s, u"/home/sorted/2015"_s})
         QDir(m_root + folder).removeRecursively();
@@ -344,7 +344,7 @@ void Bench::restoreFiles()
     }
 }
 
-void Bench::makeController()
+void Fixture::makeController()
 {
     m_state = std::make_unique<AppState>();
     m_state->findChild<VoxApiClient *>()->setApiBase(m_server.baseUrl());
@@ -378,7 +378,7 @@ void Bench::makeController()
     m_stateAtFirst = stateNow();
 }
 
-void Bench::reopen()
+void Fixture::reopen()
 {
     m_server.answerAlways(answerWith("{}"));
     m_state->openKvt(m_root + u"/home/in/open.kvt"_s);
@@ -387,7 +387,7 @@ void Bench::reopen()
     m_state->hexModel()->setCursor(3);
 }
 
-void Bench::reset(const Action &action)
+void Fixture::reset(const Action &action)
 {
     restoreFiles();
     if (stateNow() != m_stateAtFirst)
@@ -402,26 +402,26 @@ void Bench::reset(const Action &action)
     begin();
 }
 
-void Bench::begin()
+void Fixture::begin()
 {
     m_statuses.clear();
     m_desktop.opened.clear();
     m_requestsBefore = m_server.requestCount();
 }
 
-void Bench::settle()
+void Fixture::settle()
 {
     while (m_state->findChild<QNetworkAccessManager *>() || m_state->searchBusy())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
-void Bench::run(const Action &action)
+void Fixture::run(const Action &action)
 {
     action.start(*m_state, m_root);
     settle();
 }
 
-QVariantMap Bench::stateNow() const
+QVariantMap Fixture::stateNow() const
 {
     QVariantMap now;
     for (const char *const name :
@@ -434,7 +434,7 @@ QVariantMap Bench::stateNow() const
     return now;
 }
 
-Situation Bench::situation() const
+Situation Fixture::situation() const
 {
     Situation now;
     now.state = stateNow();
@@ -445,7 +445,7 @@ Situation Bench::situation() const
     return now;
 }
 
-QByteArray Bench::sentInPart() const
+QByteArray Fixture::sentInPart() const
 {
     QByteArrayList wholes = userFiles.values();
     wholes << editedBytes << answered << QByteArray();
@@ -545,12 +545,12 @@ struct Sorting
     QStringList sources;
     QString destination;
 
-    void start(Bench &bench) const
+    void start(Fixture &fixture) const
     {
         QStringList paths;
         for (const QString &source : sources)
-            paths.append(bench.root() + u'/' + source);
-        bench.state().sortCopy(paths, bench.root() + u'/' + destination, u"year"_s);
+            paths.append(fixture.root() + u'/' + source);
+        fixture.state().sortCopy(paths, fixture.root() + u'/' + destination, u"year"_s);
     }
 
     /// The copies, by their paths below the root.
@@ -670,12 +670,13 @@ private slots:
     void log();
 
 private:
-    Situation runWell(Bench &bench, const Action &action, QByteArrayList *names);
-    void runFailing(Bench &bench, const Action &action, const Situation &good, const NamedFault &fault,
+    Situation runWell(Fixture &fixture, const Action &action, QByteArrayList *names);
+    void runFailing(Fixture &fixture, const Action &action, const Situation &good, const NamedFault &fault,
                     const QList<int> &numbers, bool *injected);
-    void sortFailing(Bench &bench, const Sorting &sorting, const NamedFault &fault, const QList<int> &numbers,
+    void sortFailing(Fixture &fixture, const Sorting &sorting, const NamedFault &fault,
+                     const QList<int> &numbers, bool *injected);
+    void scanFailing(Fixture &fixture, bool kindsAreHidden, const NamedFault &fault, int number,
                      bool *injected);
-    void scanFailing(Bench &bench, bool kindsAreHidden, const NamedFault &fault, int number, bool *injected);
 };
 
 void TestFailingCalls::initTestCase()
@@ -685,15 +686,15 @@ void TestFailingCalls::initTestCase()
 }
 
 /// The action as it ends when all is well, and the calls that it makes.
-Situation TestFailingCalls::runWell(Bench &bench, const Action &action, QByteArrayList *names)
+Situation TestFailingCalls::runWell(Fixture &fixture, const Action &action, QByteArrayList *names)
 {
-    bench.reset(action);
+    fixture.reset(action);
     {
-        const FailingCalls calls(bench.root(), DiskFault::Fails, {});
-        bench.run(action);
+        const FailingCalls calls(fixture.root(), DiskFault::Fails, {});
+        fixture.run(action);
         *names = calls.calls();
     }
-    return bench.situation();
+    return fixture.situation();
 }
 
 void TestFailingCalls::action_data()
@@ -704,30 +705,30 @@ void TestFailingCalls::action_data()
         QTest::newRow(actions[i].name) << i;
 }
 
-void TestFailingCalls::runFailing(Bench &bench, const Action &action, const Situation &good,
+void TestFailingCalls::runFailing(Fixture &fixture, const Action &action, const Situation &good,
                                   const NamedFault &fault, const QList<int> &numbers, bool *injected)
 {
-    bench.reset(action);
-    const Situation before = bench.situation();
+    fixture.reset(action);
+    const Situation before = fixture.situation();
     QByteArrayList failed;
     QList<int> errors;
     {
-        const FailingCalls calls(bench.root(), fault.fault, numbers);
-        bench.run(action);
+        const FailingCalls calls(fixture.root(), fault.fault, numbers);
+        fixture.run(action);
         failed = calls.failed();
         errors = calls.errors();
     }
-    const Situation now = bench.situation();
+    const Situation now = fixture.situation();
     *injected = failed.size() == numbers.size();
     const QByteArray call = failed.join(", ") + ' ' + fault.name + ": ";
     const QString wrong = wrongAfter(action, before, good, now, errors, fault.passes || failed.isEmpty());
     QVERIFY2(wrong.isEmpty(), call + qPrintable(wrong + u" | "_s + now.statuses.join(u" | "_s)));
-    const QByteArray part = bench.sentInPart();
+    const QByteArray part = fixture.sentInPart();
     QVERIFY2(part.isEmpty(), call + "sent part of a file, " + QByteArray::number(part.size()) + " bytes");
 
-    bench.begin();
-    bench.run(action);
-    const Situation next = bench.situation();
+    fixture.begin();
+    fixture.run(action);
+    const Situation next = fixture.situation();
     QVERIFY2(next.statuses.last() == goodStatus(action),
              call + "the next: " + qPrintable(next.statuses.last()));
     QVERIFY2(*action.target == 0 || next.files.value(QLatin1StringView(action.target)) == *action.written,
@@ -739,9 +740,9 @@ void TestFailingCalls::action()
 {
     QFETCH(int, number);
     const Action &action = actions[number];
-    Bench bench;
+    Fixture fixture;
     QByteArrayList names;
-    const Situation good = runWell(bench, action, &names);
+    const Situation good = runWell(fixture, action, &names);
     QCOMPARE(good.statuses.last(), goodStatus(action));
     QCOMPARE(good.state.value(u"fileName"_s).toString(), QString::fromLatin1(action.opens));
     QVERIFY(*action.target == 0 || good.files.value(QLatin1StringView(action.target)) == *action.written);
@@ -751,7 +752,7 @@ void TestFailingCalls::action()
     for (const NamedFault &fault : everyFault) {
         int count = 0;
         for (bool injected = true; injected; ++count) {
-            runFailing(bench, action, good, fault, {count}, &injected);
+            runFailing(fixture, action, good, fault, {count}, &injected);
             if (QTest::currentTestFailed())
                 return;
         }
@@ -779,14 +780,14 @@ void TestFailingCalls::action_twoFailures()
     const Action &action = *std::find_if(std::begin(actions), std::end(actions), [&](const Action &entry) {
         return name == QLatin1StringView(entry.name);
     });
-    Bench bench;
+    Fixture fixture;
     QByteArrayList names;
-    const Situation good = runWell(bench, action, &names);
+    const Situation good = runWell(fixture, action, &names);
     int pairs = 0;
     for (int first = 0; first < names.size(); ++first) {
         bool injected = true;
         for (int second = first + 1; injected; ++second) {
-            runFailing(bench, action, good, everyFault[0], {first, second}, &injected);
+            runFailing(fixture, action, good, everyFault[0], {first, second}, &injected);
             if (QTest::currentTestFailed())
                 return;
             pairs += injected ? 1 : 0;
@@ -803,27 +804,27 @@ void TestFailingCalls::sort_data()
         QTest::newRow(sortings[i].name) << i;
 }
 
-void TestFailingCalls::sortFailing(Bench &bench, const Sorting &sorting, const NamedFault &fault,
+void TestFailingCalls::sortFailing(Fixture &fixture, const Sorting &sorting, const NamedFault &fault,
                                    const QList<int> &numbers, bool *injected)
 {
-    bench.reset({});
-    const Situation before = bench.situation();
+    fixture.reset({});
+    const Situation before = fixture.situation();
     QByteArrayList failed;
     {
-        const FailingCalls calls(bench.root(), fault.fault, numbers);
-        sorting.start(bench);
+        const FailingCalls calls(fixture.root(), fault.fault, numbers);
+        sorting.start(fixture);
         failed = calls.failed();
     }
-    const Situation now = bench.situation();
+    const Situation now = fixture.situation();
     *injected = failed.size() == numbers.size();
     const auto most = fault.fault == DiskFault::FailsForGood ? sorting.sources.size() : failed.size();
     const QString wrong = wrongAfterSorting(sorting, before, now, fault.passes ? 0 : most);
     const QByteArray call = failed.join(", ") + ' ' + fault.name + ": ";
     QVERIFY2(wrong.isEmpty(), call + qPrintable(wrong + u" | "_s + now.statuses.join(u" | "_s)));
 
-    bench.begin();
-    sorting.start(bench);
-    const Situation next = bench.situation();
+    fixture.begin();
+    sorting.start(fixture);
+    const Situation next = fixture.situation();
     QCOMPARE(next.statuses, QStringList{u"1 Copied 2 of 2 file(s)."_s});
     const QString wrongThen = wrongAfterSorting(sorting, before, next, 0);
     QVERIFY2(wrongThen.isEmpty(), call + "the next: " + qPrintable(wrongThen));
@@ -832,11 +833,11 @@ void TestFailingCalls::sortFailing(Bench &bench, const Sorting &sorting, const N
 void TestFailingCalls::sort()
 {
     QFETCH(int, number);
-    Bench bench;
+    Fixture fixture;
     for (const NamedFault &fault : everyFault) {
         int count = 0;
         for (bool injected = true; injected; ++count) {
-            sortFailing(bench, sortings[number], fault, {count}, &injected);
+            sortFailing(fixture, sortings[number], fault, {count}, &injected);
             if (QTest::currentTestFailed())
                 return;
         }
@@ -847,12 +848,12 @@ void TestFailingCalls::sort()
 
 void TestFailingCalls::sort_twoFailures()
 {
-    Bench bench;
+    Fixture fixture;
     int pairs = 0;
     for (int first = 0; first < 20; ++first) {
         bool injected = true;
         for (int second = first + 1; injected; ++second) {
-            sortFailing(bench, sortings[2], everyFault[0], {first, second}, &injected);
+            sortFailing(fixture, sortings[2], everyFault[0], {first, second}, &injected);
             if (QTest::currentTestFailed())
                 return;
             pairs += injected ? 1 : 0;
@@ -869,25 +870,25 @@ void TestFailingCalls::scan_data()
     QTest::newRow("kinds-asked-for") << true;
 }
 
-void TestFailingCalls::scanFailing(Bench &bench, bool kindsAreHidden, const NamedFault &fault, int number,
+void TestFailingCalls::scanFailing(Fixture &fixture, bool kindsAreHidden, const NamedFault &fault, int number,
                                    bool *injected)
 {
-    const QString folder = bench.root() + u"/home/library"_s;
-    bench.reset({});
-    const Situation before = bench.situation();
+    const QString folder = fixture.root() + u"/home/library"_s;
+    fixture.reset({});
+    const Situation before = fixture.situation();
     const auto scan = [&] {
-        bench.state().scanFolder(folder, true, {}, {}, {}, {});
-        bench.settle();
+        fixture.state().scanFolder(folder, true, {}, {}, {}, {});
+        fixture.settle();
     };
     QByteArray failed;
     {
-        FailingCalls calls(bench.root(), fault.fault, {number});
+        FailingCalls calls(fixture.root(), fault.fault, {number});
         if (kindsAreHidden)
             calls.hideKinds();
         scan();
         failed = calls.failed().value(0);
     }
-    Situation now = bench.situation();
+    Situation now = fixture.situation();
     *injected = !failed.isEmpty();
     const QByteArray call = failed + ' ' + fault.name + ": ";
 
@@ -902,12 +903,12 @@ void TestFailingCalls::scanFailing(Bench &bench, bool kindsAreHidden, const Name
     QMap<QString, QString> sizes;
     for (const QVariant &entry : hits) {
         const QVariantMap hit = entry.toMap();
-        const QString path = hit.value(u"path"_s).toString().mid(bench.root().size() + 1);
+        const QString path = hit.value(u"path"_s).toString().mid(fixture.root().size() + 1);
         QVERIFY2(sizesOfHits.contains(path) && !sizes.contains(path), call + qPrintable(path));
         QVERIFY2(path.endsWith(u'/' + hit.value(u"name"_s).toString()), call + qPrintable(path));
         sizes.insert(path, hit.value(u"size"_s).toString());
     }
-    const ScanLoss loss(failed, bench.root(), kindsAreHidden);
+    const ScanLoss loss(failed, fixture.root(), kindsAreHidden);
     const bool isOneCall = fault.fault == DiskFault::Fails;
     for (auto known = sizesOfHits.begin(); known != sizesOfHits.end(); ++known) {
         const QByteArray path = call + qPrintable(known.key());
@@ -920,23 +921,23 @@ void TestFailingCalls::scanFailing(Bench &bench, bool kindsAreHidden, const Name
                      path + " has " + qPrintable(size) + " bytes");
     }
 
-    bench.begin();
+    fixture.begin();
     scan();
-    QCOMPARE(bench.state().status(), u"Found 5 file(s)."_s);
+    QCOMPARE(fixture.state().status(), u"Found 5 file(s)."_s);
 }
 
 void TestFailingCalls::scan()
 {
     QFETCH(bool, kindsAreHidden);
-    Bench bench;
-    bench.reset({});
+    Fixture fixture;
+    fixture.reset({});
     QByteArrayList names;
     {
-        FailingCalls calls(bench.root(), DiskFault::Fails, {});
+        FailingCalls calls(fixture.root(), DiskFault::Fails, {});
         if (kindsAreHidden)
             calls.hideKinds();
-        bench.state().scanFolder(bench.root() + u"/home/library"_s, true, {}, {}, {}, {});
-        bench.settle();
+        fixture.state().scanFolder(fixture.root() + u"/home/library"_s, true, {}, {}, {}, {});
+        fixture.settle();
         names = calls.calls();
     }
     // Four folders, and five hits of which the size is asked.
@@ -948,7 +949,7 @@ void TestFailingCalls::scan()
     for (const NamedFault &fault : {everyFault[0], everyFault[1]}) {
         int count = 0;
         for (bool injected = true; injected; ++count) {
-            scanFailing(bench, kindsAreHidden, fault, count, &injected);
+            scanFailing(fixture, kindsAreHidden, fault, count, &injected);
             if (QTest::currentTestFailed())
                 return;
         }
@@ -988,15 +989,15 @@ void TestFailingCalls::largeFile()
 
 void TestFailingCalls::looking()
 {
-    Bench bench;
+    Fixture fixture;
     AppState fresh;
-    const QUrl documents = QUrl::fromLocalFile(bench.root() + u"/home/Documents"_s);
-    const QUrl home = QUrl::fromLocalFile(bench.root() + u"/home"_s);
+    const QUrl documents = QUrl::fromLocalFile(fixture.root() + u"/home/Documents"_s);
+    const QUrl home = QUrl::fromLocalFile(fixture.root() + u"/home"_s);
     for (const DiskFault fault : {DiskFault::Fails, DiskFault::FailsForGood}) {
         int count = 0;
         for (bool injected = true; injected; ++count) {
-            const FailingCalls calls(bench.root(), fault, {count});
-            const bool isFolder = fresh.isFolder(bench.root() + u"/home/library"_s);
+            const FailingCalls calls(fixture.root(), fault, {count});
+            const bool isFolder = fresh.isFolder(fixture.root() + u"/home/library"_s);
             const QUrl folder = fresh.dialogFolder();
             injected = !calls.failed().isEmpty();
             QVERIFY2(injected || isFolder, "a folder is none");

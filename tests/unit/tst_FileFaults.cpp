@@ -403,7 +403,7 @@ private slots:
     void diskFull();
 
 private:
-    QString inFolder(const QString &name) const { return m_bench->folder() + u'/' + name; }
+    QString inFolder(const QString &name) const { return m_fixture->folder() + u'/' + name; }
     /// Writes, on a disk with so much room, and waits for the end of it.
     void run(const Writing &writing, rlim_t room = RLIM_INFINITY);
     /// After run(): that it said so once, and sent nothing twice.
@@ -438,25 +438,25 @@ void TestFileFaults::read()
     const Reading &tried = readings[reading];
     const Obstacle &met = obstacles[obstacle];
     const QString path = inFolder(u"chosen.kvt"_s);
-    AppState &state = m_bench->state();
+    AppState &state = m_fixture->state();
     makeFile(path, "chosen");
     if (tried.choose)
         tried.choose(state, path);
     WAIT_VERIFY(!state.searchBusy());
     state.setStatus(u"before"_s, -1);
-    m_before = m_bench->snapshot();
+    m_before = m_fixture->snapshot();
     clear(path);
     QVERIFY(met.make(path));
     const QSignalSpy texts(&state, &AppState::statusChanged);
     {
         const PlainRights rights;
         tried.use(state, path, inFolder(u"in.bin"_s));
-        QVERIFY(m_bench->settle());
+        QVERIFY(m_fixture->settle());
     }
 
     QCOMPARE(state.statusOK(), 0);
     QCOMPARE(texts.count(), 1);
-    QStringList changed = differences(m_before, m_bench->snapshot());
+    QStringList changed = differences(m_before, m_fixture->snapshot());
     if (tried.leadsToMain)
         changed.removeAll(u"tab"_s);
     QCOMPARE(changed, QStringList());
@@ -477,7 +477,7 @@ void TestFileFaults::read()
     makeFile(path, "chosen");
     m_server->answerAlways(answerWith(R"({"status":"ok","file_data":"QQ=="})"));
     tried.use(state, path, inFolder(u"in.bin"_s));
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     QCOMPARE(state.statusOK(), 1);
 }
 
@@ -495,17 +495,17 @@ void TestFileFaults::quarterOfAGibibyte()
     const LargeReading &tried = largeReadings[reading];
     const QString path = inFolder(u"chosen.kvt"_s);
     QVERIFY(makeLarge(path));
-    AppState &state = m_bench->state();
+    AppState &state = m_fixture->state();
     m_server->answerAlways(answerWith(R"({"status":"ok","vin":"BIGVIN"})"));
-    m_before = m_bench->snapshot();
+    m_before = m_fixture->snapshot();
     tried.start(state, path, inFolder(u"in.bin"_s));
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     QCOMPARE(state.status(), QString::fromUtf8(tried.status));
     QCOMPARE(state.statusOK(), 1);
     if (tried.opens)
         QCOMPARE(state.vin(), u"BIGVIN"_s);
     else
-        QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_bench->snapshot())), QStringList());
+        QCOMPARE(differences(fileAndDisk(m_before), fileAndDisk(m_fixture->snapshot())), QStringList());
 
     QCOMPARE(m_server->requestCount(), qMin(tried.parts, 1));
     const QByteArray body = m_server->request(0).body;
@@ -540,7 +540,7 @@ void TestFileFaults::write()
     QFETCH(int, hindrance);
     const Writing &tried = writings[writing];
     const Hindrance &met = hindrances[hindrance];
-    const QString path = targetOf(tried, m_bench->folder());
+    const QString path = targetOf(tried, m_fixture->folder());
     const auto cleaned = qScopeGuard([&] { clear(tried, path); });
     QVERIFY(met.make(path));
     {
@@ -557,23 +557,23 @@ void TestFileFaults::write()
 void TestFileFaults::run(const Writing &writing, rlim_t room)
 {
     // Both what is sent or saved, and what is sorted.
-    m_bench->state().hexModel()->setBytes(eightBytes);
+    m_fixture->state().hexModel()->setBytes(eightBytes);
     makeFile(inFolder(u"in.bin"_s), eightBytes);
     m_server->answerAlways(answerWith("{}"));
     m_server->answerNext(answerWith(writing.answer));
-    m_before = m_bench->snapshot();
-    const QSignalSpy texts(&m_bench->state(), &AppState::statusChanged);
+    m_before = m_fixture->snapshot();
+    const QSignalSpy texts(&m_fixture->state(), &AppState::statusChanged);
     const int requests = m_server->requestCount();
     const FileSizeLimit limit(room);
-    writing.start(m_bench->state(), m_bench->folder());
-    QVERIFY(m_bench->settle());
+    writing.start(m_fixture->state(), m_fixture->folder());
+    QVERIFY(m_fixture->settle());
     m_texts = texts.count();
     m_requests = m_server->requestCount() - requests;
 }
 
 void TestFileFaults::checkFailure(const Writing &writing, const QString &text, const QString &path)
 {
-    const AppState &state = m_bench->state();
+    const AppState &state = m_fixture->state();
     QVERIFY2(isRefused(writing, text, state), qPrintable(state.status()));
     QCOMPARE(m_texts, 1);
     QCOMPARE(m_requests, writing.requests);
@@ -583,8 +583,8 @@ void TestFileFaults::checkFailure(const Writing &writing, const QString &text, c
 
 void TestFileFaults::checkSuccess(const Writing &writing, const QString &path)
 {
-    QCOMPARE(m_bench->state().status(), QString::fromUtf8(writing.success));
-    QCOMPARE(m_bench->state().statusOK(), 1);
+    QCOMPARE(m_fixture->state().status(), QString::fromUtf8(writing.success));
+    QCOMPARE(m_fixture->state().statusOK(), 1);
     QCOMPARE(m_texts, 1 + writing.textsForOpening);
     QCOMPARE(m_requests, writing.requests + writing.requestsForOpening);
     QCOMPARE(contentOf(path), eightBytes);
@@ -592,7 +592,7 @@ void TestFileFaults::checkSuccess(const Writing &writing, const QString &path)
 
 void TestFileFaults::checkNothingElse(const QString &path)
 {
-    QStringList found = differences(m_before, m_bench->snapshot());
+    QStringList found = differences(m_before, m_fixture->snapshot());
     found.removeAll(path);
     found.removeAll(u"new: "_s + path);
     if (path.startsWith(QDir::tempPath() + u'/'))
@@ -619,7 +619,7 @@ void TestFileFaults::diskFull()
     QFETCH(int, writing);
     QFETCH(int, limit);
     const Writing &tried = writings[writing];
-    const QString path = targetOf(tried, m_bench->folder());
+    const QString path = targetOf(tried, m_fixture->folder());
     const auto cleaned = qScopeGuard([&] { clear(tried, path); });
     // What the test itself writes is there before the disk is full.
     run(tried, rlim_t(limit));

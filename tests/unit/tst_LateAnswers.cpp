@@ -65,19 +65,19 @@ private:
 /// Holds the operation's request, and opens and edits a file that it knows nothing of.
 void TestLateAnswers::openAnotherMeanwhile(const EndpointOperation &operation)
 {
-    const QString later = makeFile(m_bench->folder() + u"/later.kvt"_s, "LATER FILE");
+    const QString later = makeFile(m_fixture->folder() + u"/later.kvt"_s, "LATER FILE");
     m_server->answerNext(holdRequest());
     begin(operation);
     WAIT_COMPARE(m_server->completeRequestCount(), 1);
 
-    AppState &state = m_bench->state();
+    AppState &state = m_fixture->state();
     m_server->answerNext(answerWith(R"({"status":"ok","vin":"LATERVIN"})"));
     state.openKvt(later);
     WAIT_COMPARE(state.findChildren<QNetworkAccessManager *>().size(), 1);
     QCOMPARE(state.vin(), u"LATERVIN"_s);
     QVERIFY(state.hexModel()->applyPatch(6, "EDIT"));
     QCOMPARE(state.currentKvtBytes(), "LATER EDIT");
-    m_before = m_bench->snapshot();
+    m_before = m_fixture->snapshot();
     m_before.insert(u"busy"_s, false);
     m_said.clear();
 }
@@ -85,7 +85,7 @@ void TestLateAnswers::openAnotherMeanwhile(const EndpointOperation &operation)
 /// Nothing but a save writes there.
 void TestLateAnswers::checkLaterFileOnDisk()
 {
-    QCOMPARE(contentOf(m_bench->folder() + u"/later.kvt"_s), "LATER FILE");
+    QCOMPARE(contentOf(m_fixture->folder() + u"/later.kvt"_s), "LATER FILE");
 }
 
 void TestLateAnswers::everyOperationIsTried()
@@ -112,9 +112,9 @@ void TestLateAnswers::goodAnswer()
         answer.replace(R"("status":"ok",)", R"("status":"ok","vin":"EARLIER",)");
     m_server->answerAlways(answerWith("{}"));
     m_server->answerHeld(0, answerWith(answer));
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
 
-    const AppState &state = m_bench->state();
+    const AppState &state = m_fixture->state();
     if (late.decoding != Decoding::Silent)
         QCOMPARE(state.status(), QString::fromUtf8(late.goodStatus));
     checkStatuses(late);
@@ -129,7 +129,7 @@ void TestLateAnswers::goodAnswer()
         expected.insert(savedPath(late), QByteArray("PATCH"));
     else if (*late.savedName != '\0')
         expected = withSavedFile(late, expected, answer);
-    QCOMPARE(differences(expected, fileAndDisk(m_bench->snapshot())), QStringList());
+    QCOMPARE(differences(expected, fileAndDisk(m_fixture->snapshot())), QStringList());
 }
 
 void TestLateAnswers::noAnswer_data()
@@ -147,12 +147,12 @@ void TestLateAnswers::noAnswer()
     // Qt asks for a document again.
     m_server->answerAlways({});
     m_server->answerHeld(0, {});
-    QVERIFY(m_bench->settle());
+    QVERIFY(m_fixture->settle());
     EndpointOutcome outcome = expectedOutcome(late, true, {});
     if (late.decoding == Decoding::Silent)
         outcome.status = u"Opened later.kvt \u2014 10 bytes."_s;
     checkExactly(late, outcome, {});
-    QCOMPARE(m_bench->state().vin(), u"LATERVIN"_s);
+    QCOMPARE(m_fixture->state().vin(), u"LATERVIN"_s);
     checkLaterFileOnDisk();
     if (late.decoding != Decoding::Get)
         QCOMPARE(m_server->requestCount(), 2);

@@ -5,7 +5,7 @@
 // Where many requests are in flight at once that is hundreds of moments, of which an ordinary run takes every
 // so many. KVTEDITOR_LIFE_STEP=1 takes them all, which lasts minutes; a larger number takes as many fewer.
 
-#include "EndpointBench.h"
+#include "EndpointFixture.h"
 #include "support/RawHttpServer.h"
 #include "support/TestFiles.h"
 #include "support/TestMain.h"
@@ -280,12 +280,12 @@ private slots:
 
 private:
     /// Starts one operation, or a scan, or everything at once.
-    void start(EndpointBench &bench, int work);
+    void start(EndpointFixture &fixture, int work);
     static bool isOver(const AppState &state);
     /// Whether a client made now gets its answer; while it waits the loop turns.
     bool nextClientIsAnswered();
     /// A controller at work before `m_server`, whose requests are counted.
-    std::unique_ptr<EndpointBench> newBench();
+    std::unique_ptr<EndpointFixture> newFixture();
 
     CountingApplication *m_loop;
     const UrlRecorder *m_desktop;
@@ -316,17 +316,17 @@ void TestLife::cleanup()
     m_server.reset();
 }
 
-void TestLife::start(EndpointBench &bench, int work)
+void TestLife::start(EndpointFixture &fixture, int work)
 {
     const auto operations = endpointOperations();
     if (work >= 0)
-        bench.start(operations[static_cast<std::size_t>(work)]);
+        fixture.start(operations[static_cast<std::size_t>(work)]);
     if (work == everything) {
         for (const EndpointOperation &operation : operations)
-            bench.start(operation);
+            fixture.start(operation);
     }
     if (work < 0)
-        bench.state().scanFolder(m_tree.path(), true, {}, {}, {}, {});
+        fixture.state().scanFolder(m_tree.path(), true, {}, {}, {}, {});
 }
 
 bool TestLife::isOver(const AppState &state)
@@ -344,15 +344,15 @@ bool TestLife::nextClientIsAnswered()
     return waitUntil([&answered] { return answered; });
 }
 
-std::unique_ptr<EndpointBench> TestLife::newBench()
+std::unique_ptr<EndpointFixture> TestLife::newFixture()
 {
-    auto bench = std::make_unique<EndpointBench>();
-    if (!bench->fill())
+    auto fixture = std::make_unique<EndpointFixture>();
+    if (!fixture->fill())
         return nullptr;
-    bench->setApiBase(m_server->baseUrl());
-    connect(bench->state().findChild<VoxApiClient *>(), &VoxApiClient::requestSent, this,
+    fixture->setApiBase(m_server->baseUrl());
+    connect(fixture->state().findChild<VoxApiClient *>(), &VoxApiClient::requestSent, this,
             [this] { ++m_sent; });
-    return bench;
+    return fixture;
 }
 
 void TestLife::controllerDestroyedAfterEachEvent_data()
@@ -373,35 +373,35 @@ void TestLife::controllerDestroyedAfterEachEvent()
     QFETCH(int, step);
     if (work >= 0)
         m_server->answerAlways(answerWith(endpointOperations()[static_cast<std::size_t>(work)].goodAnswer));
-    std::unique_ptr<EndpointBench> bench = newBench();
-    QVERIFY(bench);
+    std::unique_ptr<EndpointFixture> fixture = newFixture();
+    QVERIFY(fixture);
     qsizetype threadsAtFirst = 0;
     qsizetype openFilesAtFirst = 0;
     int lives = 0;
     for (int events = 0;; events += step, ++lives) {
         Announcements heard;
         for (const QObject *const object :
-             {static_cast<const QObject *>(&bench->state()),
-              static_cast<const QObject *>(bench->state().hexModel()),
-              static_cast<const QObject *>(bench->state().findChild<VoxApiClient *>())})
+             {static_cast<const QObject *>(&fixture->state()),
+              static_cast<const QObject *>(fixture->state().hexModel()),
+              static_cast<const QObject *>(fixture->state().findChild<VoxApiClient *>())})
             heard.listenTo(object);
-        start(*bench, work);
+        start(*fixture, work);
         QMap<QString, QByteArray> files;
         qsizetype opened = 0;
         int heardThen = 0;
         const auto destroy = [&] {
             heardThen = heard.count;
-            bench->destroyController();
+            fixture->destroyController();
             files = filesOnDisk();
             opened = m_desktop->opened.size();
         };
-        const auto over = [&] { return isOver(bench->state()); };
+        const auto over = [&] { return isOver(fixture->state()); };
         if (!m_loop->runThen(events, destroy, over)) {
             QVERIFY(over());
             break;
         }
         // The next one works, and while it does nothing is heard of the one before.
-        std::unique_ptr<EndpointBench> next = newBench();
+        std::unique_ptr<EndpointFixture> next = newFixture();
         QVERIFY(next);
         QCOMPARE(heard.count, heardThen);
         QCOMPARE(filesOnDisk(), files);
@@ -411,15 +411,15 @@ void TestLife::controllerDestroyedAfterEachEvent()
             threadsAtFirst = threads();
             openFilesAtFirst = openFiles();
         }
-        bench = std::move(next);
+        fixture = std::move(next);
     }
     if (work >= 0) {
-        QCOMPARE(bench->state().status(),
+        QCOMPARE(fixture->state().status(),
                  QString::fromUtf8(endpointOperations()[static_cast<std::size_t>(work)].goodStatus));
     }
-    QVERIFY(!bench->state().busy());
+    QVERIFY(!fixture->state().busy());
     QVERIFY2(lives >= 2, qPrintable(QString::number(lives)));
-    bench.reset();
+    fixture.reset();
     WAIT_VERIFY(threads() <= threadsAtFirst);
     WAIT_VERIFY(openFiles() <= openFilesAtFirst);
 }
@@ -572,18 +572,18 @@ void TestLife::controllerLeavesAtAnAnnouncement()
         AppState::staticMetaObject.method(AppState::staticMetaObject.indexOfSignal(signature));
     int lives = 0;
     for (int times = 1;; times += stepOr(3), ++lives) {
-        const std::unique_ptr<EndpointBench> bench = newBench();
-        QVERIFY(bench);
-        const QPointer<AppState> state(&bench->state());
+        const std::unique_ptr<EndpointFixture> fixture = newFixture();
+        QVERIFY(fixture);
+        const QPointer<AppState> state(&fixture->state());
         Announcements heard;
         heard.listenTo(state, signal, [&] {
             if (heard.count == times)
                 state->deleteLater();
         });
-        start(*bench, everything);
+        start(*fixture, everything);
         announced[index].make(*state);
         const auto over = [&] { return !state || isOver(*state); };
-        bench->releaseController();
+        fixture->releaseController();
         m_loop->runThen(std::numeric_limits<int>::max(), nothing, over);
         if (heard.count < times) {
             QVERIFY(state && isOver(*state));
@@ -615,14 +615,14 @@ void TestLife::operationStartedTwiceAtOnce()
     QFETCH(int, index);
     const EndpointOperation &operation = endpointOperations()[static_cast<std::size_t>(index)];
     m_server->answerAlways(answerWith(operation.goodAnswer));
-    const std::unique_ptr<EndpointBench> bench = newBench();
-    QVERIFY(bench);
-    bench->start(operation);
-    bench->start(operation);
-    QVERIFY(bench->settle());
-    QCOMPARE(bench->state().status(), QString::fromUtf8(operation.goodStatus));
-    QCOMPARE(bench->state().statusOK(), 1);
-    QVERIFY(!bench->state().busy());
+    const std::unique_ptr<EndpointFixture> fixture = newFixture();
+    QVERIFY(fixture);
+    fixture->start(operation);
+    fixture->start(operation);
+    QVERIFY(fixture->settle());
+    QCOMPARE(fixture->state().status(), QString::fromUtf8(operation.goodStatus));
+    QCOMPARE(fixture->state().statusOK(), 1);
+    QVERIFY(!fixture->state().busy());
     QCOMPARE(m_server->requestCount(), 2 * operation.goodRequests);
     QCOMPARE(filesOnDisk().size(), *operation.savedName == '\0' ? 0 : 1);
 }
@@ -639,20 +639,20 @@ void TestLife::engineDestroyedAfterAnEvent_data()
 void TestLife::engineDestroyedAfterAnEvent()
 {
     QFETCH(int, events);
-    const std::unique_ptr<EndpointBench> bench = newBench();
-    QVERIFY(bench);
+    const std::unique_ptr<EndpointFixture> fixture = newFixture();
+    QVERIFY(fixture);
     auto engine = std::make_unique<QQmlApplicationEngine>();
-    engine->rootContext()->setContextProperty(u"app"_s, &bench->state());
+    engine->rootContext()->setContextProperty(u"app"_s, &fixture->state());
     engine->addImportPath(u"qrc:/qt/qml"_s);
     engine->loadData("import KvtEditor\nRootView {}\n");
     QCOMPARE(engine->rootObjects().size(), 1);
-    const auto over = [&] { return isOver(bench->state()); };
-    start(*bench, everything);
+    const auto over = [&] { return isOver(fixture->state()); };
+    start(*fixture, everything);
     // Not from within an event: a window does not bear that.
     m_loop->runThen(events, nothing, over);
     engine.reset();
     WAIT_VERIFY(over());
-    QVERIFY(!bench->state().busy());
+    QVERIFY(!fixture->state().busy());
     QVERIFY(m_server->requestCount() >= static_cast<int>(endpointOperations().size()));
 }
 

@@ -1,4 +1,4 @@
-#include "EndpointBench.h"
+#include "EndpointFixture.h"
 
 #include "support/RawHttpServer.h"
 #include "support/TestFiles.h"
@@ -100,8 +100,8 @@ std::span<const EndpointOperation> endpointOperations()
     return operations;
 }
 
-EndpointBench::EndpointBench()
-    : m_folder(TestEnvironment::home() + u"/bench-XXXXXX"_s)
+EndpointFixture::EndpointFixture()
+    : m_folder(TestEnvironment::home() + u"/fixture-XXXXXX"_s)
 {
     makeFile(m_folder.filePath(u"open.kvt"_s), "the open file's bytes");
     makeFile(m_folder.filePath(u"other.kvt"_s), "OTHER");
@@ -110,7 +110,7 @@ EndpointBench::EndpointBench()
     makeFile(m_folder.filePath(u"in.bin"_s), "BIN");
 }
 
-EndpointBench::~EndpointBench()
+EndpointFixture::~EndpointFixture()
 {
     m_state.reset();
     for (const QString &folder : {TestEnvironment::documents(), QDir::tempPath()}) {
@@ -120,7 +120,7 @@ EndpointBench::~EndpointBench()
     }
 }
 
-bool EndpointBench::fill()
+bool EndpointFixture::fill()
 {
     RawHttpServer server;
     setApiBase(server.baseUrl());
@@ -152,7 +152,7 @@ bool EndpointBench::fill()
         && !m_state->threadText().isEmpty();
 }
 
-void EndpointBench::resizeInputs(int size)
+void EndpointFixture::resizeInputs(int size)
 {
     const QByteArray big(size, 'B');
     m_state->hexModel()->setBytes(big);
@@ -161,7 +161,7 @@ void EndpointBench::resizeInputs(int size)
 }
 
 // A request's manager goes last of all that belongs to it.
-bool EndpointBench::settle()
+bool EndpointFixture::settle()
 {
     while (auto *const manager = m_state->findChild<QNetworkAccessManager *>()) {
         QEventLoop loop;
@@ -184,7 +184,7 @@ bool EndpointBench::settle()
     return true;
 }
 
-Snapshot EndpointBench::snapshot() const
+Snapshot EndpointFixture::snapshot() const
 {
     Snapshot snapshot;
     for (const char *const name :

@@ -61,11 +61,11 @@ std::span<const EndpointOperation> endpointOperations();
 using Snapshot = QMap<QString, QVariant>;
 
 /// A controller at work: an edited file is open, and each feature holds what an earlier answer brought.
-class EndpointBench
+class EndpointFixture
 {
 public:
-    EndpointBench();
-    ~EndpointBench();
+    EndpointFixture();
+    ~EndpointFixture();
 
     /// Fills the features from a server of its own; false when one of them stayed empty.
     bool fill();
@@ -80,7 +80,7 @@ public:
     /// Where the files are that the operations send.
     QString folder() const { return m_folder.path(); }
     void destroyController() { m_state.reset(); }
-    /// From now on the controller is the caller's to destroy, and the bench has none.
+    /// From now on the controller is the caller's to destroy, and the fixture has none.
     AppState *releaseController() { return m_state.release(); }
 
 private:
