@@ -16,7 +16,7 @@ constexpr char16_t firstStandIn = 0xE000;
 constexpr char16_t lastStandIn = 0xE7FF;
 constexpr char16_t firstSurrogate = 0xD800;
 
-// Most inputs make the network library or a model warn, and writing that down would cost more than the input.
+// Most inputs make Qt or a model warn, and writing that down would cost more than the input.
 void dropMessage(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
     if (type == QtFatalMsg)

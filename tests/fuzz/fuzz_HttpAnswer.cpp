@@ -192,7 +192,7 @@ bool endsWithinASize(const QByteArray &body)
     return false;
 }
 
-// The network library (seen in 6.4) never tells that the connection was closed where it stops reading a
+// Qt (seen in 6.4) never tells that the connection was closed where it stops reading a
 // chunked body half-way: within the size of a chunk, at an empty or a negative one, at a line that ends in
 // anything but CR LF, and ahead of the very last line break.
 bool isNeverAnswered(const QByteArray &answer)

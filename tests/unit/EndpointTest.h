@@ -12,7 +12,7 @@
 
 #include <memory>
 
-/// What the status line has to say; "!" at its end stands for an error text of the network library's own.
+/// What the status line has to say; "!" at its end stands for one of Qt's error texts.
 struct EndpointOutcome
 {
     QString status;

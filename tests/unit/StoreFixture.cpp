@@ -141,16 +141,16 @@ void addFailedJsonAnswers()
     const QByteArray goodForAll = R"({"token":"new","credits":"9","items":[{"id":"new"}],)"
                                   R"("patches":[{"id":9}],"files":[{"id":"new"}],"file_data":"TkVX",)"
                                   R"("status":"ok","error":"No."})";
-    http("400-json", 400, goodForAll, libraryText);
-    http("401-json", 401, goodForAll, libraryText);
-    http("404-html", 404, "<html></html>", libraryText);
-    http("500-json", 500, goodForAll, libraryText);
-    http("503-empty", 503, {}, libraryText);
-    QTest::newRow("closed-without-a-byte") << RawAnswer{} << libraryText;
-    QTest::newRow("reset-without-a-byte") << RawAnswer{{}, RawAnswer::Ending::Reset} << libraryText;
+    http("400-json", 400, goodForAll, qtText);
+    http("401-json", 401, goodForAll, qtText);
+    http("404-html", 404, "<html></html>", qtText);
+    http("500-json", 500, goodForAll, qtText);
+    http("503-empty", 503, {}, qtText);
+    QTest::newRow("closed-without-a-byte") << RawAnswer{} << qtText;
+    QTest::newRow("reset-without-a-byte") << RawAnswer{{}, RawAnswer::Ending::Reset} << qtText;
     QTest::newRow("closed-in-mid-body")
-        << RawAnswer{"HTTP/1.1 200 OK\r\nContent-Length: 9999\r\n\r\n" + goodForAll} << libraryText;
-    QTest::newRow("not-http") << RawAnswer{"220 mail.example ESMTP\r\n"} << libraryText;
+        << RawAnswer{"HTTP/1.1 200 OK\r\nContent-Length: 9999\r\n\r\n" + goodForAll} << qtText;
+    QTest::newRow("not-http") << RawAnswer{"220 mail.example ESMTP\r\n"} << qtText;
 }
 
 bool isOneFailure(const QStringList &announced, const QString &text)
@@ -158,7 +158,7 @@ bool isOneFailure(const QStringList &announced, const QString &text)
     if (announced.size() != 1)
         return false;
     const QString &status = announced.constFirst();
-    if (text != libraryText)
+    if (text != qtText)
         return status == u"0 "_s + text;
     return status.startsWith(u"0 "_s) && status.size() > 2 && !status.startsWith(u"0 HTTP "_s)
         && !status.contains(u"No."_s);

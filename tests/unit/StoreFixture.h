@@ -52,8 +52,8 @@ private:
 /// Each part of a form as its header lines and its body.
 QByteArrayList formLines(const RecordedRequest &request);
 
-/// Stands for an error text of the network library's own.
-inline const QString libraryText = QStringLiteral("(of the library)");
+/// Stands for one of Qt's error texts.
+inline const QString qtText = QStringLiteral("(Qt's text)");
 
 /// A table of the answers that fail a JSON request, whatever it asks for: columns "answer" (RawAnswer) and
 /// "status" (QString).

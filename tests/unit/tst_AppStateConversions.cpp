@@ -223,7 +223,7 @@ void TestAppStateConversions::failures_data()
     QTest::newRow("broken-json") << httpAnswer(200, "{\"status\":") << u"Worker error: "_s;
     QTest::newRow("500-json") << httpAnswer(500, R"({"status":"fail","message":"Overloaded."})")
                               << u"Overloaded."_s;
-    // An empty text here stands for one of the network library's own.
+    // An empty text here stands for one of Qt's own.
     QTest::newRow("500-empty") << httpAnswer(500, {}) << QString();
     QTest::newRow("closed-without-a-byte") << QByteArray() << QString();
 }

@@ -169,7 +169,7 @@ void TestAppStateFeedback::sendToDev_outcome_data()
     QTest::newRow("array") << ok("[1]") << u"HTTP 200: [1]"_s << 0;
     QTest::newRow("empty") << ok({}) << u"HTTP 200: "_s << 0;
     QTest::newRow("markup-as-it-is") << ok(R"({"error":"<b>R&D</b> %1"})") << u"<b>R&D</b> %1"_s << 0;
-    // "!" stands for an error text of the network library's own.
+    // "!" stands for one of Qt's error texts.
     QTest::newRow("500-json") << httpAnswer(500, R"({"status":"ok","ticket_id":"T"})") << u"!"_s << 0;
     QTest::newRow("401") << httpAnswer(401, "no", "WWW-Authenticate: Basic realm=\"x\"\r\n") << u"!"_s << 0;
     QTest::newRow("closed-without-a-byte") << QByteArray() << u"!"_s << 0;
@@ -329,7 +329,7 @@ void TestAppStateFeedback::submitTicket_outcome_data()
     QTest::newRow("refused") << ok(R"({"status":"error","error":"No."})") << u"No."_s << 0;
     QTest::newRow("refused-without-reason") << ok("{}") << u""_s << 0;
     QTest::newRow("html") << ok("<html></html>") << u"HTTP 200: <html></html>"_s << 0;
-    // "!" stands for an error text of the network library's own.
+    // "!" stands for one of Qt's error texts.
     QTest::newRow("500-json") << httpAnswer(500, R"({"status":"ok","ticket_id":"T"})") << u"!"_s << 0;
     QTest::newRow("closed-without-a-byte") << QByteArray() << u"!"_s << 0;
 }
@@ -403,7 +403,7 @@ void TestAppStateFeedback::loadTicket_outcome_data()
                             << u"{\n    \"m\": \"<img src='http://127.0.0.1:1/x'>\"\n}\n"_s;
     QTest::newRow("array") << httpAnswer(200, "[1]") << u"HTTP 200: [1]"_s << earlier;
     QTest::newRow("empty") << httpAnswer(200, {}) << u"HTTP 200: "_s << earlier;
-    // "!" stands for an error text of the network library's own.
+    // "!" stands for one of Qt's error texts.
     QTest::newRow("404-json") << httpAnswer(404, R"({"status":"ok"})") << u"!"_s << earlier;
     QTest::newRow("closed-without-a-byte") << QByteArray() << u"!"_s << earlier;
 }
@@ -479,7 +479,7 @@ void TestAppStateFeedback::replyTicket_outcome_data()
     QTest::newRow("refused") << ok(R"({"status":"error","error":"Closed."})") << u"Closed."_s << false;
     QTest::newRow("refused-without-reason") << ok("{}") << u""_s << false;
     QTest::newRow("html") << ok("<html>") << u"HTTP 200: <html>"_s << false;
-    // "!" stands for an error text of the network library's own.
+    // "!" stands for one of Qt's error texts.
     QTest::newRow("500-ok") << httpAnswer(500, R"({"status":"ok"})") << u"!"_s << false;
     QTest::newRow("closed-without-a-byte") << QByteArray() << u"!"_s << false;
 }

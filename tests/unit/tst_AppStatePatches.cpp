@@ -435,7 +435,7 @@ void TestAppStatePatches::apply_unreadableFile()
     QVERIFY(!binFile().isEmpty());
     m_fixture->state->applyPatchToBin(0, m_fixture->inDir(name));
     QVERIFY(m_fixture->idle());
-    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QVERIFY2(isOneFailure(m_fixture->announced, qtText), qPrintable(m_fixture->announced.join(u'|')));
 }
 
 void TestAppStatePatches::apply_emptyFile()
@@ -453,7 +453,7 @@ void TestAppStatePatches::apply_pipe()
     list();
     m_fixture->state->applyPatchToBin(0, path);
     QVERIFY(m_fixture->idle());
-    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QVERIFY2(isOneFailure(m_fixture->announced, qtText), qPrintable(m_fixture->announced.join(u'|')));
 }
 
 void TestAppStatePatches::apply_indexOutOfRange_data()

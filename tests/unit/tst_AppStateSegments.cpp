@@ -392,7 +392,7 @@ void TestAppStateSegments::previewOutcome_data()
     QTest::newRow("refused-status") << ok(R"({"status":"fail"})") << u"Worker error: fail"_s << 0 << 2;
     QTest::newRow("cut-json") << ok(R"({"status":"ok","candidates":[{)") << u"Worker error: "_s << 0 << 2;
     QTest::newRow("empty") << ok({}) << u"Worker returned empty response."_s << 0 << 2;
-    // "!" stands for an error text of the network library's own.
+    // "!" stands for one of Qt's error texts.
     QTest::newRow("500-empty") << httpAnswer(500, {}) << u"!"_s << 0 << 2;
     QTest::newRow("500-refused") << httpAnswer(500, R"({"status":"no","message":"m"})") << u"m"_s << 0 << 2;
     QTest::newRow("500-ok") << httpAnswer(500, previewOf(1)) << u"1 swap candidate(s)."_s << 1 << 1;

@@ -451,7 +451,7 @@ void TestAppStateStock::download_failedWithoutBytes()
     listFile("a.kvt");
     const QStringList before = m_fixture->filesEverywhere();
     QCOMPARE(download(answer, true), 1);
-    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QVERIFY2(isOneFailure(m_fixture->announced, qtText), qPrintable(m_fixture->announced.join(u'|')));
     QCOMPARE(m_fixture->filesEverywhere(), before);
     QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
     QCOMPARE(m_fixture->state->tab(), u"stock"_s);
@@ -464,7 +464,7 @@ void TestAppStateStock::download_saveFails()
     makeFile(TestEnvironment::documents(), "a file in the folder's place");
     listFile("a.bin");
     QCOMPARE(download(answerWith("bytes"), true), 1);
-    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QVERIFY2(isOneFailure(m_fixture->announced, qtText), qPrintable(m_fixture->announced.join(u'|')));
     QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
     QCOMPARE(contentOf(TestEnvironment::documents()), QByteArray("a file in the folder's place"));
 }
@@ -642,7 +642,7 @@ void TestAppStateStock::open_cannotWrite()
     listFile("a.kvt");
     QCOMPARE(download(answerWith("bytes"), true), 1);
     QCOMPARE(m_fixture->announced.size(), 2);
-    QVERIFY2(isOneFailure(m_fixture->announced.mid(0, 1), libraryText),
+    QVERIFY2(isOneFailure(m_fixture->announced.mid(0, 1), qtText),
              qPrintable(m_fixture->announced.join(u'|')));
     QCOMPARE(m_fixture->announced.last(), u"tab"_s);
     QCOMPARE(m_fixture->state->fileName(), u"mine.kvt"_s);
@@ -883,7 +883,7 @@ void TestAppStateStock::names_tooLong()
     listFile(filename);
     const QStringList before = m_fixture->filesEverywhere();
     QCOMPARE(download(answerWith("bytes"), true), 1);
-    QVERIFY2(isOneFailure(m_fixture->announced.mid(0, 1), libraryText),
+    QVERIFY2(isOneFailure(m_fixture->announced.mid(0, 1), qtText),
              qPrintable(m_fixture->announced.join(u'|')));
     QCOMPARE(m_fixture->announced.mid(1), afterTheStatus);
     QCOMPARE(m_fixture->filesEverywhere(), before);

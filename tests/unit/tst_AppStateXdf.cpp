@@ -516,7 +516,7 @@ void TestAppStateXdf::download_nameTooLong()
     m_fixture->server.answerNext(answerWith("bytes"));
     m_fixture->state->xdfDownload(0);
     WAIT_VERIFY(m_fixture->idle());
-    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QVERIFY2(isOneFailure(m_fixture->announced, qtText), qPrintable(m_fixture->announced.join(u'|')));
     QCOMPARE(m_fixture->filesEverywhere(), before);
     QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
 }
@@ -540,7 +540,7 @@ void TestAppStateXdf::download_failedWithoutBytes()
     m_fixture->server.answerNext(answer);
     m_fixture->state->xdfDownload(0);
     WAIT_VERIFY(m_fixture->idle());
-    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QVERIFY2(isOneFailure(m_fixture->announced, qtText), qPrintable(m_fixture->announced.join(u'|')));
     QCOMPARE(m_fixture->documents(), QStringList());
     QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
     QCOMPARE(m_fixture->server.requestCount(), 2);
@@ -567,7 +567,7 @@ void TestAppStateXdf::download_saveFails()
     m_fixture->server.answerNext(answerWith("bytes"));
     m_fixture->state->xdfDownload(0);
     WAIT_VERIFY(m_fixture->idle());
-    QVERIFY2(isOneFailure(m_fixture->announced, libraryText), qPrintable(m_fixture->announced.join(u'|')));
+    QVERIFY2(isOneFailure(m_fixture->announced, qtText), qPrintable(m_fixture->announced.join(u'|')));
     QCOMPARE(m_fixture->desktop.opened, QList<QUrl>());
     QCOMPARE(contentOf(TestEnvironment::documents()), QByteArray("a file in the folder's place"));
 }

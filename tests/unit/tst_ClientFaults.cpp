@@ -32,7 +32,7 @@ enum class Expect
     Body,
     /// A transport error beside the body as written in the row.
     ErrorBody,
-    /// The network library's release decides; one callback that fits the rules, whatever it says.
+    /// Depends on Qt's version: one callback that fits the rules, whatever it says.
     Either,
 };
 

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What the network library makes of a faulty answer.
+/// What Qt makes of a faulty answer.
 enum class Arrives
 {
     /// No transport error; the body as written in the row.

@@ -52,7 +52,7 @@ struct Outcome
     }
 };
 
-/// What the network library adds on its own to every request.
+/// What Qt adds to every request.
 const QByteArrayList libraryHeaders{"accept-encoding", "accept-language", "connection", "host", "user-agent"};
 
 QByteArrayList sorted(QByteArrayList names)
@@ -498,7 +498,7 @@ void TestVoxApiClient::checkUpdate_wire()
     QCOMPARE(onlyRequest().body, QByteArray());
 }
 
-// Answers by rule. "!" stands for an error text of the network library's own.
+// Answers by rule. "!" stands for one of Qt's error texts.
 
 void TestVoxApiClient::ruleA_data()
 {
