@@ -190,7 +190,7 @@ void TestDevEndpoints::refusedSearches_data()
 {
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<QString>("error");
-    QTest::newRow("no-json") << QByteArray("make=GMC") << u"Not a JSON object"_s;
+    QTest::newRow("not-json") << QByteArray("make=GMC") << u"Not a JSON object"_s;
     QTest::newRow("array") << QByteArray("[]") << u"Not a JSON object"_s;
     QTest::newRow("number") << QByteArray(R"({"make":1})") << u"Not a text: make"_s;
     QTest::newRow("null") << QByteArray(R"({"sort_dir":null})") << u"Not a text: sort_dir"_s;

@@ -135,7 +135,7 @@ void TestDevProgram::refusesWrongArguments_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QByteArray>("error");
     QTest::newRow("unknown") << QStringList(u"--rain"_s) << QByteArray("rain");
-    QTest::newRow("stray") << QStringList(u"rain"_s) << QByteArray("Unknown argument: rain");
+    QTest::newRow("unexpected-argument") << QStringList(u"rain"_s) << QByteArray("Unknown argument: rain");
     QTest::newRow("port-no-number") << QStringList({u"--port"_s, u"x"_s}) << QByteArray("--port");
     QTest::newRow("port-too-large") << QStringList({u"--port"_s, u"65536"_s}) << QByteArray("--port");
     QTest::newRow("tls-without-key") << QStringList({u"--tls"_s, u"c.pem"_s}) << QByteArray("--tls");

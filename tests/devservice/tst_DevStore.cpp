@@ -274,7 +274,8 @@ void TestDevStore::downloadRefusals_data()
                                 << u"Not signed in"_s;
     QTest::newRow("unknown-item") << Fields{token, {"id", "12650014-9"}} << 404
                                   << u"No such item: 12650014-9"_s;
-    QTest::newRow("too-dear") << Fields{token, {"id", "12650014-4"}} << 402 << u"Not enough credits"_s;
+    QTest::newRow("not-enough-credits")
+        << Fields{token, {"id", "12650014-4"}} << 402 << u"Not enough credits"_s;
 }
 
 void TestDevStore::downloadRefusals()

@@ -564,8 +564,8 @@ void TestProgram::wrongServiceFileMeansNoService()
 void TestProgram::leavesNoCoreDump_data()
 {
     QTest::addColumn<bool>("isDebugged");
-    QTest::newRow("usually") << false;
-    QTest::newRow("debugged") << true;
+    QTest::newRow("default") << false;
+    QTest::newRow("allowed") << true;
 }
 
 // Files, passwords and tokens are in the memory that it would hold.

@@ -23,7 +23,7 @@ TestCase {
             { tag: "right-to-left-override", path: "/home/u/\u202Ex.kvt" },
             { tag: "beyond-16-bit", path: "/home/u/\u{1F600}.kvt" },
             { tag: "control", path: "/home/u/\u0001\u007F.kvt" },
-            { tag: "no-character-of-its-encoding", path: "/home/u/\uFFFD.kvt" }
+            { tag: "replacement-character", path: "/home/u/\uFFFD.kvt" }
         ];
     }
 
@@ -56,7 +56,7 @@ TestCase {
         return [
             { tag: "latin-1", url: "file:///u/caf%E9.kvt", path: "u/caf\uFFFD.kvt" },
             { tag: "small-letters", url: "file:///u/caf%e9.kvt", path: "u/caf\uFFFD.kvt" },
-            { tag: "never-a-byte", url: "file:///u/%FF.kvt", path: "u/\uFFFD.kvt" },
+            { tag: "invalid-byte", url: "file:///u/%FF.kvt", path: "u/\uFFFD.kvt" },
             { tag: "run", url: "file:///u/%FF%FE%80.kvt", path: "u/\uFFFD\uFFFD.kvt" },
             { tag: "cut", url: "file:///u/%C3.kvt", path: "u/\uFFFD.kvt" },
             { tag: "overlong", url: "file:///u/%C0%AF.kvt", path: "u/\uFFFD.kvt" },
@@ -103,7 +103,7 @@ TestCase {
             { tag: "only-the-root", text: "/", url: "file:///" },
             { tag: "url", text: "file:///u/a%20b#1.kvt", url: "file:///u/a%20b%231.kvt" },
             { tag: "url-not-utf-8", text: "file:///u/%E9.kvt", url: "file:///u/%EF%BF%BD.kvt" },
-            { tag: "begun-url", text: "file:/", url: "file:///d%2541/file%3A/" },
+            { tag: "started-url", text: "file:/", url: "file:///d%2541/file%3A/" },
             { tag: "url-of-a-host", text: "file://u/x", url: "file:///d%2541/file%3A//u/x" },
             { tag: "tilde", text: "~/x.kvt", url: "file:///d%2541/~/x.kvt" },
             { tag: "half-a-character", text: "/u/x\uD800", url: "file:///u/x%EF%BF%BD" }

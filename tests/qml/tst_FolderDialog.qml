@@ -138,7 +138,7 @@ DialogTest {
     function test_parentFolderByButton_data() {
         return [
             { tag: "up", isIt: item => item.objectName === "upButton" },
-            { tag: "bread-crumb", isIt: item => item.folderName === "é f" }
+            { tag: "breadcrumb", isIt: item => item.folderName === "é f" }
         ];
     }
 

@@ -227,7 +227,7 @@ DialogTest {
         verifyOpened(dialog, "plain/inner/first.kvt", 32);
     }
 
-    function test_pathIsLeft_data() { return [{ tag: "empty", path: "" }, { tag: "begun", path: "/" }]; }
+    function test_pathIsLeft_data() { return [{ tag: "empty", path: "" }, { tag: "started", path: "/" }]; }
 
     function test_pathIsLeft(data) {
         const dialog = openDialog("plain");

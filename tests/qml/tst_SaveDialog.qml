@@ -433,7 +433,7 @@ DialogTest {
         return [
             { tag: "first", name: "x\uD800.kvt", saved: "x\uFFFD.kvt" },
             { tag: "second", name: "\uDC00x.kvt", saved: "\uFFFDx.kvt" },
-            { tag: "beside-a-whole", name: "\u{1F600}\uD83D\uD83D.kvt", saved: "\u{1F600}\uFFFD\uFFFD.kvt" }
+            { tag: "halves-after-a-pair", name: "\u{1F600}\uD83D\uD83D.kvt", saved: "\u{1F600}\uFFFD\uFFFD.kvt" }
         ];
     }
 

@@ -148,7 +148,7 @@ void addFailedJsonAnswers()
     http("503-empty", 503, {}, qtText);
     QTest::newRow("closed-without-a-byte") << RawAnswer{} << qtText;
     QTest::newRow("reset-without-a-byte") << RawAnswer{{}, RawAnswer::Ending::Reset} << qtText;
-    QTest::newRow("closed-in-mid-body")
+    QTest::newRow("closed-within-body")
         << RawAnswer{"HTTP/1.1 200 OK\r\nContent-Length: 9999\r\n\r\n" + goodForAll} << qtText;
     QTest::newRow("not-http") << RawAnswer{"220 mail.example ESMTP\r\n"} << qtText;
 }

@@ -163,7 +163,7 @@ void TestAppStateConversions::kvtResultBecomesTheOpenFile_data()
 
     QTest::newRow("kvt") << u"imported.kvt"_s << true;
     QTest::newRow("KVT") << u"IMPORTED.KVT"_s << true;
-    QTest::newRow("only-ending") << u".kvt"_s << true;
+    QTest::newRow("only-suffix") << u".kvt"_s << true;
     QTest::newRow("bin") << u"kvt.bin"_s << false;
     QTest::newRow("kvt-in-the-middle") << u"a.kvt.zip"_s << false;
     QTest::newRow("no-dot") << u"akvt"_s << false;

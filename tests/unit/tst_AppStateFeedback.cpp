@@ -256,8 +256,8 @@ void TestAppStateFeedback::checkUpdate_opensTheLinkOnce_data()
                           << QByteArray("https://x.example/kvt.zip");
     QTest::newRow("number") << QByteArray("5") << QByteArray("http://x.example/?a=1&b=%20")
                             << QByteArray("http://x.example/?a=1&b=%20");
-    QTest::newRow("lenient") << QByteArray("\"4.0.2.1\"") << QByteArray("https://x.example/kvt 5.zip")
-                             << QByteArray("https://x.example/kvt%205.zip");
+    QTest::newRow("blank-in-link") << QByteArray("\"4.0.2.1\"") << QByteArray("https://x.example/kvt 5.zip")
+                                   << QByteArray("https://x.example/kvt%205.zip");
 }
 
 void TestAppStateFeedback::checkUpdate_opensTheLinkOnce()

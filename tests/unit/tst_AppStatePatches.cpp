@@ -387,7 +387,7 @@ void TestAppStatePatches::apply_outcome_data()
     QTest::newRow("ok-in-capitals") << QByteArray(R"({"status":"OK"})") << u"0 Patch failed."_s;
     QTest::newRow("error") << QByteArray(R"({"error":"Not enough credits."})") << u"0 Not enough credits."_s;
     QTest::newRow("empty-object") << QByteArray("{}") << u"0 Patch failed."_s;
-    QTest::newRow("file-not-latin") << QByteArray("{\"file_data\":\"\xd0\x96\"}") << u"0 Patch failed."_s;
+    QTest::newRow("file-not-latin-1") << QByteArray("{\"file_data\":\"\xd0\x96\"}") << u"0 Patch failed."_s;
 }
 
 void TestAppStatePatches::apply_outcome()

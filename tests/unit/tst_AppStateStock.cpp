@@ -305,7 +305,7 @@ void TestAppStateStock::download_wire_data()
 
     QTest::newRow("text") << 0 << QByteArray(" a/\"b\" ");
     QTest::newRow("number") << 1 << QByteArray("7");
-    QTest::newRow("path-for-none") << 2 << QByteArray("gm/../\xc3\xa9.kvt");
+    QTest::newRow("path-without-name") << 2 << QByteArray("gm/../\xc3\xa9.kvt");
     QTest::newRow("nothing") << 3 << QByteArray();
 }
 
@@ -738,8 +738,9 @@ void TestAppStateStock::open_refusesWhatIsNotTheUsersOwn_data()
     QTest::newRow("link-empty") << u"link"_s << QByteArray() << u"0 Too many levels of symbolic links"_s;
     QTest::newRow("second-name") << u"second-name"_s << QByteArray("other") << u"0 Too many links"_s;
     QTest::newRow("second-name-equal") << u"second-name"_s << QByteArray("bytes") << u"0 Too many links"_s;
-    QTest::newRow("stranger") << u"stranger"_s << QByteArray("other") << u"0 Operation not permitted"_s;
-    QTest::newRow("stranger-equal") << u"stranger"_s << QByteArray("bytes") << u"0 Operation not permitted"_s;
+    QTest::newRow("other-user") << u"other-user"_s << QByteArray("other") << u"0 Operation not permitted"_s;
+    QTest::newRow("other-user-same-bytes")
+        << u"other-user"_s << QByteArray("bytes") << u"0 Operation not permitted"_s;
 }
 
 // Equal bytes are not enough: whoever owns the file may change it before it is read again.
@@ -748,7 +749,7 @@ void TestAppStateStock::open_refusesWhatIsNotTheUsersOwn()
     QFETCH(QString, kind);
     QFETCH(QByteArray, content);
     QFETCH(QString, status);
-    if (kind == u"stranger"_s && ::geteuid() != 0)
+    if (kind == u"other-user"_s && ::geteuid() != 0)
         QSKIP("Only root can give a file to another user.");
     openTune(u"mine.kvt"_s);
     listFile("a.kvt");
@@ -760,7 +761,7 @@ void TestAppStateStock::open_refusesWhatIsNotTheUsersOwn()
         QCOMPARE(
             ::link(QFile::encodeName(other).constData(), QFile::encodeName(inTemp(u"a.kvt"_s)).constData()),
             0);
-    if (kind == u"stranger"_s) {
+    if (kind == u"other-user"_s) {
         constexpr uid_t nobody = 65534;
         QVERIFY(QFile::remove(other));
         QCOMPARE(::chown(QFile::encodeName(inTemp(u"a.kvt"_s)).constData(), nobody, nobody), 0);

@@ -175,7 +175,7 @@ void TestAppStateTools::openWebTool_handsAddressToTheDesktop_data()
     QTest::newRow("https") << u"https://x.example/api/checksum-gui.html"_s
                            << QByteArray("https://x.example/api/checksum-gui.html");
     QTest::newRow("file") << u"file:///path/manual.pdf"_s << QByteArray("file:///path/manual.pdf");
-    QTest::newRow("tolerant-blank") << u"https://x.example/a b"_s << QByteArray("https://x.example/a%20b");
+    QTest::newRow("blank-is-encoded") << u"https://x.example/a b"_s << QByteArray("https://x.example/a%20b");
     QTest::newRow("encoded") << u"https://x.example/a%20b?c=%25"_s
                              << QByteArray("https://x.example/a%20b?c=%25");
 }

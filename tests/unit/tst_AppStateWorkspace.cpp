@@ -207,7 +207,7 @@ void TestAppStateWorkspace::open_oddNames_data()
     QTest::newRow("quotes") << u"a\"b.kvt"_s << QByteArray("a\"b.kvt");
     QTest::newRow("line-feed") << u"a\nb.kvt"_s << QByteArray("a_b.kvt");
     QTest::newRow("accent") << u"caf\u00e9.kvt"_s << QByteArray("caf\xc3\xa9.kvt");
-    QTest::newRow("no-ending") << u"tune"_s << QByteArray("tune");
+    QTest::newRow("no-suffix") << u"tune"_s << QByteArray("tune");
 }
 
 void TestAppStateWorkspace::open_oddNames()
@@ -490,7 +490,7 @@ void TestAppStateWorkspace::suggestName_data()
     QTest::newRow("plain") << u"truck.kvt"_s << u".bin"_s << u"truck.bin"_s;
     QTest::newRow("two-dots") << u"a.b.kvt"_s << u".bin"_s << u"a.b.bin"_s;
     QTest::newRow("no-dot") << u"truck"_s << u"_efi.bin"_s << u"truck_efi.bin"_s;
-    QTest::newRow("only-ending") << u".kvt"_s << u".bin"_s << u"tune.bin"_s;
+    QTest::newRow("only-suffix") << u".kvt"_s << u".bin"_s << u"tune.bin"_s;
     QTest::newRow("trailing-dot") << u"truck."_s << u".bin"_s << u"truck.bin"_s;
     QTest::newRow("suffix-empty") << u"truck.kvt"_s << QString() << u"truck"_s;
     QTest::newRow("suffix-unchanged") << u"truck.kvt"_s << u"%1 <b>"_s << u"truck%1 <b>"_s;

@@ -171,14 +171,14 @@ void TestClientFaults::answer_data()
     fault("chunk-size-garbage", withHeaders(chunked, "zz\r\nabc\r\n0\r\n\r\n"), Expect::Either);
     fault("chunk-cut-short", withHeaders(chunked, "64\r\nonly this"), Expect::ErrorIfPosted);
     fault("chunk-no-last", withHeaders(chunked, "3\r\nabc\r\n"), Expect::Either);
-    fault("length-banana", withHeaders("Content-Length: banana\r\nConnection: close\r\n", "abc"),
+    fault("length-not-a-number", withHeaders("Content-Length: banana\r\nConnection: close\r\n", "abc"),
           Expect::Either);
     fault("length-negative", withHeaders("Content-Length: -5\r\nConnection: close\r\n", "abc"),
           Expect::Either);
     fault("length-twice-different",
           withHeaders("Content-Length: 3\r\nContent-Length: 5\r\nConnection: close\r\n", "abcde"),
           Expect::Either);
-    delivers("length-none-ended-by-closing", withHeaders("Connection: close\r\n", "until the end"),
+    delivers("length-missing-ended-by-closing", withHeaders("Connection: close\r\n", "until the end"),
              "until the end", false);
     fault("not-http", "220 mail.example ESMTP ready\r\n", Expect::Error);
     fault("not-http-binary", QByteArray("\0\1\2\3\xff\xfe\r\n\r\n", 10), Expect::Error);

@@ -250,9 +250,9 @@ void TestConversions::outputNameOfChosenFile_data()
     QTest::addColumn<QString>("inputName");
     QTest::addColumn<QString>("outName");
 
-    QTest::newRow("one-ending") << u"tune.ctz"_s << u"tune.bin"_s;
-    QTest::newRow("two-endings") << u"tune.old.ctz"_s << u"tune.old.bin"_s;
-    QTest::newRow("no-ending") << u"tune"_s << u"tune.bin"_s;
+    QTest::newRow("one-suffix") << u"tune.ctz"_s << u"tune.bin"_s;
+    QTest::newRow("two-suffixes") << u"tune.old.ctz"_s << u"tune.old.bin"_s;
+    QTest::newRow("no-suffix") << u"tune"_s << u"tune.bin"_s;
     QTest::newRow("blanks") << u" my tune .ctz"_s << u" my tune .bin"_s;
     QTest::newRow("letters") << u"größe.ctz"_s << u"größe.bin"_s;
     QTest::newRow("place-markers") << u"%1 %2.ctz"_s << u"%1 %2.bin"_s;

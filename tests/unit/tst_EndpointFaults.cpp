@@ -72,7 +72,7 @@ QList<Fault> faults()
         {"chunk-size-garbage", {withHeaders(chunked, "zz\r\nabc\r\n0\r\n\r\n")}, Arrives::Either, none},
         {"chunk-cut-short", {withHeaders(chunked, "64\r\nonly this")}, Arrives::ErrorMaybeBody, none},
         {"chunk-no-last", {withHeaders(chunked, "3\r\nabc\r\n")}, Arrives::Either, none},
-        {"length-banana",
+        {"length-not-a-number",
          {withHeaders("Content-Length: banana\r\n" + closing, "abc")},
          Arrives::Either,
          none},
@@ -81,7 +81,7 @@ QList<Fault> faults()
          {withHeaders("Content-Length: 3\r\nContent-Length: 5\r\n" + closing, "abcde")},
          Arrives::Either,
          none},
-        {"length-none", {withHeaders(closing, "until the end")}, Arrives::Body, "until the end"},
+        {"length-missing", {withHeaders(closing, "until the end")}, Arrives::Body, "until the end"},
         {"not-http", {"220 mail.example ESMTP ready\r\n"}, Arrives::ErrorAndBody, none},
         {"status-line-empty", {"\r\n\r\n"}, Arrives::Either, none},
         {"status-999", {httpAnswer(999, "abc")}, Arrives::Either, none},
@@ -245,9 +245,9 @@ void TestEndpointFaults::controllerDestroyedWithEverythingInFlight_data()
 {
     QTest::addColumn<QByteArray>("beginning");
 
-    QTest::newRow("nothing-came-yet") << QByteArray();
-    QTest::newRow("header-came") << withHeaders("Content-Length: 1000\r\n", {});
-    QTest::newRow("half-a-body-came") << withHeaders("Content-Length: 1000\r\n", "{\"status\":");
+    QTest::newRow("nothing-received-yet") << QByteArray();
+    QTest::newRow("header-received") << withHeaders("Content-Length: 1000\r\n", {});
+    QTest::newRow("half-of-body-received") << withHeaders("Content-Length: 1000\r\n", "{\"status\":");
 }
 
 void TestEndpointFaults::controllerDestroyedWithEverythingInFlight()

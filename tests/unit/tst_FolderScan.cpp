@@ -246,7 +246,7 @@ void TestFolderScan::endings_data()
     QTest::newRow("ctz") << u"a.ctz"_s << true;
     QTest::newRow("CTZ") << u"a.CTZ"_s << true;
     QTest::newRow("mixed") << u"a.KvT"_s << true;
-    QTest::newRow("last-ending-counts") << u"a.bin.kvt"_s << true;
+    QTest::newRow("last-suffix-counts") << u"a.bin.kvt"_s << true;
     QTest::newRow("blank-before") << u"a .kvt"_s << true;
     QTest::newRow("bin") << u"d.bin"_s << false;
     QTest::newRow("backup") << u"a.kvt.bak"_s << false;
@@ -254,7 +254,7 @@ void TestFolderScan::endings_data()
     QTest::newRow("no-dot") << u"akvt"_s << false;
     QTest::newRow("longer") << u"a.kvtx"_s << false;
     QTest::newRow("kelvin-sign") << u"a.\u212avt"_s << false;
-    QTest::newRow("hidden-ending-only") << u".kvt"_s << false;
+    QTest::newRow("suffix-without-name") << u".kvt"_s << false;
 }
 
 void TestFolderScan::endings()
@@ -338,12 +338,12 @@ void TestFolderScan::filters_data()
 
     QTest::newRow("name-part") << u"stock_truck.kvt"_s << name(u"ck_tr"_s) << true;
     QTest::newRow("name-other-case") << u"Stock.kvt"_s << name(u"sTOCK"_s) << true;
-    QTest::newRow("name-with-ending") << u"stock.KVT"_s << name(u"k.kvt"_s) << true;
+    QTest::newRow("name-with-suffix") << u"stock.KVT"_s << name(u"k.kvt"_s) << true;
     QTest::newRow("name-absent") << u"stock.kvt"_s << name(u"stick"_s) << false;
     QTest::newRow("name-not-the-folder") << u"Stock/a.kvt"_s << name(u"stock"_s) << false;
     QTest::newRow("name-blank-counts") << u"stock.kvt"_s << name(u"stock "_s) << false;
     QTest::newRow("name-blank-found") << u"my stock.kvt"_s << name(u" "_s) << true;
-    QTest::newRow("name-is-no-pattern") << u"stock.kvt"_s << name(u"st*"_s) << false;
+    QTest::newRow("name-is-not-a-pattern") << u"stock.kvt"_s << name(u"st*"_s) << false;
     QTest::newRow("name-star-is-a-letter") << u"st*ck.kvt"_s << name(u"t*c"_s) << true;
     QTest::newRow("name-letters") << u"Grösse_1.kvt"_s << name(u"GRÖSSE"_s) << true;
     QTest::newRow("name-letters-reverse") << u"GRÖSSE.kvt"_s << name(u"grösse"_s) << true;
@@ -358,7 +358,7 @@ void TestFolderScan::filters_data()
     QTest::newRow("name-kelvin-sign") << u"a\u212a.kvt"_s << name(u"ak"_s) << true;
     QTest::newRow("name-cyrillic") << u"Двигатель.kvt"_s << name(u"ДВИГ"_s) << true;
     QTest::newRow("name-astral") << u"\U00010400.kvt"_s << name(u"\U00010428"_s) << true;
-    QTest::newRow("name-longer-than-any") << u"a.kvt"_s << name(QString(5000, u'a')) << false;
+    QTest::newRow("filter-longer-than-any-name") << u"a.kvt"_s << name(QString(5000, u'a')) << false;
 
     QTest::newRow("os-token") << u"e38_12654321.kvt"_s << os(u"1265"_s) << true;
     QTest::newRow("os-name-without-token") << u"x1265.kvt"_s << os(u"1265"_s) << true;
@@ -677,7 +677,7 @@ void TestFolderScan::oddNames_data()
     QTest::newRow("backslash") << u"a\\b.kvt"_s;
     QTest::newRow("dash") << u"-rf.kvt"_s;
     QTest::newRow("dots-inside") << u"a..b...kvt"_s;
-    QTest::newRow("as-long-as-it-gets") << QString(251, u'x') + u".kvt"_s;
+    QTest::newRow("longest") << QString(251, u'x') + u".kvt"_s;
 }
 
 void TestFolderScan::oddNames()

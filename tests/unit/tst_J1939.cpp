@@ -135,9 +135,9 @@ void TestJ1939::decodes_data()
     QTest::newRow("separators-inside-pairs") << u"0.4.F.F.5.B.0.0.0.3.0.1"_s << coolant;
     QTest::newRow("letters-past-f") << u"g04zFF:5Bh00ghijk03xyz01"_s << coolant;
     QTest::newRow("nul") << u"04FF"_s + QChar(0) + u"5B000301"_s << coolant;
-    QTest::newRow("full-width-digits-are-none") << u"\uff10\uff1104FF5B000301\uff21"_s << coolant;
-    QTest::newRow("arabic-digits-are-none") << u"\u0660\u066104FF5B000301"_s << coolant;
-    QTest::newRow("astral-letters-are-none") << u"\U0001D7D804FF5B000301\U0001F600"_s << coolant;
+    QTest::newRow("full-width-digits-are-ignored") << u"\uff10\uff1104FF5B000301\uff21"_s << coolant;
+    QTest::newRow("arabic-digits-are-ignored") << u"\u0660\u066104FF5B000301"_s << coolant;
+    QTest::newRow("astral-letters-are-ignored") << u"\U0001D7D804FF5B000301\U0001F600"_s << coolant;
     // Only the "x" goes, and every pair after a first "0" is formed anew.
     QTest::newRow("0x-keeps-its-zero")
         << u"0x04 0xFF 5B 00 03 01"_s << QStringList{u"23551/0/3/0/FF5B0003/above normal (most severe)"_s};
@@ -155,7 +155,7 @@ void TestJ1939::decodes_data()
     QTest::newRow("blank") << u" \n\t"_s << none;
     QTest::newRow("no-hex-digit") << u"xyz, -;: !"_s << none;
     QTest::newRow("one-digit") << u"F"_s << none;
-    QTest::newRow("words-have-digits-too")
+    QTest::newRow("words-contain-hex-digits")
         << u"dead beef cafe"_s << QStringList{u"454590/10/126/222/BEEFCAFE/FMI 10"_s};
 }
 
@@ -245,7 +245,7 @@ void TestJ1939::spnHasNineteenBits_data()
     QTest::newRow("bit-16") << u"00002000"_s << 65536;
     QTest::newRow("bit-17") << u"00004000"_s << 131072;
     QTest::newRow("bit-18") << u"00008000"_s << 262144;
-    QTest::newRow("fmi-is-no-part") << u"00001FFF"_s << 0;
+    QTest::newRow("fmi-is-not-included") << u"00001FFF"_s << 0;
 }
 
 void TestJ1939::spnHasNineteenBits()

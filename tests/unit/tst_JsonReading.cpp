@@ -111,7 +111,7 @@ void TestJsonReading::firstArray_data()
     QTest::newRow("object-skipped") << object << QStringList{u"object"_s, u"a"_s} << one;
     QTest::newRow("null-skipped") << object << QStringList{u"null"_s, u"a"_s} << one;
     QTest::newRow("empty-array-is-an-array") << object << QStringList{u"none"_s, u"a"_s} << QJsonArray();
-    QTest::newRow("no-array") << object << QStringList{u"text"_s, u"x"_s} << QJsonArray();
+    QTest::newRow("not-an-array") << object << QStringList{u"text"_s, u"x"_s} << QJsonArray();
     QTest::newRow("no-keys") << object << QStringList() << QJsonArray();
     QTest::newRow("empty-object") << QJsonObject() << QStringList{u"a"_s} << QJsonArray();
 }

@@ -50,7 +50,7 @@ void TestOsRules::isCumminsStyleOs_data()
     QTest::newRow("bracket-at-end") << u"12345678A["_s << false;
     QTest::newRow("full-width-digits") << u"\uff11\uff12\uff13\uff14\uff15\uff16\uff17\uff18AB"_s << true;
     QTest::newRow("arabic-indic-digits") << u"A\u0661\u0662\u0663\u0664\u0665\u0666\u0667BC"_s << true;
-    QTest::newRow("superscript-is-no-digit") << u"1234567\u00b2AB"_s << false;
+    QTest::newRow("superscript-is-not-a-digit") << u"1234567\u00b2AB"_s << false;
     QTest::newRow("full-width-letters") << u"12345678\uff21\uff22"_s << false;
     QTest::newRow("accented-letter") << u"12345678A\u00e9"_s << false;
     QTest::newRow("cyrillic-letter") << u"\u04101234567BC"_s << false;
@@ -102,7 +102,7 @@ void TestOsRules::osTokenFromName_data()
     QTest::newRow("word-before-number") << u"2015_SILVERADO_12345678.kvt"_s << u"SILVERADO"_s;
     QTest::newRow("upper-cased") << u"a1234567bc.kvt"_s << u"A1234567BC"_s;
     QTest::newRow("whole-run") << u"12345678901234567890"_s << u"12345678901234567890"_s;
-    QTest::newRow("long-ending") << u"a.backup"_s << u"BACKUP"_s;
+    QTest::newRow("long-suffix") << u"a.backup"_s << u"BACKUP"_s;
     QTest::newRow("empty") << QString() << QString();
     QTest::newRow("accent-ends-run") << u"abc\u00e9def1234567"_s << u"DEF1234567"_s;
     QTest::newRow("full-width-digits-end-run") << u"12345\uff16\uff17"_s << QString();
@@ -124,14 +124,14 @@ void TestOsRules::yearFromName_data()
     QTest::newRow("first-of-all") << u"1900"_s << u"1900"_s;
     QTest::newRow("last-of-all") << u"2099"_s << u"2099"_s;
     QTest::newRow("next-century") << u"tune_2105.kvt"_s << QString();
-    QTest::newRow("century-before") << u"tune_1899.kvt"_s << QString();
+    QTest::newRow("year-1899") << u"tune_1899.kvt"_s << QString();
     QTest::newRow("between-letters") << u"x1920y"_s << u"1920"_s;
     QTest::newRow("first-of-two") << u"2019_2020.kvt"_s << u"2019"_s;
     QTest::newRow("inside-a-number") << u"A123201999"_s << u"2019"_s;
     QTest::newRow("earlier-though-unlikely") << u"12006543_2015.kvt"_s << u"2006"_s;
     QTest::newRow("three-digits") << u"tune_199.kvt"_s << QString();
     QTest::newRow("digits-apart") << u"20 15, 20-16"_s << QString();
-    QTest::newRow("in-the-ending") << u"tune.2015"_s << u"2015"_s;
+    QTest::newRow("in-the-suffix") << u"tune.2015"_s << u"2015"_s;
     QTest::newRow("full-width-digits") << u"tune_20\uff11\uff15.kvt"_s << QString();
     QTest::newRow("arabic-indic-digits") << u"tune_\u0662\u0660\u0661\u0665.kvt"_s << QString();
     QTest::newRow("full-width-before-ascii") << u"\uff12\uff10152016"_s << u"2016"_s;

@@ -63,7 +63,7 @@ void TestSegmentSwap::candidates_data()
     QTest::newRow("not-json") << u"0 candidates"_s << none;
     QTest::newRow("array-at-the-top") << uR"([{"label":"a"}])"_s << none;
     QTest::newRow("cut-short") << uR"({"candidates":[{"label":"a"})"_s << none;
-    QTest::newRow("text-ahead") << uR"(note {"candidates":[{"label":"a"}]})"_s << none;
+    QTest::newRow("text-before-object") << uR"(note {"candidates":[{"label":"a"}]})"_s << none;
     QTest::newRow("member-missing") << uR"({"status":"ok"})"_s << none;
     QTest::newRow("member-empty") << uR"({"candidates":[]})"_s << none;
     QTest::newRow("member-object") << uR"({"candidates":{"0":{"label":"a"}}})"_s << none;
@@ -184,7 +184,7 @@ void TestSegmentSwap::indices_data()
     QTest::newRow("only-last") << QVariantList{candidate(0, false), candidate(11, true)} << u"11"_s;
     QTest::newRow("member-missing") << QVariantList{QVariantMap{{u"index"_s, 0}}, candidate(1, true)}
                                     << u"1"_s;
-    QTest::newRow("no-map") << QVariantList{u"x"_s, QVariant(), candidate(2, true)} << u"2"_s;
+    QTest::newRow("not-a-map") << QVariantList{u"x"_s, QVariant(), candidate(2, true)} << u"2"_s;
 }
 
 void TestSegmentSwap::indices()

@@ -144,7 +144,7 @@ void TestSorter::folderParts_data()
     QTest::newRow("year-first-of-name") << u"2019_2020.kvt"_s << QVariantMap() << u"year"_s << u"2019"_s;
     QTest::newRow("year-inside-number") << u"A123201999.kvt"_s << QVariantMap() << u"year"_s << u"2019"_s;
     QTest::newRow("year-of-name-1900") << u"x1920y.kvt"_s << QVariantMap() << u"year"_s << u"1920"_s;
-    QTest::newRow("year-2105-is-none")
+    QTest::newRow("year-2105-is-not-a-year")
         << u"tune_2105.kvt"_s << QVariantMap() << u"year"_s << u"UnknownYear"_s;
     QTest::newRow("year-unknown") << plain << QVariantMap() << u"year"_s << u"UnknownYear"_s;
 
@@ -232,11 +232,11 @@ void TestSorter::sortsInto_data()
     QTest::newRow("markup") << u"<b>R&D 2012.kvt"_s << u"year"_s << u"2012/<b>R&D 2012.kvt"_s;
     QTest::newRow("newline") << u"a\n2012.kvt"_s << u"year"_s << u"2012/a\n2012.kvt"_s;
     QTest::newRow("backslash") << u"a\\b.kvt"_s << u"year"_s << u"UnknownYear/a\\b.kvt"_s;
-    QTest::newRow("as-long-as-it-gets") << QString(251, u'X') + u".kvt"_s << u"os"_s
-                                        << QString(251, u'X') + u'/' + QString(251, u'X') + u".kvt"_s;
+    QTest::newRow("longest") << QString(251, u'X') + u".kvt"_s << u"os"_s
+                             << QString(251, u'X') + u'/' + QString(251, u'X') + u".kvt"_s;
     QTest::newRow("colon-in-front") << u":2012.kvt"_s << u"year"_s << u"2012/:2012.kvt"_s;
     QTest::newRow("any-file") << u"notes.txt"_s << u"make"_s << u"UnknownMake/notes.txt"_s;
-    QTest::newRow("no-ending") << u"2012"_s << u"year"_s << u"2012/2012"_s;
+    QTest::newRow("no-suffix") << u"2012"_s << u"year"_s << u"2012/2012"_s;
 }
 
 void TestSorter::sortsInto()
@@ -268,7 +268,7 @@ void TestSorter::orderText_data()
     QTest::newRow("empty-pieces-between") << u",Year,,Make, ,OS,"_s << usual;
     QTest::newRow("other-order") << u"OS,Year"_s << u"12654321/2014/"_s;
     QTest::newRow("trailing-blank") << u"Make "_s << u"UnknownMake/"_s;
-    QTest::newRow("semicolons-are-no-separators") << u"Year;Make"_s << u"Unknown/"_s;
+    QTest::newRow("semicolons-do-not-separate") << u"Year;Make"_s << u"Unknown/"_s;
     QTest::newRow("key-of-300-characters") << QString(300, u'k') << u"Unknown/"_s;
     QTest::newRow("path-as-key") << u"../../x,/etc"_s << u"Unknown/Unknown/"_s;
 }

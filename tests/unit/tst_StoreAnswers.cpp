@@ -646,7 +646,7 @@ void TestStoreAnswers::bareFileName_data()
     QTest::newRow("nul-only") << nul << u"_"_s;
     QTest::newRow("newline") << u"a\nb.kvt"_s << u"a\nb.kvt"_s;
     QTest::newRow("blanks-kept") << u"a/ b .kvt "_s << u" b .kvt "_s;
-    QTest::newRow("encoded-separator-is-no-separator") << u"..%2fx.kvt"_s << u"..%2fx.kvt"_s;
+    QTest::newRow("encoded-separator-does-not-separate") << u"..%2fx.kvt"_s << u"..%2fx.kvt"_s;
     QTest::newRow("look-alike-slash-is-a-letter") << u"..\u2215x.kvt"_s << u"..\u2215x.kvt"_s;
     QTest::newRow("right-to-left-override") << u"a\u202etvk.exe"_s << u"a\u202etvk.exe"_s;
     QTest::newRow("not-ascii") << u"\u00e9/\u00e9.kvt"_s << u"\u00e9.kvt"_s;

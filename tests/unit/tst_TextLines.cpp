@@ -82,8 +82,9 @@ void TestTextLines::lines_data()
     QTest::newRow("two-newlines") << u"\n\n"_s << QStringList{u""_s, u""_s};
     QTest::newRow("empty-lines-between") << u"a\n\n\nb"_s << QStringList{u"a"_s, u""_s, u""_s, u"b"_s};
     QTest::newRow("empty-line-at-the-end") << u"a\n\n"_s << QStringList{u"a"_s, u""_s};
-    QTest::newRow("carriage-return-ends-no-line") << u"a\rb\r\nc"_s << QStringList{u"a\rb\r"_s, u"c"_s};
-    QTest::newRow("separators-end-no-line")
+    QTest::newRow("carriage-return-does-not-end-a-line")
+        << u"a\rb\r\nc"_s << QStringList{u"a\rb\r"_s, u"c"_s};
+    QTest::newRow("separators-do-not-end-a-line")
         << u"a\u2028b\u2029c\u0085d"_s << QStringList{u"a\u2028b\u2029c\u0085d"_s};
     QTest::newRow("nul") << QString(u"a\0b\nc"_s) << QStringList{u"a\0b"_s, u"c"_s};
     QTest::newRow("blanks-and-tabs") << u"  a\t\n "_s << QStringList{u"  a\t"_s, u" "_s};
