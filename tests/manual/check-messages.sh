@@ -10,9 +10,9 @@ chapter=$top/docs/manual/messages.md
 # in a service configuration goes to the log only.
 mapfile -t sources < <(find "$top/src" -name '*.cpp' ! -name ServiceConfig.cpp | sort)
 mapfile -t texts < <(perl -0777 -ne '
-  while (/(?:setStatus\(|\b(?:fail|report)\(error,|\berror = |return \{\s*(?=QStringLiteral))(.*?);/gs) {
+  while (/(?:setStatus\(|\b(?:fail|report)\(error,|\berror = |return \{\s*(?=u"))(.*?);/gs) {
     my $statement = $1;
-    print "$1\n" while $statement =~ /QStringLiteral\(\s*"((?:[^"\\]|\\.)*)"\s*\)/g;
+    print "$1\n" while $statement =~ /\bu"((?:[^"\\]|\\.)*)"_s/g;
   }' "${sources[@]}" | sed -e 's/\\u2014/—/g' | sort -u)
 
 missing=0
