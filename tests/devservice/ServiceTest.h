@@ -8,7 +8,7 @@
 #include <QSslError>
 #include <QTest>
 
-/// What a client sees of one request.
+/// The outcome of one request for a client.
 struct Outcome
 {
     int status = 0;
@@ -20,7 +20,7 @@ struct Outcome
     int pieces = 0;
 
     QJsonObject json() const;
-    /// The member that says why a request was refused.
+    /// The member with the reason for a refusal.
     QString refusal() const { return json().value(QStringLiteral("error")).toString(); }
 };
 
@@ -41,15 +41,15 @@ Outcome post(const QString &url, const QByteArray &body, const QByteArray &type 
 /// The fields, then the files.
 Outcome postForm(const QString &url, const Fields &fields, const QList<FilePart> &files);
 
-/// All that comes back for these bytes until the service closes the connection. Any thread. `isCut`: nothing
+/// Everything received for these bytes until the service closes the connection. Any thread. `isCut`: nothing
 /// follows them.
 QByteArray rawExchange(const DevService &service, const QByteArray &request, bool isCut = false);
 QByteArray rawGet(const DevService &service, const QByteArray &path);
 
-/// A ticket with all that the service asks for, as the body of a request.
+/// A ticket with all required members, as the body of a request.
 QByteArray ticketOf(const QByteArray &type);
 
-/// A stand-in of its own for each test, and its endpoints by their names.
+/// A separate stand-in for each test, and the names of its endpoints.
 class ServiceTest : public QObject
 {
     Q_OBJECT

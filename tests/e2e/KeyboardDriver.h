@@ -2,7 +2,7 @@
 
 #include "WindowDriver.h"
 
-/// Acts on the window as a person without a mouse: Tab goes to a control, the arrow keys to a row, and the
+/// Uses the window as a person without a mouse: Tab moves to a control, the arrow keys to a row, and the
 /// space bar or Return does what a click would.
 class KeyboardDriver : public WindowDriver
 {
@@ -16,7 +16,7 @@ protected:
     void chooseRow(const QString &rows, const QString &name) const override;
 
 private:
-    /// Presses Tab until the keyboard is with the item, or inside it; throws when it never comes there.
+    /// Presses Tab until the item, or one inside it, has the focus; throws when that never happens.
     void reach(QQuickItem *item) const;
     void reachRow(QQuickItem *row) const;
     /// Presses an arrow key once; throws when the list does not move.

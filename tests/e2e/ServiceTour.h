@@ -6,8 +6,8 @@
 
 #include <functional>
 
-/// The part of the tour that the service does the work for: conversions, segment swap, store, patches, stock
-/// files, tickets and the update check.
+/// The part of the tour that needs the service: conversions, segment swap, store, patches, stock files,
+/// tickets and the update check.
 class ServiceTour
 {
 public:

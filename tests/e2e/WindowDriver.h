@@ -10,17 +10,17 @@ class AppState;
 class QQuickItem;
 class QQuickWindow;
 
-/// Thrown when the window does not do what its user waits for.
+/// Thrown when the window does not do what its user expects.
 class DriveError : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Throws, saying what is wrong, unless it holds.
+/// Throws an error with this text unless the condition holds.
 void check(bool holds, const QString &what);
 
-/// Acts on the program's window as a person would: looks for controls that are in sight, clicks and types.
+/// Uses the program's window as a person would: looks for visible controls, clicks and types.
 class WindowDriver
 {
 public:
@@ -51,7 +51,7 @@ public:
     /// Clicks at once, whether the control can be used or not.
     void tap(QQuickItem *item) const;
     void click(const QString &objectName) const { click(item(objectName)); }
-    /// Clicks the control, replaces its text and leaves the keyboard there.
+    /// Clicks the control, which keeps the focus, and replaces its text.
     void type(const QString &objectName, const QString &text) const;
     void typeInto(QQuickItem *textInput, const QString &text) const;
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const;
@@ -70,9 +70,9 @@ public:
 
 protected:
     void waitUntilUsable(const QQuickItem *item) const;
-    /// Gives the keyboard to a text field.
+    /// Gives a text field the focus.
     virtual void focus(QQuickItem *textInput) const;
-    /// Chooses the row of that file name among those whose object names begin so.
+    /// Chooses the row with that file name among those whose object names have this prefix.
     virtual void chooseRow(const QString &rows, const QString &name) const;
 
 private:

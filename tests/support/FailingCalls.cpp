@@ -1,4 +1,4 @@
-// The functions are defined under their plain names, whatever a build's flags would make of those.
+// Build flags may redirect these names; the functions are defined under the plain ones.
 #undef _FORTIFY_SOURCE
 #undef _FILE_OFFSET_BITS
 
@@ -43,7 +43,7 @@ struct Watch
     QList<int> errors;
 };
 
-// Asked by every call of the process, from before main on: a flag that needs no constructor and no lock.
+// Read by every call of the process, even before main: needs no constructor and no lock.
 constinit std::atomic<bool> armed = false;
 constinit std::mutex mutex;
 constinit Watch *watch = nullptr;
@@ -51,7 +51,7 @@ constinit Watch *watch = nullptr;
 struct Call
 {
     const char *name;
-    /// What a failure reports.
+    /// The error that a failure reports.
     int error;
     bool canBeInterrupted = false;
     int descriptor = -1;
@@ -249,8 +249,8 @@ mode_t modeOf(int flags, va_list arguments)
     return (flags & O_CREAT) || (flags & O_TMPFILE) == O_TMPFILE ? va_arg(arguments, mode_t) : 0;
 }
 
-// The definition that ours hides. A sanitizer that is linked statically has its own under this name, and has
-// to see the call; one that is shared, like the C library, comes next.
+// The definition that ours hides: that of a statically linked sanitizer, which has to see the call, or else
+// the next one, of a shared sanitizer or the C library.
 template <typename Function> Function *hidden(const char *name, Function *interceptor)
 {
     return interceptor ? interceptor : reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
@@ -375,7 +375,7 @@ DEFINE_TRANSFER(pwrite, "write", ENOSPC, (int descriptor, const void *data, size
 DEFINE_TRANSFER(pwrite64, "write", ENOSPC, (int descriptor, const void *data, size_t size, off64_t offset),
                 descriptor, data, size, offset)
 
-// A call that works or returns -1. `specifier` is noexcept for those that the C library declares so.
+// A call that returns -1 on failure. `specifier` is noexcept where the C library declares it.
 #define DEFINE_CALL(result, name, specifier, parameters, verdict, ...)                                       \
     DECLARE_INTERCEPTOR(name)                                                                                \
     extern "C" result name parameters specifier                                                              \
@@ -389,7 +389,7 @@ DEFINE_TRANSFER(pwrite64, "write", ENOSPC, (int descriptor, const void *data, si
     judgePath({name, error}, path) == Verdict::Fails ? Verdict::Fails : judgePath({name, error}, path2)
 #define ON_DESCRIPTOR(name, error) judgeDescriptor({name, error, false, descriptor})
 #define ON_PLACE(name, error) judgePlace({name, error}, descriptor, path)
-// Between two files, of which only one may be watched.
+// Uses two files, of which only one may be watched.
 #define ON_TWO_DESCRIPTORS(name, error)                                                                      \
     judgeDescriptor({name, error, true, descriptor}) == Verdict::Fails                                       \
         ? Verdict::Fails                                                                                     \
@@ -469,7 +469,7 @@ DEFINE_CALL(ssize_t, copy_file_range, ,
             ON_TWO_DESCRIPTORS("copy_file_range", ENOSPC), descriptor, offset, descriptor2, offset2, size,
             flags)
 
-// Clones files, among much else; each of its forms takes one word at most.
+// Clones files, among much else; takes one argument at most.
 DECLARE_INTERCEPTOR(ioctl)
 extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept
 {
@@ -481,8 +481,8 @@ extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept
     return ON_DESCRIPTOR("ioctl", EIO) == Verdict::Fails ? -1 : next(descriptor, request, argument);
 }
 
-// The C library follows a path within itself, where none of the calls above is seen. Leading nowhere is the
-// one error for which Qt does not keep the path as it is.
+// The C library resolves a path internally, so none of the calls above is seen. ENOENT is the only error for
+// which Qt does not keep the path as it is.
 #define FOLLOW(...) ON_PATH("realpath", ENOENT) == Verdict::Fails ? nullptr : next(__VA_ARGS__)
 
 DECLARE_INTERCEPTOR(realpath)
@@ -492,7 +492,7 @@ extern "C" char *realpath(const char *path, char *resolved) noexcept
     return FOLLOW(path, resolved);
 }
 
-// What a hardened build makes of it, which no header declares here.
+// The name in a hardened build, which no header declares here.
 extern "C" char *__realpath_chk(const char *path, char *resolved, size_t size) noexcept;
 DECLARE_INTERCEPTOR(__realpath_chk)
 extern "C" char *__realpath_chk(const char *path, char *resolved, size_t size) noexcept

@@ -8,37 +8,37 @@
 /// What happens to a file system call.
 enum class DiskFault
 {
-    /// It does nothing and reports an error that fits; a close lets go of the descriptor all the same.
+    /// It does nothing and reports a fitting error; a close still releases the descriptor.
     Fails,
-    /// So does each call after it, as on a disk that was pulled out.
+    /// It and all later calls fail, as on a disk that was pulled out.
     FailsForGood,
-    /// It does nothing because of a signal; asked again it works.
+    /// It is interrupted by a signal; the next try works.
     Interrupted,
-    /// It moves half of the bytes.
+    /// It transfers half of the bytes.
     Short,
-    /// It moves half of the bytes, and the next on that descriptor fail.
+    /// It transfers half of the bytes, and later calls on that descriptor fail.
     ShortThenFails
 };
 
-/// While it lives, counts the file system calls that this process makes, in whatever thread, on anything
-/// below a folder, and lets some of them go wrong. One at a time. A program that links its source has the
-/// calls of all of its libraries pass through here, those apart that the C library makes of itself.
+/// While it lives, counts this process's file system calls, in any thread, on anything below a folder, and
+/// makes some of them fail. One at a time. In a program that links its source, the calls of all libraries
+/// pass through here, except those that the C library makes internally.
 class FailingCalls
 {
 public:
-    /// The calls are numbered from 0, and only those count that the fault can happen to.
+    /// The calls are numbered from 0, and only those that can have the fault count.
     FailingCalls(const QString &folder, DiskFault fault, const QList<int> &numbers);
     ~FailingCalls();
     Q_DISABLE_COPY_MOVE(FailingCalls)
 
-    /// From now on no entry of a folder tells its kind, as on some file systems.
+    /// From now on folder entries do not contain their type, as on some file systems.
     void hideKinds();
 
-    /// The calls of those numbers that went wrong, such as "write 3 /tmp/a.kvt". Fewer than the numbers when
-    /// there were not as many calls.
+    /// The calls that failed, such as "write 3 /tmp/a.kvt". Fewer than the numbers when there were not that
+    /// many calls.
     QByteArrayList failed() const;
-    /// What calls that failed reported, each once.
+    /// The errors that failed calls reported, each once.
     QList<int> errors() const;
-    /// The names of all calls in their order, "open" for each of its forms.
+    /// The names of all calls in order, "open" for all its variants.
     QByteArrayList calls() const;
 };

@@ -17,7 +17,7 @@ struct FormPart
     QByteArray header(const QByteArray &name) const;
 };
 
-/// The parts of a multipart/form-data request in wire order; empty when its framing is wrong in any way.
+/// The parts of a multipart/form-data request in wire order; empty when its framing is invalid.
 QList<FormPart> formParts(const RecordedRequest &request);
 
 /// The body of the first part whose disposition names that field, or an empty array.

@@ -6,8 +6,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-/// While it lives, this thread and those that it starts have no more rights to files than any user, even when
-/// the tests run as the superuser: what nobody may read or write, they may not either.
+/// While it lives, this thread and those that it starts have the file permissions of an ordinary user, even
+/// when the tests run as root.
 class PlainRights
 {
 public:

@@ -79,7 +79,7 @@ RawAnswer holdRequest()
 
 quint16 closedPort()
 {
-    // Bound for the process's life, so that nobody else comes to listen there.
+    // Stays bound for the life of the process, so that nothing else can listen there.
     static const QTcpSocket *const bound = [] {
         auto *const socket = new QTcpSocket(QCoreApplication::instance());
         socket->bind(QHostAddress::LocalHost, 0, QAbstractSocket::DontShareAddress);
@@ -174,7 +174,7 @@ void RawHttpServer::accept()
     }
 }
 
-// Whatever came, and be it no request.
+// Takes any bytes, even if they are not a request.
 void RawHttpServer::answerAtOnce(QTcpSocket *socket)
 {
     m_connections[socket].answered = true;
@@ -263,7 +263,7 @@ void RawHttpServer::act(QTcpSocket *socket, const RawAnswer &answer)
     }
 }
 
-// The peer sees the connection closed, and what it sends all the same is still counted here.
+// The peer sees the connection closed, but what it still sends is counted.
 void RawHttpServer::closeForWriting(QTcpSocket *socket)
 {
     ::shutdown(static_cast<int>(socket->socketDescriptor()), SHUT_WR);
@@ -271,7 +271,7 @@ void RawHttpServer::closeForWriting(QTcpSocket *socket)
 
 void RawHttpServer::reset(QTcpSocket *socket)
 {
-    // A socket that is closed with no time to linger sends a reset in place of an orderly end.
+    // Closing a socket with a linger time of 0 sends a reset.
     const linger noTime{1, 0};
     ::setsockopt(static_cast<int>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &noTime, sizeof noTime);
     socket->abort();

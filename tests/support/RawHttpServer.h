@@ -14,7 +14,7 @@ class QSslConfiguration;
 class QTcpServer;
 class QTcpSocket;
 
-/// One request as it came over the wire. `complete` once the whole announced body is there.
+/// One request as received. `complete` once the whole announced body has arrived.
 struct RecordedRequest
 {
     QByteArray head;
@@ -24,9 +24,9 @@ struct RecordedRequest
     QByteArray requestLine() const;
     /// In wire order, values trimmed.
     QList<std::pair<QByteArray, QByteArray>> headers() const;
-    /// Lower-cased and sorted, each as often as it was sent.
+    /// In lower case, sorted, with duplicates.
     QByteArrayList headerNames() const;
-    /// The first header of that name whatever its case, or an empty array.
+    /// The first header of that name in any case, or an empty array.
     QByteArray header(const QByteArray &name) const;
 };
 
@@ -47,7 +47,7 @@ struct RawAnswer
         Reset
     };
 
-    /// Sent as they are: well-formed or not is the test's business.
+    /// Sent as they are, well-formed or not.
     QByteArray bytes;
     Ending ending = Ending::Close;
     Moment moment = Moment::AfterRequest;
@@ -65,15 +65,15 @@ RawAnswer holdRequest();
 /// A loopback port at which nothing listens.
 quint16 closedPort();
 
-/// A server on a loopback port that says exactly the bytes it is told to, well-formed or not, and notes what
-/// it was sent. Lives in the thread of the test.
+/// A server on a loopback port that sends exactly the given bytes, well-formed or not, and records what it
+/// receives. Lives in the thread of the test.
 class RawHttpServer : public QObject
 {
     Q_OBJECT
 
 public:
     explicit RawHttpServer(QObject *parent = nullptr);
-    /// Speaks TLS.
+    /// Uses TLS.
     explicit RawHttpServer(const QSslConfiguration &tls);
     ~RawHttpServer() override;
 
@@ -81,21 +81,21 @@ public:
     /// Base address of an API on this server, ending in "/api/".
     QString baseUrl() const;
 
-    /// For every request that no queued answer is left for. A plain "{}" at first.
+    /// For requests without a queued answer. A plain "{}" by default.
     void answerAlways(const RawAnswer &answer);
-    /// Queued for one request each, in order of arrival.
+    /// Queued, each for one request in order of arrival.
     void answerNext(const RawAnswer &answer);
-    /// Answers a request that was held, counted in order of arrival.
+    /// Answers a held request; they are numbered in order of arrival.
     void answerHeld(int request, const RawAnswer &answer);
 
     int connectionCount() const { return m_connectionCount; }
-    /// Requests whose head came, those too that were answered before, unless that was a reset.
+    /// Requests whose header arrived, including those already answered, unless by a reset.
     int requestCount() const { return static_cast<int>(m_requests.size()); }
     int completeRequestCount() const;
     RecordedRequest request(int index) const { return m_requests.value(index); }
-    /// What came over connections that are gone, and made no head.
+    /// What closed connections sent without a complete header.
     QByteArray strayBytes() const { return m_strayBytes; }
-    /// Bytes of endless bodies that the peers have taken so far.
+    /// Bytes of endless bodies sent so far.
     qint64 endlessBytes() const { return m_endlessBytes; }
 
 signals:
@@ -109,13 +109,13 @@ private:
         int request = -1;
         qint64 missing = 0;
         RawAnswer answer;
-        /// Nothing more is said here, whatever comes.
+        /// Nothing more is sent here.
         bool answered = false;
     };
 
     RawHttpServer(QTcpServer *server, QObject *parent);
     void accept();
-    /// What the next request is answered with.
+    /// The answer to the next request.
     const RawAnswer &nextAnswer() const { return m_queue.isEmpty() ? m_always : m_queue.first(); }
     void answerAtOnce(QTcpSocket *socket);
     void read(QTcpSocket *socket);

@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
-/// Makes a file, and the folders it needs; returns its path. Ends the program when that fails.
+/// Creates a file, with its folders, and returns its path. Ends the program on failure.
 QString makeFile(const QString &path, const QByteArray &content = {});
 
 /// Ends the program when the file cannot be read.

@@ -8,8 +8,8 @@
 #include <QTest>
 #include <QUrl>
 
-/// Gives the process a home, a configuration folder and a temporary folder of its own, no display, no proxy
-/// and no deployment file. Made before the application object, which reads some of these once.
+/// Gives the process its own home, configuration and temporary folder, and no display, proxy or deployment
+/// file. Created before the application object, which reads some of these once.
 class TestEnvironment
 {
 public:
@@ -23,13 +23,13 @@ private:
     QTemporaryDir m_root;
 };
 
-/// Takes the place of the desktop: notes every address that the program asks it to open.
+/// Stands in for the desktop: records every address that the program asks it to open.
 class UrlRecorder : public QObject
 {
     Q_OBJECT
 
 public:
-    /// From now on addresses of the schemes file, http and https come here.
+    /// From now on receives addresses of the schemes file, http and https.
     UrlRecorder();
     ~UrlRecorder() override;
 
@@ -43,7 +43,7 @@ template <typename Test> int runTestProgram(int argc, char **argv)
 {
     const TestEnvironment environment;
     QApplication application(argc, argv);
-    // Started by every test program, so that no mistake in one can open a browser.
+    // In every test program, so that no mistake can open a browser.
     const UrlRecorder recorder;
     Test test;
     return QTest::qExec(&test, argc, argv);

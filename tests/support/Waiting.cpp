@@ -14,7 +14,7 @@ bool waitUntil(const std::function<bool()> &condition)
     QTimer glance;
     glance.start(50ms);
     do {
-        // What was left to be deleted outside of any event loop waits for this.
+        // Deletes what was left to deleteLater outside of any event loop.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         if (condition())
             return true;

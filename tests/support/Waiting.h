@@ -4,12 +4,11 @@
 
 #include <functional>
 
-/// Runs the event loop until the condition holds; false once a minute has passed in vain. The condition is
-/// looked at after every event, and a few times a second besides, for what another thread or another program
-/// changes.
+/// Runs the event loop until the condition holds; false after a minute. The condition is
+/// checked after every event, and a few times a second as well, for changes by another thread or program.
 bool waitUntil(const std::function<bool()> &condition);
 
-/// These take the place of Qt Test's QTRY_*, which sleep between two looks.
+/// Used instead of Qt Test's QTRY_*, which sleep between two checks.
 #define WAIT_VERIFY(condition)                                                                               \
     QVERIFY2(waitUntil([&] { return static_cast<bool>(condition); }), "Waited in vain for " #condition)
 

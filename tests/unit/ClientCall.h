@@ -4,7 +4,7 @@
 
 #include <utility>
 
-/// The ways in which every request of the editor is sent.
+/// The functions that send all requests of the editor.
 enum class Primitive
 {
     PostJson,
@@ -20,7 +20,7 @@ inline constexpr std::pair<Primitive, const char *> primitives[] = {
     {Primitive::KvtWorker, "kvtWorker"},
 };
 
-/// What came of one call, and how often it called back.
+/// The outcome of one call, and how often it called back.
 struct Outcome
 {
     int calls = 0;

@@ -12,13 +12,13 @@
 /// How an operation reads what comes back.
 enum class Decoding
 {
-    /// A JSON object or nothing, and no word on the status line.
+    /// A JSON object or nothing, and no text on the status line.
     Silent,
-    /// A JSON object; a transport error, or a body that is none, is a failure.
+    /// A JSON object; a transport error, or any other body, is a failure.
     Json,
-    /// A JSON object; a body that is none counts as an empty one.
+    /// A JSON object; any other body counts as an empty one.
     Get,
-    /// Whatever bytes came; a transport error counts only without any.
+    /// All bytes received; a transport error counts only without any.
     Bytes,
     /// A file, saved, or a worker's JSON.
     Worker,
@@ -26,7 +26,7 @@ enum class Decoding
     Preview
 };
 
-/// What becomes of a file that came.
+/// Where a received file goes.
 enum class Destination
 {
     Documents,
@@ -34,7 +34,7 @@ enum class Destination
     TemporaryAndOpened
 };
 
-/// One thing that the user can do and that asks the service.
+/// A user action that sends a request to the service.
 struct EndpointOperation
 {
     const char *name;
@@ -44,12 +44,12 @@ struct EndpointOperation
     void (*start)(AppState &state, const QString &folder);
     const char *goodAnswer;
     const char *goodStatus;
-    /// Requests in all when the first one is answered well.
+    /// Number of requests when the first one gets a good answer.
     int goodRequests;
     /// What {"status":"ok"} leads to.
     const char *bareStatus;
     int bareLevel;
-    /// The name of the file that comes of bytes, and what the status line says then.
+    /// The file that received bytes are saved as, and the status text then.
     const char *savedName = "";
     const char *savedStatus = "";
     Destination destination = Destination::Documents;
@@ -57,10 +57,10 @@ struct EndpointOperation
 
 std::span<const EndpointOperation> endpointOperations();
 
-/// All that an operation that failed has to leave alone, by name.
+/// Everything that a failed operation must not change, by name.
 using Snapshot = QMap<QString, QVariant>;
 
-/// A controller at work: an edited file is open, and each feature holds what an earlier answer brought.
+/// A controller in use: an edited file is open, and each feature holds the data of an earlier answer.
 class EndpointFixture
 {
 public:
@@ -69,18 +69,18 @@ public:
 
     /// Fills the features from a server of its own; false when one of them stayed empty.
     bool fill();
-    /// From now on every file that an operation sends has so many bytes.
+    /// From now on every file that an operation sends has this size.
     void resizeInputs(int size);
     void setApiBase(const QString &base) { m_state->findChild<VoxApiClient *>()->setApiBase(base); }
     void start(const EndpointOperation &operation) { operation.start(*m_state, m_folder.path()); }
-    /// Waits until no request is under way.
+    /// Waits until no request is in progress.
     bool settle();
     Snapshot snapshot() const;
     AppState &state() { return *m_state; }
-    /// Where the files are that the operations send.
+    /// The folder with the files that the operations send.
     QString folder() const { return m_folder.path(); }
     void destroyController() { m_state.reset(); }
-    /// From now on the controller is the caller's to destroy, and the fixture has none.
+    /// From now on the caller owns the controller, and the fixture has none.
     AppState *releaseController() { return m_state.release(); }
 
 private:

@@ -12,7 +12,7 @@
 
 #include <memory>
 
-/// What the status line has to say; "!" at its end stands for one of Qt's error texts.
+/// The expected status text; "!" at its end stands for one of Qt's error texts.
 struct EndpointOutcome
 {
     QString status;
@@ -26,15 +26,15 @@ extern const QByteArray bareObject;
 /// The same with its member twice: the last one counts.
 extern const QByteArray bareObjectTwice;
 
-/// What the operation makes of this body, `failed` when it came beside a transport error.
+/// The expected outcome for this body; `failed` when there was also a transport error.
 EndpointOutcome expectedOutcome(const EndpointOperation &operation, bool failed, const QByteArray &body,
                                 int httpStatus = 200);
 const EndpointOperation &operationAt(int index);
 const EndpointOperation &operationNamed(QByteArrayView name);
-/// Whether everything is to meet every fault, as KVTEDITOR_EXHAUSTIVE=1 asks for; that takes minutes.
+/// Whether to try every operation with every fault (KVTEDITOR_EXHAUSTIVE=1), which takes minutes.
 bool isExhaustive();
-/// The operations that meet every fault: one for each way in which the client sends. What an operation makes
-/// of an answer hangs on the outcome alone, and the few faults that stand for the outcomes are met by all.
+/// The operations to try with every fault: one for each way of sending. How an operation handles an answer
+/// depends only on the outcome, and the few faults that represent the outcomes are tried with all operations.
 QList<int> operationsToTry();
 QList<int> allOperations();
 /// A column "operation" with an index into all of them, and a row for each to try.
@@ -43,13 +43,13 @@ void addOperationRows();
 QStringList differences(const Snapshot &before, const Snapshot &after);
 /// Only what belongs to the open file and the disk.
 Snapshot fileAndDisk(Snapshot snapshot);
-/// Where the operation puts the file that comes.
+/// Where the operation saves the received file.
 QString savedPath(const EndpointOperation &operation);
-/// The snapshot as it is after the operation saved these bytes. A file without any is never opened.
+/// The snapshot after the operation saved these bytes. An empty file is never opened.
 Snapshot withSavedFile(const EndpointOperation &operation, Snapshot snapshot, const QByteArray &body);
 
-/// A controller at work before a server of the test's own, anew for each row. Its test functions start an
-/// operation, let something go wrong, and check what has to follow.
+/// A controller in use with the test's own server, new for each row. Test functions start an operation, cause
+/// a fault, and check the consequences.
 class EndpointTest : public QObject
 {
     Q_OBJECT
@@ -59,24 +59,24 @@ private slots:
     void cleanup();
 
 protected:
-    /// Starts it and notes what must still be there when it has failed.
+    /// Starts the operation and records what must be unchanged if it fails.
     void begin(const EndpointOperation &operation);
     void checkExactly(const EndpointOperation &operation, const EndpointOutcome &outcome,
                       const QByteArray &body);
-    /// Whatever came of it: it failed and changed nothing, or it worked and touched only its own things.
+    /// Either it failed and changed nothing, or it succeeded and changed only what belongs to it.
     void checkLoosely(const EndpointOperation &operation);
-    /// One text for each step that was done, and none that the operation does not say.
+    /// One text for each step done, and no others.
     void checkStatuses(const EndpointOperation &operation);
-    /// How often the server, which gave this answer, was connected to and asked.
+    /// Number of connections to the server that gave this answer, and of requests.
     void checkRequests(const EndpointOperation &operation, const RawAnswer &answer);
-    /// Before the test's own server again.
+    /// Uses the test's own server again.
     void checkNextGoodOne(const EndpointOperation &operation);
 
     std::unique_ptr<RawHttpServer> m_server;
     std::unique_ptr<UrlRecorder> m_desktop;
     std::unique_ptr<EndpointFixture> m_fixture;
     Snapshot m_before;
-    /// What the status line said since the operation was started.
+    /// The status texts since the operation was started.
     QStringList m_said;
 
 private:
