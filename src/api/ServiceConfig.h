@@ -15,28 +15,27 @@ struct ServiceConfig
     QVariantMap authFields;
     /// The web shop's address.
     QString storeUrl;
-    /// Sent where the user leaves an e-mail address empty; it cannot be delivered to.
+    /// Sent where the user leaves an e-mail address empty; the address does not exist.
     QString placeholderEmail;
-    /// Why there is no service, in words for the user: a configuration file cannot be used. All else is empty
-    /// then.
+    /// Error text for the user when a configuration file cannot be used, so that there is no service. All
+    /// other members are empty then.
     QString refusal = {};
-    /// What whoever installed the program should mend, for the log.
+    /// A problem for whoever installed the program to fix; for the log.
     QString warning = {};
 };
 
 /// What the program was built with.
 ServiceConfig builtInServiceConfig();
 
-/// `defaults` with the members of a JSON object over them. Nothing, with the reason in `error`, when the text
-/// is no JSON object, holds an unknown key or a value of a wrong type, or names an `apiBase` that is neither
-/// HTTPS nor HTTP on a loopback address, or holds more than host, port and path.
+/// `defaults` overridden by the members of a JSON object. Empty, with the reason in `error`, when the text is
+/// not a JSON object, has an unknown key or a value of the wrong type, or an `apiBase` that is neither HTTPS
+/// nor HTTP on a loopback address, or has more than host, port and path.
 std::optional<ServiceConfig> parseServiceConfig(const QByteArray &json, const ServiceConfig &defaults,
                                                 QString *error);
 
-/// The configuration that holds for `environmentFile` (the file named by the environment, may be empty) and
-/// `programDir`: that file, else `service.json` in `programDir` unless there is none, else the built-in one.
-/// A file that cannot be used leaves a warning that names it, and no service: what was meant for one must not
-/// go to another.
+/// The configuration from `environmentFile` (named by the environment, may be empty), otherwise from
+/// `service.json` in `programDir`, otherwise the built-in one. A file that cannot be used gives a warning
+/// with its name, and no service: files meant for one service must not go to another.
 ServiceConfig loadServiceConfig(const QString &environmentFile, const QString &programDir);
 
 /// Loaded at the first call and kept for the life of the process. Main thread.

@@ -8,7 +8,7 @@
 class QNetworkReply;
 class QTimer;
 
-/// Bytes of the requests under way; a total that is not known is -1.
+/// Bytes of the current requests; an unknown total is -1.
 struct TransferBytes
 {
     qint64 sent = 0;
@@ -17,11 +17,11 @@ struct TransferBytes
     qint64 toReceive = 0;
 };
 /// "Sending 12.3 MB of 64.0 MB" until all is sent, then "Receiving 1.2 MB"; empty when there is nothing to
-/// tell. Pure.
+/// show. Pure.
 QString transferText(const TransferBytes &bytes);
 
-/// Tells how far the transfers to and from the service are that have taken longer than a moment; together,
-/// when there are several. Main thread.
+/// Reports the progress of slow transfers to and from the service, as a sum when there are several. Main
+/// thread.
 class TransferMeter : public QObject
 {
     Q_OBJECT
@@ -31,7 +31,7 @@ public:
     explicit TransferMeter(QObject *parent = nullptr);
 
     QString text() const { return m_text; }
-    /// Counts the reply until it has finished or is gone.
+    /// Counts the reply until it has finished or is destroyed.
     void watch(QNetworkReply *reply);
     /// Delay before a transfer is shown; 1 s by default.
     void setShowDelay(int milliseconds) { m_showDelay = milliseconds; }

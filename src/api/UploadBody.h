@@ -4,9 +4,8 @@
 #include <QIODevice>
 #include <QList>
 
-/// Bytes to upload that can be read once and not be rewound. Qt 6.4 and 6.8 send a POST again when a server
-/// closes early, unless its body cannot be rewound; a ticket opened or credits spent twice would be the
-/// price. The bytes are shared, not copied.
+/// A sequential upload body: Qt 6.4 and 6.8 resend a POST with a seekable body when the server closes early,
+/// so that a ticket would be opened or credits spent twice. The bytes are shared, not copied.
 class UploadBody : public QIODevice
 {
     Q_OBJECT
@@ -18,7 +17,7 @@ public:
     qint64 size() const override { return m_size; }
     qint64 bytesAvailable() const override;
     bool atEnd() const override;
-    /// Always refused; without the warning that the base class gives.
+    /// Always refused, without the warning of the base class.
     bool seek(qint64 position) override;
 
 protected:

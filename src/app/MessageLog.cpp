@@ -28,14 +28,13 @@ Messages &messages()
 
 thread_local bool isWriting = false;
 
-// Opened for each line, so that a crash loses none that was written. The temporary folder is everybody's.
+// Opened for each line, so that a crash loses none. Every user can write to the temporary folder.
 void append(QByteArrayView text)
 {
-    // What Qt says of a log that it cannot write would wait for the lock that is held here.
+    // A warning from Qt about the log would wait for the lock that is held here.
     const QScopedValueRollback<bool> writing(isWriting, true);
     const QString folder = QDir::tempPath();
-    // A temporary folder that is gone is reported as an empty path, and the log must not land in the working
-    // folder.
+    // The path is empty if there is no temporary folder; the log must not go to the working folder.
     if (folder.isEmpty())
         return;
     QFile log(QDir(folder).filePath(u"kvteditornew-qt.log"_s));

@@ -7,11 +7,11 @@
 // The program's only log: a plain text file in the temporary folder, one line per milestone and per message
 // of Qt. Everything here may be called from any thread.
 
-/// Appends one line to the log. A log that cannot be opened, or is no regular file of the user's own, is
-/// passed over without a word.
+/// Appends one line to the log. Does nothing when the log cannot be opened or is not the user's own regular
+/// file.
 void logLine(QByteArrayView text);
 
-/// From now on every message of Qt but debug output is captured and logged, and printed nowhere.
+/// From now on captures and logs all of Qt's messages except debug output, and prints none.
 void installMessageLog();
 
 /// The texts captured so far, in arrival order.

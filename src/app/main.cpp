@@ -57,7 +57,7 @@ void nameApplication()
     QCoreApplication::setApplicationVersion(applicationVersion());
 }
 
-// Which of two texts the command line asks for instead of the window, if any.
+// The text that the command line asks for instead of the window, if any.
 enum class Text
 {
     None,
@@ -79,7 +79,7 @@ Text wantedText(int argc, char **argv)
     return Text::None;
 }
 
-// Answers without a display, which the application object of the window would need.
+// Needs no display, unlike the application object of the window.
 void answer(Text text)
 {
     if (text == Text::Version) {
@@ -96,14 +96,14 @@ void answer(Text text)
                 "  file           The tune file to open.\n");
 }
 
-// By hand where the name begins with a colon, which Qt takes for a resource.
+// Done by hand if the name begins with a colon, because Qt treats that as a resource.
 QString absolutePath(const QString &file)
 {
     return file.startsWith(':'_L1) ? QDir::currentPath() + '/'_L1 + file : QFileInfo(file).absoluteFilePath();
 }
 
-// The first argument that Qt left and that is no option, made absolute; empty when there is none.
-// After "--" nothing is an option.
+// The first argument that is neither Qt's nor an option, as an absolute path; empty if there is none. After
+// "--" there are no options.
 QString fileFromCommandLine()
 {
     bool options = true;
@@ -116,7 +116,7 @@ QString fileFromCommandLine()
     return {};
 }
 
-// A relative one would be another folder as soon as the working folder is another.
+// A relative path would change its meaning with the working folder.
 void keepTemporaryFolder()
 {
     const QByteArray folder = qgetenv("TMPDIR");
@@ -124,7 +124,7 @@ void keepTemporaryFolder()
         qputenv("TMPDIR", QFile::encodeName(QDir::currentPath()) + '/' + folder);
 }
 
-// Unless the user has chosen a way of drawing.
+// Unless the user has chosen a renderer.
 void chooseDrawing()
 {
     if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND") && !qEnvironmentVariableIsSet("QSG_RHI_BACKEND")
@@ -181,8 +181,7 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
         &engine, &QQmlApplicationEngine::objectCreationFailed, &app,
         [&app, &running] {
             logLine("main: QML objectCreationFailed");
-            // The failure box runs a loop of its own, which an exit request would close under the user's
-            // eyes.
+            // The failure box has its own event loop; an exit request would close it at once.
             if (running)
                 app.exit(-1);
         },
@@ -220,7 +219,7 @@ int main(int argc, char **argv)
     logLine("main: start");
     QApplication app(argc, argv);
     nameApplication();
-    // By this name the desktop knows whose window it is.
+    // The desktop identifies the window by this name.
     QGuiApplication::setDesktopFileName(u"example.vox.KvtEditor"_s);
     QApplication::setWindowIcon(QIcon(u":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico"_s));
     QQuickStyle::setStyle(u"Basic"_s);
@@ -236,8 +235,8 @@ int main(int argc, char **argv)
             logLine(remark.toUtf8());
     }
 #ifdef Q_OS_UNIX
-    // Paths that come from file dialogs have lost their leading slash; from here they resolve all the same.
-    // Not earlier: the controller has just read its service file, whose name may be relative.
+    // Paths from file dialogs lack their leading slash and resolve from the root folder. Not set earlier: the
+    // controller has just read its service file, whose name may be relative.
     keepTemporaryFolder();
     QDir::setCurrent(QDir::rootPath());
 #endif

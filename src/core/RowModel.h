@@ -4,8 +4,8 @@
 #include <QVariantList>
 
 /// A list of maps as a list view's model. Setting a list of the same length changes only the rows that
-/// differ, so that a view keeps its place, its rows and the keyboard's; any other list resets it. With
-/// `resetting`, every list that differs does. The very same list changes and announces nothing.
+/// differ, so that a view keeps its position, rows and focus; any other list resets the model. With
+/// `resetting`, every different list does. An equal list changes nothing and emits no signal.
 class RowModel : public QAbstractListModel
 {
     Q_OBJECT

@@ -5,8 +5,8 @@
 
 #include <vector>
 
-/// A text of any length as a list of lines, so that a view lays out only those in sight. A line that would
-/// take long to lay out is cut into several rows.
+/// A text of any length as a list of lines, so that a view lays out only the visible ones. Very long lines
+/// are cut into several rows.
 class TextLines : public QAbstractListModel
 {
     Q_OBJECT

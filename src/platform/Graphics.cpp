@@ -25,8 +25,8 @@ bool offers(xcb_connection_t *display, std::string_view extension)
     return !reply || reply->present;
 }
 
-// A server in memory or behind VNC usually offers none of these. One that offers a way that fails later gets
-// the emulation, as it would have without asking.
+// A virtual or VNC display usually offers none of these. If one is offered and fails later, OpenGL is
+// emulated, as without this check.
 bool displayHasNoCard()
 {
     auto *const native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();

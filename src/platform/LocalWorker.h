@@ -13,7 +13,7 @@ struct LocalRunResult
     QString message;
 };
 
-/// The place of a local conversion program. There is none: the service converts, and nothing is run here.
+/// Placeholder for a local conversion program. There is none: the service converts, and nothing runs here.
 class LocalWorker
 {
 public:

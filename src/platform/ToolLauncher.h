@@ -2,17 +2,17 @@
 
 #include <QString>
 
-/// Finds and starts what is delivered beside the program: the external helper programs and the user manual. A
+/// Finds and starts what is installed with the program: the external helper programs and the user manual. A
 /// helper is started detached, without arguments, in its own folder; it outlives the editor and is not
-/// watched. Where an `error` pointer is taken it may be null; it is written on failure only, and a start that
-/// the system refuses leaves it untouched.
+/// monitored. An `error` pointer may be null; it is written on failure only, but not when the system refuses
+/// to start a program.
 class ToolLauncher
 {
 public:
     ToolLauncher() = delete;
 
-    /// The folder of the helper programs: that of the source checkout in a developer's build, else "tools"
-    /// beside the program, whether it exists or not.
+    /// The folder of the helper programs: that of the source checkout in a developer's build, otherwise
+    /// "tools" beside the program, existing or not.
     static QString toolsRoot();
 
     static bool launchJ1939(QString *error = nullptr);

@@ -5,8 +5,8 @@
 
 #include <memory>
 
-/// The one place through which web pages and documents are shown. It is prepared to host a web view, but
-/// hands every address to the desktop and never shows itself.
+/// Opens all web pages and documents. It is designed to host a web view later; for now it opens every address
+/// with the desktop and stays hidden.
 class WebToolWindow : public QWidget
 {
     Q_OBJECT
@@ -15,7 +15,7 @@ public:
     WebToolWindow();
     ~WebToolWindow() override;
 
-    /// Takes `title` as its own and asks the desktop to open `url`, read leniently. The outcome is not known.
+    /// Sets the window title and asks the desktop to open `url`, parsed tolerantly. The outcome is not known.
     void openUrl(const QString &url, const QString &title);
 
 protected:
@@ -23,7 +23,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    // Where a native web view would be made, fitted to the window and sent to the pending address.
+    // A native web view would be created here, fitted to the window, and load the pending address.
     void ensureWebView();
     void updateBounds();
     void navigatePending();

@@ -2,10 +2,9 @@
 
 #include <QObject>
 
-/// Keeps Qt's own file and folder dialogs inside the window that opens them, as they are before Qt 6.8. Since
-/// then each is a window of its own, which is worse: where nothing manages windows, closing it leaves the
-/// keyboard with none; that of 6.8 does not keep the user from the window below; and a window that is
-/// destroyed while it is open takes the program along.
+/// Keeps Qt's own file and folder dialogs inside the window that opens them, as before Qt 6.8. Since then
+/// each is a separate window: without a window manager, no window has the focus after it closes; in 6.8 it is
+/// not modal; and destroying its parent while it is open crashes the program.
 class InnerDialogs : public QObject
 {
     Q_OBJECT
@@ -15,7 +14,7 @@ public:
     using QObject::QObject;
 
     QObject *window() const { return m_window; }
-    /// The window whose dialogs these are; once, before one of them opens.
+    /// The window that opens the dialogs. Call once, before one of them opens.
     void setWindow(QObject *window);
 
     bool eventFilter(QObject *watched, QEvent *event) override;

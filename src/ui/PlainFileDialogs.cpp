@@ -22,7 +22,7 @@ constexpr std::array replacements{
     Replacement{"/FolderDialogDelegateLabel.qml"_L1, "DialogNameLabel.qml"_L1},
 };
 
-// Up to the last one that still needs it. Later ones may be put together in another way, and are left alone.
+// The last version known to need this. The dialogs of later ones may differ and are not changed.
 bool known()
 {
     return QLibraryInfo::version() < QVersionNumber(6, 12);

@@ -3,9 +3,8 @@
 #include <QQmlAbstractUrlInterceptor>
 #include <QUrl>
 
-/// Where the platform has no file dialog, Qt shows one of its own, which takes the names of files and folders
-/// for markup and may crash over them. An engine with this interceptor builds those parts of it that show
-/// names from files of ours.
+/// Where the platform has no file dialog, Qt shows its own, which treats file and folder names as markup and
+/// may crash over them. This interceptor makes the engine use our QML files for the parts that show names.
 class PlainFileDialogs : public QQmlAbstractUrlInterceptor
 {
 public:

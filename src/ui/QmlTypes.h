@@ -10,8 +10,8 @@
 
 #include <QtQml/qqml.h>
 
-// Tells the QML tools about the types that the views meet at run time, so that a misspelt property is a lint
-// warning. The gadget macro stands on a line of its own: automoc passes over the file otherwise.
+// Declares the types of context properties to the QML tools, so that a misspelt property is a lint warning.
+// The gadget macro needs its own line, or automoc skips the file.
 
 struct AppStateForeign
 {

@@ -6,7 +6,7 @@
 
 namespace {
 
-// An answer is given to a dialog once, though its first click may have led from one folder into another.
+// A dialog is answered once, even if the first click only entered a folder.
 bool answersADialog(const QQuickItem *item)
 {
     while (item && !item->inherits("QQuickDialogButtonBox"))

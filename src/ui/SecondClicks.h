@@ -5,10 +5,10 @@
 
 class QQuickItem;
 
-/// Prevents double-click click-through. Where a first click opens or closes something, the second one lands
-/// on whatever is there then: in a save dialog, a row would take it for the choice of its file. Installed on
-/// the application, it drops such a second click in Qt Quick windows, and every second click on a dialog's
-/// button: Save may only have entered a folder.
+/// Prevents double-click click-through. When the first click opens or closes something, the second one would
+/// hit what is there then, such as a row of a save dialog, which would choose that file. Installed on the
+/// application, this drops such a second click in Qt Quick windows, and every second click on a dialog's
+/// button, because Save may only have entered a folder.
 class SecondClicks : public QObject
 {
     Q_OBJECT
@@ -19,6 +19,6 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    /// What the last click was on.
+    /// The target of the last click.
     QPointer<QQuickItem> m_clicked;
 };
