@@ -23,7 +23,7 @@ bool isInside(const QQuickItem *item, const QQuickItem *ancestor)
     return item && (item == ancestor || ancestor->isAncestorOf(item));
 }
 
-// What stands for a click. A row that can be selected is so by the arrow keys alone.
+// Replaces a click. The arrow keys alone select a row.
 Qt::Key keyFor(const QQuickItem *item, const QQuickItem *row)
 {
     const bool isButton = item->inherits("QQuickAbstractButton");
@@ -83,8 +83,8 @@ void KeyboardDriver::step(QQuickItem *list, Qt::Key arrow) const
 void KeyboardDriver::chooseRow(const QString &rows, const QString &name) const
 {
     QQuickItem *const list = item(QString(rows).replace("Delegate"_L1, "ListView"_L1));
-    // The dialog may read its folder again and make its rows anew: so each look begins with the row that is
-    // the current one then, and only a row that was chosen counts.
+    // The dialog may reload its folder and recreate its rows: so each try starts from the current row, and
+    // only a chosen row counts.
     const QQuickItem *chosen = nullptr;
     Qt::Key arrow = Qt::Key_Down;
     const auto choose = [&] {

@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Enough for a scan to be still under way when the next click arrives, most of the time.
+// Enough that a scan is usually still running when the next click arrives.
 constexpr int manyFiles = 20000;
 constexpr int attempts = 200;
 

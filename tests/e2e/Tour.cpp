@@ -122,7 +122,7 @@ int Tour::run()
                      m_window ? qPrintable(m_window->app()->status()) : "none");
         if (m_window && !m_pictures.isEmpty())
             m_window->savePicture(m_pictures + u"/failed.png"_s);
-        // The window may be in the midst of anything, and must not keep the program from ending.
+        // The window may be in any state and must not keep the program from ending.
         std::fflush(nullptr);
         std::_Exit(1);
     }

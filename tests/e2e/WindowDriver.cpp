@@ -26,7 +26,7 @@ constexpr int patienceInMilliseconds = 60000;
 QQuickItem *search(QQuickItem *parent, const std::function<bool(const QQuickItem *)> &matches)
 {
     const QList<QQuickItem *> children = parent->childItems();
-    // What was made last lies on top.
+    // The last one created is on top.
     for (auto it = children.rbegin(); it != children.rend(); ++it) {
         if (!(*it)->isVisible())
             continue;
@@ -165,8 +165,8 @@ void WindowDriver::chooseRow(const QString &rows, const QString &name) const
     const auto isEntry = [&](const QQuickItem *candidate) {
         return candidate->objectName().startsWith(rows) && candidate->property("fileName").toString() == name;
     };
-    // The first row is marked from the start without being chosen, and the dialog may read its folder again
-    // and make its rows anew: so each look starts from the window, and only a row that was clicked counts.
+    // The first row is highlighted at first without being chosen, and the dialog may reload its folder and
+    // recreate its rows: so each try searches the whole window, and only a clicked row counts.
     const QQuickItem *clicked = nullptr;
     const auto choose = [&] {
         QQuickItem *const entry = search(m_window->contentItem(), isEntry);

@@ -26,7 +26,7 @@ constexpr int firstTcpPort = 6000;
 
 const QSet<QByteArray> waysToACard{"DRI3", "DRI2", "NV-GLX"};
 
-/// The names of what this test's display offers beside the plain protocol.
+/// The extensions of this test's display.
 QSet<QByteArray> extensions()
 {
     const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> display(xcb_connect(nullptr, nullptr),

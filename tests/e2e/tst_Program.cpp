@@ -98,7 +98,7 @@ private:
         return ::makeFile(m_folder->filePath(name), content);
     }
     void withoutDisplay();
-    /// That the box told what the log says too, and what had to be in it; and the exit code.
+    /// Checks that the box shows what the log has, including `warning`, and the exit code.
     void checkLoadFailure(const Outcome &outcome, const QString &warning) const;
     void useService(const QString &apiBase);
     void useService(const DevService &service) { useService(service.apiBase()); }
@@ -258,7 +258,7 @@ void TestProgram::secondRunAppendsToTheLog()
 
 void TestProgram::brokenRootViewShowsTheBox()
 {
-    // A module beside the program is found ahead of the one built in.
+    // A module beside the program is found before the built-in one.
     const QString program = m_folder->filePath(u"kvteditor"_s);
     QVERIFY(QFile::copy(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), program));
     makeFile(u"qml/KvtEditor/qmldir"_s, "module KvtEditor\nRootView 1.0 RootView.qml\n");
@@ -271,7 +271,7 @@ void TestProgram::missingModuleShowsTheBox()
 {
     const QString program = m_folder->filePath(u"kvteditor"_s);
     QVERIFY(QFile::copy(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), program));
-    // Read from beside the program: where everything is as it was, but the modules are not.
+    // Read from beside the program: everything is found except the QML modules.
     makeFile(u"qt.conf"_s,
              u"[Paths]\nPlugins=%1\nQmlImports=%2\n"_s
                  .arg(QLibraryInfo::path(QLibraryInfo::PluginsPath), m_folder->filePath(u"no-modules"_s))
@@ -320,7 +320,7 @@ void TestProgram::unwritableLogDoesNotStopIt()
     QVERIFY(folderInItsPlace == QFileInfo(logPath()).isDir());
 }
 
-// Nobody reads from it: an open that waited for somebody would never end.
+// Nothing reads from it: a blocking open would never return.
 void TestProgram::pipeForALogDoesNotStopIt()
 {
     QCOMPARE(::mkfifo(QFile::encodeName(logPath()).constData(), 0600), 0);

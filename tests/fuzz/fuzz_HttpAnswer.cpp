@@ -1,5 +1,5 @@
-// A whole HTTP answer: a loopback server says exactly the input to whatever the client asks, and closes. All
-// four ways of sending are under way at once.
+// A whole HTTP answer: a loopback server sends exactly the input to any request, and closes. All four kinds
+// of request run at once.
 
 #include "FuzzSupport.h"
 #include "api/JsonReading.h"
@@ -130,7 +130,7 @@ private:
         FUZZ_EXPECT(m_client.findChildren<QNetworkReply *>().isEmpty());
     }
 
-    // What each way of sending makes of an answer.
+    // How each kind of request handles an answer.
     void expectAgreement() const
     {
         const Outcome &form = m_outcomes[PostMultipart];
@@ -192,9 +192,9 @@ bool endsWithinASize(const QByteArray &body)
     return false;
 }
 
-// Qt (seen in 6.4) never tells that the connection was closed where it stops reading a
-// chunked body half-way: within the size of a chunk, at an empty or a negative one, at a line that ends in
-// anything but CR LF, and ahead of the very last line break.
+// Qt (seen in 6.4) never reports a closed connection after it stopped in the middle of a chunked body: within
+// a chunk size, at an empty or negative one, at a line that does not end in CR LF, and before the very last
+// line break.
 bool isNeverAnswered(const QByteArray &answer)
 {
     const qsizetype chunked = answer.toLower().indexOf("chunked");

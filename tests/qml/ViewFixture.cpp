@@ -272,7 +272,7 @@ QObject *ViewFixture::find(QObject *within, const QString &name) const
     QObject *found = item ? itemNamed(name, item) : nullptr;
     if (!found)
         found = ownedObjectNamed(name, within);
-    // What a slot hands out would else be JavaScript's to destroy.
+    // Otherwise JavaScript would own, and destroy, what a slot returns.
     if (found)
         QQmlEngine::setObjectOwnership(found, QQmlEngine::CppOwnership);
     return found;

@@ -256,7 +256,7 @@ void TestAppState::constructionIsSilent()
     QCOMPARE(m_state->findChildren<VoxApiClient *>(Qt::FindDirectChildrenOnly).size(), 1);
     QCOMPARE(m_state->findChildren<HexModel *>(Qt::FindDirectChildrenOnly).size(), 1);
     QCOMPARE(m_state->hexModel()->byteCount(), 0);
-    // No request under way: each would have a manager below the client.
+    // No request in progress: each would have a manager as a child of the client.
     QCOMPARE(m_state->findChild<VoxApiClient *>()->children().size(), 0);
 }
 

@@ -30,9 +30,9 @@ namespace {
 constexpr int bigTreeFiles = 20'000;
 // One in a hundred of the big tree's files.
 const QString rareName = u"00.kvt"_s;
-// Asks this program to start a scan below the folder that follows, and to end at once.
+// Option of this program: starts a scan below the folder that follows, and exits at once.
 constexpr auto scanAndEnd = "--scan-and-end"_L1;
-// As long as it is set, memory is short wherever a folder of that ending is read.
+// While set, reading a folder whose path ends like this fails for lack of memory.
 std::atomic<const char *> folderWithoutMemory = nullptr;
 std::atomic<DIR *> streamWithoutMemory = nullptr;
 
@@ -60,8 +60,8 @@ QString keptText(qsizetype count)
     return u"Search cancelled. %1 file(s) kept."_s.arg(count);
 }
 
-/// Runs this program anew and waits for its end. Not by Qt, whose way of starting one the thread
-/// checker does not survive.
+/// Runs this program again and waits for its end. Does not use QProcess, which the thread sanitizer does not
+/// survive.
 int outcomeOf(const QByteArrayList &arguments)
 {
     QByteArray program = QFile::encodeName(QCoreApplication::applicationFilePath());

@@ -675,8 +675,8 @@ void TestAppStateStock::open_noTemporaryFolder_data()
     QTest::newRow("link-to-itself") << u"link-to-itself"_s << u"0 Too many levels of symbolic links"_s;
 }
 
-// Reported as an empty path, it must not stand for the root. Qt 6.11 reports it as it is, and then one that
-// is merely gone is made again.
+// Qt reports a missing folder as an empty path, which must not mean the root. Qt 6.11 reports the path as it
+// is, so a folder that is merely missing is created again.
 void TestAppStateStock::open_noTemporaryFolder()
 {
     QFETCH(QString, folder);
@@ -703,7 +703,7 @@ void TestAppStateStock::open_noTemporaryFolder()
         isMade = folder == u"gone"_s && !QDir::tempPath().isEmpty();
         download(answerWith("bytes"), true);
     }
-    // Taken away again, whatever comes of it.
+    // Removed in any case.
     const bool wasInTheRoot = QFile::remove(u'/' + name);
     QVERIFY(!wasInTheRoot);
     QVERIFY(QDir(current.path()).isEmpty());

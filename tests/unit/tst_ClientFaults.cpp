@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What has to come of a faulty answer.
+/// The expected outcome of a faulty answer.
 enum class Expect
 {
     /// A transport error and not a byte of body.
@@ -30,7 +30,7 @@ enum class Expect
     ErrorIfPosted,
     /// No transport error; the body as written in the row.
     Body,
-    /// A transport error beside the body as written in the row.
+    /// A transport error with the body of the row.
     ErrorBody,
     /// Depends on Qt's version: one callback that fits the rules, whatever it says.
     Either,
@@ -234,7 +234,7 @@ void TestClientFaults::answer()
     m_server->answerAlways({bytes, RawAnswer::Ending(ending), RawAnswer::Moment(moment)});
     start(*m_client, Primitive(primitive), *m_outcome);
     WAIT_COMPARE(m_outcome->calls, 1);
-    // Gone with its manager: nothing is left that could call back again.
+    // Deleted with its manager: nothing is left that could call back again.
     WAIT_COMPARE(m_client->findChildren<QNetworkAccessManager *>().size(), 0);
     QCOMPARE(m_outcome->calls, 1);
 
@@ -313,7 +313,7 @@ void TestClientFaults::brokenOffAnswerHasWords_data()
     };
     for (const auto &[primitive, name] : primitives) {
         for (const auto &[answer, bytes, error] : answers) {
-            // Bytes beside an error are a worker's file.
+            // Bytes with an error are a worker's file.
             if (primitive != Primitive::KvtWorker || !bytes.contains("\r\n\r\n")) {
                 QTest::addRow("%s-%s", answer, name) << int(primitive) << bytes << error;
             }

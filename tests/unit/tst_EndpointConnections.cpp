@@ -255,7 +255,7 @@ void TestEndpointConnections::neverAnswered()
     m_fixture->destroyController();
 }
 
-/// While a request is under way.
+/// While a request is in progress.
 void TestEndpointConnections::checkAnotherIsAnswered()
 {
     QSignalSpy status(&m_fixture->state(), &AppState::statusChanged);

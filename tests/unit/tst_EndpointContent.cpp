@@ -182,7 +182,7 @@ QStringList filesElsewhere()
     return files;
 }
 
-/// So many zeros, as gzip.
+/// A number of zeros, as gzip.
 QByteArray gzippedZeros(int size)
 {
     z_stream stream = {};
@@ -237,7 +237,7 @@ private:
     void answerOnce(const EndpointOperation &operation, const QByteArray &body);
 };
 
-/// Answers the operation with this body and whatever follows with an empty object.
+/// Answers the operation with this body and later requests with an empty object.
 void TestEndpointContent::answerOnce(const EndpointOperation &operation, const QByteArray &body)
 {
     m_server->answerAlways(answerWith("{}"));
@@ -254,9 +254,8 @@ void TestEndpointContent::decompressionBomb_data()
     addOperationRows();
 }
 
-// Qt stops unpacking and hands over what it has not unpacked, beside an error (seen in 6.4). Where
-// the bytes count whatever else was reported, these few are the file, and there may be none: that is a matter
-// of how much came at once.
+// Qt stops unpacking and returns the rest still packed, with an error (seen in 6.4). An operation that saves
+// bytes despite an error saves these; how many there are, if any, depends on how much arrived at once.
 void TestEndpointContent::decompressionBomb()
 {
     QFETCH(int, operation);
@@ -461,7 +460,7 @@ void TestEndpointContent::sixtyFourMebibytes()
     const EndpointOperation &tried = operationAt(operation);
     const QByteArray body = before + QByteArray(64 * mebibyte - before.size() - behind.size(), 'f') + behind;
     answerOnce(tried, body);
-    // Padding is read by nobody, but an answer that is a file, or shown, is all of it.
+    // Padding is ignored, unless the answer is saved or shown as a whole.
     const bool padded = !before.isEmpty() && tried.decoding != Decoding::Bytes;
     EndpointOutcome outcome = expectedOutcome(tried, false, padded ? bareObject : body);
     if (padded && outcome.status == QLatin1StringView(bareObject) && outcome.level == 1)

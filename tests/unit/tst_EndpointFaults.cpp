@@ -16,7 +16,7 @@ enum class Arrives
 {
     /// No transport error; the body as written in the row.
     Body,
-    /// A transport error beside the body as written in the row, which may be empty.
+    /// A transport error with the body of the row, which may be empty.
     ErrorAndBody,
     /// A transport error; the body may have arrived in part.
     ErrorMaybeBody,
@@ -30,7 +30,7 @@ struct Fault
     RawAnswer answer;
     Arrives arrives;
     QByteArray body;
-    /// Stands for an outcome that each operation makes its own of.
+    /// Represents an outcome that each operation handles in its own way.
     bool forAll = false;
 };
 
@@ -125,8 +125,9 @@ int statusOf(const Fault &fault)
     return fault.answer.bytes.mid(9, 3).toInt();
 }
 
-// Where the first write of a request without a body meets the reset, Qt never ends that request (seen in 6.4,
-// 6.8 and 6.11); where the reset is a little slower, it does. Over TLS it always ends: see tst_ClientTls.
+// If the reset arrives before the first write of a request without a body, Qt never finishes that request
+// (seen in 6.4, 6.8 and 6.11); if it arrives a little later, Qt does. Over TLS it always does: see
+// tst_ClientTls.
 bool mayNeverFinish(const EndpointOperation &operation, const Fault &fault)
 {
     return operation.decoding == Decoding::Get && fault.answer.moment == RawAnswer::Moment::OnConnect
@@ -261,7 +262,7 @@ void TestEndpointFaults::controllerDestroyedWithEverythingInFlight()
     QVERIFY(count >= 10);
     WAIT_COMPARE(m_server->completeRequestCount(), count);
     m_fixture->destroyController();
-    // What is answered now has nobody left to call.
+    // These answers have nothing left to call.
     for (int request = 0; request < count; ++request)
         m_server->answerHeld(request, answerWith("{}"));
     VoxApiClient other;

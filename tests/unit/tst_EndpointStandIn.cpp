@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Under the names that the stand-in is told, with arguments where it takes some.
+/// By the names that the stand-in takes, with arguments where needed.
 QStringList faultsToMeet()
 {
     // These hold a request for as long as it lasts, or take seconds to make; other tests send them.
@@ -39,7 +39,7 @@ QStringList postsSince(const DevService &service, int before)
 
 } // namespace
 
-/// Every operation before the stand-in, which breaks in every way that it can be told to.
+/// Every operation with every fault of the stand-in.
 class TestEndpointStandIn : public EndpointTest
 {
     Q_OBJECT

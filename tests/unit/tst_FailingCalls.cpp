@@ -96,7 +96,7 @@ struct Action
     const QByteArray *written = &answered;
     const QByteArray *answer = &answered;
     const char *opens = "open.kvt";
-    /// What it may say of a failure, beside "Short write." and the system's word for it.
+    /// The failure text, if it is neither "Short write." nor the system's error text.
     const char *failureText = "";
     /// Whether it succeeds though what it wrote could not be opened, or not even be written.
     bool forgives = false;
@@ -287,8 +287,8 @@ struct Situation
     int requests = 0;
 };
 
-/// A controller at work over the user's files: an edited file is open, and each feature holds what the
-/// service said earlier.
+/// A controller in use with the user's files: an edited file is open, and each feature holds the data of an
+/// earlier answer.
 class Fixture
 {
 public:
@@ -297,9 +297,9 @@ public:
     const QString &root() const { return m_root; }
     AppState &state() { return *m_state; }
 
-    /// Puts all back as it was, for that action.
+    /// Restores the initial state for that action.
     void reset(const Action &action);
-    /// Waits until nothing is under way.
+    /// Waits until nothing is in progress.
     void settle();
     void run(const Action &action);
     Situation situation() const;
@@ -572,8 +572,8 @@ const Sorting sortings[] = {
     {"onto-itself", {u"home/sorted/2012/old_2012.kvt"_s, u"home/in/tune_2015.kvt"_s}, u"home/sorted"_s},
 };
 
-/// What is not as it has to be after a sorting of which at most so many copies may have failed, or an empty
-/// text.
+/// Describes what is wrong after a sort of which at most `mostFailed` copies may have failed; otherwise
+/// empty.
 QString wrongAfterSorting(const Sorting &sorting, const Situation &before, const Situation &now,
                           qsizetype mostFailed)
 {
@@ -915,7 +915,7 @@ void TestFailingCalls::scanFailing(Fixture &fixture, bool kindsAreHidden, const 
         const QString size = sizes.value(known.key());
         if (size.isNull())
             QVERIFY2(*injected && (!isOneCall || loss.isOf(known.key())), path + " is lost");
-        // The size of what can no longer be looked at is not known.
+        // The size is unknown when stat fails.
         else if (size != known.value())
             QVERIFY2(*injected && size == u"0"_s && (!isOneCall || loss.isSizeOf(known.key())),
                      path + " has " + qPrintable(size) + " bytes");
@@ -1012,7 +1012,7 @@ void TestFailingCalls::log()
 {
     const QString root = QDir(QDir::tempPath()).canonicalPath();
     const QString path = root + u"/kvteditornew-qt.log"_s;
-    // What Qt says of a failure comes to the log too, while it is at work.
+    // Qt's warnings about a failure go to the log too, while a line is written.
     const QtMessageHandler earlier = qInstallMessageHandler(nullptr);
     installMessageLog();
     const auto reinstall = qScopeGuard([earlier] { qInstallMessageHandler(earlier); });

@@ -24,8 +24,8 @@ bool makeSparse(const QString &path)
     return QFile::resize(makeFile(path), 2'147'483'648);
 }
 
-/// These meet every fault: each reads or writes in a way of its own. What the others do is met by the faults
-/// that stand for an outcome.
+/// The actions to try with every fault: each reads or writes in a different way. The others are tried with
+/// the faults that represent an outcome.
 bool standsForOthers(const QByteArray &name)
 {
     const QByteArrayList names{"openKvt",     "cm2450_import", "vbf",       "swap-donor-apply", "patched-bin",
@@ -33,7 +33,7 @@ bool standsForOthers(const QByteArray &name)
     return isExhaustive() || names.contains(name);
 }
 
-/// What stands where a file is to be read.
+/// What is in the place of a file to read.
 struct Obstacle
 {
     const char *name;
@@ -57,25 +57,25 @@ constexpr Obstacle obstacles[] = {
 
 enum class Refusal
 {
-    /// The system's word for it, or for a file without bytes the fixed text.
+    /// The system's error text, or the fixed text for an empty file.
     SystemText,
-    /// The fixed text whatever it is.
+    /// The fixed text in any case.
     FixedText,
-    /// No word: it goes out without bytes, for the service to refuse.
+    /// No text: the file is sent empty, for the service to refuse.
     SentEmpty
 };
 
-/// Something that reads a file which the user chose.
+/// An action that reads a file which the user chose.
 struct Reading
 {
     const char *name;
-    /// With the file still in order; null when choosing and using are one.
+    /// While the file is still readable; null when choosing and using are one step.
     void (*choose)(AppState &state, const QString &path);
     void (*use)(AppState &state, const QString &path, const QString &other);
     Refusal refusal = Refusal::SystemText;
-    /// The fixed text, or the form's part that goes out empty.
+    /// The fixed text, or the form part that is sent empty.
     const char *text = "";
-    /// Whether the view changes whatever comes of it.
+    /// Whether the view changes even on failure.
     bool leadsToMain = false;
 };
 
@@ -223,7 +223,7 @@ constexpr LargeReading largeReadings[] = {
      "Copied 1 of 1 file(s).", 0},
 };
 
-/// What stands for the file in an object's text.
+/// The file as encoded in the JSON object.
 QByteArray largeFileInText(const QByteArray &body)
 {
     const QByteArray member = "\"file_data\":\"";
@@ -232,8 +232,7 @@ QByteArray largeFileInText(const QByteArray &body)
         QByteArray::fromRawData(body.constData() + begin, body.indexOf('"', begin) - begin));
 }
 
-/// What keeps a file from being written, and what the status line says then; an empty text stands for the
-/// system's own word.
+/// What keeps a file from being written, and the status text then; empty for the system's error text.
 struct Hindrance
 {
     const char *name;
@@ -247,7 +246,7 @@ bool prepareFolder(const QString &path)
     return QDir().mkpath(QFileInfo(path).path());
 }
 
-/// Leaves room for something else in the folder's place.
+/// Removes the folder, so that something else can take its place.
 bool takeFolderAway(const QString &path)
 {
     return prepareFolder(path) && QDir().rmdir(QFileInfo(path).path());
@@ -302,7 +301,7 @@ struct Writing
         Temporary
     } place = Place::Documents;
     const char *answer = "8 bytes.";
-    /// Fixed texts for a failure and for success; an empty one stands for what the writing reports.
+    /// Fixed texts for failure and success; empty for the text that the write reports.
     const char *failure = "";
     int failureLevel = 0;
     const char *success = "";
@@ -350,7 +349,7 @@ QString targetOf(const Writing &writing, const QString &folder)
     return parents[static_cast<std::size_t>(writing.place)] + u'/' + QLatin1StringView(writing.target);
 }
 
-/// Takes away whatever is there and makes its folder usable again.
+/// Removes whatever is there and makes its folder usable again.
 void clear(const QString &path)
 {
     const QString folder = QFileInfo(path).path();

@@ -194,7 +194,8 @@ void TestFileTools::readFile_callsOnlyAFolderOne()
     QVERIFY(deviceError != folderError);
 }
 
-// The system takes this for a regular file, opens it and then reads no byte of it: nothing lies at address 0.
+// The system treats this as a regular file and opens it, but cannot read a byte: nothing is mapped at address
+// 0.
 void TestFileTools::readFile_failsWhenTheFirstByteCannotBeRead()
 {
     QString error;

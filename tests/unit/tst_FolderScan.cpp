@@ -59,7 +59,7 @@ struct Filters
     QString year;
 };
 
-/// A file whose name is these bytes, whatever text they are.
+/// A file with these bytes as its name, valid UTF-8 or not.
 bool makeRawFile(const QByteArray &path)
 {
     const int file = ::open(path.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0600);

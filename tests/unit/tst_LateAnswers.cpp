@@ -98,8 +98,8 @@ void TestLateAnswers::goodAnswer_data()
     addRows();
 }
 
-// A file that was asked for as the workspace's opens whatever is open by then. Everything else leaves the
-// open file, its edits and its numbers alone.
+// A file that was requested in order to be opened is opened, even if another one is open by then. All other
+// answers leave the open file, its edits and its identifiers unchanged.
 void TestLateAnswers::goodAnswer()
 {
     QFETCH(int, operation);

@@ -1,9 +1,8 @@
-// What ends early, at every moment that there is. A moment is the end of an event that the thread's loop
-// delivered: the controller, the client and the window's engine are destroyed after none, after one, after
-// two of them, and so on until their work is done.
+// Early destruction: the controller, the client and the window's engine are destroyed after none, one, two
+// and more events of the thread's event loop, until their work is done.
 //
-// Where many requests are in flight at once that is hundreds of moments, of which an ordinary run takes every
-// so many. KVTEDITOR_LIFE_STEP=1 takes them all, which lasts minutes; a larger number takes as many fewer.
+// With many requests in flight there are hundreds of events, and an ordinary run tries a sample of them.
+// KVTEDITOR_LIFE_STEP=1 tries them all, which takes minutes; a larger number is the step between two tries.
 
 #include "EndpointFixture.h"
 #include "support/RawHttpServer.h"
@@ -68,8 +67,8 @@ public:
         return result;
     }
 
-    /// Runs the loop until that many events are over, and then the action, at once; the events that were due
-    /// beside the last one are delivered afterwards. False, without the action, when the work is over before.
+    /// Runs the loop for that many events, and then at once the action; other events that are due follow it.
+    /// False, without the action, when the work is done before.
     bool runThen(int events, const std::function<void()> &action, const std::function<bool()> &isOver)
     {
         if (events == 0) {
@@ -153,7 +152,7 @@ qsizetype openFiles()
     return entriesOf(u"/proc/self/fd"_s);
 }
 
-// Each calls back with whatever it brings.
+// Each calls back with any outcome.
 struct ClientCall
 {
     const char *name;
@@ -221,7 +220,7 @@ constexpr ClientCall clientCalls[] = {
     {"checkUpdate", [](VoxApiClient &client, const auto &done) { client.checkUpdate(json(done)); }},
 };
 
-// The controller's announcements, and what makes each of them beside the answers of the service.
+// The controller's signals, and a call that makes it emit each of them without an answer of the service.
 struct Announced
 {
     const char *signal;
@@ -284,7 +283,7 @@ private:
     static bool isOver(const AppState &state);
     /// Whether a client made now gets its answer; while it waits the loop turns.
     bool nextClientIsAnswered();
-    /// A controller at work before `m_server`, whose requests are counted.
+    /// A controller in use with `m_server`, whose requests are counted.
     std::unique_ptr<EndpointFixture> newFixture();
 
     CountingApplication *m_loop;

@@ -94,7 +94,7 @@ public:
 
     bool isMade() const { return m_made; }
     bool openForReading() { return (m_reader = ::open(m_path.constData(), O_RDONLY | O_NONBLOCK)) >= 0; }
-    /// Writes until it takes no more. How many bytes it took.
+    /// Writes until the pipe is full. Returns the number of bytes.
     qsizetype fill()
     {
         m_writer = ::open(m_path.constData(), O_WRONLY | O_NONBLOCK);

@@ -346,7 +346,7 @@ void TestServiceConfig::load_unreadableServiceJson()
     QVERIFY2(config.refusal.contains(u"Permission denied"_s), qPrintable(config.refusal));
 }
 
-// The package's link to a file that nobody has written.
+// The package's link to a file that does not exist.
 void TestServiceConfig::load_linkToNothingIsNoFile()
 {
     QTest::failOnWarning(QRegularExpression(u".*"_s));

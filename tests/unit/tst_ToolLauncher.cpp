@@ -50,7 +50,7 @@ QString canonical(const QString &path)
     return QFileInfo(path).canonicalFilePath();
 }
 
-/// A program that notes its name, working folder and number of arguments in a file beside the tools.
+/// A program that writes its name, working folder and number of arguments to a file beside the tools.
 bool makeProgram(const QString &path, const QString &report, const QByteArray &before = {})
 {
     const QByteArray script = "#!/bin/sh\n" + before + "printf '%s\\n' \"$0\" \"$(pwd -P)\" \"$#\" > '"
@@ -644,7 +644,7 @@ void TestToolLauncher::webToolWindow_keepsLastTitle()
 
 int main(int argc, char **argv)
 {
-    // Whatever opens bundles on this system is to find no desktop and no browser.
+    // The system's opener for bundles must find no desktop and no browser.
     for (const char *variable : {"DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"}) {
         qunsetenv(variable);
     }
