@@ -38,11 +38,11 @@ QtObject {
     // The backdrop's ends, the bars that let it shine through, and the veil under the hex editor.
     readonly property color backdropTop: "#161B26"
     readonly property color backdropBottom: "#06070A"
-    readonly property color bar: Qt.rgba(18 / 255, 21 / 255, 28 / 255, 0.85)
-    readonly property color veil: Qt.rgba(10 / 255, 12 / 255, 16 / 255, 0.92)
+    readonly property color bar: Qt.alpha(panel, 0.85)
+    readonly property color veil: Qt.alpha(bg, 0.92)
 
     // Over a tile that cannot be used yet.
-    readonly property color scrim: Qt.rgba(6 / 255, 7 / 255, 10 / 255, 0.6)
+    readonly property color scrim: Qt.alpha(backdropBottom, 0.6)
 
     // Columns of bytes line up in a fixed pitch only, and not every system has the first choice.
     readonly property string fixedFamily: firstFamily(["Consolas", "DejaVu Sans Mono", "Liberation Mono",
@@ -50,7 +50,7 @@ QtObject {
 
     // The accent with transparency, for glows and highlights.
     function accent(alpha: real): color {
-        return Qt.rgba(232 / 255, 93 / 255, 4 / 255, alpha);
+        return Qt.alpha(orange, alpha);
     }
 
     function firstFamily(wanted: var): string {
