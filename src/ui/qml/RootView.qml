@@ -9,18 +9,20 @@ VOXWindow {
     id: root
 
     readonly property AppState appState: app // qmllint disable unqualified
+    // In the order of the sidebar. The first view is made with the window, the others from their files.
     readonly property var tabs: [
         { key: "main", title: "MAIN" },
-        { key: "convert", title: "CONVERT" },
-        { key: "segments", title: "SEGMENTS" },
-        { key: "search", title: "SEARCH" },
-        { key: "sorter", title: "SORTER" },
-        { key: "xdf", title: "XDF MAKER" },
-        { key: "patcher", title: "BIN PATCHER" },
-        { key: "tools", title: "TOOLS" },
-        { key: "stock", title: "STOCK FILES" }
+        { key: "convert", title: "CONVERT", file: "ConvertView.qml" },
+        { key: "segments", title: "SEGMENTS", file: "SegmentsView.qml" },
+        { key: "search", title: "SEARCH", file: "SearchView.qml" },
+        { key: "sorter", title: "SORTER", file: "SorterView.qml" },
+        { key: "xdf", title: "XDF MAKER", file: "XDFView.qml" },
+        { key: "patcher", title: "BIN PATCHER", file: "PatcherView.qml" },
+        { key: "tools", title: "TOOLS", file: "ToolsView.qml" },
+        { key: "stock", title: "STOCK FILES", file: "StockView.qml" },
+        { key: "feedback", title: "FEEDBACK", file: "FeedbackView.qml" }
     ]
-    readonly property var viewKeys: tabs.map(tab => tab.key).concat("feedback")
+    readonly property var viewKeys: tabs.map(tab => tab.key)
     // Whether views that nobody has asked for yet are made between frames.
     property bool prepares: true
     // Whether all views are there, for whoever drives the window from outside.
@@ -100,19 +102,17 @@ VOXWindow {
                     Layout.fillWidth: true
                     Layout.fillHeight: true
 
-                    // In the order of the keys.
                     MainView {
                         id: mainView
                         objectName: "mainView"
                     }
                     Repeater {
-                        model: ["ConvertView", "SegmentsView", "SearchView", "SorterView", "XDFView", "PatcherView",
-                            "ToolsView", "StockView", "FeedbackView"]
+                        model: root.tabs.slice(1)
 
                         LazyView {
-                            required property string modelData
+                            required property var modelData
 
-                            file: modelData + ".qml"
+                            file: modelData.file
                             onLoaded: root.prepareNext()
                             onFailed: root.giveUp()
                         }

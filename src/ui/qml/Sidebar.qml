@@ -8,6 +8,7 @@ import KvtEditor
 Item {
     id: root
 
+    // The last of them stands at the bottom.
     required property var tabs
 
     Layout.preferredWidth: VOXTheme.sidebarIdeal
@@ -45,14 +46,11 @@ Item {
         }
 
         Repeater {
-            model: root.tabs
+            model: root.tabs.slice(0, -1)
 
-            NavButton {
-                required property var modelData
+            TabEntry {
                 required property int index
 
-                key: modelData.key
-                text: modelData.title
                 hint: "Ctrl+" + (index + 1)
             }
         }
@@ -61,10 +59,19 @@ Item {
             Layout.fillHeight: true
         }
 
-        NavButton {
-            key: "feedback"
-            text: "FEEDBACK"
-            hint: "Ctrl+0"
+        Repeater {
+            model: root.tabs.slice(-1)
+
+            TabEntry {
+                hint: "Ctrl+0"
+            }
         }
+    }
+
+    component TabEntry: NavButton {
+        required property var modelData
+
+        key: modelData.key
+        text: modelData.title
     }
 }
