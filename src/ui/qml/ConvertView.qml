@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
 
@@ -16,52 +15,41 @@ Item {
 
     function pickInput(key: string): void {
         conversion = key;
-        inputDialog.selectedNameFilter.index = 0;
-        inputDialog.currentFolder = appState.dialogFolder();
-        inputDialog.open();
-    }
-
-    function pickHeader(): void {
-        headerDialog.selectedNameFilter.index = 0;
-        headerDialog.currentFolder = appState.dialogFolder();
-        headerDialog.open();
+        inputDialog.ask();
     }
 
     // The export is looked for where its header was.
-    function pickExport(): void {
-        exportDialog.selectedNameFilter.index = 0;
+    function pickExport(header: string): void {
+        headerPath = header;
         exportDialog.currentFolder = headerDialog.currentFolder;
-        exportDialog.open();
+        exportDialog.ask();
     }
 
     objectName: "convertView"
 
-    FileDialog {
+    PickFileDialog {
         id: inputDialog
         objectName: "convertInputDialog"
         title: "Open Calibration"
         nameFilters: ["Calibration (*.bin *.kvt *.ctz *)", "All files (*)"]
-        onAccepted: root.appState.convertOp(root.conversion, FilePaths.pathFromUrl(selectedFile))
+        onTaken: path => root.appState.convertOp(root.conversion, path)
     }
 
-    FileDialog {
+    PickFileDialog {
         id: headerDialog
         objectName: "convertHeaderDialog"
         title: "Open Header BIN"
         nameFilters: ["BIN (*.bin)", "All files (*)"]
-        onAccepted: {
-            root.headerPath = FilePaths.pathFromUrl(selectedFile);
-            root.pickExport();
-        }
+        onTaken: path => root.pickExport(path)
     }
 
-    FileDialog {
+    PickFileDialog {
         id: exportDialog
         objectName: "convertExportDialog"
         title: "Open Export BIN"
         nameFilters: ["BIN (*.bin)", "All files (*)"]
-        onAccepted: root.appState.convertOp("cm2450_import", root.headerPath,
-            FilePaths.pathFromUrl(selectedFile))
+        stays: true
+        onTaken: path => root.appState.convertOp("cm2450_import", root.headerPath, path)
     }
 
     RowLayout {
@@ -116,7 +104,7 @@ Item {
                     ConversionButton {
                         objectName: "convertBinToKvtCm2450"
                         text: "BIN → KVT (CM2450)"
-                        onClicked: root.pickHeader()
+                        onClicked: headerDialog.ask()
                     }
                 }
 

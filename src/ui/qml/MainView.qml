@@ -10,16 +10,11 @@ Item {
     readonly property AppState appState: app // qmllint disable unqualified
 
     function showOpenDialog(): void {
-        openDialog.selectedNameFilter.index = 0;
-        openDialog.currentFolder = appState.dialogFolder();
-        openDialog.open();
+        openDialog.ask();
     }
 
     function showSaveDialog(): void {
-        saveDialog.currentFolder = appState.dialogFolder();
-        if (appState.fileName !== "")
-            saveDialog.selectedFile = FilePaths.inFolder(saveDialog.currentFolder, appState.fileName);
-        saveDialog.open();
+        saveDialog.ask();
     }
 
     function showHexEditor(): void {
@@ -38,22 +33,23 @@ Item {
         }
     }
 
-    FileDialog {
+    PickFileDialog {
         id: openDialog
         objectName: "openDialog"
         title: "Open KVT"
         nameFilters: ["KVT files (*.kvt)", "All files (*)"]
-        onAccepted: root.appState.openKvt(FilePaths.pathFromUrl(selectedFile))
+        onTaken: path => root.appState.openKvt(path)
     }
 
-    FileDialog {
+    PickFileDialog {
         id: saveDialog
         objectName: "saveDialog"
         title: "Save KVT"
         fileMode: FileDialog.SaveFile
         nameFilters: ["KVT files (*.kvt)"]
         acceptLabel: "Save"
-        onAccepted: root.appState.saveKvt(FilePaths.pathFromUrl(selectedFile))
+        offeredName: root.appState.fileName
+        onTaken: path => root.appState.saveKvt(path)
     }
 
     RowLayout {

@@ -1,7 +1,6 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
-import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
 
@@ -16,8 +15,7 @@ Item {
 
     function pickBin(index: int): void {
         pendingIndex = index;
-        binDialog.currentFolder = appState.dialogFolder();
-        binDialog.open();
+        binDialog.ask();
     }
 
     // The number of a patch means nothing in another list, where it might stand for a dearer one.
@@ -34,12 +32,12 @@ Item {
 
     objectName: "patcherView"
 
-    FileDialog {
+    PickFileDialog {
         id: binDialog
         objectName: "patcherDialog"
         title: "Open BIN"
         nameFilters: ["BIN (*.bin)"]
-        onAccepted: root.appState.applyPatchToBin(root.pendingIndex, FilePaths.pathFromUrl(selectedFile))
+        onTaken: path => root.appState.applyPatchToBin(root.pendingIndex, path)
     }
 
     RowLayout {

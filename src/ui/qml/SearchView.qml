@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
 
@@ -11,15 +10,9 @@ Item {
     property string folder
     readonly property VOXField searchField: nameField.input
 
-    function showFolderDialog(): void {
-        if (folder === "")
-            folderDialog.currentFolder = appState.dialogFolder();
-        folderDialog.open();
-    }
-
     function search(): void {
         if (folder === "")
-            showFolderDialog();
+            folderDialog.ask();
         else
             scan();
     }
@@ -36,11 +29,12 @@ Item {
 
     objectName: "searchView"
 
-    FolderDialog {
+    PickFolderDialog {
         id: folderDialog
         objectName: "searchFolderDialog"
         title: "Search Folder"
-        onAccepted: root.takeFolder(FilePaths.pathFromUrl(selectedFolder))
+        stays: root.folder !== ""
+        onTaken: path => root.takeFolder(path)
     }
 
     RowLayout {
@@ -71,7 +65,7 @@ Item {
                         Layout.preferredWidth: 100
                         Layout.preferredHeight: folderField.input.height
                         Layout.alignment: Qt.AlignBottom
-                        onClicked: root.showFolderDialog()
+                        onClicked: folderDialog.ask()
                     }
                 }
 

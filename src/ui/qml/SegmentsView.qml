@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
 
@@ -15,10 +14,7 @@ Item {
 
     function pick(file: string): void {
         which = file;
-        fileDialog.title = "Pick " + file + " .kvt";
-        fileDialog.selectedNameFilter.index = 0;
-        fileDialog.currentFolder = appState.dialogFolder();
-        fileDialog.open();
+        fileDialog.ask();
     }
 
     function take(file: string, path: string): void {
@@ -32,11 +28,12 @@ Item {
 
     objectName: "segmentsView"
 
-    FileDialog {
+    PickFileDialog {
         id: fileDialog
         objectName: "segmentFileDialog"
+        title: "Pick " + root.which + " .kvt"
         nameFilters: ["KVT (*.kvt)"]
-        onAccepted: root.take(root.which, FilePaths.pathFromUrl(selectedFile))
+        onTaken: path => root.take(root.which, path)
     }
 
     RowLayout {

@@ -17,18 +17,6 @@ Item {
         files = Array.from(urls, url => FilePaths.pathFromUrl(url));
     }
 
-    function showFilesDialog(): void {
-        if (files.length === 0)
-            filesDialog.currentFolder = appState.dialogFolder();
-        filesDialog.open();
-    }
-
-    function showFolderDialog(): void {
-        if (folder === "")
-            folderDialog.currentFolder = appState.dialogFolder();
-        folderDialog.open();
-    }
-
     function forget(): void {
         files = [];
         folder = "";
@@ -42,20 +30,22 @@ Item {
 
     objectName: "sorterView"
 
-    FileDialog {
+    PickFileDialog {
         id: filesDialog
         objectName: "sorterFilesDialog"
         title: "Source Files"
         fileMode: FileDialog.OpenFiles
         nameFilters: ["KVT (*.kvt)"]
+        stays: root.files.length > 0
         onAccepted: root.chooseFiles(selectedFiles)
     }
 
-    FolderDialog {
+    PickFolderDialog {
         id: folderDialog
         objectName: "sorterFolderDialog"
         title: "Output Folder"
-        onAccepted: root.folder = FilePaths.pathFromUrl(selectedFolder)
+        stays: root.folder !== ""
+        onTaken: path => root.folder = path
     }
 
     FrameWait {
@@ -104,7 +94,7 @@ Item {
                         Layout.preferredHeight: filesField.input.height
                         Layout.alignment: Qt.AlignBottom
                         Accessible.name: "Browse source files"
-                        onClicked: root.showFilesDialog()
+                        onClicked: filesDialog.ask()
                     }
                 }
 
@@ -127,7 +117,7 @@ Item {
                         Layout.preferredHeight: folderField.input.height
                         Layout.alignment: Qt.AlignBottom
                         Accessible.name: "Browse output folder"
-                        onClicked: root.showFolderDialog()
+                        onClicked: folderDialog.ask()
                     }
                 }
 

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
 
@@ -14,18 +13,17 @@ Item {
 
     function pickInput(kind: string): void {
         conversion = kind;
-        convertDialog.currentFolder = appState.dialogFolder();
-        convertDialog.open();
+        convertDialog.ask();
     }
 
     objectName: "toolsView"
 
-    FileDialog {
+    PickFileDialog {
         id: convertDialog
         objectName: "toolConvertDialog"
         title: "Open Calibration"
         nameFilters: ["Calibration (*.vbf *.xcal *.hex *.phf *.ecfg *)"]
-        onAccepted: root.appState.toolConvert(root.conversion, FilePaths.pathFromUrl(selectedFile))
+        onTaken: path => root.appState.toolConvert(root.conversion, path)
     }
 
     VinHexPopup {

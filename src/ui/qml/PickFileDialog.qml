@@ -1,0 +1,26 @@
+import QtQuick.Dialogs
+import KvtEditor
+
+// Asks for a file, and tells its path. It opens where files were last taken from.
+FileDialog {
+    id: root
+
+    readonly property AppState appState: app // qmllint disable unqualified
+    // Opens in its current folder instead.
+    property bool stays: false
+    // The name to offer for a file that will be written.
+    property string offeredName
+
+    signal taken(string path)
+
+    function ask(): void {
+        selectedNameFilter.index = 0;
+        if (!stays)
+            currentFolder = appState.dialogFolder();
+        if (offeredName !== "")
+            selectedFile = FilePaths.inFolder(currentFolder, offeredName);
+        open();
+    }
+
+    onAccepted: taken(FilePaths.pathFromUrl(selectedFile))
+}
