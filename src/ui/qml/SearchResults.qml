@@ -12,38 +12,16 @@ VOXCard {
 
     title: "Identifiers"
 
-    SearchColumns {
-        id: widths
+    ListHeading {
+        id: columnHeading
+        objectName: "heading"
         rowWidth: hits.rowWidth
-    }
-
-    Row {
-        spacing: widths.gap
-        Layout.leftMargin: widths.margin
-
-        ListCaption {
-            objectName: "headingFile"
-            text: "File"
-            width: widths.file
-        }
-
-        ListCaption {
-            objectName: "headingOS"
-            text: "OS"
-            width: widths.os
-        }
-
-        ListCaption {
-            objectName: "headingYear"
-            text: "Year"
-            width: widths.year
-        }
-
-        ListCaption {
-            objectName: "headingMake"
-            text: "Make"
-            width: widths.make
-        }
+        columns: [
+            ListColumn { key: "name"; cell: "file"; title: "File" },
+            ListColumn { key: "os"; title: "OS"; width: 84 },
+            ListColumn { key: "year"; title: "Year"; width: 44 },
+            ListColumn { key: "make"; title: "Make"; width: 64 }
+        ]
     }
 
     VOXList {
@@ -55,8 +33,15 @@ VOXCard {
         Layout.fillWidth: true
         Layout.fillHeight: true
 
-        delegate: SearchHitRow {
-            columns: widths
+        // Only a tune file opens; anything else shows that a click does nothing.
+        delegate: ListColumnsRow {
+            required property var modelData
+
+            objectName: "searchHit" + index
+            heading: columnHeading
+            record: modelData
+            tips: values.slice(0, 1)
+            clickable: values[0].slice(-4).toLowerCase() === ".kvt"
             onClicked: {
                 hits.forceActiveFocus(Qt.MouseFocusReason);
                 hits.currentIndex = index;
@@ -67,7 +52,7 @@ VOXCard {
         VOXLabel {
             objectName: "searchEmptyLine"
             parent: hits
-            x: widths.margin
+            x: columnHeading.margin
             y: 10
             visible: hits.count === 0
             text: root.appState.searchBusy ? "Scanning folder ..." : "No results yet."

@@ -23,32 +23,17 @@ VOXCard {
     title: "Identifiers"
     onSelectedChanged: files.showSelection()
 
-    StockColumns {
-        id: stockColumns
+    ListHeading {
+        id: columnHeading
+        objectName: "stockHeading"
         rowWidth: files.rowWidth
-    }
-
-    Row {
-        spacing: stockColumns.gap
-        Layout.leftMargin: stockColumns.margin
-
-        Heading {
-            objectName: "stockHeadingFilename"
-            text: "Filename"
-            width: stockColumns.file
-        }
-
-        Heading {
-            objectName: "stockHeadingMake"
-            text: "Make"
-            width: stockColumns.side
-        }
-
-        Heading {
-            objectName: "stockHeadingModule"
-            text: "Module"
-            width: stockColumns.side
-        }
+        color: VOXTheme.orange
+        pixelSize: 12
+        columns: [
+            ListColumn { key: "filename"; cell: "file"; title: "Filename" },
+            ListColumn { key: "make"; title: "Make"; width: 90 },
+            ListColumn { key: "module"; title: "Module"; width: 90 }
+        ]
     }
 
     VOXList {
@@ -82,7 +67,7 @@ VOXCard {
         onChosen: root.download()
 
         delegate: StockRow {
-            columns: stockColumns
+            heading: columnHeading
             selected: index === root.selected
             onClicked: {
                 files.forceActiveFocus(Qt.MouseFocusReason);
@@ -93,7 +78,7 @@ VOXCard {
         VOXLabel {
             objectName: "stockEmptyLine"
             parent: files
-            x: stockColumns.margin
+            x: columnHeading.margin
             y: 10
             visible: files.count === 0
             text: "No results."
@@ -105,10 +90,5 @@ VOXCard {
         text: "DOWNLOAD & OPEN"
         orange: true
         onClicked: root.download()
-    }
-
-    component Heading: ListCaption {
-        color: VOXTheme.orange
-        font.pixelSize: 12
     }
 }
