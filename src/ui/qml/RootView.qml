@@ -19,10 +19,11 @@ VOXWindow {
         { key: "xdf", title: "XDF MAKER", file: "XDFView.qml" },
         { key: "patcher", title: "BIN PATCHER", file: "PatcherView.qml" },
         { key: "tools", title: "TOOLS", file: "ToolsView.qml" },
-        { key: "stock", title: "STOCK FILES", file: "StockView.qml" },
-        { key: "feedback", title: "FEEDBACK", file: "FeedbackView.qml" }
+        { key: "stock", title: "STOCK FILES", file: "StockView.qml" }
     ]
-    readonly property var viewKeys: tabs.map(tab => tab.key)
+    // The last has a button of its own at the bottom of the sidebar.
+    readonly property var views: tabs.concat({ key: "feedback", file: "FeedbackView.qml" })
+    readonly property var viewKeys: views.map(view => view.key)
     // Whether views that nobody has asked for yet are made between frames.
     property bool prepares: true
     // Whether all views are there, for whoever drives the window from outside.
@@ -107,7 +108,7 @@ VOXWindow {
                         objectName: "mainView"
                     }
                     Repeater {
-                        model: root.tabs.slice(1)
+                        model: root.views.slice(1)
 
                         LazyView {
                             required property var modelData

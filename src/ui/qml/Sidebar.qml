@@ -8,7 +8,6 @@ import KvtEditor
 Item {
     id: root
 
-    // The last of them stands at the bottom.
     required property var tabs
 
     Layout.preferredWidth: VOXTheme.sidebarIdeal
@@ -46,11 +45,14 @@ Item {
         }
 
         Repeater {
-            model: root.tabs.slice(0, -1)
+            model: root.tabs
 
-            TabEntry {
+            NavButton {
+                required property var modelData
                 required property int index
 
+                key: modelData.key
+                text: modelData.title
                 hint: "Ctrl+" + (index + 1)
             }
         }
@@ -59,19 +61,10 @@ Item {
             Layout.fillHeight: true
         }
 
-        Repeater {
-            model: root.tabs.slice(-1)
-
-            TabEntry {
-                hint: "Ctrl+0"
-            }
+        NavButton {
+            key: "feedback"
+            text: "FEEDBACK"
+            hint: "Ctrl+0"
         }
-    }
-
-    component TabEntry: NavButton {
-        required property var modelData
-
-        key: modelData.key
-        text: modelData.title
     }
 }
