@@ -22,8 +22,8 @@ VOXWindow {
         { key: "stock", title: "STOCK FILES", file: "StockView.qml" }
     ]
     // The last has a button of its own at the bottom of the sidebar.
-    readonly property var views: tabs.concat({ key: "feedback", file: "FeedbackView.qml" })
-    readonly property var viewKeys: views.map(view => view.key)
+    readonly property var entries: tabs.concat({ key: "feedback", file: "FeedbackView.qml" })
+    readonly property var viewKeys: entries.map(view => view.key)
     // Whether views that nobody has asked for yet are made between frames.
     property bool prepares: true
     // Whether all views are there, for whoever drives the window from outside.
@@ -108,7 +108,7 @@ VOXWindow {
                         objectName: "mainView"
                     }
                     Repeater {
-                        model: root.views.slice(1)
+                        model: root.entries.slice(1)
 
                         LazyView {
                             required property var modelData
