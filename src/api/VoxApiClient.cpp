@@ -372,30 +372,31 @@ QNetworkAccessManager *VoxApiClient::newManager()
 }
 
 // The manager belongs to the client and the reply to the manager; both go once the answer was handed over.
+// Queued, because a callback may destroy the client, and Qt still uses the reply after it has emitted
+// finished().
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
-    // Content-Length may lie, so count what arrives. abort() is queued: it emits finished(), whose callback
-    // may delete the client while Qt still uses the reply.
+    // Content-Length may lie, so count what arrives.
     const auto isTooLong = std::make_shared<bool>(false);
     connect(reply, &QNetworkReply::readyRead, this, [reply, isTooLong, most = m_largestAnswer] {
-        if (reply->bytesAvailable() <= most)
+        if (reply->bytesAvailable() <= most || std::exchange(*isTooLong, true))
             return;
-        *isTooLong = true;
-        QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
+        reply->abort();
     });
     connect(
-        reply, &QNetworkReply::finished, this, [reply, manager, isTooLong, finished = std::move(finished)] {
+        reply, &QNetworkReply::finished, this,
+        [reply, manager, isTooLong, finished = std::move(finished)] {
             const QPointer<QNetworkAccessManager> kept(manager);
             if (*isTooLong)
                 finished(reply, {},
                          QString::fromStdString(std::make_error_code(std::errc::file_too_large).message()));
             else
                 finished(reply, reply->readAll(), errorText(reply));
-            // A callback may destroy the client, and both with it.
             if (!kept)
                 return;
             reply->deleteLater();
             manager->deleteLater();
-        });
+        },
+        Qt::QueuedConnection);
     emit requestSent(reply);
 }
