@@ -56,7 +56,8 @@ for file in *.gcov; do
 done
 END
 chmod +x "$report/gcov"
-mapfile -t objects < <(find "$build" -type d -path '*.dir/*' -name src)
+mapfile -t objects < <(find "$build" -type d \( -name 'kvteditor_floor_*.dir' -o -name kvteditor_uisupport.dir \
+  -o -path '*.dir/*' -name src \))
 gcovr --root "$top" --filter "$top/src/.*\.cpp\$" --exclude "$top/src/app/main\.cpp" \
   --exclude-throw-branches --exclude-unreachable-branches --gcov-executable "'$report/gcov'" \
   --csv "$report/files.csv" --html-details "$report/index.html" "${objects[@]}"

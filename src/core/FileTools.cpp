@@ -3,12 +3,12 @@
 #include "core/ErrorText.h"
 #include "core/SystemPath.h"
 
-#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QUrl>
+#include <QtGui/QDesktopServices>
 
 #include <limits>
 #include <system_error>
