@@ -27,7 +27,7 @@ if [[ ${1-} == run ]]; then
 else
   packages+=(
     # the second compiler, its sanitizers and what names their addresses, a fast linker, checks of the sources
-    clang libclang-rt-dev llvm lld clang-format shellcheck git
+    clang libclang-rt-dev llvm lld clang-format clang-tidy clazy shellcheck git
     # libraries and the QML module of the tests and benchmarks
     libx11-dev libbenchmark-dev qml6-module-qttest
     # a display for the tests that want a real window

@@ -25,8 +25,9 @@ QString builtLabel(const QJsonObject &candidate)
 QVariantList decodeSwapCandidates(const QString &json)
 {
     const QJsonObject answer = jsonObjectFromBody(json.toUtf8()).value_or(QJsonObject());
+    const QJsonArray elements = firstArray(answer, {u"candidates"_s});
     QVariantList candidates;
-    for (const QJsonValue &element : firstArray(answer, {u"candidates"_s})) {
+    for (const QJsonValue &element : elements) {
         const QJsonObject object = element.toObject();
         QVariantMap candidate = object.toVariantMap();
         candidate.insert(indexKey, static_cast<int>(candidates.size()));

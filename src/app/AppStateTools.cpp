@@ -48,7 +48,8 @@ void AppState::setXcalMode(const QString &mode)
 void AppState::decodeJ1939(const QString &hex)
 {
     m_tools.j1939Rows.clear();
-    for (const J1939Fault &fault : FileTools::decodeJ1939(hex)) {
+    const QList<J1939Fault> faults = FileTools::decodeJ1939(hex);
+    for (const J1939Fault &fault : faults) {
         const QString line = u"SPN %1  FMI %2 (%3)  OC %4  lamp %5  [%6]"_s.arg(
             QString::number(fault.spn), QString::number(fault.fmi), fault.fmiText, QString::number(fault.oc),
             QString::number(fault.lamp), fault.raw);

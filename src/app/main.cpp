@@ -107,7 +107,8 @@ QString absolutePath(const QString &file)
 QString fileFromCommandLine()
 {
     bool options = true;
-    for (const QString &argument : QCoreApplication::arguments().mid(1)) {
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    for (const QString &argument : arguments) {
         if (options && argument == "--"_L1)
             options = false;
         else if (!argument.isEmpty() && !(options && argument.startsWith('-'_L1)))

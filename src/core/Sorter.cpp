@@ -15,7 +15,8 @@ namespace {
 QStringList sortKeys(const QString &order)
 {
     QStringList keys;
-    for (const QString &piece : order.split(','_L1)) {
+    const QStringList pieces = order.split(','_L1);
+    for (const QString &piece : pieces) {
         const QString key = piece.trimmed();
         if (!key.isEmpty())
             keys.append(key);
@@ -77,7 +78,8 @@ bool sortOne(const QString &file, const QString &destination, const QStringList 
     const QVariantMap meta{{u"mainOS"_s, FileTools::osTokenFromName(fileName)}};
     // Joined by hand: QDir takes a name that begins with a colon for a resource's full path.
     QString copy = destination.isEmpty() ? u"."_s : destination;
-    for (const QString &folder : FileTools::folderParts(fileName, meta, keys))
+    const QStringList folders = FileTools::folderParts(fileName, meta, keys);
+    for (const QString &folder : folders)
         copy += '/'_L1 + folder;
     copy += '/'_L1 + fileName;
     // Writing makes the folder with all that is missing above it.
