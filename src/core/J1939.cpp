@@ -35,19 +35,6 @@ QString failureModeText(int fmi)
     return known == std::end(failureModes) ? u"FMI %1"_s.arg(fmi) : QLatin1String(known->text);
 }
 
-// Digits pair up from the end: one too many stands alone at the front.
-QByteArray bytesOf(const QString &text)
-{
-    QByteArray digits;
-    for (const QChar c : text) {
-        const char digit = c.unicode() < 128 ? static_cast<char>(c.unicode()) : ' ';
-        if ((digit >= '0' && digit <= '9') || (digit >= 'A' && digit <= 'F')
-            || (digit >= 'a' && digit <= 'f'))
-            digits.append(digit);
-    }
-    return QByteArray::fromHex(digits);
-}
-
 J1939Fault faultAt(const QByteArray &bytes, qsizetype position)
 {
     const auto byte = [&bytes, position](qsizetype i) {
@@ -67,7 +54,8 @@ J1939Fault faultAt(const QByteArray &bytes, qsizetype position)
 
 QList<J1939Fault> FileTools::decodeJ1939(const QString &text)
 {
-    const QByteArray bytes = bytesOf(text);
+    // Skips all but hex digits, which pair up from the end: one too many stands alone at the front.
+    const QByteArray bytes = QByteArray::fromHex(text.toLatin1());
     QList<J1939Fault> faults;
     for (qsizetype at = firstFault; at + faultSize <= bytes.size(); at += faultSize)
         faults.append(faultAt(bytes, at));
