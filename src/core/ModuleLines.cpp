@@ -17,18 +17,23 @@ QVariantMap field(const QString &title, const QString &value)
     return {{u"title"_s, title}, {u"value"_s, value}};
 }
 
-/// What stands above the rows.
-QList<QVariantMap> fixedLines(const QVariantMap &module)
+struct FixedLine
 {
-    QList<QVariantMap> lines{{{u"heading"_s, true}, {u"title"_s, text(module, u"title"_s)}}};
-    const QString vin = text(module, u"vin"_s);
-    if (!vin.isEmpty())
-        lines.append(field(u"VIN"_s, vin));
-    const QString serial = text(module, u"serial"_s);
-    if (!serial.isEmpty())
-        lines.append(field(u"Serial Number"_s, serial));
-    lines.append(field(u"Main OS"_s, text(module, u"mainOs"_s)));
-    return lines;
+    const char *key;
+    const char *title;
+    bool isOptional;
+};
+
+// Between the heading and the rows.
+constexpr FixedLine fixedLines[] = {
+    {"vin", "VIN", true},
+    {"serial", "Serial Number", true},
+    {"mainOs", "Main OS", false},
+};
+
+bool isShown(const FixedLine &line, const QVariantMap &module)
+{
+    return !line.isOptional || !text(module, QLatin1String(line.key)).isEmpty();
 }
 
 QVariantList rowsOf(const QVariantMap &module)
@@ -38,9 +43,9 @@ QVariantList rowsOf(const QVariantMap &module)
 
 int lineCount(const QVariantMap &module)
 {
-    const bool hasVin = !text(module, u"vin"_s).isEmpty();
-    const bool hasSerial = !text(module, u"serial"_s).isEmpty();
-    return 2 + (hasVin ? 1 : 0) + (hasSerial ? 1 : 0) + static_cast<int>(rowsOf(module).size());
+    const auto fixed = std::count_if(std::begin(fixedLines), std::end(fixedLines),
+                                     [&module](const FixedLine &line) { return isShown(line, module); });
+    return static_cast<int>(1 + fixed + rowsOf(module).size());
 }
 
 } // namespace
@@ -66,10 +71,13 @@ QVariantMap ModuleLines::line(int number) const
         return {};
     const auto start = std::prev(std::upper_bound(m_starts.cbegin(), m_starts.cend(), number));
     const QVariantMap module = m_modules.at(std::distance(m_starts.cbegin(), start)).toMap();
-    const int place = number - *start;
-    const QList<QVariantMap> fixed = fixedLines(module);
-    if (place < fixed.size())
-        return fixed.at(place);
-    const QVariantMap row = rowsOf(module).at(place - fixed.size()).toMap();
+    qsizetype place = number - *start - 1;
+    if (place < 0)
+        return {{u"heading"_s, true}, {u"title"_s, text(module, u"title"_s)}};
+    for (const FixedLine &line : fixedLines) {
+        if (isShown(line, module) && place-- == 0)
+            return field(QLatin1String(line.title), text(module, QLatin1String(line.key)));
+    }
+    const QVariantMap row = rowsOf(module).at(place).toMap();
     return field(text(row, u"label"_s), text(row, u"value"_s));
 }

@@ -18,6 +18,8 @@ private slots:
     void noLineOutsideTheList();
     void theSameModulesTellNothing();
     void anotherListTakesOver();
+    void emptyFieldsHaveNoLine_data();
+    void emptyFieldsHaveNoLine();
     void manyModulesAndRows();
 };
 
@@ -107,6 +109,33 @@ void TestModuleLines::anotherListTakesOver()
     QCOMPARE(lineText(lines, 3), u"B=G2"_s);
     lines.setModules({});
     QCOMPARE(lines.count(), 0);
+}
+
+void TestModuleLines::emptyFieldsHaveNoLine_data()
+{
+    QTest::addColumn<QString>("vin");
+    QTest::addColumn<QString>("serial");
+    QTest::addColumn<QStringList>("expected");
+
+    const QString empty = u""_s;
+    QTest::newRow("both-null") << QString() << QString() << QStringList{u"M"_s, u"Main OS=1"_s, u"A=a"_s};
+    QTest::newRow("both-empty") << empty << empty << QStringList{u"M"_s, u"Main OS=1"_s, u"A=a"_s};
+    QTest::newRow("serial-empty") << u"V"_s << empty
+                                  << QStringList{u"M"_s, u"VIN=V"_s, u"Main OS=1"_s, u"A=a"_s};
+    QTest::newRow("vin-empty") << empty << u"S"_s
+                               << QStringList{u"M"_s, u"Serial Number=S"_s, u"Main OS=1"_s, u"A=a"_s};
+}
+
+void TestModuleLines::emptyFieldsHaveNoLine()
+{
+    QFETCH(QString, vin);
+    QFETCH(QString, serial);
+    ModuleLines lines;
+    lines.setModules({FileTools::makeModuleEntry(u"M"_s, vin, serial, u"1"_s, {u"A"_s}, {u"a"_s})});
+    QStringList texts;
+    for (int number = 0; number < lines.count(); ++number)
+        texts.append(lineText(lines, number));
+    QTEST(texts, "expected");
 }
 
 void TestModuleLines::manyModulesAndRows()
