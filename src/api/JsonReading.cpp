@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // QJsonValue's own integer rule: the value when it is whole and fits 32 bits, else 0.
@@ -45,4 +47,10 @@ std::optional<QJsonObject> jsonObjectFromBody(const QByteArray &body)
     if (error.error != QJsonParseError::NoError || !document.isObject())
         return std::nullopt;
     return document.object();
+}
+
+QJsonObject jsonObjectInText(const QString &text)
+{
+    return jsonObjectFromBody(text.sliced(std::max<qsizetype>(text.indexOf('{'_L1), 0)).toUtf8())
+        .value_or(QJsonObject());
 }

@@ -23,3 +23,7 @@ QJsonArray firstArray(const QJsonObject &object, const QStringList &keys);
 
 /// The object that `body` is, or nothing when it is anything but one JSON object.
 std::optional<QJsonObject> jsonObjectFromBody(const QByteArray &body);
+
+/// The object from the first brace of `text` on: the worker may print lines ahead of its JSON. Empty when
+/// that is anything but one JSON object.
+QJsonObject jsonObjectInText(const QString &text);

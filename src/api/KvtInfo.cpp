@@ -4,8 +4,6 @@
 #include "core/FileTools.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QJsonValue>
 #include <QVariantList>
 
@@ -63,12 +61,8 @@ void setUnlessEmpty(QVariantMap &map, const QString &key, const QString &value)
         map.insert(key, value);
 }
 
-QJsonObject answerObject(const QString &json)
+QJsonObject innermost(QJsonObject object)
 {
-    QByteArray text = json.toUtf8();
-    // The worker may print lines ahead of its JSON.
-    text.remove(0, std::max<qsizetype>(text.indexOf('{'), 0));
-    QJsonObject object = jsonObjectFromBody(text).value_or(QJsonObject());
     for (const auto &nested : {u"kvt"_s, u"identifiers"_s}) {
         const QJsonValue inner = object.value(nested);
         if (inner.isObject())
@@ -177,14 +171,14 @@ void mergeModules(QVariantMap &identifiers, const QJsonArray &answered)
 
 } // namespace
 
-QVariantMap mergeKvtInfo(const QVariantMap &identifiers, const QString &json)
+QVariantMap mergeKvtInfo(const QVariantMap &identifiers, const QJsonObject &answer)
 {
-    const QJsonObject answer = answerObject(json);
+    const QJsonObject object = innermost(answer);
     QVariantMap merged = identifiers;
-    mergeNumbers(merged, answer);
+    mergeNumbers(merged, object);
     for (const Alias &alias : aliases)
-        setUnlessEmpty(merged, QLatin1String(alias.target), firstText(answer, alias.keys));
-    const QJsonArray modules = answer.value(modulesKey).toArray();
+        setUnlessEmpty(merged, QLatin1String(alias.target), firstText(object, alias.keys));
+    const QJsonArray modules = object.value(modulesKey).toArray();
     if (!modules.isEmpty())
         mergeModules(merged, modules);
     return merged;

@@ -2,7 +2,6 @@
 
 #include "api/JsonReading.h"
 
-#include <QJsonObject>
 #include <QStringList>
 #include <QVariantMap>
 
@@ -22,9 +21,8 @@ QString builtLabel(const QJsonObject &candidate)
 
 } // namespace
 
-QVariantList decodeSwapCandidates(const QString &json)
+QVariantList decodeSwapCandidates(const QJsonObject &answer)
 {
-    const QJsonObject answer = jsonObjectFromBody(json.toUtf8()).value_or(QJsonObject());
     const QJsonArray elements = firstArray(answer, {u"candidates"_s});
     QVariantList candidates;
     for (const QJsonValue &element : elements) {

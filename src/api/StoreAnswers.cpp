@@ -122,6 +122,12 @@ QString patchedName(const QString &path)
     return QFileInfo(path).completeBaseName() + u"_patched.bin"_s;
 }
 
+QString downloadError(const QByteArray &bytes, const QJsonObject &answer, const QString &error)
+{
+    const QString reason = jsonString(answer, errorKey);
+    return reason.isEmpty() && bytes.isEmpty() ? error : reason;
+}
+
 QVariantList decodeStockList(const QJsonObject &answer)
 {
     return mapsOf(firstArray(answer, {u"files"_s, u"items"_s, u"results"_s}), stockRow);

@@ -136,25 +136,32 @@ QString errorText(const QNetworkReply *reply)
     return reply->error() == QNetworkReply::ContentReSendError ? brokenOffText(reply) : reply->errorString();
 }
 
+// The deployment's fields; those that the request has itself replace them.
+QVariantMap withAuthFields(const QVariantMap &own)
+{
+    QVariantMap all = serviceConfig().authFields;
+    all.insert(own);
+    return all;
+}
+
 } // namespace
 
 WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &object, const QString &error)
 {
     WorkerResult result;
-    if (!error.isEmpty() && body.isEmpty()) {
-        result.error = error;
+    if (body.isEmpty()) {
+        result.error = error.isEmpty() ? u"Worker returned empty response."_s : error;
         return result;
     }
     result.isJson = body.startsWith('{') || !object.isEmpty();
     if (!result.isJson) {
         // Whole files are known to arrive together with a transport error; the bytes count.
         result.data = body;
-        result.ok = !body.isEmpty();
-        if (!result.ok)
-            result.error = u"Worker returned empty response."_s;
+        result.ok = true;
         return result;
     }
     result.text = QString::fromUtf8(body);
+    result.object = object;
     const QString status = jsonString(object, u"status"_s);
     result.ok = status == "ok"_L1;
     if (result.ok)
@@ -267,12 +274,10 @@ void VoxApiClient::kvtWorker(const QString &version, const QString &operation, c
         callback(refused);
         return;
     }
-    QVariantMap form = serviceConfig().authFields;
-    form.insert(u"version"_s, version);
-    form.insert(u"operation"_s, operation);
+    QVariantMap form{{u"version"_s, version}, {u"operation"_s, operation}};
     for (const auto &[name, value] : fields)
         form.insert(name, value);
-    postMultipart(u"kvt_worker/process.aspx"_s, form, files,
+    postMultipart(u"kvt_worker/process.aspx"_s, withAuthFields(form), files,
                   [callback = std::move(callback)](const QByteArray &body, const QJsonObject &object,
                                                    const QString &error) {
                       callback(classifyWorkerAnswer(body, object, error));
@@ -339,6 +344,11 @@ void VoxApiClient::stockDownload(const QString &id, BytesCallback callback)
 void VoxApiClient::feedbackSubmit(const QJsonObject &ticket, JsonCallback callback)
 {
     postJson(u"feedback.aspx"_s, ticket, std::move(callback));
+}
+
+void VoxApiClient::feedbackToDev(const QJsonObject &ticket, JsonCallback callback)
+{
+    feedbackSubmit(QJsonObject::fromVariantMap(withAuthFields(ticket.toVariantMap())), std::move(callback));
 }
 
 void VoxApiClient::feedbackHistory(const QString &ticketId, JsonCallback callback)

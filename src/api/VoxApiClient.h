@@ -31,6 +31,8 @@ struct WorkerResult
     QString error;
     QString text;
     QByteArray data;
+    /// What `text` says; empty for a file.
+    QJsonObject object;
 };
 
 /// In all three, an empty error text means success, and the object is empty unless the body was a JSON
@@ -96,6 +98,8 @@ public:
     void stockList(const QVariantMap &filters, JsonCallback callback);
     void stockDownload(const QString &id, BytesCallback callback);
     void feedbackSubmit(const QJsonObject &ticket, JsonCallback callback);
+    /// As feedbackSubmit, with the deployment's authentication fields, which a worker request carries too.
+    void feedbackToDev(const QJsonObject &ticket, JsonCallback callback);
     void feedbackHistory(const QString &ticketId, JsonCallback callback);
     void feedbackReply(const QString &ticketId, const QString &message, JsonCallback callback);
     void checkUpdate(JsonCallback callback);

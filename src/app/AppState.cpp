@@ -47,10 +47,8 @@ void AppState::setStatus(const QString &text, int ok)
 
 void AppState::setTab(const QString &key)
 {
-    if (m_tab == key)
-        return;
-    m_tab = key;
-    emit tabChanged();
+    if (std::exchange(m_tab, key) != key)
+        emit tabChanged();
 }
 
 void AppState::copyText(const QString &text, const QString &label)
@@ -66,6 +64,22 @@ void AppState::setBusy(bool busy)
 {
     m_busy = busy;
     emit busyChanged();
+}
+
+bool AppState::failed(const QString &error)
+{
+    if (!error.isEmpty())
+        setStatus(error, 0);
+    return !error.isEmpty();
+}
+
+QByteArray AppState::readInput(const QString &path)
+{
+    QString error;
+    const QByteArray bytes = FileTools::readFile(path, &error);
+    if (bytes.isEmpty())
+        setStatus(error, 0);
+    return bytes;
 }
 
 QString AppState::saveToDocuments(const QByteArray &bytes, const QString &name)

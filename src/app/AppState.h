@@ -103,28 +103,28 @@ public:
 
     // Workspace and identifiers: AppStateWorkspace.cpp
     QString fileName() const { return m_file.name; }
-    QString vin() const;
-    QString serial() const;
-    QString mainOS() const;
-    QString system() const;
-    QString fuel() const;
-    QString speedometer() const;
-    QString engineDiag() const;
-    QString engineOp() const;
-    QString interfaceID() const;
-    QVariantList modules() const;
+    QString vin() const { return identifier(QStringLiteral("vin")); }
+    QString serial() const { return identifier(QStringLiteral("serial")); }
+    QString mainOS() const { return identifier(QStringLiteral("mainOS")); }
+    QString system() const { return identifier(QStringLiteral("system")); }
+    QString fuel() const { return identifier(QStringLiteral("fuel")); }
+    QString speedometer() const { return identifier(QStringLiteral("speedometer")); }
+    QString engineDiag() const { return identifier(QStringLiteral("engineDiag")); }
+    QString engineOp() const { return identifier(QStringLiteral("engineOp")); }
+    QString interfaceID() const { return identifier(QStringLiteral("interfaceID")); }
+    QVariantList modules() const { return m_identifiers.value(QStringLiteral("modules")).toList(); }
     QString moduleOneOs() const;
-    QString created() const;
-    QString editorVersion() const;
-    Q_INVOKABLE void setVin(const QString &value);
-    Q_INVOKABLE void setSerial(const QString &value);
-    Q_INVOKABLE void setMainOS(const QString &value);
-    Q_INVOKABLE void setSystem(const QString &value);
-    Q_INVOKABLE void setFuel(const QString &value);
-    Q_INVOKABLE void setSpeedometer(const QString &value);
-    Q_INVOKABLE void setEngineDiag(const QString &value);
-    Q_INVOKABLE void setEngineOp(const QString &value);
-    Q_INVOKABLE void setInterfaceID(const QString &value);
+    QString created() const { return identifier(QStringLiteral("created")); }
+    QString editorVersion() const { return identifier(QStringLiteral("editorVersion")); }
+    Q_INVOKABLE void setVin(const QString &value) { setId(QStringLiteral("vin"), value); }
+    Q_INVOKABLE void setSerial(const QString &value) { setId(QStringLiteral("serial"), value); }
+    Q_INVOKABLE void setMainOS(const QString &value) { setId(QStringLiteral("mainOS"), value); }
+    Q_INVOKABLE void setSystem(const QString &value) { setId(QStringLiteral("system"), value); }
+    Q_INVOKABLE void setFuel(const QString &value) { setId(QStringLiteral("fuel"), value); }
+    Q_INVOKABLE void setSpeedometer(const QString &value) { setId(QStringLiteral("speedometer"), value); }
+    Q_INVOKABLE void setEngineDiag(const QString &value) { setId(QStringLiteral("engineDiag"), value); }
+    Q_INVOKABLE void setEngineOp(const QString &value) { setId(QStringLiteral("engineOp"), value); }
+    Q_INVOKABLE void setInterfaceID(const QString &value) { setId(QStringLiteral("interfaceID"), value); }
     void setId(const QString &key, const QString &value);
     /// Reads the file whole and asks the service for its identifiers. A failed open keeps the file that was
     /// open.
@@ -140,6 +140,7 @@ public:
     QString suggestName(const QString &suffix) const;
     /// Sends the bytes as opened; an answer that arrives after another file was opened is dropped.
     void requestKvtInfoFromApi();
+    /// Merges what the worker says about the open file.
     void applyKvtInfoJson(const QString &json);
 
     // Conversions: AppStateConversions.cpp
@@ -212,6 +213,8 @@ public:
     Q_INVOKABLE void openSearchHit(int index);
     /// Whether something dropped on the window can be searched; a link to a folder can.
     Q_INVOKABLE bool isFolder(const QString &path) const;
+    /// Whether the workspace opens a file of that name.
+    Q_INVOKABLE bool isKvtFile(const QString &path) const;
 
     // Sorter: AppStateSorter.cpp
     Q_INVOKABLE void sortCopy(const QStringList &files, const QString &dest, const QString &order);
@@ -282,6 +285,10 @@ signals:
 private:
     // Shell
     void setBusy(bool busy);
+    /// Whether there is an error; it is then on the status line.
+    bool failed(const QString &error);
+    /// The file's bytes; when there are none, the reason is on the status line.
+    QByteArray readInput(const QString &path);
     /// Saves a file in the documents folder and shows the folder. The file's path; when it could not be
     /// saved, an empty one, with the reason on the status line.
     QString saveToDocuments(const QByteArray &bytes, const QString &name);
@@ -295,7 +302,8 @@ private:
     int m_statusOK = -1;
 
     // Workspace and identifiers
-    QString identifier(const QString &key) const;
+    QString identifier(const QString &key) const { return m_identifiers.value(key).toString(); }
+    void applyKvtInfo(const QJsonObject &answer);
 
     struct OpenFile
     {

@@ -106,13 +106,10 @@ void AppState::convertOp(const QString &op, const QString &path, const QString &
             return;
         }
     } else {
-        QString error;
-        input = FileTools::readFile(path, &error);
+        input = readInput(path);
         inputName = QFileInfo(path).fileName();
-        if (input.isEmpty()) {
-            setStatus(error, 0);
+        if (input.isEmpty())
             return;
-        }
     }
 
     const auto *const conversion =
@@ -136,11 +133,8 @@ void AppState::convertOp(const QString &op, const QString &path, const QString &
 
 void AppState::pickBaseKvt(const QString &path)
 {
-    QString error;
-    m_baseKvt = FileTools::readFile(path, &error);
-    if (m_baseKvt.isEmpty())
-        setStatus(error, 0);
-    else
+    m_baseKvt = readInput(path);
+    if (!m_baseKvt.isEmpty())
         setStatus(u"Base KVT set: %1"_s.arg(QFileInfo(path).fileName()), 1);
 }
 
@@ -179,10 +173,8 @@ void AppState::workerConvert(const QString &operation, const QByteArray &input, 
 void AppState::finishConversion(const WorkerResult &result, const QString &outName)
 {
     setBusy(false);
-    if (!result.ok) {
-        setStatus(result.error, 0);
+    if (failed(result.error))
         return;
-    }
     if (result.isJson) {
         setStatus(result.text.left(shownAnswerLength), 1);
         return;
@@ -190,7 +182,7 @@ void AppState::finishConversion(const WorkerResult &result, const QString &outNa
     const QString path = saveToDocuments(result.data, outName);
     if (path.isEmpty())
         return;
-    if (outName.endsWith(".kvt"_L1, Qt::CaseInsensitive))
+    if (FileTools::isKvtFile(outName))
         openKvt(path);
     setStatus(u"Saved %1"_s.arg(outName), 1);
 }

@@ -14,19 +14,12 @@ using namespace Qt::StringLiterals;
 
 void AppState::sendToDev(const QString &email, const QString &notes)
 {
-    QJsonObject ticket = QJsonObject::fromVariantMap(serviceConfig().authFields);
-    const QJsonObject members =
-        supportTicket(u"dev"_s, u"Windows editor user"_s, email,
-                      notes.isEmpty() ? u"Send to Dev from %1"_s.arg(m_file.name) : notes,
-                      serviceConfig().placeholderEmail);
-    for (auto member = members.begin(); member != members.end(); ++member)
-        ticket.insert(member.key(), member.value());
-
-    m_client->feedbackSubmit(ticket, [this](const QJsonObject &answer, const QString &error) {
-        if (!error.isEmpty()) {
-            setStatus(error, 0);
+    const QString description = notes.isEmpty() ? u"Send to Dev from %1"_s.arg(m_file.name) : notes;
+    const QJsonObject ticket = supportTicket(u"dev"_s, u"Windows editor user"_s, email, description,
+                                             serviceConfig().placeholderEmail);
+    m_client->feedbackToDev(ticket, [this](const QJsonObject &answer, const QString &error) {
+        if (failed(error))
             return;
-        }
         if (ticketAccepted(answer)) {
             setStatus(u"Ticket created: %1"_s.arg(jsonString(answer, u"ticket_id"_s)), 1);
             return;
@@ -42,9 +35,9 @@ void AppState::submitTicket(const QString &type, const QString &name, const QStr
     const QString sender = name.isEmpty() ? u"Windows user"_s : name;
     m_client->feedbackSubmit(supportTicket(type, sender, email, desc, serviceConfig().placeholderEmail),
                              [this](const QJsonObject &answer, const QString &error) {
-                                 if (!error.isEmpty())
-                                     setStatus(error, 0);
-                                 else if (ticketAccepted(answer))
+                                 if (failed(error))
+                                     return;
+                                 if (ticketAccepted(answer))
                                      setStatus(u"Ticket: %1"_s.arg(jsonString(answer, u"ticket_id"_s)), 1);
                                  else
                                      setStatus(jsonString(answer, u"error"_s), 0);
@@ -54,10 +47,8 @@ void AppState::submitTicket(const QString &type, const QString &name, const QStr
 void AppState::loadTicket(const QString &ticket)
 {
     m_client->feedbackHistory(ticket, [this](const QJsonObject &answer, const QString &error) {
-        if (!error.isEmpty()) {
-            setStatus(error, 0);
+        if (failed(error))
             return;
-        }
         m_threadText = threadTextOf(answer);
         emit feedbackChanged();
         setStatus(u"Loaded ticket."_s, 1);

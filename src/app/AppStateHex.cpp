@@ -2,16 +2,12 @@
 
 #include "core/FileTools.h"
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 void AppState::setShowHex(bool show)
 {
-    if (m_showHex == show)
-        return;
-    m_showHex = show;
-    emit showHexChanged();
+    if (std::exchange(m_showHex, show) != show)
+        emit showHexChanged();
 }
 
 void AppState::hexFind(const QString &query)
@@ -22,14 +18,7 @@ void AppState::hexFind(const QString &query)
         setStatus(u"Enter hex or ASCII to search."_s, 0);
         return;
     }
-    const QByteArray bytes = m_hexModel->bytes();
-    const int cursor = m_hexModel->cursor();
-    int position = FileTools::findBytes(bytes, needle, cursor + 1);
-    if (position < 0) {
-        // All that begins after the cursor was looked at already.
-        const qsizetype rest = std::min(bytes.size(), cursor + needle.size());
-        position = FileTools::findBytes(QByteArray::fromRawData(bytes.constData(), rest), needle, 0);
-    }
+    const int position = FileTools::findNext(m_hexModel->bytes(), needle, m_hexModel->cursor() + 1);
     if (position < 0) {
         m_hexModel->clearMatch();
         setStatus(u"Not found."_s, 0);

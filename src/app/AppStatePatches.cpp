@@ -9,10 +9,8 @@ void AppState::loadPatches(const QString &calId)
 {
     m_patches.calId = calId.isEmpty() ? moduleOneOs() : calId;
     m_client->patches(m_xdf.token, m_patches.calId, [this](const QJsonObject &answer, const QString &error) {
-        if (!error.isEmpty()) {
-            setStatus(error, 0);
+        if (failed(error))
             return;
-        }
         PatchList list = decodePatchList(answer);
         if (!list.credits.isEmpty())
             m_xdf.credits = list.credits;
@@ -27,19 +25,14 @@ void AppState::applyPatchToBin(int index, const QString &path)
 {
     if (index < 0 || index >= m_patches.items.size())
         return;
-    QString error;
-    const QByteArray bin = FileTools::readFile(path, &error);
-    if (bin.isEmpty()) {
-        setStatus(error, 0);
+    const QByteArray bin = readInput(path);
+    if (bin.isEmpty())
         return;
-    }
     const int patchId = m_patches.items.at(index).toMap().value(u"id"_s).toInt();
     m_client->applyPatch(m_xdf.token, patchId, bin, m_patches.calId,
-                         [this, path](const QJsonObject &answer, const QString &failure) {
-                             if (!failure.isEmpty()) {
-                                 setStatus(failure, 0);
+                         [this, path](const QJsonObject &answer, const QString &error) {
+                             if (failed(error))
                                  return;
-                             }
                              const PatchOutcome outcome = decodePatchOutcome(answer);
                              if (!outcome.file.isEmpty()) {
                                  const QString saved =

@@ -98,12 +98,17 @@ bool AppState::isFolder(const QString &path) const
     return QFileInfo(path).isDir();
 }
 
+bool AppState::isKvtFile(const QString &path) const
+{
+    return FileTools::isKvtFile(path);
+}
+
 void AppState::openSearchHit(int index)
 {
     if (index < 0 || index >= m_search.hits.size())
         return;
     const QString path = m_search.hits.at(index).toMap().value(u"path"_s).toString();
-    if (!path.endsWith(".kvt"_L1, Qt::CaseInsensitive))
+    if (!FileTools::isKvtFile(path))
         return;
     openKvt(path);
     setTab(u"main"_s);

@@ -42,14 +42,12 @@ void AppState::previewSegments()
         {u"donor"_s, QFileInfo(m_swap.donorPath).fileName(), FileTools::readFile(m_swap.donorPath)}};
     m_client->kvtWorker(applicationVersion(), u"segment_swap_preview"_s, {}, files,
                         [this, generation = m_file.generation](const WorkerResult &result) {
-                            if (!result.ok) {
-                                setStatus(result.error, 0);
+                            if (failed(result.error))
                                 return;
-                            }
                             // One truck's numbers must never show on another's file.
                             if (generation == m_file.generation)
-                                applyKvtInfoJson(result.text);
-                            m_swap.candidates = decodeSwapCandidates(result.text);
+                                applyKvtInfo(result.object);
+                            m_swap.candidates = decodeSwapCandidates(result.object);
                             emit segmentsChanged();
                             setStatus(u"%1 swap candidate(s)."_s.arg(m_swap.candidates.size()), 1);
                         });

@@ -8,9 +8,7 @@ void AppState::sortCopy(const QStringList &files, const QString &dest, const QSt
 {
     QString error;
     const int copied = FileTools::sortCopyKvt(files, dest, order, &error);
-    if (!error.isEmpty()) {
-        setStatus(error, 0);
+    if (failed(error))
         return;
-    }
     setStatus(u"Copied %1 of %2 file(s)."_s.arg(copied).arg(files.size()), copied > 0 ? 1 : 0);
 }

@@ -31,18 +31,14 @@ constexpr Launcher launchers[] = {
 
 void AppState::setVbfSkipVerify(bool skip)
 {
-    if (m_tools.vbfSkipVerify == skip)
-        return;
-    m_tools.vbfSkipVerify = skip;
-    emit toolsChanged();
+    if (std::exchange(m_tools.vbfSkipVerify, skip) != skip)
+        emit toolsChanged();
 }
 
 void AppState::setXcalMode(const QString &mode)
 {
-    if (m_tools.xcalMode == mode)
-        return;
-    m_tools.xcalMode = mode;
-    emit toolsChanged();
+    if (std::exchange(m_tools.xcalMode, mode) != mode)
+        emit toolsChanged();
 }
 
 void AppState::decodeJ1939(const QString &hex)

@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 
+#include "api/JsonReading.h"
 #include "api/KvtInfo.h"
 #include "core/FileTools.h"
 #include "core/Version.h"
@@ -11,8 +12,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const QString createdKey = u"created"_s;
 
 QString modificationTime(const QString &path)
 {
@@ -34,8 +33,8 @@ void AppState::openKvt(const QString &path)
     m_hexModel->setBytes(bytes);
     m_identifiers.clear();
     m_identifiers.insert(FileTools::extractKvtIdentifiers(bytes));
-    if (identifier(createdKey).isEmpty())
-        m_identifiers.insert(createdKey, modificationTime(path));
+    if (created().isEmpty())
+        m_identifiers.insert(u"created"_s, modificationTime(path));
 
     emit fileChanged();
     emit identifiersChanged();
@@ -90,13 +89,18 @@ void AppState::requestKvtInfoFromApi()
                         [this, generation = m_file.generation](const WorkerResult &result) {
                             // One truck's numbers must never show on another's file.
                             if (generation == m_file.generation && result.ok && result.isJson)
-                                applyKvtInfoJson(result.text);
+                                applyKvtInfo(result.object);
                         });
 }
 
 void AppState::applyKvtInfoJson(const QString &json)
 {
-    m_identifiers = mergeKvtInfo(m_identifiers, json);
+    applyKvtInfo(jsonObjectInText(json));
+}
+
+void AppState::applyKvtInfo(const QJsonObject &answer)
+{
+    m_identifiers = mergeKvtInfo(m_identifiers, answer);
     emit identifiersChanged();
 }
 
@@ -108,117 +112,7 @@ void AppState::setId(const QString &key, const QString &value)
     emit identifiersChanged();
 }
 
-QString AppState::identifier(const QString &key) const
-{
-    return m_identifiers.value(key).toString();
-}
-
-QString AppState::vin() const
-{
-    return identifier(u"vin"_s);
-}
-
-QString AppState::serial() const
-{
-    return identifier(u"serial"_s);
-}
-
-QString AppState::mainOS() const
-{
-    return identifier(u"mainOS"_s);
-}
-
-QString AppState::system() const
-{
-    return identifier(u"system"_s);
-}
-
-QString AppState::fuel() const
-{
-    return identifier(u"fuel"_s);
-}
-
-QString AppState::speedometer() const
-{
-    return identifier(u"speedometer"_s);
-}
-
-QString AppState::engineDiag() const
-{
-    return identifier(u"engineDiag"_s);
-}
-
-QString AppState::engineOp() const
-{
-    return identifier(u"engineOp"_s);
-}
-
-QString AppState::interfaceID() const
-{
-    return identifier(u"interfaceID"_s);
-}
-
-QString AppState::created() const
-{
-    return identifier(createdKey);
-}
-
-QString AppState::editorVersion() const
-{
-    return identifier(u"editorVersion"_s);
-}
-
-QVariantList AppState::modules() const
-{
-    return m_identifiers.value(u"modules"_s).toList();
-}
-
 QString AppState::moduleOneOs() const
 {
     return modules().value(0).toMap().value(u"mainOs"_s).toString();
-}
-
-void AppState::setVin(const QString &value)
-{
-    setId(u"vin"_s, value);
-}
-
-void AppState::setSerial(const QString &value)
-{
-    setId(u"serial"_s, value);
-}
-
-void AppState::setMainOS(const QString &value)
-{
-    setId(u"mainOS"_s, value);
-}
-
-void AppState::setSystem(const QString &value)
-{
-    setId(u"system"_s, value);
-}
-
-void AppState::setFuel(const QString &value)
-{
-    setId(u"fuel"_s, value);
-}
-
-void AppState::setSpeedometer(const QString &value)
-{
-    setId(u"speedometer"_s, value);
-}
-
-void AppState::setEngineDiag(const QString &value)
-{
-    setId(u"engineDiag"_s, value);
-}
-
-void AppState::setEngineOp(const QString &value)
-{
-    setId(u"engineOp"_s, value);
-}
-
-void AppState::setInterfaceID(const QString &value)
-{
-    setId(u"interfaceID"_s, value);
 }

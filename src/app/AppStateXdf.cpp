@@ -7,32 +7,24 @@ using namespace Qt::StringLiterals;
 
 void AppState::setXdfEmail(const QString &email)
 {
-    if (m_xdf.email == email)
-        return;
-    m_xdf.email = email;
-    emit xdfChanged();
+    if (std::exchange(m_xdf.email, email) != email)
+        emit xdfChanged();
 }
 
 void AppState::setXdfPassword(const QString &password)
 {
-    if (m_xdf.password == password)
-        return;
-    m_xdf.password = password;
-    emit xdfChanged();
+    if (std::exchange(m_xdf.password, password) != password)
+        emit xdfChanged();
 }
 
 void AppState::xdfLogin()
 {
     m_client->xdfLogin(m_xdf.email, m_xdf.password, [this](const QJsonObject &answer, const QString &error) {
-        if (!error.isEmpty()) {
-            setStatus(error, 0);
+        if (failed(error))
             return;
-        }
         const XdfLogin login = decodeXdfLogin(answer);
-        if (login.token.isEmpty()) {
-            setStatus(login.error, 0);
+        if (failed(login.error))
             return;
-        }
         m_xdf.token = login.token;
         m_xdf.credits = login.credits;
         emit xdfChanged();
@@ -43,10 +35,8 @@ void AppState::xdfLogin()
 void AppState::xdfCatalog()
 {
     m_client->xdfCatalog(m_xdf.token, moduleOneOs(), [this](const QJsonObject &answer, const QString &error) {
-        if (!error.isEmpty()) {
-            setStatus(error, 0);
+        if (failed(error))
             return;
-        }
         XdfCatalog catalog = decodeXdfCatalog(answer);
         m_xdf.items = std::move(catalog.items);
         m_xdf.catalogText = std::move(catalog.text);
@@ -63,12 +53,9 @@ void AppState::xdfDownload(int index)
     const QString name = FileTools::sanitizeName(item.value(u"title"_s).toString()) + u".xdf"_s;
     m_client->xdfDownload(m_xdf.token, item.value(u"id"_s).toString(),
                           [this, name](const QByteArray &bytes, const QJsonObject &, const QString &error) {
-                              // The store is known to send whole files together with an error; the bytes
-                              // count.
-                              if (!error.isEmpty() && bytes.isEmpty()) {
-                                  setStatus(error, 0);
+                              // A file that happens to be JSON is no refusal.
+                              if (failed(downloadError(bytes, {}, error)))
                                   return;
-                              }
                               if (!saveToDocuments(bytes, bareFileName(name)).isEmpty())
                                   setStatus(u"Downloaded XDF."_s, 1);
                           });

@@ -51,12 +51,6 @@ public:
     /// else the file is emptied.
     static bool openPrivateFile(QFile &file, QIODevice::OpenMode mode, QString *error = nullptr);
 
-    /// As writeFile, for a file that openPrivateFile opens.
-    static bool writePrivateFile(const QString &path, const QByteArray &data, QString *error = nullptr);
-
-    /// Whether a regular file of this user's own lies there, and no link; else with the system's error text.
-    static bool isOwnFile(const QString &path, QString *error = nullptr);
-
     /// The user's writable documents folder; it need not exist yet.
     static QString documentsDir();
 
@@ -64,6 +58,11 @@ public:
     /// full path, or an empty string. `fileName` is used as it is: a caller that got it from outside strips
     /// it first.
     static QString exportToDocuments(const QByteArray &data, const QString &fileName,
+                                     QString *error = nullptr);
+
+    /// Writes `data` as `fileName` into the temporary folder, by openPrivateFile. Returns the full path, or
+    /// an empty string unless the user's own file with these bytes lies there then.
+    static QString exportToTemporary(const QByteArray &data, const QString &fileName,
                                      QString *error = nullptr);
 
     /// Opens the folder that holds `path` in the desktop's file browser. The outcome is not known.
@@ -79,7 +78,13 @@ public:
     /// negative `from` counts as 0. Linear in the length of `haystack`, whatever the bytes.
     static int findBytes(const QByteArray &haystack, const QByteArray &needle, int from);
 
+    /// As findBytes, but goes on from the start when there is none from `from` to the end.
+    static int findNext(const QByteArray &haystack, const QByteArray &needle, int from);
+
     // Operating-system numbers and names: OsRules.cpp
+
+    /// Whether the workspace opens a file of that name, or path: its suffix is .kvt, in any case.
+    static bool isKvtFile(const QString &name);
 
     /// Ten characters: a decimal digit or letter, seven decimal digits, two letters. Case does not matter.
     static bool isCumminsStyleOs(const QString &text);

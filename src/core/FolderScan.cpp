@@ -80,7 +80,7 @@ private:
     bool m_foldCase;
 };
 
-bool hasTuneEnding(std::string_view name)
+bool hasTuneSuffix(std::string_view name)
 {
     constexpr std::string_view suffixes[] = {".kvt", ".ctz"};
     return std::any_of(std::begin(suffixes), std::end(suffixes), [name](std::string_view suffix) {
@@ -251,7 +251,7 @@ private:
 
     bool mayPass(std::string_view name) const
     {
-        return hasTuneEnding(name) && (m_name.isEmpty() || m_name.isIn(name));
+        return hasTuneSuffix(name) && (m_name.isEmpty() || m_name.isIn(name));
     }
 
     void take(const std::string &path, const std::string &name, const auto &size)

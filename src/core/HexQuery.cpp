@@ -44,3 +44,13 @@ int FileTools::findBytes(const QByteArray &haystack, const QByteArray &needle, i
 #endif
     return match == end ? -1 : static_cast<int>(match - begin);
 }
+
+int FileTools::findNext(const QByteArray &haystack, const QByteArray &needle, int from)
+{
+    const int found = findBytes(haystack, needle, from);
+    if (found >= 0 || from <= 0)
+        return found;
+    // All that begins at `from` or later was looked at already.
+    const qsizetype rest = std::min(haystack.size(), from - 1 + needle.size());
+    return findBytes(QByteArray::fromRawData(haystack.constData(), rest), needle, 0);
+}

@@ -38,6 +38,11 @@ bool allDigits(QStringView text)
 
 } // namespace
 
+bool FileTools::isKvtFile(const QString &name)
+{
+    return name.endsWith(".kvt"_L1, Qt::CaseInsensitive);
+}
+
 bool FileTools::isCumminsStyleOs(const QString &text)
 {
     if (text.size() != 10)

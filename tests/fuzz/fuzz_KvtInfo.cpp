@@ -1,6 +1,7 @@
 // The merging of a worker's answer into the identifiers: what one field held before, then the answer.
 
 #include "FuzzSupport.h"
+#include "api/JsonReading.h"
 #include "api/KvtInfo.h"
 #include "core/FileTools.h"
 
@@ -72,17 +73,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         before.insert(QLatin1String(key), held);
     const QString answer = input.takeRestAsText();
 
-    const QVariantMap findings = mergeKvtInfo({}, answer);
+    const auto merge = [](const QVariantMap &identifiers, const QString &text) {
+        return mergeKvtInfo(identifiers, jsonObjectInText(text));
+    };
+
+    const QVariantMap findings = merge({}, answer);
     expectFindings(findings);
 
     // What the answer does not name stays.
     QVariantMap expected = before;
     expected.insert(findings);
-    const QVariantMap merged = mergeKvtInfo(before, answer);
+    const QVariantMap merged = merge(before, answer);
     FUZZ_EXPECT(merged == expected);
-    FUZZ_EXPECT(mergeKvtInfo(merged, answer) == merged);
+    FUZZ_EXPECT(merge(merged, answer) == merged);
     // Lines ahead of the answer say nothing.
-    FUZZ_EXPECT(mergeKvtInfo(before, u"reading...\n"_s + answer) == merged);
-    FUZZ_EXPECT(mergeKvtInfo(before, answer + u"\nx"_s) == before);
+    FUZZ_EXPECT(merge(before, u"reading...\n"_s + answer) == merged);
+    FUZZ_EXPECT(merge(before, answer + u"\nx"_s) == before);
     return 0;
 }

@@ -1,5 +1,6 @@
 #include "core/FileTools.h"
 #include "support/FileSizeLimit.h"
+#include "support/PlainRights.h"
 #include "support/TestFiles.h"
 #include "support/TestMain.h"
 
@@ -60,6 +61,7 @@ private slots:
     void readFile_refusesWithoutErrorPointer();
     void readFile_callsOnlyAFolderOne();
     void readFile_failsWhenTheFirstByteCannotBeRead();
+    void readFile_endsWhereTheFileIsShorterThanItsSize();
     void readFile_refusesSocket();
     void readFile_neverWaitsForAPipe();
     void readFile_refusesFileThatAnIntCannotCount();
@@ -87,9 +89,10 @@ private slots:
     void oddNames();
     void nameThatIsNotUtf8IsRefusedNotMistaken();
 
-    void writePrivateFile_isForTheUserAlone();
-    void writePrivateFile_refuses_data();
-    void writePrivateFile_refuses();
+    void exportToTemporary_isForTheUserAlone();
+    void exportToTemporary_takesTheSameBytes();
+    void exportToTemporary_refuses_data();
+    void exportToTemporary_refuses();
 
     void documentsDir_isInHomeAndNotCreated();
     void documentsDir_followsUserDirs();
@@ -201,6 +204,19 @@ void TestFileTools::readFile_failsWhenTheFirstByteCannotBeRead()
     QString error;
     QCOMPARE(FileTools::readFile(u"/proc/self/mem"_s, &error), QByteArray());
     QVERIFY(!error.isEmpty());
+}
+
+// As one that another program cuts off meanwhile: the system tells a page for it, and then has a few bytes.
+void TestFileTools::readFile_endsWhereTheFileIsShorterThanItsSize()
+{
+    const QString path = u"/sys/devices/system/cpu/online"_s;
+    if (!QFileInfo::exists(path))
+        QSKIP("No system tells of itself here.");
+    const qint64 size = QFileInfo(path).size();
+    QString error = untouched;
+    const QByteArray bytes = FileTools::readFile(path, &error);
+    QVERIFY(bytes.startsWith('0') && bytes.endsWith('\n') && bytes.size() < size);
+    QCOMPARE(error, untouched);
 }
 
 void TestFileTools::readFile_refusesSocket()
@@ -511,28 +527,46 @@ void TestFileTools::nameThatIsNotUtf8IsRefusedNotMistaken()
     QCOMPARE(::unlink(native.constData()), 0);
 }
 
-void TestFileTools::writePrivateFile_isForTheUserAlone()
+void TestFileTools::exportToTemporary_isForTheUserAlone()
 {
-    const QString path = inDir(u"private/new"_s);
-    QVERIFY(FileTools::writePrivateFile(path, "longer than the next"));
-    QVERIFY(FileTools::writePrivateFile(path, "bytes"));
+    const QString name = u"private"_s;
+    const QString path = QDir::tempPath() + u'/' + name;
+    QCOMPARE(FileTools::exportToTemporary("longer than the next", name), path);
+    QString error = untouched;
+    QCOMPARE(FileTools::exportToTemporary("bytes", name, &error), path);
+    QCOMPARE(error, untouched);
     QCOMPARE(contentOf(path), QByteArray("bytes"));
-    QVERIFY(FileTools::isOwnFile(path));
     constexpr auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
     QCOMPARE(QFileInfo(path).permissions() & others, QFile::Permissions());
     // One that an earlier version left.
     QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | others));
-    QVERIFY(FileTools::writePrivateFile(path, "bytes"));
+    QCOMPARE(FileTools::exportToTemporary("bytes", name), path);
     QCOMPARE(QFileInfo(path).permissions() & others, QFile::Permissions());
 }
 
-void TestFileTools::writePrivateFile_refuses_data()
+// It could not be written, but lies there all the same.
+void TestFileTools::exportToTemporary_takesTheSameBytes()
 {
-    QTest::addColumn<QString>("path");
+    const QString name = u"read-only"_s;
+    const QString path = QDir::tempPath() + u'/' + name;
+    makeFile(path, "bytes");
+    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner));
+    const PlainRights rights;
+    QString error = untouched;
+    QCOMPARE(FileTools::exportToTemporary("bytes", name, &error), path);
+    QCOMPARE(error, untouched);
+    QCOMPARE(FileTools::exportToTemporary("other", name, &error), QString());
+    QCOMPARE(error, qt_error_string(EACCES));
+    QCOMPARE(contentOf(path), QByteArray("bytes"));
+}
+
+void TestFileTools::exportToTemporary_refuses_data()
+{
+    QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("error");
 
     const auto make = [this](const QString &name, const QString &kind) {
-        const QString path = inDir(name);
+        const QString path = QDir::tempPath() + u'/' + name;
         QFile::remove(path);
         const QByteArray encoded = QFile::encodeName(path);
         makeFile(inDir(u"kept"_s), "kept");
@@ -544,7 +578,7 @@ void TestFileTools::writePrivateFile_refuses_data()
             ::mkfifo(encoded.constData(), 0600);
         else if (kind == u"folder"_s)
             QDir().mkpath(path);
-        return path;
+        return name;
     };
     QTest::newRow("link") << make(u"own-link"_s, u"link"_s) << u"Too many levels of symbolic links"_s;
 #ifndef KVTEDITOR_PORTABLE_FILES
@@ -554,15 +588,14 @@ void TestFileTools::writePrivateFile_refuses_data()
     QTest::newRow("folder") << make(u"own-folder"_s, u"folder"_s) << u"Is a directory"_s;
 }
 
-void TestFileTools::writePrivateFile_refuses()
+void TestFileTools::exportToTemporary_refuses()
 {
-    QFETCH(QString, path);
+    QFETCH(QString, name);
     QFETCH(QString, error);
     QString said;
-    QVERIFY(!FileTools::writePrivateFile(path, "lost", &said));
+    QCOMPARE(FileTools::exportToTemporary("kept", name, &said), QString());
     QCOMPARE(said, error);
-    QVERIFY(!FileTools::isOwnFile(path, &said));
-    QVERIFY(!said.isEmpty());
+    QCOMPARE(FileTools::exportToTemporary("kept", name), QString());
     QCOMPARE(contentOf(inDir(u"kept"_s)), QByteArray("kept"));
 }
 

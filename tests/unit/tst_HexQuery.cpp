@@ -17,6 +17,8 @@ private slots:
     void parse_longQuery();
     void find_data();
     void find();
+    void findNext_data();
+    void findNext();
     void find_isLinearInTheHaystack();
     void find_absentInAQuarterOfAGibibyte();
 };
@@ -111,6 +113,39 @@ void TestHexQuery::find()
     QFETCH(QByteArray, needle);
     QFETCH(int, from);
     QTEST(FileTools::findBytes(haystack, needle, from), "position");
+}
+
+void TestHexQuery::findNext_data()
+{
+    QTest::addColumn<QByteArray>("needle");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("position");
+
+    constexpr int lowest = std::numeric_limits<int>::min();
+    constexpr int highest = std::numeric_limits<int>::max();
+    QTest::newRow("at-start") << QByteArray("abc") << 0 << 0;
+    QTest::newRow("from-one-past-first") << QByteArray("abc") << 1 << 3;
+    QTest::newRow("from-one-past-last-wraps") << QByteArray("abc") << 4 << 0;
+    QTest::newRow("only-one-found-again") << QByteArray("abca") << 1 << 0;
+    QTest::newRow("wraps-to-one-across-from") << QByteArray("bcab") << 3 << 1;
+    QTest::newRow("wraps-to-one-just-before-from") << QByteArray("cab") << 3 << 2;
+    QTest::newRow("from-at-length-wraps") << QByteArray("c") << 6 << 2;
+    QTest::newRow("from-highest-wraps") << QByteArray("c") << highest << 2;
+    QTest::newRow("from-negative-is-start") << QByteArray("c") << -1 << 2;
+    QTest::newRow("from-lowest") << QByteArray("b") << lowest << 1;
+    QTest::newRow("absent-from-start") << QByteArray("x") << 0 << -1;
+    QTest::newRow("absent-from-middle") << QByteArray("x") << 3 << -1;
+    QTest::newRow("needle-longer") << QByteArray("abcabcd") << 2 << -1;
+    QTest::newRow("needle-empty") << QByteArray() << 1 << -1;
+    QTest::newRow("needle-empty-from-start") << QByteArray() << 0 << -1;
+}
+
+void TestHexQuery::findNext()
+{
+    QFETCH(QByteArray, needle);
+    QFETCH(int, from);
+    QTEST(FileTools::findNext("abcabc", needle, from), "position");
+    QCOMPARE(FileTools::findNext({}, needle, from), -1);
 }
 
 // With quadratic work these searches would take hours, and the program would be stopped from outside.

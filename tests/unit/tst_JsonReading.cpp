@@ -21,6 +21,8 @@ private slots:
     void firstArray();
     void objectFromBody_data();
     void objectFromBody();
+    void objectInText_data();
+    void objectInText();
 };
 
 void TestJsonReading::member_data()
@@ -159,6 +161,28 @@ void TestJsonReading::objectFromBody()
     const std::optional<QJsonObject> result = jsonObjectFromBody(body);
     QTEST(result.has_value(), "isObject");
     QTEST(result.value_or(QJsonObject()), "object");
+}
+
+void TestJsonReading::objectInText_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QJsonObject>("object");
+
+    const QJsonObject one{{u"a"_s, 1}};
+    const QJsonObject none;
+    QTest::newRow("object") << u"{\"a\":1}"_s << one;
+    QTest::newRow("lines-ahead") << u"worker 1.0\n\u00e9\n{\"a\":1}"_s << one;
+    QTest::newRow("brace-ahead") << u"{log} {\"a\":1}"_s << none;
+    QTest::newRow("text-after") << u"{\"a\":1} done"_s << none;
+    QTest::newRow("array-around") << u"[{\"a\":1}]"_s << none;
+    QTest::newRow("no-brace") << u"no information"_s << none;
+    QTest::newRow("empty") << QString() << none;
+}
+
+void TestJsonReading::objectInText()
+{
+    QFETCH(QString, text);
+    QTEST(jsonObjectInText(text), "object");
 }
 
 KVTEDITOR_TEST_MAIN(TestJsonReading)

@@ -1,3 +1,4 @@
+#include "api/JsonReading.h"
 #include "api/KvtInfo.h"
 #include "support/TestMain.h"
 
@@ -87,7 +88,7 @@ void TestKvtInfo::texts()
     QFETCH(QString, vin);
     const QVariantMap before{{u"vin"_s, u"OLD"_s}, {u"created"_s, u"2024-03-05 14:07"_s}};
     const QVariantMap expected{{u"vin"_s, vin}, {u"created"_s, u"2024-03-05 14:07"_s}};
-    QCOMPARE(mergeKvtInfo(before, json), expected);
+    QCOMPARE(mergeKvtInfo(before, jsonObjectInText(json)), expected);
 }
 
 void TestKvtInfo::osAndSerial_data()
@@ -169,7 +170,7 @@ void TestKvtInfo::osAndSerial()
     QFETCH(QString, mainOs);
     QFETCH(QString, serial);
     const QVariantMap before{{u"mainOS"_s, u"OLD-OS"_s}, {u"serial"_s, u"OLD-SERIAL"_s}};
-    const QVariantMap after = mergeKvtInfo(before, json);
+    const QVariantMap after = mergeKvtInfo(before, jsonObjectInText(json));
     QCOMPARE(after.value(u"mainOS"_s).toString(), mainOs);
     QCOMPARE(after.value(u"serial"_s).toString(), serial);
     QCOMPARE(after.size(), 2);
@@ -215,7 +216,7 @@ void TestKvtInfo::targets()
     QFETCH(QString, json);
     QFETCH(QString, expected);
     const QVariantMap before{{target, u"OLD"_s}};
-    QCOMPARE(mergeKvtInfo(before, json), QVariantMap({{target, expected}}));
+    QCOMPARE(mergeKvtInfo(before, jsonObjectInText(json)), QVariantMap({{target, expected}}));
 }
 
 void TestKvtInfo::modules_data()
@@ -315,7 +316,7 @@ void TestKvtInfo::modules()
 {
     QFETCH(QVariantMap, before);
     QFETCH(QString, json);
-    QTEST(mergeKvtInfo(before, json), "after");
+    QTEST(mergeKvtInfo(before, jsonObjectInText(json)), "after");
 }
 
 void TestKvtInfo::hundredThousandModules()
@@ -324,7 +325,7 @@ void TestKvtInfo::hundredThousandModules()
     for (int i = 0; i < 100'000; ++i) {
         json += i == 0 ? u"{\"vin\":\"V\"}"_s : u",{\"vin\":\"W\"}"_s;
     }
-    const QVariantMap after = mergeKvtInfo({}, json + u"]}"_s);
+    const QVariantMap after = mergeKvtInfo({}, jsonObjectInText(json + u"]}"_s));
     QCOMPARE(after.value(u"modules"_s).toList().size(), 100'000);
     QCOMPARE(after.value(u"vin"_s).toString(), u"V"_s);
 }

@@ -10,6 +10,8 @@ class TestOsRules : public QObject
     Q_OBJECT
 
 private slots:
+    void isKvtFile_data();
+    void isKvtFile();
     void isCumminsStyleOs_data();
     void isCumminsStyleOs();
     void isWeakNumericOs_data();
@@ -25,6 +27,29 @@ private slots:
     void extractKvtIdentifiers_findsNothing();
     void groupGmOsCandidates_clearsAndRefuses();
 };
+
+void TestOsRules::isKvtFile_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("expected");
+
+    QTest::newRow("lower-case") << u"a.kvt"_s << true;
+    QTest::newRow("upper-case") << u"A.KVT"_s << true;
+    QTest::newRow("mixed-case") << u"a.KvT"_s << true;
+    QTest::newRow("path") << u"/b.ctz/a.kvt"_s << true;
+    QTest::newRow("nothing-but-suffix") << u".kvt"_s << true;
+    QTest::newRow("ctz") << u"a.ctz"_s << false;
+    QTest::newRow("kvt-inside") << u"a.kvt.bin"_s << false;
+    QTest::newRow("no-dot") << u"akvt"_s << false;
+    QTest::newRow("blank-after") << u"a.kvt "_s << false;
+    QTest::newRow("empty") << QString() << false;
+}
+
+void TestOsRules::isKvtFile()
+{
+    QFETCH(QString, name);
+    QTEST(FileTools::isKvtFile(name), "expected");
+}
 
 void TestOsRules::isCumminsStyleOs_data()
 {

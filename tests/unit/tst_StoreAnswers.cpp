@@ -85,6 +85,8 @@ private slots:
     void stockList_array();
     void stockFilters_namesEachArgument();
     void stockFilters_keepsEmptyOnes();
+    void downloadError_data();
+    void downloadError();
     void bareFileName_data();
     void bareFileName();
 
@@ -614,6 +616,36 @@ void TestStoreAnswers::stockFilters_keepsEmptyOnes()
     QVERIFY(hasTypes(filters, {}));
     QCOMPARE(filters.value(u"sort"_s).toString(), u" as typed "_s);
     QCOMPARE(filters.value(u"make"_s).toString(), QString());
+}
+
+void TestStoreAnswers::downloadError_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QJsonObject>("answer");
+    QTest::addColumn<QString>("transport");
+    QTest::addColumn<QString>("error");
+
+    const QByteArray none;
+    const QByteArray some = "bytes";
+    const QJsonObject refusal{{u"error"_s, u"No."_s}};
+    const QString cut = u"Connection closed"_s;
+    QTest::newRow("file") << some << QJsonObject() << QString() << QString();
+    QTest::newRow("file-beside-transport-error") << some << QJsonObject() << cut << QString();
+    QTest::newRow("empty-file") << none << QJsonObject() << QString() << QString();
+    QTest::newRow("no-byte") << none << QJsonObject() << cut << cut;
+    QTest::newRow("refusal") << some << refusal << QString() << u"No."_s;
+    QTest::newRow("refusal-beside-transport-error") << some << refusal << cut << u"No."_s;
+    QTest::newRow("refusal-as-number") << some << QJsonObject{{u"error"_s, 7}} << QString() << u"7"_s;
+    QTest::newRow("json-file") << some << QJsonObject{{u"a"_s, 1}} << cut << QString();
+    QTest::newRow("empty-reason") << some << QJsonObject{{u"error"_s, QString()}} << cut << QString();
+}
+
+void TestStoreAnswers::downloadError()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QJsonObject, answer);
+    QFETCH(QString, transport);
+    QTEST(::downloadError(bytes, answer, transport), "error");
 }
 
 void TestStoreAnswers::bareFileName_data()

@@ -42,6 +42,7 @@ void TestWorkerAnswer::file()
     QVERIFY(!result.isJson);
     QCOMPARE(result.error, QString());
     QCOMPARE(result.text, QString());
+    QCOMPARE(result.object, QJsonObject());
     QCOMPARE(result.data, body);
 }
 
@@ -94,6 +95,7 @@ void TestWorkerAnswer::json()
     QTEST(result.ok, "ok");
     QTEST(result.error, "error");
     QCOMPARE(result.text, QString::fromUtf8(body));
+    QCOMPARE(result.object, object);
     QCOMPARE(result.data, QByteArray());
 }
 
@@ -114,6 +116,7 @@ void TestWorkerAnswer::failure()
     QVERIFY(!result.isJson);
     QTEST(result.error, "error");
     QCOMPARE(result.text, QString());
+    QCOMPARE(result.object, QJsonObject());
     QCOMPARE(result.data, QByteArray());
 }
 

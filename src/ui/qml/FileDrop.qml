@@ -21,7 +21,7 @@ DropArea {
     function fits(path: string): bool {
         if (folder)
             return appState.isFolder(path);
-        return path.toLowerCase().endsWith(".kvt") && (several || !appState.isFolder(path));
+        return appState.isKvtFile(path) && (several || !appState.isFolder(path));
     }
 
     // Whatever is not of this computer has no path.

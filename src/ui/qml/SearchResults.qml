@@ -41,7 +41,7 @@ VOXCard {
             heading: columnHeading
             record: modelData
             tips: values.slice(0, 1)
-            clickable: values[0].slice(-4).toLowerCase() === ".kvt"
+            clickable: root.appState.isKvtFile(values[0])
             onClicked: {
                 hits.forceActiveFocus(Qt.MouseFocusReason);
                 hits.currentIndex = index;
