@@ -78,7 +78,7 @@ void openBesideUndecodable(const WindowDriver &window, const QString &name)
     std::ofstream(undecodable) << "bytes of another";
     check(std::filesystem::exists(undecodable), u"the file of undecodable name"_s);
     for (const QString &neighbour : {u"a "_s + name, u"z "_s + name}) {
-        makeFile(folder + '/'_L1 + neighbour, "bytes of " + neighbour.toUtf8());
+        const QString path = makeFile(folder + '/'_L1 + neighbour, "bytes of " + neighbour.toUtf8());
         // Qt 6.8 and its dialog list few files or none in a folder with such a name.
         if (files(folder).contains(neighbour)) {
             window.click(u"openFileButton"_s);
