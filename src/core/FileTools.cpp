@@ -366,12 +366,14 @@ QString FileTools::exportToTemporary(const QByteArray &data, const QString &file
 {
     QString problem;
     const QString path = temporaryPath(fileName, &problem);
-    QFile file(path);
-    const bool isWritten =
-        !path.isEmpty() && openOwn(file, writing, &problem) && writeWhole(file, data, &problem);
-    // Does not read a file that was refused.
-    if (!isWritten && !path.isEmpty() && isOwn(path, nullptr))
-        problem = whyNotThere(path, data, problem);
+    if (!path.isEmpty()) {
+        makeFolderOf(path);
+        QFile file(path);
+        const bool isWritten = openOwn(file, writing, &problem) && writeWhole(file, data, &problem);
+        // Does not read a file that was refused.
+        if (!isWritten && isOwn(path, nullptr))
+            problem = whyNotThere(path, data, problem);
+    }
     if (problem.isEmpty() && isOwn(path, &problem))
         return path;
     setError(error, problem);

@@ -95,7 +95,7 @@ private:
     /// A file in the test's own folder.
     QString makeFile(const QString &name, const QByteArray &content) const
     {
-        return ::makeFile(m_folder->filePath(name), content);
+        return ::makeFile(m_folder->path() + '/'_L1 + name, content);
     }
     void withoutDisplay();
     /// Checks that the box shows what the log has, including `warning`, and the exit code.
