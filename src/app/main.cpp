@@ -20,6 +20,8 @@
 #include <QQmlContext>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QSslConfiguration>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <cstdio>
@@ -140,6 +142,19 @@ void loadRootView(QQmlApplicationEngine &engine)
 #endif
 }
 
+// Preloads TLS after the first frame: neither the first request, and with it the file that was opened, nor
+// the first frame should wait for it.
+void prepareRequests(const QQmlApplicationEngine &engine)
+{
+    auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+    const auto prepare = [] {
+        QThreadPool::globalInstance()->start([] { QSslConfiguration::defaultConfiguration(); });
+    };
+    if (window)
+        QObject::connect(window, &QQuickWindow::frameSwapped, window, prepare,
+                         static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+}
+
 void showLoadFailure()
 {
     QMessageBox box(QMessageBox::Critical, u"KVT Editor"_s, loadFailureText(capturedMessages()),
@@ -179,6 +194,7 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
         showLoadFailure();
         return -1;
     }
+    prepareRequests(engine);
     const auto open = [&state, file] { state.openKvt(file); };
     if (!file.isEmpty())
         QMetaObject::invokeMethod(&state, open, Qt::QueuedConnection);
