@@ -142,8 +142,8 @@ void loadRootView(QQmlApplicationEngine &engine)
 #endif
 }
 
-// Preloads TLS after the first frame: neither the first request, and with it the file that was opened, nor
-// the first frame should wait for it.
+// Preloads TLS after the first frame. The first request would load it on the main thread, which takes up to
+// 50 ms while a file is being opened.
 void prepareRequests(const QQmlApplicationEngine &engine)
 {
     auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
