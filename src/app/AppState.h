@@ -174,7 +174,7 @@ public:
     QVariantList swapCandidates() const { return m_swap.candidates; }
     /// Remembers the file as the base when `which` is "base", else as the donor; it is read when it is sent.
     Q_INVOKABLE void pickSegmentFile(const QString &which, const QString &path);
-    /// Asks the service which segments can be swapped; a failure keeps the candidates that there are.
+    /// Asks the service which segments can be swapped; on failure the current candidates are kept.
     Q_INVOKABLE void previewSegments();
     /// Has the selected candidates swapped; the result is saved and opened as "swapped.kvt".
     Q_INVOKABLE void applySegments();

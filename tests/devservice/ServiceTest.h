@@ -41,8 +41,8 @@ Outcome post(const QString &url, const QByteArray &body, const QByteArray &type 
 /// The fields, then the files.
 Outcome postForm(const QString &url, const Fields &fields, const QList<FilePart> &files);
 
-/// Everything received for these bytes until the service closes the connection. Any thread. `isCut`: nothing
-/// follows them.
+/// Sends the bytes and returns all that is received until the service closes the connection. Any thread. With
+/// `isCut` the sending side is shut down after them.
 QByteArray rawExchange(const DevService &service, const QByteArray &request, bool isCut = false);
 QByteArray rawGet(const DevService &service, const QByteArray &path);
 

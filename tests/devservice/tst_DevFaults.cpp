@@ -192,7 +192,7 @@ void TestDevFaults::redirects()
 
 void TestDevFaults::packedBodies()
 {
-    // Qt wants the size of what was packed in front.
+    // qUncompress() expects the uncompressed size before the data.
     const auto unpacked = [](const QByteArray &body, quint32 size) {
         QByteArray head(4, '\0');
         qToBigEndian(size, head.data());

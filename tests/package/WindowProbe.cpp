@@ -1,4 +1,4 @@
-// Looks into a running, unchanged program from within: a plug-in that the window toolkit loads when the
+// Looks into a running, unchanged program from within: a plug-in that Qt loads when the
 // environment asks for it, with QT_QPA_GENERIC_PLUGINS=windowprobe. It waits until the file that
 // KVTEDITOR_PROBE_FILE names is open and identified, brings up the dialogs that Qt draws itself,
 // tells on standard output what it saw, and closes the window. When something never comes, it says so on

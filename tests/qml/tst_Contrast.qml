@@ -82,7 +82,7 @@ ViewTest {
     function test_pair(data) {
         const ratio = contrast(data.text, data.ground);
         verify(ratio >= (data.atLeast ?? 4.5), data.tag + ": " + ratio.toFixed(2));
-        // An exception that is none any more is to go.
+        // An exception that is no longer needed has to go.
         if (data.given)
             verify(ratio < 4.5, data.tag + " is no exception: " + data.given);
     }

@@ -51,7 +51,7 @@ struct RawAnswer
     QByteArray bytes;
     Ending ending = Ending::Close;
     Moment moment = Moment::AfterRequest;
-    /// After `bytes`, zeros for as long as the peer takes them.
+    /// After `bytes`, sends zeros for as long as the peer accepts them.
     bool endless = false;
 };
 

@@ -2,7 +2,7 @@ import QtQuick
 import KvtEditor
 
 // One thing that the store offers: its title, a muted line with its price, and the button that fetches it.
-// The button is no stop of its own for the keyboard: Return on the row does the same.
+// The button is not a separate Tab stop: Return on the row does the same.
 VOXListRow {
     id: root
 
@@ -16,7 +16,7 @@ VOXListRow {
     property bool wrapping: false
 
     readonly property string price: "  •  " + credits + " credits"
-    // A price stays in sight however much is said before it, and nothing is laid out that cannot be.
+    // Long texts are cut, so that the price stays in sight and layout stays cheap.
     readonly property int longest: wrapping ? 2000 : 400
 
     signal wanted()

@@ -116,7 +116,7 @@ Item {
                 model: RowModel {
                     rows: root.appState.patchItems
                     resetting: true
-                    // Announced when the list itself has seen to the reset.
+                    // Announced after the list has handled the reset.
                     onRowsChanged: {
                         root.forgetPick();
                         patches.currentIndex = -1;

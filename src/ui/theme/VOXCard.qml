@@ -4,8 +4,8 @@ import KvtEditor
 
 // A framed group of controls under an optional title.
 //
-// Title and body are placed by geometry and only the body is laid out: a layout inside a layout runs in
-// circles when children come and go.
+// Title and body are placed by geometry and only the body uses a layout: nested layouts recurse when children
+// are added or removed.
 Rectangle {
     id: root
 

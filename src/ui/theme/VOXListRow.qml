@@ -1,7 +1,7 @@
 import QtQuick
 import KvtEditor
 
-// The ground of one row of a VOXList: its highlight, and the pointer over it.
+// The background of a VOXList row: draws the highlight and tracks the pointer.
 Rectangle {
     id: root
 

@@ -4,8 +4,8 @@ import QtQuick.Templates as T
 import KvtEditor
 
 // A window in the theme's colours, so that what the theme does not restyle is dark too: drop-down lists,
-// dialogs, tool tips, plain fields. The roles are set one by one, for a palette assigned whole does not reach
-// the popups.
+// dialogs, tool tips, plain fields. The roles are set one by one, because assigning a whole palette does not
+// affect popups.
 ApplicationWindow {
     id: root
 
