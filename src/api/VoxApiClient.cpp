@@ -149,15 +149,17 @@ QVariantMap withAuthFields(const QVariantMap &own)
 WorkerResult classifyWorkerAnswer(const QByteArray &body, const QJsonObject &object, const QString &error)
 {
     WorkerResult result;
-    if (body.isEmpty()) {
-        result.error = error.isEmpty() ? u"Worker returned empty response."_s : error;
+    if (!error.isEmpty() && body.isEmpty()) {
+        result.error = error;
         return result;
     }
     result.isJson = body.startsWith('{') || !object.isEmpty();
     if (!result.isJson) {
         // Whole files are known to arrive together with a transport error; the bytes count.
         result.data = body;
-        result.ok = true;
+        result.ok = !body.isEmpty();
+        if (!result.ok)
+            result.error = u"Worker returned empty response."_s;
         return result;
     }
     result.text = QString::fromUtf8(body);
@@ -386,12 +388,13 @@ QNetworkAccessManager *VoxApiClient::newManager()
 // finished().
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
-    // Content-Length may lie, so count what arrives.
+    // Content-Length may lie, so count what arrives. abort() is queued: Qt still reports progress after
+    // readyRead(), and nothing may follow finished().
     const auto isTooLong = std::make_shared<bool>(false);
     connect(reply, &QNetworkReply::readyRead, this, [reply, isTooLong, most = m_largestAnswer] {
         if (reply->bytesAvailable() <= most || std::exchange(*isTooLong, true))
             return;
-        reply->abort();
+        QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
     });
     connect(
         reply, &QNetworkReply::finished, this,

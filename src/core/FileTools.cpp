@@ -370,6 +370,7 @@ QString FileTools::exportToTemporary(const QByteArray &data, const QString &file
         makeFolderOf(path);
         QFile file(path);
         const bool isWritten = openOwn(file, writing, &problem) && writeWhole(file, data, &problem);
+        file.close();
         // Does not read a file that was refused.
         if (!isWritten && isOwn(path, nullptr))
             problem = whyNotThere(path, data, problem);

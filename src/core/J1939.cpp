@@ -55,7 +55,7 @@ J1939Fault faultAt(const QByteArray &bytes, qsizetype position)
 QList<J1939Fault> FileTools::decodeJ1939(const QString &text)
 {
     // Skips all but hex digits, which pair up from the end: one too many stands alone at the front.
-    const QByteArray bytes = QByteArray::fromHex(text.toLatin1());
+    const QByteArray bytes = QByteArray::fromHex(text.toUtf8());
     QList<J1939Fault> faults;
     for (qsizetype at = firstFault; at + faultSize <= bytes.size(); at += faultSize)
         faults.append(faultAt(bytes, at));
