@@ -1,31 +1,31 @@
 #!/usr/bin/env python3
-"""Spoils one rule of the program at a time and looks whether a test notices.
+"""Changes one place in the sources at a time and looks whether a test notices; README.md says more.
 
-    tests/mutation/run.py [--folder FOLDER] [--jobs N] [WORD...]
-    tests/mutation/run.py --check
-    tests/mutation/run.py --list [WORD...]
+    tests/mutation/run.py [--count N] [--seed N] [--jobs N] [--folder FOLDER] [--longest N] [--list] [WORD...]
 
-Each change in tests/mutation/changes.txt is made in a copy of the tree, never in the checkout: the named test
-programs are built there and run, and the change is put back. WORDs narrow the changes to those whose file or
-title holds one of them.
+--count N        how many changes; 300 by default
+--seed N         draws others; 1 by default
+--jobs N         how many at a time; 2 by default
+--folder FOLDER  where the copy of the tree and its build are kept; build/mutation by default
+--longest N      leaves out tests that take more seconds, the slow ones and the views'; what survives may not be one
+--list           only prints the changes
+WORD             only files whose path holds one of these words
 
---folder FOLDER  where the copy and its build go; kept, so that the next run builds only what differs. A
-                 temporary folder otherwise, which goes at the end.
---jobs N         how many compilers and tests at a time; 2 by default
---check          only looks whether every change still fits the checkout, in a moment
---list           prints the changes
-
-Ends with 0 when every change was noticed, 1 when one survived, and 2 when the table does not fit the tree, a
-change does not build, or the tree fails without any.
+Ends with 0 when 98 % were noticed and equivalent.txt is up to date.
 """
 
 import argparse
-import dataclasses
+import collections
+import concurrent.futures
+import functools
+import itertools
+import json
 import os
 import pathlib
+import random
 import re
-import resource
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -33,273 +33,222 @@ import time
 
 HERE = pathlib.Path(__file__).resolve().parent
 TOP = HERE.parent.parent
-TABLE = HERE / "changes.txt"
-# A change may turn a loop endless or let it fill the memory.
-TEST_SECONDS = 120
-BUILD_SECONDS = 1800
-MEMORY_BYTES = 8 << 30
-ALL_NOTICED, SURVIVED, BROKEN = 0, 1, 2
+WANTED_SCORE = 98
+
+# What is changed, and into what. The formatter puts a space on both sides of an operator and of nothing else.
+RULES = (
+    *(("comparison", f" {old} ", f" {new} ")
+      for old, new in (("==", "!="), ("!=", "=="), ("<", ">="), (">=", "<"), (">", "<="), ("<=", ">"))),
+    *(("bound", f" {old} ", f" {new} ") for old, new in (("<", "<="), ("<=", "<"), (">", ">="), (">=", ">"))),
+    ("bound", r" [-+] 1\b", ""),
+    ("bound", r"\.size\(\)(?! [-+])", ".size() - 1"),
+    ("logic", " && ", " || "),
+    ("logic", r" \|\| ", " && "),
+    ("logic", r"(?<![\w)\]])!(?=[\w(:*])", ""),
+    ("logic", r"\btrue\b", "false"),
+    ("logic", r"\bfalse\b", "true"),
+    ("constant", r"(?<![\w.'])(?:0x[0-9A-Fa-f]+|0|[1-9]\d*)(?![\w.'])", lambda match: str(int(match[0], 0) + 1)),
+    ("empty", r"\bisEmpty\(\)", "isNull()"),
+    ("empty", r"\bisNull\(\)", "isEmpty()"),
+    ("empty", r"(?<![\w!.:>)])(?:\w+(?:\.|->))+is(?:Empty|Null)\(\)", r"!\g<0>"),
+    ("signal", r"\bemit [^;]*;", "{}"),
+    ("signal", r"(?<=\s)(?:setStatus|setBusy|beginResetModel|endResetModel)\([^;{]*\);", "{}"),
+)
+# Comments, preprocessor lines, static assertions, strings and characters.
+NO_CODE = re.compile(r'//[^\n]*|/\*.*?\*/|^[ \t]*#[^\n]*|static_assert[^;]*;|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"'
+                     r"|(?<!\d)'(?:\\.|[^'\\\n])*'", re.DOTALL | re.MULTILINE)
+
+Change = collections.namedtuple("Change", "file old new line rule text")
+Test = collections.namedtuple("Test", "name command folder tier")
 
 
-class Fault(Exception):
-    """The table, or the tree, is not fit to be tried."""
+def changes_of(path):
+    """Every change that the rules make to a source."""
+    source = path.read_text(encoding="utf-8")
+    code = NO_CODE.sub(lambda match: re.sub(r"[^\n]", " ", match[0]), source)
+    for rule, pattern, replacement in RULES:
+        for match in re.finditer(pattern, code):
+            begin, end = source.rfind("\n", 0, match.start()) + 1, source.find("\n", match.end())
+            new = replacement(match) if callable(replacement) else match.expand(replacement)
+            lines = source[begin:match.start()] + new + source[match.end():end]
+            yield Change(str(path.relative_to(TOP)), " ".join(source[begin:end].split()), " ".join(lines.split()),
+                         source.count("\n", 0, match.start()) + 1, rule, source[:begin] + lines + source[end:])
 
 
-@dataclasses.dataclass
-class Change:
-    title: str
-    line: int
-    file: str = ""
-    tests: list[str] = dataclasses.field(default_factory=list)
-    old: list[str] = dataclasses.field(default_factory=list)
-    new: list[str] = dataclasses.field(default_factory=list)
-
-    @property
-    def old_text(self):
-        return "\n".join(self.old)
-
-    @property
-    def new_text(self):
-        return "\n".join(self.new)
-
-    def faults(self, top):
-        """What keeps the change from being made to the tree at `top`."""
-        source = top / self.file
-        if not self.file or not self.tests or not self.old:
-            yield "lacks a file, a test or an old text"
-        elif not source.is_file():
-            yield f"{self.file} is not there"
-        else:
-            count = source.read_text(encoding="utf-8").count(self.old_text)
-            if count != 1:
-                yield f"its old text occurs {count} times in {self.file}"
-        if self.old == self.new:
-            yield "changes nothing"
-        for test in self.tests:
-            if not (top / "tests" / "unit" / f"{test}.cpp").is_file():
-                yield f"there is no test program {test}"
+def drawn(files, seed):
+    """All changes in the order of the draw. However many are taken, each file has its share."""
+    ranked = []
+    for path in files:
+        changes = list(changes_of(path))
+        random.Random(f"{seed} {path.name}").shuffle(changes)
+        ranked += [((place + 0.5) / len(changes), change) for place, change in enumerate(changes)]
+    return [change for _, change in sorted(ranked)]
 
 
-def read_table():
-    """The changes in the order of the table; its head says how it is written."""
-    changes = []
-    for number, line in enumerate(TABLE.read_text(encoding="utf-8").splitlines(), 1):
-        kind, text = line[:2], line[2:]
-        if not line.strip() or line.startswith("#"):
-            continue
-        if kind == "= ":
-            changes.append(Change(text, number))
-        elif not changes:
-            raise Fault(f"{TABLE.name}:{number}: stands before the first change")
-        elif kind == "@ ":
-            changes[-1].file, *changes[-1].tests = text.split()
-        elif kind == "- ":
-            changes[-1].old.append(text)
-        elif kind == "+ ":
-            changes[-1].new.append(text)
-        else:
-            raise Fault(f"{TABLE.name}:{number}: is neither a title, a place, an old nor a new line")
-    return changes
+def read_equivalents():
+    """The changes that nobody can observe, and why."""
+    blocks = re.findall(r"^(\S+): (.*)\n- (.*)\n\+ (.*)$", (HERE / "equivalent.txt").read_text(encoding="utf-8"),
+                        re.MULTILINE)
+    return {(file, old, new): reason for file, reason, old, new in blocks}
 
 
-def check_table(changes, top):
-    faults = [f"{TABLE.name}:{change.line}: {change.title}: {fault}"
-              for change in changes for fault in change.faults(top)]
-    titles = [change.title for change in changes]
-    faults += [f"{TABLE.name}: the title stands twice: {title}" for title in sorted(set(titles))
-               if titles.count(title) > 1]
-    if not changes:
-        faults.append(f"{TABLE.name}: holds no change")
-    if faults:
-        raise Fault("\n".join(faults))
+def run(command, **options):
+    done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          text=True, errors="replace", check=False, **options)
+    return done.returncode == 0, done.stdout
 
 
-def git(*arguments):
-    return subprocess.run(["git", "-C", TOP, *arguments], check=False, capture_output=True)
+def must_run(*command):
+    done, words = run(command)
+    return words if done else sys.exit(f"{words[-3000:]}\nwithout a change: {command[0]} failed")
 
 
-def refuse_inside_checkout(folder):
-    """The next copy would take a folder in it for a part of the project, unless it is ignored."""
-    if folder == TOP or (TOP in folder.parents and git("check-ignore", "-q", folder).returncode != 0):
-        raise Fault(f"{folder} lies in the checkout; take one outside, or below build")
+class Build:
+    """A copy of the tree, built once. A change compiles one source and links it into a library of its own, which
+    the test programs load instead of the one that they were linked with."""
 
+    def __init__(self, folder, jobs, longest):
+        tree, self.folder, self.longest = folder / "tree", folder / "build", longest
+        shutil.copytree(TOP, tree, dirs_exist_ok=True,
+                        ignore=shutil.ignore_patterns("build", ".git", folder.name))
+        for path in (tree / "src").glob("*/CMakeLists.txt"):
+            # Precompiled headers can be shared only by targets with the same definitions.
+            path.write_text(re.sub(r"add_library\((kvteditor_floor_\w+) STATIC\b([^)]*\))", r"add_library(\1 SHARED\2\n"
+                                   r'set_target_properties(\1 PROPERTIES DEFINE_SYMBOL "")',
+                                   path.read_text(encoding="utf-8")), encoding="utf-8")
+        must_run("cmake", "-S", tree, "-B", self.folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
+                 "-DCMAKE_CXX_FLAGS_DEBUG=-O0 -g0")
+        must_run("cmake", "--build", self.folder, "--parallel", str(jobs), "--target",
+                 *{"tst_views" if test.tier == 2 else test.name for test in self.find_tests()})
+        self.tests = list(self.find_tests())
+        commands = must_run("ninja", "-C", self.folder, "-t", "commands").splitlines()
+        self.linkers = [line for line in commands if " -shared " in line]
+        # By source: its compiler's command, and the object that the command makes.
+        self.compilers = {match[2].removeprefix(f"{tree}/"): (line, match[1]) for line in commands
+                          if (match := re.search(r" -o (\S+) -c (\S+)$", line)) and self.linker(match[1])}
+        self.wins = collections.Counter()
+        with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+            list(pool.map(self.seconds, [test for test in self.tests if test.tier == 0]))
 
-def copy_tree(tree):
-    """Makes `tree` equal to the checkout, with what is not committed; equal files keep their times."""
-    listed = git("ls-files", "-z", "--cached", "--others", "--exclude-standard")
-    if listed.returncode != 0:
-        raise Fault(f"no checkout: {listed.stderr.decode(errors='replace').strip()}")
-    names = {name for name in os.fsdecode(listed.stdout).split("\0") if (TOP / name).is_file()}
-    for name in names:
-        source, target = TOP / name, tree / name
-        if target.is_file() and target.read_bytes() == source.read_bytes():
-            continue
-        target.parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy(source, target)
-    for target in [path for path in tree.rglob("*") if path.is_file()]:
-        if str(target.relative_to(tree)) not in names:
-            target.unlink()
+    def linker(self, output):
+        return next((line for line in self.linkers if f" {output} " in line), None)
 
+    def find_tests(self):
+        """The unit tests, later the slow ones, and last those of the views."""
+        found = json.loads(must_run("ctest", "--test-dir", self.folder, "--show-only=json-v1"))
+        for test in found["tests"]:
+            facts = {entry["name"]: entry["value"] for entry in test["properties"]}
+            labels = set(facts.get("LABELS", []))
+            if labels & {"unit", "qml"} and "lint" not in labels and not test["name"].endswith("_portable"):
+                yield Test(test["name"], tuple(test.get("command", ())), facts["WORKING_DIRECTORY"],
+                           2 if "qml" in labels else 1 if "slow" in labels else 0)
 
-class Bench:
-    """The copy of the tree and its build."""
-
-    def __init__(self, folder, jobs):
-        self.tree = folder / "tree"
-        self.build_folder = folder / "build"
-        self.jobs = jobs
-
-    def configure(self):
-        # Built to be made fast, not to be debugged.
-        options = {"CMAKE_BUILD_TYPE": "Debug", "CMAKE_CXX_FLAGS_DEBUG": "-O0 -g0"}
-        if shutil.which("ccache"):
-            options["CMAKE_CXX_COMPILER_LAUNCHER"] = "ccache"
-        done, words = self.run(["cmake", "-S", self.tree, "-B", self.build_folder, "-G", "Ninja",
-                                *(f"-D{name}={value}" for name, value in options.items())], BUILD_SECONDS)
-        if not done:
-            raise Fault("the tree cannot be configured:\n" + tail(words))
-
-    def build(self, tests):
-        return self.run(["cmake", "--build", self.build_folder, "--parallel", str(self.jobs), "--target",
-                         *tests], BUILD_SECONDS)
-
-    def test(self, tests):
-        """Runs the programs as CTest does, so in their own environment."""
-        return self.run(["ctest", "--test-dir", self.build_folder, "--output-on-failure",
-                         "--no-tests=error", "--parallel", str(self.jobs),
-                         "--tests-regex", f"^({'|'.join(tests)})$"], TEST_SECONDS * len(tests))
+    @functools.cache
+    def seconds(self, test):
+        """How long a test takes without a change."""
+        begun = time.monotonic()
+        with tempfile.TemporaryDirectory() as own:
+            failure = self.failure(test, own, 1200)
+        return sys.exit(f"without a change: {failure}") if failure else time.monotonic() - begun
 
     @staticmethod
-    def run(command, seconds):
-        """Whether the command ended well, and all that it said."""
-        def limit_memory():
-            resource.setrlimit(resource.RLIMIT_AS, (MEMORY_BYTES, MEMORY_BYTES))
+    def failure(test, libraries, seconds):
+        """The first test function that fails, or how the program ended; empty when it passes."""
+        # A change may make a loop endless or let it fill the memory. What a stopped test leaves goes with the library.
+        command = ["timeout", "-s", "KILL", str(seconds), "prlimit", f"--as={8 << 30}", "env", f"TMPDIR={libraries}",
+                   f"LD_LIBRARY_PATH={libraries}", "QT_QPA_PLATFORM=offscreen", "QT_QUICK_BACKEND=software",
+                   *test.command]
+        with subprocess.Popen(command, cwd=test.folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, text=True, errors="replace", start_new_session=True) as program:
+            for line in program.stdout:
+                if line.startswith("FAIL!"):
+                    os.killpg(program.pid, signal.SIGKILL)
+                    return line.split()[2]
+        return f"{test.name} ended with {program.returncode}" if program.returncode else ""
 
-        # One group, so that no test of a stopped run is left behind.
-        with subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                              errors="replace", start_new_session=True, preexec_fn=limit_memory) as process:
-            try:
-                words, _ = process.communicate(timeout=seconds)
-            except BaseException as reason:
-                os.killpg(process.pid, 9)
-                words, _ = process.communicate()
-                if not isinstance(reason, subprocess.TimeoutExpired):
-                    raise
-                return False, words
-            return process.returncode == 0, words
+    def in_order(self, file):
+        """The tests, those first that have to do with the file."""
+        own = f"tst_{pathlib.Path(file).stem}"
+        if self.longest:
+            tests = [test for test in self.tests
+                     if test.name == own or (test.tier == 0 and self.seconds(test) <= self.longest)]
+        else:
+            tests = [test for test in self.tests if test.tier < 2 or "/app/" in file]
+        return sorted(tests, key=lambda test: (test.tier, test.name != own, -self.wins[file, test.name],
+                                               self.seconds(test) if test.tier == 0 else 0))
 
-    def check_unchanged(self, changes):
-        tests = sorted({test for change in changes for test in change.tests})
-        built, words = self.build(tests)
-        if not built:
-            raise Fault("unchanged tree fails: it does not build\n" + tail(words))
-        passed, words = self.test(tests)
-        if not passed:
-            raise Fault("unchanged tree fails: " + noticed_by(words) + "\n" + tail(words))
-        return len(tests)
-
-    def try_change(self, change):
-        """"noticed", "SURVIVED" or "does not build", and what tells more of it."""
-        source = self.tree / change.file
-        whole = source.read_text(encoding="utf-8")
-        try:
-            source.write_text(whole.replace(change.old_text, change.new_text), encoding="utf-8")
-            built, words = self.build(change.tests)
-            if not built:
-                return "does not build", tail(words)
-            passed, words = self.test(change.tests)
-            return ("SURVIVED", " ".join(change.tests)) if passed else ("noticed", noticed_by(words))
-        finally:
-            source.write_text(whole, encoding="utf-8")
-
-
-def tail(words):
-    return "\n".join(words.splitlines()[-30:])
+    def outcome(self, change):
+        """What noticed the change, "SURVIVED", or None when there is none: it does not compile, or to the same."""
+        compiler, made = self.compilers[change.file]
+        with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as own:
+            source, target = pathlib.Path(own, pathlib.Path(change.file).name), pathlib.Path(own, "changed.o")
+            source.write_text(change.text, encoding="utf-8")
+            compiler = re.sub(r" -c \S+$", f" -c {source}", compiler).replace(made, str(target))
+            if (not run(compiler, shell=True, cwd=self.folder)[0]
+                    or target.read_bytes() == (self.folder / made).read_bytes()):
+                return None
+            linker = self.linker(made).replace(made, str(target))
+            if not run(re.sub(r" -o (?:\S*/)?(\S+)", rf" -o {own}/\1", linker), shell=True, cwd=self.folder)[0]:
+                return None
+            for test in self.in_order(change.file):
+                if failure := self.failure(test, own, 30 + 5 * self.seconds(test)):
+                    self.wins[change.file, test.name] += 1
+                    return failure
+        return "SURVIVED"
 
 
-def noticed_by(words):
-    """The first test function that failed, else the program and how it ended."""
-    function = re.search(r"^FAIL!  : (\S+?\(.*?\))", words, re.MULTILINE)
-    program = re.search(r"^\s*\d+ - (\S+) \((.*)\)", words, re.MULTILINE)
-    if function:
-        return function.group(1)
-    return f"{program.group(1)} ({program.group(2)})" if program else "the test run was stopped"
+def show(change, words):
+    print(f"{change.file}:{change.line}: {change.rule}: {words}\n- {change.old}\n+ {change.new}", flush=True)
 
 
-def try_all(changes, bench):
-    started = time.monotonic()
-    print("copying and building the unchanged tree ...", flush=True)
-    copy_tree(bench.tree)
-    check_table(changes, bench.tree)
-    bench.configure()
-    programs = bench.check_unchanged(changes)
-    print(f"unchanged tree passes {programs} test program(s), {time.monotonic() - started:.0f} s", flush=True)
+def try_all(changes, equivalents, options):
+    begun = time.monotonic()
+    build = Build(options.folder.resolve(), options.jobs, options.longest)
+    print(f"the unchanged tree passes, {time.monotonic() - begun:.0f} s", flush=True)
 
-    results = []
-    for number, change in enumerate(changes, 1):
-        begun = time.monotonic()
-        result, detail = bench.try_change(change)
-        results.append(result)
-        print(f"{number:3}/{len(changes)} {result:14} {time.monotonic() - begun:4.0f} s  "
-              f"{pathlib.PurePath(change.file).name}: {change.title}\n{'':12}{detail}", flush=True)
+    def try_one(change):
+        outcome = "equivalent" if change[:3] in equivalents else build.outcome(change)
+        if outcome:
+            show(change, outcome)
+        return outcome
 
-    print(f"\n{results.count('noticed')} noticed of {len(changes)}, {results.count('SURVIVED')} survived, "
-          f"{results.count('does not build')} not built, {time.monotonic() - started:.0f} s")
-    for change, result in zip(changes, results):
-        if result != "noticed":
-            print(f"  {result}: {TABLE.name}:{change.line}: {change.title}")
-    if "does not build" in results:
-        return BROKEN
-    return SURVIVED if "SURVIVED" in results else ALL_NOTICED
-
-
-def chosen(changes, words):
-    some = [change for change in changes
-            if not words or any(word in change.file or word in change.title for word in words)]
-    if not some:
-        raise Fault("no change has these words")
-    return some
-
-
-def arguments():
-    parser = argparse.ArgumentParser(usage=__doc__.split("\n\n", 1)[1], add_help=False)
-    parser.add_argument("--help", "-h", action="store_true")
-    parser.add_argument("--check", action="store_true")
-    parser.add_argument("--list", action="store_true")
-    parser.add_argument("--folder", type=pathlib.Path)
-    parser.add_argument("--jobs", type=int, default=2)
-    parser.add_argument("words", nargs="*")
-    return parser.parse_args()
+    outcomes, waiting = [], iter(changes)
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        while batch := list(itertools.islice(waiting, options.count - len(outcomes))):
+            outcomes += filter(None, pool.map(try_one, batch))
+    counted = len(outcomes) - outcomes.count("equivalent")
+    noticed = counted - outcomes.count("SURVIVED")
+    score = 100 * noticed / max(counted, 1)
+    print(f"\n{noticed} of {counted} noticed, {score:.1f} %; {len(outcomes) - counted} more are equivalent; "
+          f"{time.monotonic() - begun:.0f} s")
+    return score >= WANTED_SCORE
 
 
 def main():
-    options = arguments()
-    if options.help:
-        print(__doc__.rstrip())
-        return ALL_NOTICED
-    changes = read_table()
-    check_table(changes, TOP)
-    if options.check:
-        print(f"{len(changes)} changes in {len({change.file for change in changes})} files fit the tree.")
-        return ALL_NOTICED
-    changes = chosen(changes, options.words)
+    parser = argparse.ArgumentParser(usage=__doc__.split("\n\n", 1)[1])
+    parser.add_argument("--count", type=int, default=300)
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--jobs", type=int, default=2)
+    parser.add_argument("--folder", type=pathlib.Path, default=TOP / "build" / "mutation")
+    parser.add_argument("--longest", type=float)
+    parser.add_argument("--list", action="store_true")
+    parser.add_argument("words", nargs="*")
+    options = parser.parse_args()
+
+    files = [path for room in ("core", "api", "app") for path in sorted((TOP / "src" / room).glob("*.cpp"))
+             if path.name != "main.cpp"]
+    equivalents = read_equivalents()
+    stale = equivalents.keys() - {change[:3] for path in files for change in changes_of(path)}
+    for file, old, _ in sorted(stale):
+        print(f"equivalent.txt: fits no change any more: {file}: {old}")
+    wanted = [path for path in files if any(word in str(path.relative_to(TOP)) for word in options.words or [""])]
+    changes = drawn(wanted, options.seed)
     if options.list:
-        for change in changes:
-            print(f"{change.file}: {change.title} ({', '.join(change.tests)})")
-        return ALL_NOTICED
-    if options.folder:
-        folder = options.folder.resolve()
-        refuse_inside_checkout(folder)
-        return try_all(changes, Bench(folder, options.jobs))
-    with tempfile.TemporaryDirectory(prefix="kvteditor-mutation-") as folder:
-        return try_all(changes, Bench(pathlib.Path(folder), options.jobs))
+        for change in changes[:options.count]:
+            show(change, equivalents.get(change[:3], ""))
+        return 0
+    return 0 if try_all(changes, equivalents, options) and not stale else 1
 
 
 if __name__ == "__main__":
-    try:
-        sys.exit(main())
-    except Fault as fault:
-        print(fault, file=sys.stderr)
-        sys.exit(BROKEN)
-    except KeyboardInterrupt:
-        sys.exit(130)
+    sys.exit(main())
