@@ -25,10 +25,11 @@ private slots:
 
 namespace {
 
-QVariantList twoModules()
+QVariantList threeModules()
 {
     return {FileTools::makeModuleEntry(u"Engine"_s, u"VIN1"_s, u"S1"_s, u"111"_s, {u"Cal"_s}, {u"E1"_s}),
-            FileTools::makeModuleEntry(u"Gear"_s, {}, {}, {}, {u"A"_s, u"B"_s}, {u"G1"_s, u"G2"_s})};
+            FileTools::makeModuleEntry(u"Gear"_s, u""_s, u""_s, {}, {u"A"_s, u"B"_s}, {u"G1"_s, u"G2"_s}),
+            FileTools::makeModuleEntry(u"Brake"_s, {}, {}, {}, {}, {})};
 }
 
 QString lineText(const ModuleLines &lines, int number)
@@ -55,28 +56,30 @@ void TestModuleLines::line_data()
     QTest::newRow("empty-main-os") << 6 << u"Main OS="_s;
     QTest::newRow("second-row") << 7 << u"A=G1"_s;
     QTest::newRow("last-row") << 8 << u"B=G2"_s;
+    QTest::newRow("third-heading") << 9 << u"Brake"_s;
+    QTest::newRow("last-line") << 10 << u"Main OS="_s;
 }
 
 void TestModuleLines::line()
 {
     QFETCH(int, number);
     ModuleLines lines;
-    lines.setModules(twoModules());
-    QCOMPARE(lines.moduleCount(), 2);
-    QCOMPARE(lines.count(), 9);
+    lines.setModules(threeModules());
+    QCOMPARE(lines.moduleCount(), 3);
+    QCOMPARE(lines.count(), 11);
     QTEST(lineText(lines, number), "expected");
 }
 
 void TestModuleLines::headingsStandAlone()
 {
     ModuleLines lines;
-    lines.setModules(twoModules());
+    lines.setModules(threeModules());
     QList<int> headings;
     for (int i = 0; i < lines.count(); ++i) {
         if (lines.line(i).value(u"heading"_s).toBool())
             headings.append(i);
     }
-    QCOMPARE(headings, (QList<int>{0, 5}));
+    QCOMPARE(headings, (QList<int>{0, 5, 9}));
 }
 
 void TestModuleLines::noLineOutsideTheList()
@@ -84,28 +87,28 @@ void TestModuleLines::noLineOutsideTheList()
     ModuleLines lines;
     QCOMPARE(lines.count(), 0);
     QCOMPARE(lines.line(0), QVariantMap());
-    lines.setModules(twoModules());
+    lines.setModules(threeModules());
     QCOMPARE(lines.line(-1), QVariantMap());
-    QCOMPARE(lines.line(9), QVariantMap());
+    QCOMPARE(lines.line(11), QVariantMap());
 }
 
 void TestModuleLines::theSameModulesTellNothing()
 {
     ModuleLines lines;
-    lines.setModules(twoModules());
+    lines.setModules(threeModules());
     const QSignalSpy changed(&lines, &ModuleLines::modulesChanged);
-    lines.setModules(twoModules());
+    lines.setModules(threeModules());
     QCOMPARE(changed.count(), 0);
 }
 
 void TestModuleLines::anotherListTakesOver()
 {
     ModuleLines lines;
-    lines.setModules(twoModules());
+    lines.setModules(threeModules());
     const QSignalSpy changed(&lines, &ModuleLines::modulesChanged);
-    lines.setModules(twoModules().mid(1));
+    lines.setModules(threeModules().mid(1));
     QCOMPARE(changed.count(), 1);
-    QCOMPARE(lines.count(), 4);
+    QCOMPARE(lines.count(), 6);
     QCOMPARE(lineText(lines, 3), u"B=G2"_s);
     lines.setModules({});
     QCOMPARE(lines.count(), 0);
