@@ -91,6 +91,8 @@ private slots:
 
     void exportToTemporary_isForTheUserAlone();
     void exportToTemporary_takesTheSameBytes();
+    void exportToTemporary_emptyDataTruncates();
+    void worksWithoutStandardInput();
     void exportToTemporary_refuses_data();
     void exportToTemporary_refuses();
 
@@ -542,6 +544,46 @@ void TestFileTools::exportToTemporary_isForTheUserAlone()
     QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | others));
     QCOMPARE(FileTools::exportToTemporary("bytes", name), path);
     QCOMPARE(QFileInfo(path).permissions() & others, QFile::Permissions());
+}
+
+void TestFileTools::exportToTemporary_emptyDataTruncates()
+{
+    const QString name = u"emptied"_s;
+    QCOMPARE(FileTools::exportToTemporary("bytes", name), QDir::tempPath() + u'/' + name);
+    QFile file(QDir::tempPath() + u'/' + name);
+    QVERIFY(FileTools::openPrivateFile(file, QIODevice::WriteOnly));
+    QCOMPARE(file.size(), 0);
+}
+
+// A program that is started with its standard input closed gets descriptor 0 for the first file that it
+// opens.
+void TestFileTools::worksWithoutStandardInput()
+{
+    const QString path = makeFile(QDir::tempPath() + u"/first"_s, "longer than the next");
+    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadOther));
+    const QString second = inDir(u"second"_s);
+    const int kept = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3);
+    QVERIFY(kept >= 0);
+    ::close(STDIN_FILENO);
+    const QString written = FileTools::exportToTemporary("bytes", u"first"_s);
+    const QByteArray bytes = FileTools::readFile(path);
+    const bool isSecondWritten = FileTools::writeFile(second, "more bytes");
+    const QByteArray secondBytes = FileTools::readFile(second);
+    // Unix refuses it once it is open.
+    QFile third(inDir(u"third"_s));
+    const bool isLinked = giveSecondName(QFile::encodeName(second), QFile::encodeName(third.fileName()));
+    FileTools::openPrivateFile(third, QIODevice::WriteOnly);
+    third.close();
+    const bool isClosed = ::fcntl(STDIN_FILENO, F_GETFD) < 0;
+    ::dup2(kept, STDIN_FILENO);
+    ::close(kept);
+    QCOMPARE(written, path);
+    QCOMPARE(bytes, QByteArray("bytes"));
+    QCOMPARE(QFileInfo(path).permissions() & QFile::ReadOther, QFile::Permissions());
+    QVERIFY(isSecondWritten);
+    QCOMPARE(secondBytes, QByteArray("more bytes"));
+    QVERIFY(isLinked);
+    QVERIFY(isClosed);
 }
 
 // It could not be written, but lies there all the same.
