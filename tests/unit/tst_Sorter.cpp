@@ -4,6 +4,7 @@
 #include "support/TestFiles.h"
 #include "support/TestMain.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -387,8 +388,15 @@ void TestSorter::destinationInsideSourceFolder()
 void TestSorter::fileSortedOntoItself()
 {
     const QString path = source(u"2012/a_2012.kvt"_s, "itself");
+    const QDateTime longAgo(QDate(2012, 3, 4), QTime(5, 6));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QVERIFY(file.setFileTime(longAgo, QFileDevice::FileModificationTime));
+    file.close();
     QCOMPARE(FileTools::sortCopyKvt({path}, inDir(u"in"_s), u"year"_s), 1);
     QCOMPARE(contentOf(path), QByteArray("itself"));
+    // It is not even written: a full disk would lose it.
+    QCOMPARE(QFileInfo(path).lastModified(), longAgo);
     QCOMPARE(filesBelow(inDir(u"in"_s)), QStringList{u"2012/a_2012.kvt"_s});
 }
 
