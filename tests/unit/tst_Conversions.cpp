@@ -76,6 +76,7 @@ private slots:
 
     void baseFileGoesWithImportsOnly();
     void baseFileIsReplaced();
+    void emptyBaseFileIsNone();
     void pickBaseKvt_unreadable();
     void pickBaseKvt_namesTheFile_data();
     void pickBaseKvt_namesTheFile();
@@ -438,6 +439,19 @@ void TestConversions::baseFileIsReplaced()
     waitForRequest();
     QCOMPARE(partsOf(m_server->request(0)).mid(2),
              QByteArrayList({filePart("file", "in.bin", "input"), filePart("import", "import.bin", "two")}));
+}
+
+void TestConversions::emptyBaseFileIsNone()
+{
+    makeFile(inDir(u"in.bin"_s), "input");
+    makeFile(inDir(u"base.kvt"_s), "base");
+    makeFile(inDir(u"empty.kvt"_s), {});
+    m_server->answerAlways(answerWith("{\"status\":\"ok\"}"));
+    m_state->pickBaseKvt(inDir(u"base.kvt"_s));
+    m_state->pickBaseKvt(inDir(u"empty.kvt"_s));
+    m_state->convertOp(u"bin2kvt"_s, inDir(u"in.bin"_s));
+    waitForRequest();
+    QCOMPARE(partsOf(m_server->request(0)).mid(2), QByteArrayList{filePart("file", "in.bin", "input")});
 }
 
 void TestConversions::pickBaseKvt_unreadable()
