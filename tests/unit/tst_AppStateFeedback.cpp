@@ -130,7 +130,7 @@ void TestAppStateFeedback::sendToDev_emptyNoteNamesTheOpenFile()
     const QTemporaryDir dir;
     m_state->openKvt(makeFile(dir.filePath(u"truck.kvt"_s), "bytes"));
     WAIT_COMPARE(m_server->completeRequestCount(), 2);
-    m_state->sendToDev({}, {});
+    m_state->sendToDev(u""_s, u""_s);
     WAIT_COMPARE(m_server->completeRequestCount(), 3);
     const QJsonObject with = QJsonDocument::fromJson(m_server->request(2).body).object();
     QCOMPARE(with.value(u"description"_s).toString(), u"Send to Dev from truck.kvt"_s);

@@ -211,7 +211,7 @@ void TestConversions::convertsWorkspaceFile()
     QFETCH(QString, outName);
     openWorkspace(u"My.truck.kvt"_s, "workspace");
     m_server->answerNext(answerWith("produced"));
-    m_state->convertOp(op, QString());
+    m_state->convertOp(op, u""_s);
     waitForRequest();
     QCOMPARE(partsOf(m_server->request(1)),
              QByteArrayList({fieldPart("operation", operation), fieldPart("version", "4.0.2"),

@@ -446,8 +446,11 @@ void TestSorter::emptyDestinationIsTheWorkingFolder()
     QVERIFY(QDir().mkdir(inDir(u"here"_s)));
     QVERIFY(QDir::setCurrent(inDir(u"here"_s)));
     QString error = untouched;
-    QCOMPARE(FileTools::sortCopyKvt(files, QString(), u"year,make"_s, &error), 1);
-    QCOMPARE(filesBelow(inDir(u"here"_s)), QStringList{u"2012/UnknownMake/a_2012.kvt"_s});
+    for (const QString &destination : {QString(), u""_s}) {
+        QCOMPARE(FileTools::sortCopyKvt(files, destination, u"year,make"_s, &error), 1);
+        QCOMPARE(filesBelow(inDir(u"here"_s)), QStringList{u"2012/UnknownMake/a_2012.kvt"_s});
+        QVERIFY(QFile::remove(inDir(u"here/2012/UnknownMake/a_2012.kvt"_s)));
+    }
     QCOMPARE(error, untouched);
 }
 
