@@ -91,6 +91,7 @@ private slots:
 
     void exportToTemporary_isForTheUserAlone();
     void exportToTemporary_takesTheSameBytes();
+    void exportToTemporary_saysWhyNot();
     void exportToTemporary_emptyDataTruncates();
     void worksWithoutStandardInput();
     void exportToTemporary_refuses_data();
@@ -600,6 +601,22 @@ void TestFileTools::exportToTemporary_takesTheSameBytes()
     QCOMPARE(FileTools::exportToTemporary("other", name, &error), QString());
     QCOMPARE(error, qt_error_string(EACCES));
     QCOMPARE(contentOf(path), QByteArray("bytes"));
+}
+
+void TestFileTools::exportToTemporary_saysWhyNot()
+{
+    const QString name = u"neither"_s;
+    const QString path = makeFile(QDir::tempPath() + u'/' + name, "bytes");
+    const PlainRights rights;
+    QVERIFY(QFile::setPermissions(path, {}));
+    QString error;
+    QCOMPARE(FileTools::exportToTemporary("bytes", name, &error), QString());
+    QCOMPARE(error, qt_error_string(EACCES));
+
+    const QString empty = u"empty"_s;
+    QVERIFY(QFile::setPermissions(makeFile(QDir::tempPath() + u'/' + empty), QFile::ReadOwner));
+    QCOMPARE(FileTools::exportToTemporary("bytes", empty, &error), QString());
+    QCOMPARE(error, u"Could not read file."_s);
 }
 
 void TestFileTools::exportToTemporary_refuses_data()
