@@ -31,12 +31,14 @@ kept=$top/build/systems
 work=$(mktemp -d)
 root=$work/root
 finish() {
-  umount --recursive --lazy "$root/dev" "$root/proc" "$root/var/cache/apt/archives" 2>/dev/null || true
+  umount --recursive --lazy "$root" 2>/dev/null || true
   rm -rf --one-file-system "$work"
 }
 trap finish EXIT
 
 "$here/bare-root.sh" "$suite" "$root"
+# A mount of its own, so that a command can have mounts in turn, as the package's test does.
+mount --bind "$root" "$root"
 mount -t proc proc "$root/proc"
 mount --rbind /dev "$root/dev"
 # Packages are fetched once.
