@@ -47,9 +47,8 @@ PatchOutcome decodePatchOutcome(const QJsonObject &answer);
 /// What the patched copy of the file at `path` is called.
 QString patchedName(const QString &path);
 
-/// Why a download brought no file: the answer's reason, or the transport's `error` when not a byte came.
-/// Empty when it brought one: whole files are known to arrive together with a transport error, and the bytes
-/// count.
+/// Why a download failed: the answer's reason, or the transport's `error` if there are no bytes. Empty on
+/// success, which bytes are even beside a transport error: whole files are known to arrive with one.
 QString downloadError(const QByteArray &bytes, const QJsonObject &answer, const QString &error);
 
 /// Maps of "id", "filename", "os", "module", "year", "make" and "model", all texts, in the service's order.

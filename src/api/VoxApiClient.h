@@ -31,7 +31,7 @@ struct WorkerResult
     QString error;
     QString text;
     QByteArray data;
-    /// What `text` says; empty for a file.
+    /// `text`, parsed; empty for a file.
     QJsonObject object;
 };
 

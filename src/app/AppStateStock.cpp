@@ -58,9 +58,7 @@ void AppState::finishStockDownload(const QByteArray &bytes, const QString &filen
     }
     QString error;
     const QString path = FileTools::exportToTemporary(bytes, name, &error);
-    if (path.isEmpty())
-        setStatus(error, 0);
-    else
+    if (!failed(error))
         openKvt(path);
     setTab(u"main"_s);
 }

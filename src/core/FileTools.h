@@ -61,7 +61,7 @@ public:
                                      QString *error = nullptr);
 
     /// Writes `data` as `fileName` into the temporary folder, by openPrivateFile. Returns the full path, or
-    /// an empty string unless the user's own file with these bytes lies there then.
+    /// an empty string if the result is not the user's own file with exactly these bytes.
     static QString exportToTemporary(const QByteArray &data, const QString &fileName,
                                      QString *error = nullptr);
 

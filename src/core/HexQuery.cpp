@@ -17,8 +17,6 @@ QByteArray FileTools::parseHexQuery(const QString &query)
     static const QRegularExpression hexDigits(u"^[0-9A-Fa-f]+$"_s);
 
     const QString trimmed = query.trimmed();
-    if (trimmed.isEmpty())
-        return {};
     QString digits = trimmed;
     digits.remove(separators);
     if (digits.size() % 2 == 0 && hexDigits.match(digits).hasMatch())

@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QGuiApplication>
 
+using namespace Qt::StringLiterals;
+
 #if QT_CONFIG(xcb) && defined(KVTEDITOR_XCB)
 #include <algorithm>
 #include <cstdint>
@@ -48,8 +50,6 @@ bool displayHasNoCard()
 
 } // namespace
 #endif
-
-using namespace Qt::StringLiterals;
 
 bool hasNoGraphicsCard()
 {

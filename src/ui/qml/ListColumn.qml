@@ -2,12 +2,12 @@ import QtQml
 
 // One column of a list.
 QtObject {
-    // Of the row's value.
+    // The member of the row's data.
     property string key
-    // What its cells are called.
+    // The object name of its cells.
     property string cell: key
     property string title
-    // 0 takes what the other columns leave.
+    // 0 fills the space that the other columns leave.
     property int width: 0
     // The title within a sentence.
     readonly property string spoken: title === title.toUpperCase() ? title : title.toLowerCase()

@@ -3,16 +3,16 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import KvtEditor
 
-// A row of a list in columns, the first of which counts most.
+// A row of a list in columns. The first column is emphasized.
 VOXListRow {
     id: root
 
     required property int index
     required property ListHeading heading
-    // What the row stands for, by the keys of the columns.
+    // The row's data, by the keys of the columns.
     property var record
     readonly property var values: Array.from(heading.columns, column => record[column.key])
-    // What the cells show of it, and what a hover tells of those that are cut short.
+    // What the cells show, and the tool tips of those that are cut short.
     property var texts: values
     property var tips: values
     readonly property var cutTips: tips.filter((tip, column) => tip !== texts[column] || isCut(column))

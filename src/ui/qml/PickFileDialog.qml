@@ -1,12 +1,12 @@
 import QtQuick.Dialogs
 import KvtEditor
 
-// Asks for a file, and tells its path. It opens where files were last taken from.
+// Asks for a file and reports its path. Opens in the folder of the open file.
 FileDialog {
     id: root
 
     readonly property AppState appState: app // qmllint disable unqualified
-    // Opens in its current folder instead.
+    // Opens in the dialog's current folder instead.
     property bool stays: false
     // The name to offer for a file that will be written.
     property string offeredName

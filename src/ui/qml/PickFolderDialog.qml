@@ -1,12 +1,12 @@
 import QtQuick.Dialogs
 import KvtEditor
 
-// Asks for a folder, and tells its path. It opens where files were last taken from.
+// Asks for a folder and reports its path. Opens in the folder of the open file.
 FolderDialog {
     id: root
 
     readonly property AppState appState: app // qmllint disable unqualified
-    // Opens in its current folder instead.
+    // Opens in the dialog's current folder instead.
     property bool stays: false
 
     signal taken(string path)

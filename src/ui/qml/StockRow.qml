@@ -1,17 +1,17 @@
 import QtQuick
 import KvtEditor
 
-// One stock file. Its ground tells the selection and nothing else.
+// One stock file. The background shows the selection only.
 ListColumnsRow {
     id: root
 
     required property var row
     property bool selected: false
     readonly property AppState appState: app // qmllint disable unqualified
-    // Nothing is laid out that no column could show.
+    // Longer texts are cut before layout: no column could show them.
     readonly property int longest: 400
 
-    // One line, with the ends of a text that is longer than any place for it.
+    // On one line; a long text keeps its beginning and its end.
     function shown(text: string): string {
         const whole = text.length <= longest ? text
             : text.slice(0, longest / 2) + "…" + text.slice(-longest / 2);
