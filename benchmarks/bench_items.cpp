@@ -80,7 +80,7 @@ public:
         , m_count(qEnvironmentVariableIntValue("BENCH_ITEMS"))
     {
         if (m_count <= 0)
-            giveUp("bench_items: BENCH_ITEMS is no number");
+            giveUp("bench_items: BENCH_ITEMS is not a number");
         if (!m_server.listen(QHostAddress::LocalHost))
             giveUp("bench_items: no server");
         m_client->setApiBase(u"http://127.0.0.1:%1/"_s.arg(m_server.serverPort()));

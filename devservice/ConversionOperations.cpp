@@ -60,7 +60,7 @@ ServiceAnswer containerToBin(const ServiceRequest &, const ReceivedPart &file)
     return tune ? binAnswer(*tune) : errorAnswer(error);
 }
 
-/// The formats of other tools, of which nothing is known here: what is no container is its own BIN.
+/// The formats of other tools, of which nothing is known here: what is not a container is its own BIN.
 ServiceAnswer foreignToBin(const ReceivedPart &file)
 {
     const std::optional<SampleTune> tune = SampleContainer::read(file.data);

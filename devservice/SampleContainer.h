@@ -55,7 +55,7 @@ namespace SampleContainer {
 /// are lost.
 QByteArray write(const SampleTune &tune);
 
-/// Nothing, with the reason in `error` (may be null), when the bytes are no sample container. Takes any
+/// Nothing, with the reason in `error` (may be null), when the bytes are not a sample container. Takes any
 /// input.
 std::optional<SampleTune> read(const QByteArray &bytes, QString *error = nullptr);
 

@@ -59,7 +59,7 @@ QVariantMap stockRow(const QJsonObject &file)
             {model, jsonString(file, model)}};
 }
 
-/// One map for each element, in order; what is no object counts as an empty one.
+/// One map for each element, in order; anything but an object counts as an empty one.
 QVariantList mapsOf(const QJsonArray &elements, QVariantMap (*map)(const QJsonObject &))
 {
     QVariantList maps;

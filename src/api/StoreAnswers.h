@@ -58,7 +58,7 @@ QVariantMap stockFilters(const QString &make, const QString &fileType, const QSt
                          const QString &module, const QString &model, const QString &os,
                          const QString &keyword, const QString &sort, const QString &sortDir);
 /// The last component of a name that the service sent, for `/` and `\` alike, so that it names a file in the
-/// folder it is joined to and nowhere else; empty when that is no name of a file.
+/// folder it is joined to and nowhere else; empty when that is not a file name.
 QString bareFileName(const QString &name);
 /// What a stock file is saved as: its bare name, made neither hidden nor one that the desktop starts by
 /// itself; "stock.bin" when it has none.

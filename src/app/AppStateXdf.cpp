@@ -53,7 +53,7 @@ void AppState::xdfDownload(int index)
     const QString name = FileTools::sanitizeName(item.value(u"title"_s).toString()) + u".xdf"_s;
     m_client->xdfDownload(m_xdf.token, item.value(u"id"_s).toString(),
                           [this, name](const QByteArray &bytes, const QJsonObject &, const QString &error) {
-                              // A file that happens to be JSON is no refusal.
+                              // A file that happens to be JSON is not a refusal.
                               if (failed(downloadError(bytes, {}, error)))
                                   return;
                               if (!saveToDocuments(bytes, bareFileName(name)).isEmpty())

@@ -140,6 +140,6 @@ public:
 
     // Fault codes: J1939.cpp
 
-    /// The faults in a hex dump of a DM1 message, in its order; whatever is no hex digit is passed over.
+    /// The faults in a hex dump of a DM1 message, in its order; anything but hex digits is skipped.
     static QList<J1939Fault> decodeJ1939(const QString &text);
 };

@@ -48,7 +48,7 @@ public:
     /// Overwrites bytes at `offset`. Refused, with nothing changed, when `bytes` is empty or would not fit.
     /// A match that it overwrites, if only in part, is forgotten.
     bool applyPatch(int offset, const QByteArray &bytes);
-    /// What does not lie within the buffer whole is no match.
+    /// A range that is not wholly within the buffer is not a match.
     void setMatch(int start, int length);
     void clearMatch();
 

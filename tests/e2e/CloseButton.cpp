@@ -24,7 +24,7 @@ namespace {
 // Asked again and again: by itself X tells neither what is drawn in a window nor that its process has ended.
 constexpr std::chrono::milliseconds pollInterval(5);
 
-// What is asked of a window that goes meanwhile fails, which is no reason to end.
+// Requests about a window that closes meanwhile fail; that is not a reason to stop.
 int ignoreError(Display *, XErrorEvent *)
 {
     return 0;

@@ -68,7 +68,7 @@ void saveTyped(const WindowDriver &window, const QString &name)
     QFile::remove(folder + '/'_L1 + name);
 }
 
-// A file whose name is no text the dialog can show, and its neighbours.
+// A file whose name the dialog cannot show as text, and its neighbours.
 void openBesideUndecodable(const WindowDriver &window, const QString &name)
 {
     const QString folder = TestEnvironment::documents();

@@ -145,7 +145,7 @@ void update(const QJsonObject &answer)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QByteArray body = FuzzInput(data, size).takeRest();
-    // As the client hands it on: what is no object becomes an empty one.
+    // As the client hands it on: anything but an object becomes an empty one.
     const QJsonObject answer = jsonObjectFromBody(body).value_or(QJsonObject());
     login(answer);
     catalog(answer);

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     FUZZ_EXPECT(!isNewerVersion(a, a));
     FUZZ_EXPECT(!(isNewerVersion(a, b) && isNewerVersion(b, a)));
-    // A missing part counts as 0, and so does one that is no number.
+    // A missing part counts as 0, and so does one that is not a number.
     for (const QString &nothing : {u".0"_s, u"."_s, u".rc1"_s}) {
         FUZZ_EXPECT(!isNewerVersion(a + nothing, a) && !isNewerVersion(a, a + nothing));
         FUZZ_EXPECT(isNewerVersion(a + nothing, b) == isNewerVersion(a, b));

@@ -18,7 +18,7 @@ mapfile -t texts < <(perl -0777 -ne '
 missing=0
 checked=0
 for text in "${texts[@]}"; do
-  # Keys of maps and lone words are no messages.
+  # Keys of maps and lone words are not messages.
   [[ $text == *' '* ]] || continue
   checked=$((checked + 1))
   pattern=$(printf '%s' "$text" | sed -e 's/[][\.*^$+?(){}|]/\\&/g; s/%[0-9]/.+/g')

@@ -191,7 +191,7 @@ ViewTest {
         tryVerify(() => !tip.visible);
     }
 
-    // Names of files that hold a year, a make, an OS and what is no part of any of them.
+    // Names of files that hold a year, a make, an OS and parts that are none of these.
     function fileNames(): var {
         const port = fixture.address("").match(/\d+(?=\/$)/)[0];
         return [

@@ -36,7 +36,7 @@ public:
     Q_INVOKABLE void writeFile(const QString &name, int size = 32);
     Q_INVOKABLE void removeFile(const QString &name);
     Q_INVOKABLE void removeFolder(const QString &name);
-    /// Writes a file whose name is no text, "caf\xe9.kvt", into a folder of the fixture's.
+    /// Writes a file whose name is not valid text, "caf\xe9.kvt", into a folder of the fixture's.
     Q_INVOKABLE void writeUndecodable(const QString &folder);
     /// Removes it, which Qt's own clearing up cannot; tells whether there was one.
     Q_INVOKABLE bool removeUndecodable(const QString &folder);

@@ -84,10 +84,10 @@ ViewTest {
         verify(ratio >= (data.atLeast ?? 4.5), data.tag + ": " + ratio.toFixed(2));
         // An exception that is no longer needed has to go.
         if (data.given)
-            verify(ratio < 4.5, data.tag + " is no exception: " + data.given);
+            verify(ratio < 4.5, data.tag + " needs no exception: " + data.given);
     }
 
-    // Marks and rings are no text: 3 to 1 beside what they lie on.
+    // Marks and rings are not text: 3 to 1 beside what they lie on.
     function test_mark_data() {
         return [
             { tag: "cursor-in-current-row", mark: VOXTheme.orangeBright, ground: currentRow },

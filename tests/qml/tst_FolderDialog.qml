@@ -104,7 +104,7 @@ DialogTest {
         verifyTaken(dialog, "odd/" + data.folder);
     }
 
-    // The letter after the ampersand is no key of the folder's button.
+    // The letter after the ampersand is not a mnemonic of the folder's button.
     function test_ampersandMakesNoShortcut() {
         const dialog = openFolderDialog("R&D", search);
         enter(dialog, "inner", "deep");

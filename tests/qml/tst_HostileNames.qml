@@ -2,7 +2,7 @@ import QtQuick
 import QtTest
 import KvtEditor
 
-// Files and folders whose names are no words: whatever way they come, it is the same file, and its name is shown
+// Files and folders with odd names: whatever way they come, it is the same file, and its name is shown
 // letter by letter.
 ViewTest {
     id: root
@@ -37,7 +37,7 @@ ViewTest {
         ];
     }
 
-    // Qt could not remove the folder of a file whose name is no text.
+    // Qt cannot remove a folder with a file whose name is not valid text.
     function cleanup() {
         fixture.removeUndecodable("undecodable");
     }
@@ -179,7 +179,7 @@ ViewTest {
         verifyNothingFetched();
     }
 
-    // A name that is no text cannot be spelt: the file is listed, and refused when it is asked for.
+    // A name that is not valid text cannot be spelled: the file is listed, and refused when it is asked for.
     function test_undecodable() {
         fixture.writeUndecodable("undecodable");
         fixture.writeFile("undecodable/plain.kvt");

@@ -474,7 +474,7 @@ ViewTest {
             verify(item.Accessible.name !== "", item.objectName);
             keyClick(Qt.Key_Tab);
         }
-        // The boxes of the rows are no stops of their own.
+        // The check boxes of the rows are not tab stops.
         compare(inView("identifiersPanel").contains(inView("identifiersPanel").mapFromItem(
             window.activeFocusItem, 1, 1)), true);
     }

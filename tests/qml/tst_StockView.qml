@@ -425,7 +425,7 @@ ViewTest {
         compare(find("stockResults").selected, 1);
     }
 
-    // What comes after the ampersand is no key of the button's.
+    // The letter after the ampersand is not a mnemonic of the button.
     function test_ampersandMakesNoShortcut() {
         fill(manyFiles(2, "a"));
         click("stockRow1");

@@ -139,12 +139,14 @@ ViewTest {
         compare(fixture.openedUrls().pop(), app.serviceUrl("checksum-gui.html"));
     }
 
-    function test_heldSpaceStartsOnce() {
+    function test_heldKeyStartsOnce() {
         show();
         const opened = fixture.openedUrls().length;
         find("tile_delco").forceActiveFocus(Qt.TabFocusReason);
         hold(Qt.Key_Space);
         compare(fixture.openedUrls().length, opened + 1);
+        hold(Qt.Key_Return);
+        compare(fixture.openedUrls().length, opened + 2);
         const box = find("box", find("vbfSkipVerifyBox"));
         box.forceActiveFocus(Qt.TabFocusReason);
         hold(Qt.Key_Space);

@@ -471,7 +471,7 @@ void TestAppStateWorkspace::dialogFolder_withoutFile()
     const QString documents = TestEnvironment::documents();
     QVERIFY(QDir(documents).removeRecursively());
     QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(home));
-    // A file of that name is no folder to start in.
+    // A file of that name is not a folder to start in.
     makeFile(documents, "bytes");
     QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(home));
     QVERIFY(QFile::remove(documents));

@@ -595,7 +595,7 @@ QString wrongAfterSorting(const Sorting &sorting, const Situation &before, const
         const QByteArray found = now.files.value(copy.key());
         const QByteArray earlier = before.files.value(copy.key());
         if (found != earlier && !copy.value().startsWith(found))
-            return copy.key() + u" is no copy"_s;
+            return copy.key() + u" is not a copy"_s;
         whole += found == copy.value() ? 1 : 0;
         added += found == copy.value() && found != earlier ? 1 : 0;
     }

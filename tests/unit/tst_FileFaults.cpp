@@ -38,7 +38,7 @@ struct Obstacle
 {
     const char *name;
     bool (*make)(const QString &path);
-    /// Reading it is no error, it just yields nothing.
+    /// Reading it is not an error; it yields nothing.
     bool isEmptyFile = false;
 };
 
@@ -355,7 +355,7 @@ void clear(const QString &path)
     const QString folder = QFileInfo(path).path();
     if (QFileInfo(folder).isDir())
         QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    // A link to a folder is no folder here.
+    // A link to a folder does not count as a folder here.
     if (!QFile::remove(path))
         QDir(path).removeRecursively();
 }

@@ -1,10 +1,9 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import KvtEditor
 
 // One tool: its icon over its name.
-Button {
+VOXButton {
     id: root
 
     required property string key
@@ -17,29 +16,11 @@ Button {
     objectName: "tile_" + key
     enabled: !comingSoon && available
     padding: 8
-    hoverEnabled: true
-    font { pixelSize: 13; weight: Font.DemiBold }
-    Layout.fillWidth: true
     // Equal shares, however wide the labels are.
     Layout.preferredWidth: 1
     Layout.preferredHeight: 150
 
-    Accessible.role: Accessible.Button
     Accessible.name: comingSoon ? text + ", coming soon" : text
-
-    // A double click starts one program, and opens one page.
-    onDoubleClicked: {}
-    // Ignores auto-repeat.
-    Keys.onPressed: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
-    Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
-    Keys.onReturnPressed: event => {
-        if (!event.isAutoRepeat)
-            clicked();
-    }
-    Keys.onEnterPressed: event => {
-        if (!event.isAutoRepeat)
-            clicked();
-    }
 
     contentItem: ColumnLayout {
         spacing: 10

@@ -26,6 +26,9 @@ Button {
     // Ignores auto-repeat.
     Keys.onPressed: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
     Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
+    // Return and Enter press it, too.
+    Keys.onReturnPressed: event => event.isAutoRepeat || root.clicked()
+    Keys.onEnterPressed: event => event.isAutoRepeat || root.clicked()
 
     onDoubleClicked: {
         if (actsTwice)
