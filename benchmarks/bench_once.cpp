@@ -2,10 +2,13 @@
 //   bench_once scan ROOT NAME-FILTER LIMIT
 //   bench_once sort DESTINATION SOURCE-FOLDER
 //   bench_once upload API-BASE FILE
-//   bench_once find zeros|noise NEEDLE-LENGTH REPEATS    the editor's search and the C library's memmem in
-//   turn:
-//                                                        a line of two figures for each repeat
+//   bench_once download URL BYTES
+//                         The last two also print the process's peak in MiB, and trust the certificate in the
+//                         file BENCH_AUTHORITY.
+//   bench_once find zeros|noise NEEDLE-LENGTH REPEATS
+//                         The editor's search and the C library's memmem in turn, a line for each repeat.
 
+#include "Authority.h"
 #include "Haystack.h"
 #include "api/VoxApiClient.h"
 #include "app/AppState.h"
@@ -20,6 +23,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <sys/resource.h>
 #include <time.h>
 
 using namespace Qt::StringLiterals;
@@ -30,6 +34,15 @@ int fail(const char *reason)
 {
     std::fprintf(stderr, "bench_once: %s\n", reason);
     return 1;
+}
+
+// The time and the most memory that the process has had.
+void printTransfer(const QElapsedTimer &timer)
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    std::printf("%.2f %.1f\n", static_cast<double>(timer.nsecsElapsed()) / 1e6,
+                static_cast<double>(usage.ru_maxrss) / 1024);
 }
 
 double milliseconds(const QElapsedTimer &timer)
@@ -76,8 +89,24 @@ int upload(const QStringList &arguments)
             QCoreApplication::quit();
         });
     QCoreApplication::exec();
-    std::printf("%.2f\n", milliseconds(timer));
+    printTransfer(timer);
     return answered ? 0 : fail("the upload failed");
+}
+
+int download(const QStringList &arguments)
+{
+    QElapsedTimer timer;
+    timer.start();
+    VoxApiClient client;
+    QString fault;
+    client.downloadFile(
+        arguments.at(0), [&](const QByteArray &bytes, const QJsonObject &, const QString &error) {
+            fault = bytes.size() == arguments.at(1).toLongLong() ? error : u"not the whole file: "_s + error;
+            QCoreApplication::quit();
+        });
+    QCoreApplication::exec();
+    printTransfer(timer);
+    return fault.isEmpty() ? 0 : fail(qUtf8Printable(fault));
 }
 
 // Neither search waits for anything, so what others do on the machine need not be in the figure.
@@ -120,13 +149,18 @@ struct Work
     int (*run)(const QStringList &arguments);
 };
 
-constexpr Work works[] = {{"scan", 3, scan}, {"sort", 2, sort}, {"upload", 2, upload}, {"find", 3, find}};
+constexpr Work works[] = {{"scan", 3, scan},
+                          {"sort", 2, sort},
+                          {"upload", 2, upload},
+                          {"download", 2, download},
+                          {"find", 3, find}};
 
 } // namespace
 
 int main(int argc, char **argv)
 {
     const QCoreApplication app(argc, argv);
+    trustAuthority();
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
         arguments.append(QFile::decodeName(argv[i]));

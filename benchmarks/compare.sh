@@ -3,8 +3,8 @@
 # turn after a run that warms the caches; medians and ratios. Makes its own data, some 3 GB in the temporary
 # folder, and takes about ten minutes. Writes docs/performance.md, and fails when a required figure is not reached.
 #   benchmarks/compare.sh [--only REGEX] [BUILD-FOLDER]    BUILD-FOLDER: a Release build, build/release by default
-# With --only, just the groups whose names match are measured (search find open row sorter upload window), and
-# no document is written.
+# With --only, just the groups whose names match are measured (search find open row sorter upload transfer window),
+# and no document is written.
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -46,6 +46,7 @@ rows=$work/rows
 service=
 finish() {
   [[ -z $service ]] || kill "$service" 2>/dev/null || true
+  stop_nginx
   rm -rf "$work"
 }
 trap finish EXIT
@@ -191,6 +192,100 @@ measure_upload() {
   rm "$work/upload.kvt"
 }
 
+# Beside curl, over TLS with nginx on loopback, whose certificate is made here. Uploads are taken by a second nginx
+# behind the first, which has to have the whole of one before it answers.
+nginx_settings() {
+  cat <<END
+pid $work/nginx.pid; error_log $work/nginx.log; $( ((EUID)) || echo "user $(id -un);")
+events {}
+http {
+  access_log off; client_max_body_size 0; default_type application/octet-stream; types {}
+  client_body_temp_path $work/nginx; proxy_temp_path $work/nginx; fastcgi_temp_path $work/nginx;
+  uwsgi_temp_path $work/nginx; scgi_temp_path $work/nginx;
+  server {
+    listen 127.0.0.1:$1 ssl; ssl_certificate $work/server.pem; ssl_certificate_key $work/server.key;
+    root $work/www;
+    location /gzip/ { alias $work/www/; gzip_static on; }
+    location /chunked/ { alias $work/www/; sub_filter_types *; sub_filter '<nowhere>' ''; }
+    location /api/ { proxy_pass http://unix:$work/inner:; proxy_request_buffering off; proxy_http_version 1.1; }
+  }
+  server {
+    listen unix:$work/inner;
+    location / {
+      client_body_in_file_only clean; client_body_buffer_size 1m;
+      proxy_pass http://unix:$work/answer:; proxy_pass_request_body off; proxy_set_header Content-Length '';
+    }
+  }
+  server { listen unix:$work/answer; location / { default_type application/json; return 200 '{"status":"ok"}'; } }
+}
+END
+}
+start_nginx() {
+  local port
+  mkdir "$work/nginx" "$work/www"
+  openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=localhost -addext subjectAltName=IP:127.0.0.1 \
+    -keyout "$work/server.key" -out "$work/server.pem" 2>/dev/null
+  for port in 28443 28444 28445; do
+    nginx_settings "$port" >"$work/nginx.conf"
+    if nginx -e "$work/nginx.log" -c "$work/nginx.conf" 2>/dev/null; then
+      peer=https://127.0.0.1:$port
+      return
+    fi
+  done
+  die "nginx did not start: $(tail -n 1 "$work/nginx.log")"
+}
+stop_nginx() { [[ ! -f $work/nginx.pid ]] || kill "$(<"$work/nginx.pid")" 2>/dev/null || true; }
+
+peer=
+export BENCH_AUTHORITY=$work/server.pem
+# Each prints its milliseconds; ours leaves its peak of memory beside.
+transfer_ours() { "$once" "${ours_does[@]}" | tee "$work/transfer" | cut -d' ' -f1 && cut -d' ' -f2 "$work/transfer" >>"$work/peaks"; }
+transfer_theirs() { clock curl --silent --show-error --fail --cacert "$BENCH_AUTHORITY" "${theirs_does[@]}"; }
+transfer_rows() {
+  local what=$1 size=$2
+  rm -f "$work/peaks"
+  in_turn transfer_ours transfer_theirs
+  row "$what" "$ours" ms "$theirs" "curl" 1.5
+  row "$what, peak memory beyond the program's own" "$(awk -v p="$(median <"$work/peaks")" -v o="$own" 'BEGIN { print p - o }')" \
+    MiB "$size" "the file's size" 1.2
+}
+scroll_row() {
+  local i
+  printf '{"apiBase": "%s/api/"}\n' "$peer" >"$work/service.json"
+  for ((i = 0; i < repeats; ++i)); do
+    env -u QT_QPA_PLATFORM -u QT_QUICK_BACKEND HOME="$work" XDG_CONFIG_HOME="$work/config" XDG_RUNTIME_DIR="$work" \
+      KVTEDITOR_SERVICE_CONFIG="$work/service.json" BENCH_FILE="$work/www/64" BENCH_API="$peer/api/" \
+      "$top/tests/e2e/with-display.sh" "$build/benchmarks/bench_upload" >>"$work/busy"
+  done
+  row "upload of 64 MiB while a list of 100,000 rows scrolls" "$(cut -d' ' -f2 "$work/busy" | median)" ms \
+    "$(cut -d' ' -f1 "$work/busy" | median)" "at rest" 2
+}
+measure_transfer() {
+  local size way own
+  command -v nginx >/dev/null || die "there is no nginx on this machine; scripts/setup.sh nginx-light installs it"
+  start_nginx
+  printf x >"$work/www/1"
+  own=$("$once" download "$peer/1" 1 | cut -d' ' -f2)
+  for size in 64 512; do
+    head -c "${size}M" /dev/urandom >"$work/www/$size"
+    gzip -1 -k "$work/www/$size"
+    for way in "" chunked/ gzip/; do
+      ours_does=(download "$peer/$way$size" $((size << 20)))
+      theirs_does=(-o "$work/answer.bin")
+      [[ $way != gzip/ ]] || theirs_does+=(--compressed)
+      theirs_does+=("$peer/$way$size")
+      transfer_rows "download of $size MiB${way:+, ${way%/}}" "$size"
+    done
+    ours_does=(upload "$peer/api/" "$work/www/$size")
+    theirs_does=(-o "$work/answer.bin" -F version=4.0.2 -F operation=kvt_info -F "file=@$work/www/$size"
+      "$peer/api/kvt_worker/process.aspx")
+    transfer_rows "upload of $size MiB over TLS" "$size"
+    [[ $size != 64 ]] || scroll_row
+    rm "$work/www/$size" "$work/www/$size.gz" "$work/answer.bin"
+  done
+  stop_nginx
+}
+
 measure_window() { "$here/compare-window.sh" "$build" | tee -a "$rows"; }
 
 ### The document
@@ -290,6 +385,8 @@ $(limits "${missed[@]}")
 - Sorter: one copy of each file in folders by year, make and number; \`cp\` copies the same files into one folder.
 - Upload: a form with one file to the local stand-in of the service; the whole process from start to exit on both
   sides. The peak is that of the whole program with its window.
+- Download and upload over TLS: the same with nginx, which sends a file with its length, in chunks, or packed by gzip.
+  The data are random, so the last is as long as the others. The program's own memory is that after one byte.
 - Start, memory beside other editors, long lists and scrolling: the real program on a display in memory, by
   \`benchmarks/compare-window.sh\`.
 END
@@ -303,6 +400,7 @@ if wanted open; then measure_open; fi
 if wanted row; then measure_row; fi
 if wanted sorter; then measure_sorter; fi
 if wanted upload; then measure_upload; fi
+if wanted transfer; then measure_transfer; fi
 if wanted window; then measure_window; fi
 [[ -s $rows ]] || die "no group matches $only"
 mapfile -t missed < <(missed_rows)

@@ -60,11 +60,12 @@ QNetworkReply *postOnce(QNetworkAccessManager *manager, QNetworkRequest request,
     return reply;
 }
 
-// A header cannot carry these three; every other character is sent as it is.
+// A header cannot carry line breaks, and with other control characters in one, some servers drop the whole
+// form. Everything else is sent as it is.
 QString headerText(QString text)
 {
     for (QChar &c : text) {
-        if (c == '\r'_L1 || c == '\n'_L1 || c == QChar::Null)
+        if (c < ' '_L1 || c == QChar(0x7F))
             c = '_'_L1;
     }
     return text;
@@ -118,8 +119,9 @@ bool endedByClosing(const QNetworkReply *reply)
         && !reply->hasRawHeader("Content-Length") && !reply->hasRawHeader("Transfer-Encoding");
 }
 
-// Qt has no words for a request that it could not send again. Up to 6.8 that is how it takes every answer
-// that ends with the connection, in 6.11 still one over TLS. It gets those that Qt has for what happened.
+// Qt has no words for a request that it could not send again, nor always for a connection that ends while it
+// sends. Up to 6.8 it takes every answer that ends with the connection for the former, in 6.11 still one over
+// TLS. These get the words that Qt has for what happened.
 QString brokenOffText(const QNetworkReply *reply)
 {
     if (httpStatus(reply) < 300)
@@ -131,10 +133,61 @@ QString brokenOffText(const QNetworkReply *reply)
 
 QString errorText(const QNetworkReply *reply)
 {
+    // Qt hands over an interim answer other than 100 as the final one, and drops what comes after it.
+    const int status = httpStatus(reply);
+    if (status / 100 == 1)
+        return u"HTTP %1: the outcome is unknown."_s.arg(status);
     if (reply->error() == QNetworkReply::NoError || endedByClosing(reply))
         return {};
-    return reply->error() == QNetworkReply::ContentReSendError ? brokenOffText(reply) : reply->errorString();
+    const QString text = reply->errorString();
+    return text == QCoreApplication::translate("QIODevice", "Unknown error") ? brokenOffText(reply) : text;
 }
+
+// The body of an answer. It is taken over as it arrives: read in one piece in the end, it would be in memory
+// twice.
+class Body
+{
+public:
+    /// More than `most` bytes are not kept.
+    explicit Body(qint64 most)
+        : m_most(most)
+    {
+    }
+
+    bool isTooLong() const { return m_isTooLong; }
+    const QByteArray &bytes() const { return m_bytes; }
+
+    void take(QNetworkReply *reply)
+    {
+        // An announced length may lie, so what arrives is counted as well.
+        if (reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > m_most)
+            giveUp();
+        for (qint64 more = reply->bytesAvailable(); more > 0 && !m_isTooLong;
+             more = reply->bytesAvailable()) {
+            const qsizetype had = m_bytes.size();
+            if (more > m_most - had) {
+                giveUp();
+                return;
+            }
+            m_bytes.resize(had + more);
+            const qint64 count = reply->read(m_bytes.data() + had, more);
+            m_bytes.resize(had + std::max<qint64>(count, 0));
+            if (count <= 0)
+                return;
+        }
+    }
+
+private:
+    void giveUp()
+    {
+        m_isTooLong = true;
+        m_bytes = {};
+    }
+
+    qint64 m_most;
+    QByteArray m_bytes;
+    bool m_isTooLong = false;
+};
 
 // The deployment's fields; those that the request has itself replace them.
 QVariantMap withAuthFields(const QVariantMap &own)
@@ -282,7 +335,12 @@ void VoxApiClient::kvtWorker(const QString &version, const QString &operation, c
     postMultipart(u"kvt_worker/process.aspx"_s, withAuthFields(form), files,
                   [callback = std::move(callback)](const QByteArray &body, const QJsonObject &object,
                                                    const QString &error) {
-                      callback(classifyWorkerAnswer(body, object, error));
+                      const WorkerResult result = classifyWorkerAnswer(body, object, error);
+                      // The file may be a proxy's page that says why there is none.
+                      if (!error.isEmpty() && !result.data.isEmpty())
+                          qWarning("An answer of %lld bytes came with an error: %s",
+                                   static_cast<long long>(result.data.size()), qUtf8Printable(error));
+                      callback(result);
                   });
 }
 
@@ -388,23 +446,24 @@ QNetworkAccessManager *VoxApiClient::newManager()
 // finished().
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
-    // Content-Length may lie, so count what arrives. abort() is queued: Qt still reports progress after
-    // readyRead(), and nothing may follow finished().
-    const auto isTooLong = std::make_shared<bool>(false);
-    connect(reply, &QNetworkReply::readyRead, this, [reply, isTooLong, most = m_largestAnswer] {
-        if (reply->bytesAvailable() <= most || std::exchange(*isTooLong, true))
-            return;
-        QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
+    const auto body = std::make_shared<Body>(m_largestAnswer);
+    connect(reply, &QNetworkReply::readyRead, this, [reply, body] {
+        const bool wasTooLong = body->isTooLong();
+        body->take(reply);
+        // Queued: Qt still reports progress after readyRead(), and nothing may follow finished().
+        if (body->isTooLong() && !wasTooLong)
+            QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
     });
     connect(
         reply, &QNetworkReply::finished, this,
-        [reply, manager, isTooLong, finished = std::move(finished)] {
+        [reply, manager, body, finished = std::move(finished)] {
             const QPointer<QNetworkAccessManager> kept(manager);
-            if (*isTooLong)
+            body->take(reply);
+            if (body->isTooLong())
                 finished(reply, {},
                          QString::fromStdString(std::make_error_code(std::errc::file_too_large).message()));
             else
-                finished(reply, reply->readAll(), errorText(reply));
+                finished(reply, body->bytes(), errorText(reply));
             if (!kept)
                 return;
             reply->deleteLater();

@@ -82,6 +82,10 @@ private slots:
     void answer();
     void brokenOffAnswerHasWords_data();
     void brokenOffAnswerHasWords();
+    void answerWhileTheBodyIsSent_data();
+    void answerWhileTheBodyIsSent();
+    void interimAnswer_data();
+    void interimAnswer();
     void sentOnce_data();
     void sentOnce();
     void postIsRedirected_data();
@@ -339,6 +343,80 @@ void TestClientFaults::brokenOffAnswerHasWords()
         QCOMPARE(Primitive(primitive) == Primitive::KvtWorker ? outcome.worker.error : outcome.error,
                  expected);
     }
+}
+
+void TestClientFaults::answerWhileTheBodyIsSent_data()
+{
+    QTest::addColumn<int>("primitive");
+    QTest::addColumn<int>("ending");
+
+    for (const auto &[primitive, name] : primitives) {
+        if (!isPost(primitive))
+            continue;
+        QTest::addRow("close-%s", name) << int(primitive) << int(RawAnswer::Ending::Close);
+        QTest::addRow("reset-%s", name) << int(primitive) << int(RawAnswer::Ending::Reset);
+    }
+}
+
+// Qt reads nothing while it sends, so the answer may be lost; the reason is told in Qt's words all the same.
+void TestClientFaults::answerWhileTheBodyIsSent()
+{
+    QFETCH(int, primitive);
+    QFETCH(int, ending);
+    m_server->answerAlways({"HTTP/1.1 413 Too Much\r\nContent-Length: 0\r\n\r\n", RawAnswer::Ending(ending),
+                            RawAnswer::Moment::AfterHead});
+    const QStringList reasons{
+        u"Error transferring %1 - server replied: Too Much"_s.arg(m_client->url(u"x"_s)),
+        u"Error transferring %1 - server replied: Too Much"_s.arg(
+            m_client->url(u"kvt_worker/process.aspx"_s)),
+        u"Connection closed"_s};
+    // Which of the two ends first is a race.
+    std::array<Outcome, 10> outcomes;
+    const auto clientFirst = qScopeGuard([this] { m_client.reset(); });
+    for (Outcome &outcome : outcomes)
+        start(*m_client, Primitive(primitive), outcome, 2'000'000);
+    for (const Outcome &outcome : outcomes) {
+        WAIT_COMPARE(outcome.calls, 1);
+        const QString error =
+            Primitive(primitive) == Primitive::KvtWorker ? outcome.worker.error : outcome.error;
+        QVERIFY2(reasons.contains(error), qUtf8Printable(error));
+    }
+    QCOMPARE(m_server->requestCount(), 10);
+}
+
+void TestClientFaults::interimAnswer_data()
+{
+    QTest::addColumn<int>("primitive");
+    QTest::addColumn<int>("status");
+
+    for (const auto &[primitive, name] : primitives) {
+        for (const int status : {100, 102, 103})
+            QTest::addRow("%d-%s", status, name) << int(primitive) << status;
+    }
+}
+
+// Qt waits for the final answer after 100 only. After any other, nothing is taken for an outcome.
+void TestClientFaults::interimAnswer()
+{
+    QFETCH(int, primitive);
+    QFETCH(int, status);
+    const QByteArray interim = "HTTP/1.1 " + QByteArray::number(status) + " Interim\r\nLink: </a>\r\n\r\n";
+    m_server->answerNext({interim + httpAnswer(200, R"({"status":"ok"})")});
+    start(*m_client, Primitive(primitive), *m_outcome);
+    WAIT_COMPARE(m_outcome->calls, 1);
+    const bool isWorker = Primitive(primitive) == Primitive::KvtWorker;
+    const QString error = isWorker ? m_outcome->worker.error : m_outcome->error;
+    const bool isFinal = isWorker                         ? m_outcome->worker.ok
+        : Primitive(primitive) == Primitive::DownloadFile ? m_outcome->bytes == R"({"status":"ok"})"
+                                                          : m_outcome->object.value(u"status"_s) == "ok"_L1;
+    if (status == 100) {
+        QVERIFY2(isFinal, qUtf8Printable(error));
+        QCOMPARE(error, QString());
+    } else if (!isFinal) {
+        QCOMPARE(error, u"HTTP %1: the outcome is unknown."_s.arg(status));
+        QCOMPARE(m_outcome->bytes, QByteArray());
+    }
+    QCOMPARE(m_server->requestCount(), 1);
 }
 
 void TestClientFaults::sentOnce_data()

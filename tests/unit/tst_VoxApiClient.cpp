@@ -320,6 +320,9 @@ void TestVoxApiClient::postMultipart_names_data()
         << QByteArray("form-data; name=\"file\"; filename=\"a__X-Injected: 1.kvt\"");
     QTest::newRow("nul") << u"file"_s << u"a"_s + QChar(u'\0') + u"b.kvt"_s
                          << QByteArray("form-data; name=\"file\"; filename=\"a_b.kvt\"");
+    QTest::newRow("control-characters")
+        << u"fi\tle\u007f"_s << u"a\u0001\u001b\u001f\u007f b\u0080.kvt"_s
+        << QByteArray("form-data; name=\"fi_le_\"; filename=\"a____ b\xc2\x80.kvt\"");
     QTest::newRow("line-feed-in-field-name")
         << u"fi\nle"_s << u"a.kvt"_s << QByteArray("form-data; name=\"fi_le\"; filename=\"a.kvt\"");
     QTest::newRow("accent") << u"file"_s << u"caf\u00e9.kvt"_s
