@@ -13,6 +13,7 @@
 #include <QVariantList>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -165,6 +166,11 @@ public:
     HexModel *hexModel() const { return m_hexModel; }
     /// Moves the cursor to the next occurrence after it, from the start again when there is none.
     Q_INVOKABLE void hexFind(const QString &query);
+    /// As hexFind, towards the start of the file.
+    Q_INVOKABLE void hexFindPrevious(const QString &query);
+    /// Moves the cursor to the offset that FileTools::parseOffset reads. False, with the reason in the
+    /// status, when there is none or it lies outside the file.
+    Q_INVOKABLE bool hexGoTo(const QString &offset);
     /// Overwrites the bytes at the cursor with what the query stands for.
     Q_INVOKABLE void hexPatch(const QString &query);
     /// Makes the edited buffer the file's held bytes and closes the hex editor; nothing goes to disk.
@@ -289,6 +295,8 @@ private:
     bool failed(const QString &error);
     /// The file's bytes; when there are none, the reason is on the status line.
     QByteArray readInput(const QString &path);
+    /// Moves the cursor to what `find` finds, and says so.
+    void hexFindBy(const QString &query, const std::function<int(const QByteArray &needle)> &find);
     /// Saves a file in the documents folder and shows the folder. The file's path; when it could not be
     /// saved, an empty one, with the reason on the status line.
     QString saveToDocuments(const QByteArray &bytes, const QString &name);

@@ -12,13 +12,27 @@ void AppState::setShowHex(bool show)
 
 void AppState::hexFind(const QString &query)
 {
+    hexFindBy(query, [this](const QByteArray &needle) {
+        return FileTools::findNext(m_hexModel->bytes(), needle, m_hexModel->cursor() + 1);
+    });
+}
+
+void AppState::hexFindPrevious(const QString &query)
+{
+    hexFindBy(query, [this](const QByteArray &needle) {
+        return FileTools::findPrevious(m_hexModel->bytes(), needle, m_hexModel->cursor());
+    });
+}
+
+void AppState::hexFindBy(const QString &query, const std::function<int(const QByteArray &)> &find)
+{
     const QByteArray needle = FileTools::parseHexQuery(query);
     if (needle.isEmpty()) {
         m_hexModel->clearMatch();
         setStatus(u"Enter hex or ASCII to search."_s, 0);
         return;
     }
-    const int position = FileTools::findNext(m_hexModel->bytes(), needle, m_hexModel->cursor() + 1);
+    const int position = find(needle);
     if (position < 0) {
         m_hexModel->clearMatch();
         setStatus(u"Not found."_s, 0);
@@ -27,6 +41,25 @@ void AppState::hexFind(const QString &query)
     m_hexModel->setMatch(position, static_cast<int>(needle.size()));
     m_hexModel->setCursor(position);
     setStatus(u"Found at 0x%1"_s.arg(position, 0, 16).toUpper(), 1);
+}
+
+bool AppState::hexGoTo(const QString &offset)
+{
+    const std::optional<qint64> target =
+        FileTools::parseOffset(offset, m_hexModel->cursor(), m_hexModel->byteCount());
+    const int last = std::max(m_hexModel->byteCount(), 1) - 1;
+    if (!target) {
+        setStatus(u"Enter an offset such as 1F3A7, 127911d, +40 or end."_s, 0);
+        return false;
+    }
+    if (*target < 0 || *target > last) {
+        setStatus(u"Outside the file: its last byte is at 0x%1."_s.arg(QString::number(last, 16).toUpper()),
+                  0);
+        return false;
+    }
+    m_hexModel->setCursor(static_cast<int>(*target));
+    setStatus(u"At 0x%1."_s.arg(QString::number(*target, 16).toUpper()), 1);
+    return true;
 }
 
 void AppState::hexPatch(const QString &query)

@@ -8,6 +8,8 @@
 #include <QVariantList>
 #include <QVariantMap>
 
+#include <optional>
+
 #include <atomic>
 
 class QFile;
@@ -80,6 +82,15 @@ public:
 
     /// As findBytes, but goes on from the start when there is none from `from` to the end.
     static int findNext(const QByteArray &haystack, const QByteArray &needle, int from);
+
+    /// The last position before `before` at which `needle` occurs; if there is none, the last of all, or -1.
+    /// Linear as well.
+    static int findPrevious(const QByteArray &haystack, const QByteArray &needle, int before);
+
+    /// The offset that a text names: hexadecimal with or without "0x", decimal with a final "d", "end" for
+    /// the last of `byteCount` bytes, and with a sign counted from `cursor`. It may lie outside the file.
+    /// Nothing if the text names none.
+    static std::optional<qint64> parseOffset(const QString &text, int cursor, int byteCount);
 
     // Operating-system numbers and names: OsRules.cpp
 

@@ -114,6 +114,38 @@ void HexModel::clickRow(int row)
     setCursor(clamped(qint64(row) * m_bytesPerRow));
 }
 
+void HexModel::moveCursor(Move move, int rowsPerPage)
+{
+    const qint64 lastRow = rowCount() - 1;
+    const qint64 rowStart = qint64(currentRow()) * m_bytesPerRow;
+    const auto byRows = [&](qint64 rows) {
+        const qint64 row = std::clamp<qint64>(currentRow() + rows, 0, lastRow);
+        setCursor(clamped(row * m_bytesPerRow + m_cursor - rowStart));
+    };
+    switch (move) {
+    case Left:
+        return setCursor(clamped(qint64(m_cursor) - 1));
+    case Right:
+        return setCursor(clamped(qint64(m_cursor) + 1));
+    case Up:
+        return byRows(-1);
+    case Down:
+        return byRows(1);
+    case PageUp:
+        return byRows(-qint64(rowsPerPage));
+    case PageDown:
+        return byRows(rowsPerPage);
+    case RowStart:
+        return setCursor(clamped(rowStart));
+    case RowEnd:
+        return setCursor(clamped(rowStart + m_bytesPerRow - 1));
+    case FileStart:
+        return setCursor(0);
+    case FileEnd:
+        return setCursor(clamped(m_bytes.size()));
+    }
+}
+
 bool HexModel::applyPatch(int offset, const QByteArray &bytes)
 {
     if (offset < 0 || bytes.isEmpty() || offset + bytes.size() > m_bytes.size())

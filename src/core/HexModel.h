@@ -24,6 +24,22 @@ public:
     };
     Q_ENUM(Role)
 
+    /// What a key does with the cursor.
+    enum Move
+    {
+        Left,
+        Right,
+        Up,
+        Down,
+        PageUp,
+        PageDown,
+        RowStart,
+        RowEnd,
+        FileStart,
+        FileEnd
+    };
+    Q_ENUM(Move)
+
     explicit HexModel(QObject *parent = nullptr);
 
     int rowCount(const QModelIndex &parent = {}) const override;
@@ -45,6 +61,9 @@ public:
     void setCursor(int pos);
     /// Moves the cursor to the first byte of `row`, clamped.
     Q_INVOKABLE void clickRow(int row);
+    /// Moves the cursor by bytes and rows; a page has `rowsPerPage` of them. A move that keeps the column
+    /// stops at the last byte of a short row, and one past either end does not change the row.
+    Q_INVOKABLE void moveCursor(HexModel::Move move, int rowsPerPage);
     /// Overwrites bytes at `offset`. Refused, with nothing changed, when `bytes` is empty or would not fit.
     /// A match that it overwrites, if only in part, is forgotten.
     bool applyPatch(int offset, const QByteArray &bytes);

@@ -1,5 +1,7 @@
 #include "core/FileTools.h"
 
+#include <QByteArrayView>
+#include <QList>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -10,6 +12,33 @@
 #endif
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// Knuth, Morris and Pratt's search from the end: memmem knows one direction only.
+qsizetype lastIndexOf(QByteArrayView haystack, QByteArrayView needle)
+{
+    const qsizetype length = needle.size();
+    const auto fromEnd = [](QByteArrayView bytes, qsizetype i) { return bytes[bytes.size() - 1 - i]; };
+    // How much of a partial match is left to go on with after the next byte differs.
+    QList<qsizetype> rest(length, 0);
+    for (qsizetype i = 1, matched = 0; i < length; ++i) {
+        while (matched > 0 && fromEnd(needle, i) != fromEnd(needle, matched))
+            matched = rest[matched - 1];
+        matched += fromEnd(needle, i) == fromEnd(needle, matched) ? 1 : 0;
+        rest[i] = matched;
+    }
+    for (qsizetype i = 0, matched = 0; i < haystack.size(); ++i) {
+        while (matched > 0 && fromEnd(haystack, i) != fromEnd(needle, matched))
+            matched = rest[matched - 1];
+        matched += fromEnd(haystack, i) == fromEnd(needle, matched) ? 1 : 0;
+        if (matched == length)
+            return haystack.size() - 1 - i;
+    }
+    return -1;
+}
+
+} // namespace
 
 QByteArray FileTools::parseHexQuery(const QString &query)
 {
@@ -51,4 +80,30 @@ int FileTools::findNext(const QByteArray &haystack, const QByteArray &needle, in
     // All that begins at `from` or later was looked at already.
     const qsizetype rest = std::min(haystack.size(), from - 1 + needle.size());
     return findBytes(QByteArray::fromRawData(haystack.constData(), rest), needle, 0);
+}
+
+int FileTools::findPrevious(const QByteArray &haystack, const QByteArray &needle, int before)
+{
+    if (needle.isEmpty())
+        return -1;
+    const qsizetype end = std::min(haystack.size(), std::max(before, 0) - 1 + needle.size());
+    const qsizetype found = lastIndexOf(QByteArrayView(haystack).first(end), needle);
+    return static_cast<int>(found >= 0 ? found : lastIndexOf(haystack, needle));
+}
+
+std::optional<qint64> FileTools::parseOffset(const QString &text, int cursor, int byteCount)
+{
+    static const QRegularExpression form(uR"(^([+-]?)\s*(?:([0-9]{1,10})d|(?:0x)?([0-9a-f]{1,8}))$)"_s,
+                                         QRegularExpression::CaseInsensitiveOption);
+
+    const QString trimmed = text.trimmed();
+    if (trimmed.compare("end"_L1, Qt::CaseInsensitive) == 0)
+        return std::max(byteCount, 1) - 1;
+    const QRegularExpressionMatch match = form.match(trimmed);
+    if (!match.hasMatch())
+        return std::nullopt;
+    const qint64 number =
+        match.hasCaptured(2) ? match.captured(2).toLongLong() : match.captured(3).toLongLong(nullptr, 16);
+    const QString sign = match.captured(1);
+    return sign.isEmpty() ? number : sign == "+"_L1 ? cursor + number : cursor - number;
 }

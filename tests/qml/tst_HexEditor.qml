@@ -207,7 +207,7 @@ ViewTest {
         const rows = openEditor(300 * 1024 * 1024);
         compare(rows.rowCount, 19660800);
         rows.forceActiveFocus();
-        keyClick(Qt.Key_End);
+        keyClick(Qt.Key_End, Qt.ControlModifier);
         compare(app.hexModel.currentRow, 19660799);
         let shown = shownRows();
         compare(shown[shown.length - 1].offset, "12BFFFF0");
@@ -217,7 +217,7 @@ ViewTest {
         mouseWheel(rows, 100, 100, 0, 120);
         shown = shownRows();
         compare(parseInt(shown[1].offset, 16) - parseInt(shown[0].offset, 16), 16);
-        keyClick(Qt.Key_Home);
+        keyClick(Qt.Key_Home, Qt.ControlModifier);
         compare(shownRows()[0].offset, "00000000");
     }
 
@@ -238,8 +238,7 @@ ViewTest {
             { tag: "up", key: Qt.Key_Up, from: 10, to: 9 },
             { tag: "up-at-the-top", key: Qt.Key_Up, from: 0, to: 0 },
             { tag: "down-at-the-end", key: Qt.Key_Down, from: 624, to: 624 },
-            { tag: "home", key: Qt.Key_Home, from: 300, to: 0 },
-            { tag: "end", key: Qt.Key_End, from: 3, to: 624 },
+            { tag: "control-home", key: Qt.Key_Home, modifiers: Qt.ControlModifier, from: 300, to: 0 },
             { tag: "page-up-at-the-top", key: Qt.Key_PageUp, from: 3, to: 0 },
             { tag: "page-down-at-the-end", key: Qt.Key_PageDown, from: 620, to: 624 }
         ];
@@ -249,10 +248,96 @@ ViewTest {
         const rows = openEditor(10000);
         app.hexModel.clickRow(data.from);
         rows.forceActiveFocus();
-        keyClick(data.key);
+        keyClick(data.key, data.modifiers ?? Qt.NoModifier);
         compare(app.hexModel.currentRow, data.to);
         compare(app.hexModel.cursor, data.to * 16);
         verify(shownRows().some(row => row.current && row.y >= 0 && row.y + 20 <= rows.height));
+    }
+
+    function test_keysMoveTheByte() {
+        const rows = openEditor(10000);
+        rows.forceActiveFocus();
+        for (const [key, modifiers, cursor] of [[Qt.Key_Right, Qt.NoModifier, 1], [Qt.Key_Down, Qt.NoModifier, 17],
+                [Qt.Key_End, Qt.NoModifier, 31], [Qt.Key_Right, Qt.NoModifier, 32], [Qt.Key_Left, Qt.NoModifier, 31],
+                [Qt.Key_Home, Qt.NoModifier, 16], [Qt.Key_Left, Qt.NoModifier, 15],
+                [Qt.Key_End, Qt.ControlModifier, 9999], [Qt.Key_Up, Qt.NoModifier, 9983],
+                [Qt.Key_Home, Qt.ControlModifier, 0]]) {
+            keyClick(key, modifiers);
+            compare(app.hexModel.cursor, cursor);
+            verify(shownRows().some(row => row.current && row.y >= 0 && row.y + 20 <= rows.height));
+        }
+    }
+
+    function test_doubleClickPutsTheCursorOnTheByte_data() {
+        return [
+            { tag: "first-digit", x: grid => grid.digitsX + 3 * 5 * grid.pitch + 1, byte: 5 },
+            { tag: "second-digit", x: grid => grid.digitsX + (3 * 5 + 1.9) * grid.pitch, byte: 5 },
+            { tag: "last-byte", x: grid => grid.digitsX + 3 * 15 * grid.pitch + 1, byte: 15 },
+            { tag: "character", x: grid => grid.charactersX + 7.5 * grid.pitch, byte: 7 },
+            { tag: "offset", x: () => 20, byte: 0 },
+            { tag: "between", x: grid => grid.charactersX - 20, byte: 0 },
+            { tag: "behind", x: grid => grid.charactersX + 17 * grid.pitch, byte: 0 }
+        ];
+    }
+
+    function test_doubleClickPutsTheCursorOnTheByte(data) {
+        const rows = openEditor(10000);
+        mouseDoubleClickSequence(rows, data.x(rows.grid), 3 * 20 + 10);
+        compare(app.hexModel.cursor, 3 * 16 + data.byte);
+    }
+
+    function test_rulerMarksTheColumn() {
+        openEditor(100);
+        app.hexModel.cursor = 0x1b;
+        const ruler = find("hexRuler");
+        for (let i = 0; i < 16; ++i) {
+            const numbers = find("rulerColumn" + i, ruler).children;
+            compare(numbers[0].text, "0" + i.toString(16).toUpperCase());
+            compare(numbers[1].text, i.toString(16).toUpperCase());
+            for (const number of [numbers[0], numbers[1]])
+                compare(number.color, i === 11 ? VOXTheme.orange : VOXTheme.muted);
+        }
+    }
+
+    function test_goTo() {
+        const rows = openEditor(100000);
+        keyClick(Qt.Key_G, Qt.ControlModifier);
+        const field = find("hexGoToField");
+        verify(field.activeFocus);
+        field.text = "8000";
+        keyClick(Qt.Key_Return);
+        compare(app.hexModel.cursor, 0x8000);
+        compare(app.status, "At 0x8000.");
+        verify(rows.activeFocus);
+        verifyInTheMiddle(rows);
+        keyClick(Qt.Key_G, Qt.ControlModifier);
+        compare(field.selectedText, "8000");
+        field.text = "fffff";
+        keyClick(Qt.Key_Return);
+        compare(app.hexModel.cursor, 0x8000);
+        compare(app.statusOK, 0);
+        verify(field.activeFocus);
+    }
+
+    function verifyInTheMiddle(rows: var): void {
+        const row = shownRows().find(shown => shown.current);
+        verify(row.y >= rows.height / 3 - 20 && row.y <= 2 * rows.height / 3, row.y + " of " + rows.height);
+    }
+
+    function test_findPrevious() {
+        const rows = openEditor(100000);
+        app.hexModel.cursor = 0x8000;
+        find("hexPatchField").text = "de ad";
+        click("hexApplyButton");
+        app.hexModel.cursor = 0;
+        find("hexSearchField").text = "dead";
+        keyClick(Qt.Key_F3, Qt.ShiftModifier);
+        compare(app.status, "FOUND AT 0X8000");
+        verifyInTheMiddle(rows);
+        app.hexModel.cursor = 0x9000;
+        click("hexPreviousButton");
+        compare(app.hexModel.cursor, 0x8000);
+        verify(find("hexSearchField").activeFocus);
     }
 
     function test_pageIsWhatIsInSight() {
@@ -388,7 +473,7 @@ ViewTest {
     function test_anotherFileShowsAtOnce() {
         const rows = openEditor(100000);
         rows.forceActiveFocus();
-        keyClick(Qt.Key_End);
+        keyClick(Qt.Key_End, Qt.ControlModifier);
         fixture.fillHex(40);
         compare(rows.topRow, 0);
         compare(shownRows().length, 3);

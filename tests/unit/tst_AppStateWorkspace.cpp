@@ -71,6 +71,9 @@ private slots:
     void hexFind_emptyQuery();
     void hexFind_stepsAndWraps();
     void hexFind_notFoundKeepsCursor();
+    void hexFindPrevious_stepsAndWraps();
+    void hexGoTo_data();
+    void hexGoTo();
     void hexFind_upperCasesTheWholeMessage();
     void hexFind_withoutFile();
     void hexFind_keepsTheMatch_data();
@@ -685,6 +688,57 @@ void TestAppStateWorkspace::hexFind_notFoundKeepsCursor()
     QCOMPARE(m_state->hexModel()->cursor(), 2);
     m_state->hexFind(u"bytes and more"_s);
     QCOMPARE(m_state->status(), u"Not found."_s);
+}
+
+void TestAppStateWorkspace::hexFindPrevious_stepsAndWraps()
+{
+    HexModel *const model = m_state->hexModel();
+    model->setBytes("AxxA");
+    for (const int position : {3, 0, 3}) {
+        m_state->hexFindPrevious(u"A"_s);
+        QCOMPARE(model->cursor(), position);
+        QCOMPARE(model->matchStart(), position);
+        QCOMPARE(m_state->status(), u"FOUND AT 0X%1"_s.arg(position));
+        QCOMPARE(m_state->statusOK(), 1);
+    }
+    m_state->hexFindPrevious(u"zzz"_s);
+    QCOMPARE(model->cursor(), 3);
+    QCOMPARE(model->matchLength(), 0);
+    QCOMPARE(m_state->status(), u"Not found."_s);
+    m_state->hexFindPrevious(u" "_s);
+    QCOMPARE(m_state->status(), u"Enter hex or ASCII to search."_s);
+}
+
+void TestAppStateWorkspace::hexGoTo_data()
+{
+    QTest::addColumn<QString>("offset");
+    QTest::addColumn<int>("cursor");
+    QTest::addColumn<QString>("status");
+
+    const QString outside = u"Outside the file: its last byte is at 0x3FF."_s;
+    QTest::newRow("offset") << u"2a"_s << 0x2A << u"At 0x2A."_s;
+    QTest::newRow("relative") << u"+10"_s << 0x20 << u"At 0x20."_s;
+    QTest::newRow("back") << u"-16d"_s << 0 << u"At 0x0."_s;
+    QTest::newRow("end") << u"end"_s << 0x3FF << u"At 0x3FF."_s;
+    QTest::newRow("last") << u"3FF"_s << 0x3FF << u"At 0x3FF."_s;
+    QTest::newRow("past-the-end") << u"400"_s << 0x10 << outside;
+    QTest::newRow("far-past-the-end") << u"9999999999d"_s << 0x10 << outside;
+    QTest::newRow("before-the-start") << u"-11"_s << 0x10 << outside;
+    QTest::newRow("no-offset") << u"here"_s << 0x10
+                               << u"Enter an offset such as 1F3A7, 127911d, +40 or end."_s;
+}
+
+void TestAppStateWorkspace::hexGoTo()
+{
+    QFETCH(QString, offset);
+    QFETCH(QString, status);
+    m_state->hexModel()->setBytes(QByteArray(0x400, 'x'));
+    m_state->hexModel()->setCursor(0x10);
+    const bool gone = m_state->hexGoTo(offset);
+    QTEST(m_state->hexModel()->cursor(), "cursor");
+    QCOMPARE(m_state->status(), status);
+    QCOMPARE(m_state->statusOK(), gone ? 1 : 0);
+    QCOMPARE(gone, status.startsWith(u"At "_s));
 }
 
 void TestAppStateWorkspace::hexFind_upperCasesTheWholeMessage()

@@ -50,6 +50,8 @@ private slots:
     void setCursor_clamps_data();
     void setCursor_clamps();
     void setCursor_announcesOnlyChanges();
+    void moveCursor_data();
+    void moveCursor();
     void clickRow_data();
     void clickRow();
     void currentRow();
@@ -299,6 +301,47 @@ void TestHexModel::setCursor_announcesOnlyChanges()
     QVERIFY(m_model->setProperty("cursor", 3));
     QCOMPARE(cursor.count(), 2);
     QCOMPARE(data.count(), 0);
+}
+
+void TestHexModel::moveCursor_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<HexModel::Move>("move");
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+
+    // 40 bytes are two rows and a half; a page has two rows.
+    QTest::newRow("left") << 40 << HexModel::Left << 16 << 15;
+    QTest::newRow("left-at-the-start") << 40 << HexModel::Left << 0 << 0;
+    QTest::newRow("right") << 40 << HexModel::Right << 15 << 16;
+    QTest::newRow("right-at-the-end") << 40 << HexModel::Right << 39 << 39;
+    QTest::newRow("up") << 40 << HexModel::Up << 21 << 5;
+    QTest::newRow("up-in-the-first-row") << 40 << HexModel::Up << 5 << 5;
+    QTest::newRow("down") << 40 << HexModel::Down << 5 << 21;
+    QTest::newRow("down-to-a-short-row") << 40 << HexModel::Down << 28 << 39;
+    QTest::newRow("down-in-the-last-row") << 40 << HexModel::Down << 33 << 33;
+    QTest::newRow("page-up") << 40 << HexModel::PageUp << 37 << 5;
+    QTest::newRow("page-up-past-the-start") << 40 << HexModel::PageUp << 21 << 5;
+    QTest::newRow("page-down") << 40 << HexModel::PageDown << 5 << 37;
+    QTest::newRow("page-down-past-the-end") << 40 << HexModel::PageDown << 17 << 33;
+    QTest::newRow("row-start") << 40 << HexModel::RowStart << 31 << 16;
+    QTest::newRow("row-end") << 40 << HexModel::RowEnd << 16 << 31;
+    QTest::newRow("end-of-a-short-row") << 40 << HexModel::RowEnd << 33 << 39;
+    QTest::newRow("file-start") << 40 << HexModel::FileStart << 39 << 0;
+    QTest::newRow("file-end") << 40 << HexModel::FileEnd << 3 << 39;
+    for (int move = HexModel::Left; move <= HexModel::FileEnd; ++move)
+        QTest::addRow("empty-%d", move) << 0 << HexModel::Move(move) << 0 << 0;
+}
+
+void TestHexModel::moveCursor()
+{
+    QFETCH(int, size);
+    QFETCH(HexModel::Move, move);
+    QFETCH(int, from);
+    m_model->setBytes(QByteArray(size, 'x'));
+    m_model->setCursor(from);
+    m_model->moveCursor(move, 2);
+    QTEST(m_model->cursor(), "to");
 }
 
 void TestHexModel::clickRow_data()

@@ -1,6 +1,7 @@
 #include "core/FileTools.h"
 #include "support/TestMain.h"
 
+#include <QRandomGenerator>
 #include <QTest>
 
 #include <limits>
@@ -17,6 +18,11 @@ private slots:
     void parse_longQuery();
     void find_data();
     void find();
+    void findPrevious_data();
+    void findPrevious();
+    void findPrevious_isTheLastOfAll();
+    void offset_data();
+    void offset();
     void findNext_data();
     void findNext();
     void find_isLinearInTheHaystack();
@@ -113,6 +119,102 @@ void TestHexQuery::find()
     QFETCH(QByteArray, needle);
     QFETCH(int, from);
     QTEST(FileTools::findBytes(haystack, needle, from), "position");
+}
+
+void TestHexQuery::findPrevious_data()
+{
+    QTest::addColumn<QByteArray>("needle");
+    QTest::addColumn<int>("before");
+    QTest::addColumn<int>("position");
+
+    constexpr int lowest = std::numeric_limits<int>::min();
+    constexpr int highest = std::numeric_limits<int>::max();
+    QTest::newRow("last") << QByteArray("abc") << 6 << 3;
+    QTest::newRow("before-the-last") << QByteArray("abc") << 3 << 0;
+    QTest::newRow("reaches-across-before") << QByteArray("abc") << 4 << 3;
+    QTest::newRow("before-the-first-wraps") << QByteArray("abc") << 0 << 3;
+    QTest::newRow("whole") << QByteArray("abcabc") << 1 << 0;
+    QTest::newRow("only-one-found-again") << QByteArray("ca") << 2 << 2;
+    QTest::newRow("longer") << QByteArray("abcabca") << 6 << -1;
+    QTest::newRow("absent") << QByteArray("x") << 6 << -1;
+    QTest::newRow("empty") << QByteArray() << 6 << -1;
+    QTest::newRow("past-the-end") << QByteArray("c") << highest << 5;
+    QTest::newRow("lowest-wraps") << QByteArray("c") << lowest << 5;
+}
+
+void TestHexQuery::findPrevious()
+{
+    QFETCH(QByteArray, needle);
+    QFETCH(int, before);
+    QTEST(FileTools::findPrevious("abcabc", needle, before), "position");
+    QCOMPARE(FileTools::findPrevious({}, needle, before), -1);
+}
+
+// Needles of two values, which begin again within themselves.
+void TestHexQuery::findPrevious_isTheLastOfAll()
+{
+    QRandomGenerator random(7);
+    const auto bytes = [&random](int size) {
+        QByteArray made(size, 'a');
+        for (char &c : made)
+            c = random.bounded(2) == 0 ? 'a' : 'b';
+        return made;
+    };
+    for (int round = 0; round < 2000; ++round) {
+        const QByteArray haystack = bytes(random.bounded(1, 60));
+        const QByteArray needle = bytes(random.bounded(1, 9));
+        const int before = random.bounded(0, 62);
+        qsizetype expected = before == 0 ? -1 : haystack.lastIndexOf(needle, before - 1);
+        if (expected < 0)
+            expected = haystack.lastIndexOf(needle);
+        QCOMPARE(FileTools::findPrevious(haystack, needle, before), static_cast<int>(expected));
+    }
+}
+
+void TestHexQuery::offset_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isOffset");
+    QTest::addColumn<qint64>("offset");
+
+    const std::pair<const char *, qint64> offsets[] = {
+        {"1F3A7", 0x1F3A7},
+        {"0x1F3A7", 0x1F3A7},
+        {"0X1f3a7", 0x1F3A7},
+        {"127911d", 127911},
+        {"127911D", 127911},
+        {"0x10d", 0x10D},
+        {"1ad", 0x1AD},
+        {"+0x40", 0x140},
+        {"+40", 0x140},
+        {"+64d", 0x140},
+        {"-16", 0xEA},
+        {"-16d", 0xF0},
+        {"- 10", 0xF0},
+        {"-200", -0x100},
+        {"end", 0x3FF},
+        {" END ", 0x3FF},
+        {"0", 0},
+        {"ffffffff", 0xFFFFFFFF},
+        {"9999999999d", 9999999999},
+    };
+    for (const auto &[text, offset] : offsets)
+        QTest::newRow(text) << QString::fromLatin1(text) << true << offset;
+    for (const char *text : {"", " ", "x", "0x", "d", "+", "-end", "12 34", "1ffffffff", "12345678901d",
+                             "1.5", "g1", "0x-1", "+-1", "1F3A7:20"})
+        QTest::addRow("none: %s", text) << QString::fromLatin1(text) << false << qint64(0);
+    QTest::newRow("none: full-width digits") << u"\uff11\uff12"_s << false << qint64(0);
+}
+
+void TestHexQuery::offset()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, isOffset);
+    QFETCH(qint64, offset);
+    const std::optional<qint64> read = FileTools::parseOffset(text, 0x100, 0x400);
+    QCOMPARE(read.has_value(), isOffset);
+    QCOMPARE(read.value_or(0), offset);
+    QCOMPARE(FileTools::parseOffset(u"end"_s, 0, 0), std::optional<qint64>(0));
 }
 
 void TestHexQuery::findNext_data()

@@ -20,9 +20,30 @@ FocusScope {
 
     function findNext(): void {
         appState.hexFind(searchField.text);
-        // A match at the cursor moves nothing, and may have been scrolled away.
+        showFound();
+    }
+
+    function findPrevious(): void {
+        appState.hexFindPrevious(searchField.text);
+        showFound();
+    }
+
+    function focusGoTo(): void {
+        goToField.forceActiveFocus(Qt.ShortcutFocusReason);
+        goToField.selectAll();
+    }
+
+    function goTo(): void {
+        if (!appState.hexGoTo(goToField.text))
+            return;
+        rows.showInTheMiddle(appState.hexModel.currentRow);
+        rows.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
+    // A match at the cursor moves nothing, and may have been scrolled away.
+    function showFound(): void {
         if (appState.hexModel.matchLength > 0)
-            rows.show(appState.hexModel.currentRow);
+            rows.showInTheMiddle(appState.hexModel.currentRow);
     }
 
     objectName: "hexOverlay"
@@ -54,6 +75,11 @@ FocusScope {
         acceptedButtons: Qt.AllButtons
         hoverEnabled: true
         onWheel: wheel => wheel.accepted = true
+    }
+
+    HexGrid {
+        id: byteGrid
+        rowWidth: rows.width
     }
 
     ColumnLayout {
@@ -114,18 +140,48 @@ FocusScope {
                 text: "Next"
                 hint: "F3"
             }
+
+            SearchButton {
+                objectName: "hexPreviousButton"
+                implicitWidth: 90
+                text: "Previous"
+                hint: "Shift+F3"
+                forwards: false
+            }
+
+            VOXField {
+                id: goToField
+                objectName: "hexGoToField"
+                hint: "Ctrl+G"
+                placeholderText: "Go to offset"
+                Layout.preferredWidth: 150
+                Layout.leftMargin: 8
+                onAccepted: root.goTo()
+            }
         }
 
         HexInfoLine {
             Layout.fillWidth: true
         }
 
-        HexRows {
-            id: rows
-            objectName: "hexRows"
-            hexModel: root.appState.hexModel
-            Layout.fillWidth: true
-            Layout.fillHeight: true
+        ColumnLayout {
+            spacing: 2
+
+            HexRuler {
+                objectName: "hexRuler"
+                grid: byteGrid
+                cursorColumn: root.appState.hexModel.cursor % byteGrid.bytesPerRow
+                Layout.fillWidth: true
+            }
+
+            HexRows {
+                id: rows
+                objectName: "hexRows"
+                hexModel: root.appState.hexModel
+                grid: byteGrid
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+            }
         }
 
         RowLayout {
@@ -159,12 +215,17 @@ FocusScope {
 
     // A click leaves the keyboard with the search field, where Return then finds the next.
     component SearchButton: VOXButton {
+        property bool forwards: true
+
         implicitWidth: 80
         focusPolicy: Qt.TabFocus
         actsTwice: true
         Layout.fillWidth: false
         onClicked: {
-            root.findNext();
+            if (forwards)
+                root.findNext();
+            else
+                root.findPrevious();
             if (!activeFocus)
                 searchField.forceActiveFocus(Qt.OtherFocusReason);
         }

@@ -21,6 +21,15 @@ Item {
     // show.
     readonly property real pitch: sample.contentWidth / sample.text.length
 
+    // The byte of a row whose digits or character stand there, or -1.
+    function byteAt(x: real): int {
+        const inDigits = Math.floor((x - digitsX) / (3 * pitch) + 1 / 6);
+        if (inDigits >= 0 && inDigits < bytesPerRow)
+            return inDigits;
+        const inCharacters = Math.floor((x - charactersX) / pitch);
+        return inCharacters >= 0 && inCharacters < bytesPerRow ? inCharacters : -1;
+    }
+
     Text {
         id: sample
         visible: false

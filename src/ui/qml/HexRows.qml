@@ -9,6 +9,7 @@ Rectangle {
     id: root
 
     required property HexModel hexModel
+    required property HexGrid grid
 
     readonly property int rowHeight: 20
     readonly property real rowsInSight: height / rowHeight
@@ -48,8 +49,15 @@ Rectangle {
             scrollTo(row + 1 - rowsInSight);
     }
 
-    function moveTo(row: int): void {
-        hexModel.clickRow(Math.max(0, Math.min(row, rowCount - 1)));
+    // What was found is to be seen with its surroundings.
+    function showInTheMiddle(row: int): void {
+        const third = rowsInSight / 3;
+        if (row < topRow + third || row + 1 > topRow + 2 * third)
+            scrollTo(row + 0.5 - rowsInSight / 2);
+    }
+
+    function rowAt(y: real): int {
+        return Math.floor(topRow + y / rowHeight);
     }
 
     function openMenu(row: int, x: real, y: real): void {
@@ -61,7 +69,7 @@ Rectangle {
     function openMenuOnCurrentRow(): void {
         const row = hexModel.currentRow;
         show(row);
-        openMenu(row, byteGrid.digitsX, (row + 1 - topRow) * rowHeight);
+        openMenu(row, grid.digitsX, (row + 1 - topRow) * rowHeight);
         menu.currentIndex = 0;
     }
 
@@ -74,17 +82,19 @@ Rectangle {
             event.accepted = true;
             return;
         }
-        const page = Math.max(1, Math.floor(rowsInSight) - 1);
-        const targets = {
-            [Qt.Key_Up]: hexModel.currentRow - 1,
-            [Qt.Key_Down]: hexModel.currentRow + 1,
-            [Qt.Key_PageUp]: hexModel.currentRow - page,
-            [Qt.Key_PageDown]: hexModel.currentRow + page,
-            [Qt.Key_Home]: 0,
-            [Qt.Key_End]: rowCount - 1
+        const control = event.modifiers === Qt.ControlModifier;
+        const moves = {
+            [Qt.Key_Left]: HexModel.Left,
+            [Qt.Key_Right]: HexModel.Right,
+            [Qt.Key_Up]: HexModel.Up,
+            [Qt.Key_Down]: HexModel.Down,
+            [Qt.Key_PageUp]: HexModel.PageUp,
+            [Qt.Key_PageDown]: HexModel.PageDown,
+            [Qt.Key_Home]: control ? HexModel.FileStart : HexModel.RowStart,
+            [Qt.Key_End]: control ? HexModel.FileEnd : HexModel.RowEnd
         };
-        if (event.key in targets) {
-            moveTo(targets[event.key]);
+        if (event.key in moves) {
+            hexModel.moveCursor(moves[event.key], Math.max(1, Math.floor(rowsInSight) - 1));
             show(hexModel.currentRow);
             event.accepted = true;
         }
@@ -103,15 +113,10 @@ Rectangle {
         }
     }
 
-    HexGrid {
-        id: byteGrid
-        rowWidth: root.width
-    }
-
     HexMarks {
         anchors.fill: parent
         hexModel: root.hexModel
-        grid: byteGrid
+        grid: root.grid
         topRow: root.topRow
         rowsInSight: root.rowsInSight
         rowHeight: root.rowHeight
@@ -133,7 +138,7 @@ Rectangle {
             digits: root.rowText(row, HexModel.HexRole)
             characters: root.rowText(row, HexModel.AsciiRole)
             current: row === root.hexModel.currentRow
-            grid: byteGrid
+            grid: root.grid
         }
     }
 
@@ -142,13 +147,19 @@ Rectangle {
         acceptedButtons: Qt.LeftButton | Qt.RightButton
         onPressed: root.forceActiveFocus(Qt.MouseFocusReason)
         onClicked: mouse => {
-            const row = Math.floor(root.topRow + mouse.y / root.rowHeight);
+            const row = root.rowAt(mouse.y);
             if (row >= root.rowCount)
                 return;
             if (mouse.button === Qt.RightButton)
                 root.openMenu(row, mouse.x, mouse.y);
             else
-                root.moveTo(row);
+                root.hexModel.clickRow(row);
+        }
+        onDoubleClicked: mouse => {
+            const row = root.rowAt(mouse.y);
+            const column = root.grid.byteAt(mouse.x);
+            if (mouse.button === Qt.LeftButton && row < root.rowCount && column >= 0)
+                root.hexModel.cursor = row * root.grid.bytesPerRow + column;
         }
         onWheel: wheel => {
             const pixels = wheel.pixelDelta.y;

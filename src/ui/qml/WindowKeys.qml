@@ -98,6 +98,18 @@ Item {
     }
 
     Key {
+        sequence: "Shift+F3"
+        enabled: root.behindHex
+        onActivated: root.hexView.findPrevious()
+    }
+
+    Key {
+        sequence: "Ctrl+G"
+        enabled: root.behindHex
+        onActivated: root.hexView.focusGoTo()
+    }
+
+    Key {
         sequence: "F1"
         onActivated: root.appState.goHelp()
     }
