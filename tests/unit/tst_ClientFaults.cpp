@@ -101,6 +101,7 @@ private slots:
     void endlessBodyKeepsTheLoopAlive();
     void longAnswerIsGivenUp_data();
     void longAnswerIsGivenUp();
+    void announcedLongAnswerIsGivenUp();
     void longAnswerMayEndTheClient();
     void refusedClientSendsNothing();
     void authenticationRequestIsAnErrorWithoutLoop();
@@ -712,6 +713,18 @@ void TestClientFaults::longAnswerIsGivenUp()
     WAIT_COMPARE(outcome.calls, 1);
     QCOMPARE(outcome.error, QString());
     QVERIFY(outcome.bytes == whole);
+}
+
+// Without waiting for the rest of it.
+void TestClientFaults::announcedLongAnswerIsGivenUp()
+{
+    m_server->answerNext(
+        {"HTTP/1.1 200 OK\r\nContent-Length: 1000001\r\n\r\nx", RawAnswer::Ending::KeepOpen});
+    m_client->setLargestAnswer(1'000'000);
+    start(*m_client, Primitive::DownloadFile, *m_outcome);
+    WAIT_COMPARE(m_outcome->calls, 1);
+    QCOMPARE(m_outcome->error, u"File too large"_s);
+    QCOMPARE(m_outcome->bytes, QByteArray());
 }
 
 void TestClientFaults::longAnswerMayEndTheClient()
