@@ -4,6 +4,8 @@
 #include <QJsonDocument>
 #include <QTest>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 class TestWorkerAnswer : public QObject
@@ -101,17 +103,22 @@ void TestWorkerAnswer::json()
 
 void TestWorkerAnswer::failure_data()
 {
+    QTest::addColumn<QByteArray>("body");
     QTest::addColumn<QString>("transportError");
     QTest::addColumn<QString>("error");
 
-    QTest::newRow("transport-error") << u"Connection refused"_s << u"Connection refused"_s;
-    QTest::newRow("no-error") << QString() << u"Worker returned empty response."_s;
+    for (const auto &[name, body] : {std::pair("null", QByteArray()), std::pair("empty", QByteArray(""))}) {
+        QTest::addRow("transport-error-%s", name)
+            << body << u"Connection refused"_s << u"Connection refused"_s;
+        QTest::addRow("no-error-%s", name) << body << QString() << u"Worker returned empty response."_s;
+    }
 }
 
 void TestWorkerAnswer::failure()
 {
+    QFETCH(QByteArray, body);
     QFETCH(QString, transportError);
-    const WorkerResult result = classifyWorkerAnswer({}, {}, transportError);
+    const WorkerResult result = classifyWorkerAnswer(body, {}, transportError);
     QVERIFY(!result.ok);
     QVERIFY(!result.isJson);
     QTEST(result.error, "error");
