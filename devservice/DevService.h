@@ -24,7 +24,6 @@ public:
 
     DevService();
     explicit DevService(Options options);
-    /// Stops.
     ~DevService();
     DevService(const DevService &) = delete;
     DevService &operator=(const DevService &) = delete;

@@ -27,13 +27,12 @@ private:
     std::mutex m_mutex;
 };
 
-/// Everything of the service lies below this path; what endpoints are named by is relative to it.
+/// All endpoints of the service are below this path; their names are relative to it.
 QString apiRoot();
 
 ServiceAnswer jsonAnswer(const QJsonObject &object, int status = 200);
 /// {"status":"error","message":...,"error":...}: the editor's features read one or the other.
 ServiceAnswer errorAnswer(const QString &message, int status = 200);
-/// A file, as it is.
 ServiceAnswer bytesAnswer(const QByteArray &bytes);
 std::optional<QJsonObject> jsonBody(const ServiceRequest &request);
 /// A JSON body that has all these members as texts, empty ones included; nothing, with the reason in `error`,

@@ -44,7 +44,7 @@ constexpr const char *serialKeys[] = {"serial1", "serial"};
 constexpr const char *mainOsKeys[] = {"mainOs", "main_os", "os1", "baseOs", "os"};
 constexpr const char *positionalRows[] = {"system", "fuel", "speedometer", "engineDiag", "engineOp"};
 
-// The first of the members that reads as a text; nulls fill a list up.
+// The first non-empty string or number among these members. A key may be null where a list is shorter.
 QString firstText(const QJsonObject &object, std::span<const char *const> keys)
 {
     for (const char *key : keys) {

@@ -13,7 +13,6 @@ struct ServiceConfig
     QString apiBase;
     /// Name and value of the form fields that authenticate the program. Never shown, never logged.
     QVariantMap authFields;
-    /// The web shop's address.
     QString storeUrl;
     /// Sent where the user leaves an e-mail address empty; the address does not exist.
     QString placeholderEmail;

@@ -146,7 +146,7 @@ QString bareFileName(const QString &name)
 {
     const qsizetype separator = std::max(name.lastIndexOf('/'_L1), name.lastIndexOf('\\'_L1));
     QString bare = name.sliced(separator + 1);
-    // The file system would open what stands before it.
+    // The file system would cut the name at the NUL.
     bare.replace(QChar::Null, '_'_L1);
     return bare == "."_L1 || bare == ".."_L1 ? QString() : bare;
 }

@@ -23,8 +23,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype shownBodyBytes = 300;
-// Erased flash packs far better than the 40 to 1 that Qt takes for an attack, so no answer that may
-// be a module's whole memory is looked at for that.
+// Erased flash compresses by far more than 40 to 1, which Qt takes for a decompression bomb. Answers up to
+// the size of a module's memory skip that check.
 constexpr qint64 largestImage = 64 * 1024 * 1024;
 
 const QString sessionTokenKey = u"session_token"_s;
@@ -47,8 +47,8 @@ QNetworkRequest uncachedRequestTo(const QString &address)
     return request;
 }
 
-// Sends a body that is read as it is sent, and so cannot be sent twice: see UploadBody. That takes its length
-// ahead. Owners: body -> reply -> manager.
+// Posts a sequential body, which Qt cannot resend (see UploadBody). Its length must be set in advance. The
+// manager owns the reply, the reply owns the body.
 QNetworkReply *postOnce(QNetworkAccessManager *manager, QNetworkRequest request,
                         const QList<QByteArray> &pieces)
 {
@@ -71,10 +71,9 @@ QString headerText(QString text)
     return text;
 }
 
-// A form as pieces to send. Qt's own form cannot stand in: over a part that cannot be rewound it reads past
-// its end and crashes (seen in 6.4 and 6.8, not in 6.11), and it does not tell the length that has to go
-// ahead. One way for every version is less than two. Only its boundary is used, which it makes unlikely to
-// occur in a file.
+// A form as pieces to send. Qt's own form cannot be used: with sequential parts it reads past its end and
+// crashes (6.4 and 6.8, not 6.11), and it does not report its length, which must be sent first. All versions
+// use the same code. Only the boundary comes from Qt's form: it is unlikely to occur in a file.
 class Form
 {
 public:
@@ -111,17 +110,17 @@ int httpStatus(const QNetworkReply *reply)
     return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-// A body without a length ends when the server closes. Qt then still reports, more often than not, that it
-// could not send the request again (seen in 6.4, 6.8 and 6.11), though the whole answer is there.
+// A body without a length ends when the server closes the connection. More often than not, Qt then reports
+// that it could not resend the request (6.4, 6.8 and 6.11), although the whole answer is there.
 bool endedByClosing(const QNetworkReply *reply)
 {
     return reply->error() == QNetworkReply::ContentReSendError && httpStatus(reply) / 100 == 2
         && !reply->hasRawHeader("Content-Length") && !reply->hasRawHeader("Transfer-Encoding");
 }
 
-// Qt has no words for a request that it could not send again, nor always for a connection that ends while it
-// sends. Up to 6.8 it takes every answer that ends with the connection for the former, in 6.11 still one over
-// TLS. These get the words that Qt has for what happened.
+// For a request that it could not resend, and sometimes for a connection that closes during an upload, Qt
+// says only "Unknown error". Up to 6.8 it treats every answer that ends with the connection as the former;
+// 6.11 does so only over TLS. Use Qt's own text for what really happened.
 QString brokenOffText(const QNetworkReply *reply)
 {
     if (httpStatus(reply) < 300)
@@ -143,8 +142,8 @@ QString errorText(const QNetworkReply *reply)
     return text == QCoreApplication::translate("QIODevice", "Unknown error") ? brokenOffText(reply) : text;
 }
 
-// The body of an answer. It is taken over as it arrives: read in one piece in the end, it would be in memory
-// twice.
+// The body of an answer. Read as it arrives; reading it in one piece at the end would hold it in memory three
+// times.
 class Body
 {
 public:
@@ -189,7 +188,7 @@ private:
     bool m_isTooLong = false;
 };
 
-// The deployment's fields; those that the request has itself replace them.
+// The deployment's fields, overridden by the request's own.
 QVariantMap withAuthFields(const QVariantMap &own)
 {
     QVariantMap all = serviceConfig().authFields;
@@ -383,8 +382,8 @@ void VoxApiClient::applyPatch(const QString &sessionToken, int patchId, const QB
                                            {u"file_data"_s, QString()},
                                            {calIdKey, calId}})
                                 .toJson(QJsonDocument::Compact);
-    // Filled in only now: as text in an object, a large file would take ten times its size, and seconds. No
-    // value can look like the member, for its quotes would be escaped.
+    // Inserted here because a large file as a QJsonValue takes ten times its size in memory, and seconds. The
+    // search cannot hit a value: quotes in values are escaped.
     const QByteArray member = "\"file_data\":\""_ba;
     const qsizetype value = text.indexOf(member) + member.size();
     postJsonText(u"patches/patch_process.aspx"_s,
@@ -450,7 +449,7 @@ void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager
     connect(reply, &QNetworkReply::readyRead, this, [reply, body] {
         const bool wasTooLong = body->isTooLong();
         body->take(reply);
-        // Queued: Qt still reports progress after readyRead(), and nothing may follow finished().
+        // Queued: abort() emits finished(), but Qt still reports progress after readyRead() returns.
         if (body->isTooLong() && !wasTooLong)
             QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
     });

@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-/// A path as the standard library takes it. Nothing throws: QFileInfo's own conversion does for half a
-/// character.
+/// A path as the standard library takes it. Never throws, unlike QFileInfo's own conversion, which throws on
+/// an unpaired surrogate.
 inline std::filesystem::path systemPath(const QString &path)
 {
 #ifdef Q_OS_WIN

@@ -21,7 +21,6 @@ public:
 
     static bool available();
     static QString cliPath();
-    /// `timeoutMs` is in milliseconds.
     static LocalRunResult run(const QStringList &arguments, int timeoutMs);
     static LocalRunResult convert(const QStringList &arguments);
 };

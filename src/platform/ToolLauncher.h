@@ -4,8 +4,8 @@
 
 /// Finds and starts what is installed with the program: the external helper programs and the user manual. A
 /// helper is started detached, without arguments, in its own folder; it outlives the editor and is not
-/// monitored. An `error` pointer may be null; it is written on failure only, but not when the system refuses
-/// to start a program.
+/// monitored. An `error` pointer may be null. It is written on failure only. When the system refuses to start
+/// a program, only launchVbfPhfBin() writes it.
 class ToolLauncher
 {
 public:

@@ -5,8 +5,8 @@
 
 #include <memory>
 
-/// Opens all web pages and documents. It is designed to host a web view later; for now it opens every address
-/// with the desktop and stays hidden.
+/// Opens the user manual and the web pages of tools. It is designed to host a web view later; for now it
+/// opens every address with the desktop and stays hidden.
 class WebToolWindow : public QWidget
 {
     Q_OBJECT

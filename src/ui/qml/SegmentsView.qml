@@ -42,7 +42,7 @@ Item {
 
         VOXCard {
             title: "Workspace"
-            // Whatever the texts in it would take: it is as wide as the workspace's own.
+            // Keeps the widths of its texts out of the layout: the card is as wide as the one on MAIN.
             Layout.preferredWidth: 300
             Layout.fillHeight: true
 
