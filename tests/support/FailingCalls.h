@@ -21,12 +21,12 @@ enum class DiskFault
 };
 
 /// While it lives, counts this process's file system calls, in any thread, on anything below a folder, and
-/// makes some of them fail. One at a time. In a program that links its source, the calls of all libraries
-/// pass through here, except those that the C library makes internally.
+/// makes some of them fail. Only one may exist at a time. In a program that links FailingCalls.cpp, it
+/// intercepts the calls of all libraries, except those that the C library makes internally.
 class FailingCalls
 {
 public:
-    /// The calls are numbered from 0, and only those that can have the fault count.
+    /// `numbers`: which calls fail, counted from 0 among those that can have this fault.
     FailingCalls(const QString &folder, DiskFault fault, const QList<int> &numbers);
     ~FailingCalls();
     Q_DISABLE_COPY_MOVE(FailingCalls)
@@ -34,8 +34,7 @@ public:
     /// From now on folder entries do not contain their type, as on some file systems.
     void hideKinds();
 
-    /// The calls that failed, such as "write 3 /tmp/a.kvt". Fewer than the numbers when there were not that
-    /// many calls.
+    /// The calls that failed, such as "write 3 /tmp/a.kvt"; shorter than `numbers` if there were fewer calls.
     QByteArrayList failed() const;
     /// The errors that failed calls reported, each once.
     QList<int> errors() const;

@@ -7,7 +7,6 @@
 
 #include <utility>
 
-/// One part of a recorded form.
 struct FormPart
 {
     /// In wire order.

@@ -97,7 +97,7 @@ RawHttpServer::RawHttpServer(const QSslConfiguration &tls)
     : RawHttpServer(new QSslServer, nullptr)
 {
     qobject_cast<QSslServer *>(m_server)->setSslConfiguration(tls);
-    // Only then is the handshake done.
+    // pendingConnectionAvailable() is emitted only after the TLS handshake.
     connect(m_server, &QTcpServer::pendingConnectionAvailable, this, &RawHttpServer::accept);
 }
 

@@ -58,7 +58,6 @@ struct RawAnswer
 /// A complete answer: status line, the given header lines, a content length and the body.
 QByteArray httpAnswer(int status, const QByteArray &body,
                       const QByteArray &headerLines = "Content-Type: text/plain\r\n");
-/// A whole successful answer with this body.
 RawAnswer answerWith(const QByteArray &body);
 /// Takes the request and never answers.
 RawAnswer holdRequest();
@@ -73,7 +72,6 @@ class RawHttpServer : public QObject
 
 public:
     explicit RawHttpServer(QObject *parent = nullptr);
-    /// Uses TLS.
     explicit RawHttpServer(const QSslConfiguration &tls);
     ~RawHttpServer() override;
 
@@ -89,7 +87,7 @@ public:
     void answerHeld(int request, const RawAnswer &answer);
 
     int connectionCount() const { return m_connectionCount; }
-    /// Requests whose header arrived, including those already answered, unless by a reset.
+    /// Requests whose header arrived, even on a connection that was answered early, unless it was reset.
     int requestCount() const { return static_cast<int>(m_requests.size()); }
     int completeRequestCount() const;
     RecordedRequest request(int index) const { return m_requests.value(index); }
@@ -115,7 +113,6 @@ private:
 
     RawHttpServer(QTcpServer *server, QObject *parent);
     void accept();
-    /// The answer to the next request.
     const RawAnswer &nextAnswer() const { return m_queue.isEmpty() ? m_always : m_queue.first(); }
     void answerAtOnce(QTcpSocket *socket);
     void read(QTcpSocket *socket);

@@ -35,8 +35,7 @@ QString withScheme(const QString &scheme, const QString &url)
 
 } // namespace
 
-/// Every operation before a service that cannot be reached, is not the right one, or does not let go. One
-/// authority alone is trusted.
+/// A service that cannot be reached, is not the right one, or does not let go. Only one authority is trusted.
 class TestEndpointConnections : public EndpointTest
 {
     Q_OBJECT

@@ -211,7 +211,7 @@ qint64 peakMemory()
 
 } // namespace
 
-/// Every operation on whole answers with the wrong things in them, or too much.
+/// Whole answers with the wrong things in them, or too much.
 class TestEndpointContent : public EndpointTest
 {
     Q_OBJECT

@@ -25,7 +25,7 @@ QStringList faultsToMeet()
     return faults;
 }
 
-/// What was posted since then, each as something that another one has to differ from.
+/// The POSTs after the first `before` requests, as path, size and body: a resent one is a duplicate.
 QStringList postsSince(const DevService &service, int before)
 {
     QStringList posts;
@@ -39,7 +39,8 @@ QStringList postsSince(const DevService &service, int before)
 
 } // namespace
 
-/// Every operation with every fault of the stand-in.
+/// The operations to try with every fault of the stand-in, except those that hold a request or send very
+/// large bodies.
 class TestEndpointStandIn : public EndpointTest
 {
     Q_OBJECT
@@ -89,7 +90,7 @@ void TestEndpointStandIn::meet(const EndpointOperation &operation, const QString
     begin(operation);
     QVERIFY(m_fixture->settle());
     checkLoosely(operation);
-    // A redirect is followed by asking for a document; a good answer may lead to another request.
+    // A redirected POST is followed by a GET, and a good answer may cause another request: only POSTs count.
     QStringList posts = postsSince(service, before);
     if (operation.decoding == Decoding::Get) {
         QCOMPARE(posts, QStringList());
