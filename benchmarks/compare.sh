@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Measures the editor's work beside public tools that do the same, side by side in one run: each five times in
-# turn after a run that warms the caches; medians and ratios. Makes its own data, some 3 GB in the temporary
-# folder, and takes about ten minutes. Writes docs/performance.md, and fails when a required figure is not reached.
+# Compares the editor with public tools that do the same work. After a warm-up run, the two run alternately, five times
+# each; prints medians and ratios. The peak memory of the whole program and the program's own memory, which is
+# subtracted from the peaks of transfers, are measured once. Makes its own data, some 3 GB in the temporary folder, and
+# takes about ten minutes. Writes docs/performance.md, and fails when a required figure is not reached.
 #   benchmarks/compare.sh [--only REGEX] [BUILD-FOLDER]    BUILD-FOLDER: a Release build, build/release by default
 # With --only, just the groups whose names match are measured (search find open row sorter upload transfer window),
 # and no document is written.
@@ -75,8 +76,8 @@ in_turn() {
   ours=$(median <"$work/first") theirs=$(median <"$work/second")
 }
 
-# One line of the table: work, ours, unit, theirs, against, the most that the ratio may be ("-": it only stands
-# beside another).
+# One line of the table: work, ours, unit, theirs, against, the most that the ratio may be ("-": for comparison only, no
+# limit).
 row() {
   local ratio most=$6
   ratio=$(awk -v o="$2" -v t="$4" 'BEGIN { printf "%.2f", o / t }')
@@ -94,7 +95,7 @@ figure() { awk -v name="$1" '$1 == name { print $2 }'; }
 
 ### The groups
 
-# 1000 files in each folder, three tune files to every two others.
+# 1000 files in each folder: 600 tune files and 400 others.
 make_tree() {
   local root=$1 folders=$2 folder
   for ((folder = 0; folder < folders; ++folder)); do
@@ -105,12 +106,12 @@ make_tree() {
   done
 }
 
-endings=(-type f '(' -iname '*.kvt' -o -iname '*.ctz' ')' -printf '%s %p\n')
+suffixes=(-type f '(' -iname '*.kvt' -o -iname '*.ctz' ')' -printf '%s %p\n')
 scan_few() { "$once" scan "$work/tree" e38_00099599 0; }
 scan_all() { "$once" scan "$work/tree" "" 0; }
 scan_large() { "$once" scan "$work/large" "" 0; }
-find_all() { clock find "$work/tree" "${endings[@]}"; }
-find_large() { clock find "$work/large" "${endings[@]}"; }
+find_all() { clock find "$work/tree" "${suffixes[@]}"; }
+find_large() { clock find "$work/large" "${suffixes[@]}"; }
 measure_search() {
   local find="find -printf '%s %p\\n'"
   make_tree "$work/tree" 100
@@ -192,8 +193,8 @@ measure_upload() {
   rm "$work/upload.kvt"
 }
 
-# Beside curl, over TLS with nginx on loopback, whose certificate is made here. Uploads are taken by a second nginx
-# behind the first, which has to have the whole of one before it answers.
+# Beside curl, over TLS with nginx on loopback, whose certificate is made here. An inner server of the same nginx takes
+# uploads; it answers only after it has the whole body.
 nginx_settings() {
   cat <<END
 pid $work/nginx.pid; error_log $work/nginx.log; $( ((EUID)) || echo "user $(id -un);")
@@ -238,7 +239,7 @@ stop_nginx() { [[ ! -f $work/nginx.pid ]] || kill "$(<"$work/nginx.pid")" 2>/dev
 
 peer=
 export BENCH_AUTHORITY=$work/server.pem
-# Each prints its milliseconds; ours leaves its peak of memory beside.
+# Each prints its milliseconds; ours also appends its peak memory to $work/peaks.
 transfer_ours() { "$once" "${ours_does[@]}" | tee "$work/transfer" | cut -d' ' -f1 && cut -d' ' -f2 "$work/transfer" >>"$work/peaks"; }
 transfer_theirs() { clock curl --silent --show-error --fail --cacert "$BENCH_AUTHORITY" "${theirs_does[@]}"; }
 transfer_rows() {
@@ -290,7 +291,7 @@ measure_window() { "$here/compare-window.sh" "$build" | tee -a "$rows"; }
 
 ### The document
 
-# A figure is reached when it is not above the required one, rounded to as many decimals, and one at least.
+# A row is reached when its ratio, rounded to as many decimals as the limit (at least one), does not exceed it.
 verdict() {
   local ours=$1 ratio=$2 required=$3
   case $ours/$required in
@@ -362,7 +363,7 @@ benchmarks/compare.sh
 | beside | find $(version_of find), cp and cat $(version_of cp), curl $(version_of curl) |
 | other work on the machine when it began | load average $load |
 
-A ratio is reached when it is not above the required one, rounded to as many decimals, and one at least. Folders,
+A row is reached when its ratio, rounded to as many decimals as the limit (at least one), does not exceed it. Folders,
 files and services are all local; files lie in the system's file cache.
 
 $(table)
@@ -384,9 +385,10 @@ $(limits "${missed[@]}")
 - Hex row: offset, digits and characters of one row of the model, from Google Benchmark.
 - Sorter: one copy of each file in folders by year, make and number; \`cp\` copies the same files into one folder.
 - Upload: a form with one file to the local stand-in of the service; the whole process from start to exit on both
-  sides. The peak is that of the whole program with its window.
+  sides. The peak, measured once, is that of the whole program with its window.
 - Download and upload over TLS: the same with nginx, which sends a file with its length, in chunks, or packed by gzip.
-  The data are random, so the last is as long as the others. The program's own memory is that after one byte.
+  The data are random, so the last is as long as the others. The program's own memory,
+  measured once, is that after one byte.
 - Start, memory beside other editors, long lists and scrolling: the real program on a display in memory, by
   \`benchmarks/compare-window.sh\`.
 END

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Prints what clang-tidy, by the checks in .clang-tidy, and clazy find in src, and then fails. The lower floors are read
-# as one source and the upper ones as another, in a tenth of the time: most of it goes into Qt's headers. So no two of
-# these may give the same name to something of their own.
+# Prints what clang-tidy, by the checks in .clang-tidy, and clazy find in src, and then fails. The lower floors are
+# checked as one translation unit and the upper ones as another: most of the time goes into Qt's headers, so this takes
+# a tenth. Two sources of one unit must not define the same file-local name.
 set -euo pipefail
 export LC_ALL=C.UTF-8
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."

@@ -7,7 +7,8 @@
 --seed N         draws others; 1 by default
 --jobs N         how many at a time; 2 by default
 --folder FOLDER  where the copy of the tree and its build are kept; build/mutation by default
---longest N      leaves out tests that take more seconds, the slow ones and the views'; what survives may not be one
+--longest N      leaves out tests that take more seconds, the slow ones and the views', but never the source's own;
+                 all tests together might notice what survives
 --list           only prints the changes
 WORD             only files whose path holds one of these words
 

@@ -37,7 +37,7 @@ step "hardened"
 "$here/check-hardening.sh" "$build/deb/kvteditor" "$top"
 
 step "lintian"
-# There is no bug about a package that is not in Debian yet.
+# The package is not in Debian, so its changelog has no bug to close.
 lintian --allow-root --fail-on error,warning --suppress-tags initial-upload-closes-no-bugs --info "$package"
 
 step "nothing tells where it was built"

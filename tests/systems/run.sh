@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Tries the checkout as a new user of another Debian would: clones it into a bare system with nothing but git, and
-# runs the README's two commands there with an empty home.
+# runs the README's two scripts there with an empty home.
 #   tests/systems/run.sh SUITE [COMMAND]   SUITE is bookworm, trixie, sid and so on
-# COMMAND takes the place of the two commands; it runs in the clone. Only what is committed is tried. The tour's
+# COMMAND takes the place of the two scripts; it runs in the clone. Only what is committed is tried. The tour's
 # pictures are left in build/systems/SUITE. Needs root and the archive that this machine's own apt uses.
 set -euo pipefail
 
@@ -37,11 +37,11 @@ finish() {
 trap finish EXIT
 
 "$here/bare-root.sh" "$suite" "$root"
-# A mount of its own, so that a command can have mounts in turn, as the package's test does.
+# Makes the root a mount point, so that a command in it can create its own mounts, as the package test does.
 mount --bind "$root" "$root"
 mount -t proc proc "$root/proc"
 mount --rbind /dev "$root/dev"
-# Packages are fetched once.
+# Keeps downloaded packages for the next run.
 mkdir -p "$kept/$suite-archives"
 mount --bind "$kept/$suite-archives" "$root/var/cache/apt/archives"
 in_root() {
