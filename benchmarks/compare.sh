@@ -45,6 +45,7 @@ work=$(mktemp -d)
 rows=$work/rows
 : >"$rows"
 service=
+stop_nginx() { [[ ! -f $work/nginx.pid ]] || kill "$(<"$work/nginx.pid")" 2>/dev/null || true; }
 finish() {
   [[ -z $service ]] || kill "$service" 2>/dev/null || true
   stop_nginx
@@ -68,10 +69,12 @@ clock() {
 # Runs two commands in turn, each of which prints one figure, and leaves their medians in $ours and $theirs.
 in_turn() {
   local i
-  "$1" >/dev/null && "$2" >/dev/null
+  "$1" >/dev/null
+  "$2" >/dev/null
   rm -f "$work/first" "$work/second"
   for ((i = 0; i < repeats; ++i)); do
-    "$1" >>"$work/first" && "$2" >>"$work/second"
+    "$1" >>"$work/first"
+    "$2" >>"$work/second"
   done
   ours=$(median <"$work/first") theirs=$(median <"$work/second")
 }
@@ -235,12 +238,15 @@ start_nginx() {
   done
   die "nginx did not start: $(tail -n 1 "$work/nginx.log")"
 }
-stop_nginx() { [[ ! -f $work/nginx.pid ]] || kill "$(<"$work/nginx.pid")" 2>/dev/null || true; }
 
 peer=
 export BENCH_AUTHORITY=$work/server.pem
 # Each prints its milliseconds; ours also appends its peak memory to $work/peaks.
-transfer_ours() { "$once" "${ours_does[@]}" | tee "$work/transfer" | cut -d' ' -f1 && cut -d' ' -f2 "$work/transfer" >>"$work/peaks"; }
+transfer_ours() {
+  "$once" "${ours_does[@]}" >"$work/transfer"
+  cut -d' ' -f2 "$work/transfer" >>"$work/peaks"
+  cut -d' ' -f1 "$work/transfer"
+}
 transfer_theirs() { clock curl --silent --show-error --fail --cacert "$BENCH_AUTHORITY" "${theirs_does[@]}"; }
 transfer_rows() {
   local what=$1 size=$2

@@ -57,7 +57,7 @@ done
 END
 chmod +x "$report/gcov"
 mapfile -t objects < <(find "$build" -type d \( -name 'kvteditor_floor_*.dir' -o -name kvteditor_uisupport.dir \
-  -o -path '*.dir/*' -name src \))
+  -o -path '*.dir/*' -not -path '*/kvteditor_portable_files.dir/*' -name src \))
 gcovr --root "$top" --filter "$top/src/.*\.cpp\$" --exclude "$top/src/app/main\.cpp" \
   --exclude-throw-branches --exclude-unreachable-branches --gcov-executable "'$report/gcov'" \
   --csv "$report/files.csv" --html-details "$report/index.html" "${objects[@]}"

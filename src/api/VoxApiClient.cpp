@@ -130,14 +130,22 @@ QString brokenOffText(const QNetworkReply *reply)
              reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString());
 }
 
-QString errorText(const QNetworkReply *reply)
+// Whether the connection ended before the announced length arrived; of a GET, Qt may then report no error.
+bool isCutShort(const QNetworkReply *reply, qint64 size)
+{
+    return httpStatus(reply) == 200 && !reply->hasRawHeader("Content-Encoding")
+        && reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > size;
+}
+
+/// Of an answer with a body of `size` bytes.
+QString errorText(const QNetworkReply *reply, qint64 size)
 {
     // Qt hands over an interim answer other than 100 as the final one, and drops what comes after it.
     const int status = httpStatus(reply);
     if (status / 100 == 1)
         return u"HTTP %1: the outcome is unknown."_s.arg(status);
     if (reply->error() == QNetworkReply::NoError || endedByClosing(reply))
-        return {};
+        return isCutShort(reply, size) ? brokenOffText(reply) : QString();
     const QString text = reply->errorString();
     return text == QCoreApplication::translate("QIODevice", "Unknown error") ? brokenOffText(reply) : text;
 }
@@ -446,13 +454,15 @@ QNetworkAccessManager *VoxApiClient::newManager()
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
     const auto body = std::make_shared<Body>(m_largestAnswer);
-    connect(reply, &QNetworkReply::readyRead, this, [reply, body] {
+    const auto take = [reply, body] {
         const bool wasTooLong = body->isTooLong();
         body->take(reply);
         // Queued: abort() emits finished(), but Qt still reports progress after readyRead() returns.
         if (body->isTooLong() && !wasTooLong)
             QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
-    });
+    };
+    connect(reply, &QNetworkReply::metaDataChanged, this, take);
+    connect(reply, &QNetworkReply::readyRead, this, take);
     connect(
         reply, &QNetworkReply::finished, this,
         [reply, manager, body, finished = std::move(finished)] {
@@ -462,7 +472,7 @@ void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager
                 finished(reply, {},
                          QString::fromStdString(std::make_error_code(std::errc::file_too_large).message()));
             else
-                finished(reply, body->bytes(), errorText(reply));
+                finished(reply, body->bytes(), errorText(reply, body->bytes().size()));
             if (!kept)
                 return;
             reply->deleteLater();

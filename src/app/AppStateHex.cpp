@@ -45,9 +45,13 @@ void AppState::hexFindBy(const QString &query, const std::function<int(const QBy
 
 bool AppState::hexGoTo(const QString &offset)
 {
+    if (m_hexModel->byteCount() == 0) {
+        setStatus(u"No file is open."_s, 0);
+        return false;
+    }
     const std::optional<qint64> target =
         FileTools::parseOffset(offset, m_hexModel->cursor(), m_hexModel->byteCount());
-    const int last = std::max(m_hexModel->byteCount(), 1) - 1;
+    const int last = m_hexModel->byteCount() - 1;
     if (!target) {
         setStatus(u"Enter an offset such as 1F3A7, 127911d, +40 or end."_s, 0);
         return false;

@@ -84,11 +84,16 @@ int FileTools::findNext(const QByteArray &haystack, const QByteArray &needle, in
 
 int FileTools::findPrevious(const QByteArray &haystack, const QByteArray &needle, int before)
 {
-    if (needle.isEmpty())
+    if (needle.isEmpty() || needle.size() > haystack.size())
         return -1;
-    const qsizetype end = std::min(haystack.size(), std::max(before, 0) - 1 + needle.size());
+    const qsizetype start = std::clamp<qsizetype>(before, 0, haystack.size());
+    const qsizetype end = std::min(haystack.size(), start - 1 + needle.size());
     const qsizetype found = lastIndexOf(QByteArrayView(haystack).first(end), needle);
-    return static_cast<int>(found >= 0 ? found : lastIndexOf(haystack, needle));
+    if (found >= 0)
+        return static_cast<int>(found);
+    // All that begins before `start` was looked at already.
+    const qsizetype later = lastIndexOf(QByteArrayView(haystack).sliced(start), needle);
+    return later < 0 ? -1 : static_cast<int>(start + later);
 }
 
 std::optional<qint64> FileTools::parseOffset(const QString &text, int cursor, int byteCount)

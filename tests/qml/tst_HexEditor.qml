@@ -261,7 +261,8 @@ ViewTest {
                 [Qt.Key_End, Qt.NoModifier, 31], [Qt.Key_Right, Qt.NoModifier, 32], [Qt.Key_Left, Qt.NoModifier, 31],
                 [Qt.Key_Home, Qt.NoModifier, 16], [Qt.Key_Left, Qt.NoModifier, 15],
                 [Qt.Key_End, Qt.ControlModifier, 9999], [Qt.Key_Up, Qt.NoModifier, 9983],
-                [Qt.Key_Home, Qt.ControlModifier, 0]]) {
+                [Qt.Key_Home, Qt.ControlModifier | Qt.KeypadModifier, 0],
+                [Qt.Key_Right, Qt.AltModifier, 0], [Qt.Key_Down, Qt.ControlModifier, 0]]) {
             keyClick(key, modifiers);
             compare(app.hexModel.cursor, cursor);
             verify(shownRows().some(row => row.current && row.y >= 0 && row.y + 20 <= rows.height));

@@ -147,6 +147,9 @@ ViewTest {
         compare(fixture.openedUrls().length, opened + 1);
         hold(Qt.Key_Return);
         compare(fixture.openedUrls().length, opened + 2);
+        keyClick(Qt.Key_Return, Qt.ControlModifier);
+        keyClick(Qt.Key_Enter, Qt.ShiftModifier);
+        compare(fixture.openedUrls().length, opened + 2);
         const box = find("box", find("vbfSkipVerifyBox"));
         box.forceActiveFocus(Qt.TabFocusReason);
         hold(Qt.Key_Space);

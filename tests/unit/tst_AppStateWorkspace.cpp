@@ -739,6 +739,10 @@ void TestAppStateWorkspace::hexGoTo()
     QCOMPARE(m_state->status(), status);
     QCOMPARE(m_state->statusOK(), gone ? 1 : 0);
     QCOMPARE(gone, status.startsWith(u"At "_s));
+
+    m_state->hexModel()->setBytes({});
+    QVERIFY(!m_state->hexGoTo(offset));
+    QCOMPARE(m_state->status(), u"No file is open."_s);
 }
 
 void TestAppStateWorkspace::hexFind_upperCasesTheWholeMessage()

@@ -304,7 +304,8 @@ void TestLife::initTestCase()
 
 void TestLife::init()
 {
-    QTest::failOnWarning(QRegularExpression(u"."_s));
+    // Any but the client's own about a file that came with an error.
+    QTest::failOnWarning(QRegularExpression(u"^(?!An answer of )"_s));
     m_server = std::make_unique<RawHttpServer>();
     m_server->answerAlways(answerWith(R"({"status":"ok"})"));
     m_sent = 0;

@@ -82,7 +82,8 @@ Rectangle {
             event.accepted = true;
             return;
         }
-        const control = event.modifiers === Qt.ControlModifier;
+        const modifiers = event.modifiers & ~Qt.KeypadModifier;
+        const control = modifiers === Qt.ControlModifier;
         const moves = {
             [Qt.Key_Left]: HexModel.Left,
             [Qt.Key_Right]: HexModel.Right,
@@ -93,7 +94,8 @@ Rectangle {
             [Qt.Key_Home]: control ? HexModel.FileStart : HexModel.RowStart,
             [Qt.Key_End]: control ? HexModel.FileEnd : HexModel.RowEnd
         };
-        if (event.key in moves) {
+        const toAnEnd = event.key === Qt.Key_Home || event.key === Qt.Key_End;
+        if (event.key in moves && (modifiers === Qt.NoModifier || control && toAnEnd)) {
             hexModel.moveCursor(moves[event.key], Math.max(1, Math.floor(rowsInSight) - 1));
             show(hexModel.currentRow);
             event.accepted = true;

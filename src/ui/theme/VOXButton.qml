@@ -27,8 +27,14 @@ Button {
     Keys.onPressed: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
     Keys.onReleased: event => event.accepted = event.isAutoRepeat && event.key === Qt.Key_Space
     // Return and Enter press it, too.
-    Keys.onReturnPressed: event => event.isAutoRepeat || root.clicked()
-    Keys.onEnterPressed: event => event.isAutoRepeat || root.clicked()
+    function pressBy(event: var): void {
+        event.accepted = (event.modifiers & ~Qt.KeypadModifier) === Qt.NoModifier;
+        if (event.accepted && !event.isAutoRepeat)
+            clicked();
+    }
+
+    Keys.onReturnPressed: event => pressBy(event)
+    Keys.onEnterPressed: event => pressBy(event)
 
     onDoubleClicked: {
         if (actsTwice)
