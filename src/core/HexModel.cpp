@@ -89,24 +89,38 @@ int HexModel::currentRow() const
 
 void HexModel::setBytes(const QByteArray &bytes)
 {
+    emit aboutToChange();
     beginResetModel();
     m_bytes = bytes;
     m_cursor = clamped(m_cursor);
     const bool hadMatch = std::exchange(m_match, {}).length > 0;
+    const bool hadSelection = std::exchange(m_anchor, -1) >= 0;
     endResetModel();
     emit dataChangedSig();
     emit cursorChanged();
     if (hadMatch)
         emit matchChanged();
+    if (hadSelection)
+        emit selectionChanged();
 }
 
 void HexModel::setCursor(int pos)
 {
-    const int target = clamped(pos);
-    if (target == m_cursor)
-        return;
-    m_cursor = target;
-    emit cursorChanged();
+    place(clamped(pos), -1);
+}
+
+void HexModel::selectTo(int pos)
+{
+    if (!m_bytes.isEmpty())
+        place(clamped(pos), m_anchor < 0 ? m_cursor : m_anchor);
+}
+
+bool HexModel::select(int start, int length)
+{
+    if (start < 0 || length <= 0 || length > m_bytes.size() - start)
+        return false;
+    place(start, start + length - 1);
+    return true;
 }
 
 void HexModel::clickRow(int row)
@@ -114,19 +128,25 @@ void HexModel::clickRow(int row)
     setCursor(clamped(qint64(row) * m_bytesPerRow));
 }
 
-void HexModel::moveCursor(Move move, int rowsPerPage)
+void HexModel::moveCursor(Move move, int rowsPerPage, bool selects)
 {
+    const auto moveTo = [&](qint64 position) {
+        if (selects)
+            selectTo(clamped(position));
+        else
+            setCursor(clamped(position));
+    };
     const qint64 lastRow = rowCount() - 1;
     const qint64 rowStart = qint64(currentRow()) * m_bytesPerRow;
     const auto byRows = [&](qint64 rows) {
         const qint64 row = std::clamp<qint64>(currentRow() + rows, 0, lastRow);
-        setCursor(clamped(row * m_bytesPerRow + m_cursor - rowStart));
+        moveTo(row * m_bytesPerRow + m_cursor - rowStart);
     };
     switch (move) {
     case Left:
-        return setCursor(clamped(qint64(m_cursor) - 1));
+        return moveTo(qint64(m_cursor) - 1);
     case Right:
-        return setCursor(clamped(qint64(m_cursor) + 1));
+        return moveTo(qint64(m_cursor) + 1);
     case Up:
         return byRows(-1);
     case Down:
@@ -136,13 +156,13 @@ void HexModel::moveCursor(Move move, int rowsPerPage)
     case PageDown:
         return byRows(rowsPerPage);
     case RowStart:
-        return setCursor(clamped(rowStart));
+        return moveTo(rowStart);
     case RowEnd:
-        return setCursor(clamped(rowStart + m_bytesPerRow - 1));
+        return moveTo(rowStart + m_bytesPerRow - 1);
     case FileStart:
-        return setCursor(0);
+        return moveTo(0);
     case FileEnd:
-        return setCursor(clamped(m_bytes.size()));
+        return moveTo(m_bytes.size());
     }
 }
 
@@ -150,6 +170,8 @@ bool HexModel::applyPatch(int offset, const QByteArray &bytes)
 {
     if (offset < 0 || bytes.isEmpty() || offset + bytes.size() > m_bytes.size())
         return false;
+    const QByteArray before = m_bytes.sliced(offset, bytes.size());
+    emit aboutToChange();
     m_bytes.replace(offset, bytes.size(), bytes);
     const auto rowAt = [this](qsizetype position) {
         return index(static_cast<int>(position / m_bytesPerRow));
@@ -158,6 +180,8 @@ bool HexModel::applyPatch(int offset, const QByteArray &bytes)
     emit dataChangedSig();
     if (offset < m_match.start + m_match.length && m_match.start < offset + bytes.size())
         clearMatch();
+    if (before != bytes)
+        emit overwritten(offset, before);
     return true;
 }
 
@@ -175,6 +199,16 @@ void HexModel::clearMatch()
 int HexModel::clamped(qint64 pos) const
 {
     return static_cast<int>(std::clamp<qint64>(pos, 0, std::max<qint64>(m_bytes.size(), 1) - 1));
+}
+
+void HexModel::place(int cursor, int anchor)
+{
+    const bool moved = std::exchange(m_cursor, cursor) != cursor;
+    const bool hadSelection = std::exchange(m_anchor, anchor) >= 0;
+    if (moved)
+        emit cursorChanged();
+    if (hadSelection || anchor >= 0)
+        emit selectionChanged();
 }
 
 void HexModel::changeMatch(Match match)

@@ -3,9 +3,12 @@
 #include <QAbstractListModel>
 #include <QByteArray>
 
-/// The bytes of a tune file as rows of sixteen, with a cursor and the last match of a search. Bytes are
-/// overwritten, never inserted or removed. Row texts are made on demand; an empty buffer still shows one
-/// empty row.
+#include <algorithm>
+#include <cstdlib>
+
+/// The bytes of a tune file as rows of sixteen, with a cursor, a selection and the last match of a search.
+/// Bytes are overwritten, never inserted or removed. Row texts are made on demand; an empty buffer still
+/// shows one empty row.
 class HexModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -14,6 +17,8 @@ class HexModel : public QAbstractListModel
     Q_PROPERTY(int currentRow READ currentRow NOTIFY cursorChanged FINAL)
     Q_PROPERTY(int matchStart READ matchStart NOTIFY matchChanged FINAL)
     Q_PROPERTY(int matchLength READ matchLength NOTIFY matchChanged FINAL)
+    Q_PROPERTY(int selectionStart READ selectionStart NOTIFY selectionChanged FINAL)
+    Q_PROPERTY(int selectionLength READ selectionLength NOTIFY selectionChanged FINAL)
 
 public:
     enum Role
@@ -54,16 +59,27 @@ public:
     /// Offset in bytes of what was last found; -1, with a length of 0, when there is no match to show.
     int matchStart() const { return m_match.start; }
     int matchLength() const { return m_match.length; }
+    /// The selected bytes reach from where the selection began to the cursor, both included. -1, with a
+    /// length of 0, when nothing is selected.
+    int selectionStart() const { return m_anchor < 0 ? -1 : std::min(m_anchor, m_cursor); }
+    int selectionLength() const { return m_anchor < 0 ? 0 : std::abs(m_anchor - m_cursor) + 1; }
 
-    /// Replaces the buffer and forgets the match; the cursor stays, clamped to the new last byte.
+    /// Replaces the buffer and forgets match and selection; the cursor stays, clamped to the new last byte.
     void setBytes(const QByteArray &bytes);
-    /// Positions outside the buffer are clamped.
+    /// Positions outside the buffer are clamped. Nothing is selected afterwards.
     void setCursor(int pos);
+    /// Moves the cursor to `pos`, clamped, and selects what lies between there and where it was; a selection
+    /// that is there already keeps the end that stays.
+    Q_INVOKABLE void selectTo(int pos);
+    /// Selects `length` bytes and moves the cursor to the first. False, with nothing changed, when they are
+    /// not wholly within the buffer or there are none.
+    Q_INVOKABLE bool select(int start, int length);
     /// Moves the cursor to the first byte of `row`, clamped.
     Q_INVOKABLE void clickRow(int row);
     /// Moves the cursor by bytes and rows; a page has `rowsPerPage` of them. A move that keeps the column
-    /// stops at the last byte of a short row, and one past either end does not change the row.
-    Q_INVOKABLE void moveCursor(HexModel::Move move, int rowsPerPage);
+    /// stops at the last byte of a short row, and one past either end does not change the row. With
+    /// `selects` the bytes on the way are selected.
+    Q_INVOKABLE void moveCursor(HexModel::Move move, int rowsPerPage, bool selects = false);
     /// Overwrites bytes at `offset`. Refused, with nothing changed, when `bytes` is empty or would not fit.
     /// A match that it overwrites, if only in part, is forgotten.
     bool applyPatch(int offset, const QByteArray &bytes);
@@ -75,6 +91,12 @@ signals:
     void cursorChanged();
     void dataChangedSig();
     void matchChanged();
+    void selectionChanged();
+    /// The buffer is about to be written to: whoever shares it off this thread lets go of it now, or it would
+    /// be copied.
+    void aboutToChange();
+    /// What a patch that changed something found in its place.
+    void overwritten(int offset, const QByteArray &before);
 
 private:
     struct Match
@@ -86,10 +108,13 @@ private:
     };
 
     int clamped(qint64 pos) const;
+    void place(int cursor, int anchor);
     void changeMatch(Match match);
 
     QByteArray m_bytes;
     int m_cursor = 0;
+    /// Where the selection began; -1 when nothing is selected.
+    int m_anchor = -1;
     Match m_match;
     int m_bytesPerRow = 16;
 };

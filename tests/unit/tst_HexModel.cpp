@@ -8,6 +8,8 @@
 #include <QTest>
 
 #include <algorithm>
+#include <cstdlib>
+#include <functional>
 #include <limits>
 #include <memory>
 
@@ -52,6 +54,7 @@ private slots:
     void setCursor_announcesOnlyChanges();
     void moveCursor_data();
     void moveCursor();
+    void moveCursor_selects();
     void clickRow_data();
     void clickRow();
     void currentRow();
@@ -61,6 +64,15 @@ private slots:
     void applyPatch_announcesTouchedRows_data();
     void applyPatch_announcesTouchedRows();
     void applyPatch_refusedAnnouncesNothing();
+
+    void applyPatch_tellsWhatItOverwrote();
+    void selectTo_data();
+    void selectTo();
+    void select_data();
+    void select();
+    void otherMovesEndTheSelection();
+    void selection_announcesOnlyChanges();
+    void applyPatch_keepsTheSelection();
 
     void setMatch_data();
     void setMatch();
@@ -198,7 +210,8 @@ void TestHexModel::properties()
         const QMetaObject &type = HexModel::staticMetaObject;
         return type.property(type.indexOfProperty(name));
     };
-    for (const char *name : {"cursor", "byteCount", "currentRow", "matchStart", "matchLength"}) {
+    for (const char *name : {"cursor", "byteCount", "currentRow", "matchStart", "matchLength",
+                             "selectionStart", "selectionLength"}) {
         QVERIFY(property(name).isValid());
         QCOMPARE(property(name).metaType(), QMetaType::fromType<int>());
         QCOMPARE(property(name).isWritable(), QByteArray("cursor") == name);
@@ -212,6 +225,8 @@ void TestHexModel::properties()
     QVERIFY(dataChangedSig < meta.indexOfSignal("matchChanged()"));
     QCOMPARE(property("matchStart").notifySignal().name(), QByteArray("matchChanged"));
     QCOMPARE(property("matchLength").notifySignal().name(), QByteArray("matchChanged"));
+    QCOMPARE(property("selectionStart").notifySignal().name(), QByteArray("selectionChanged"));
+    QCOMPARE(property("selectionLength").notifySignal().name(), QByteArray("selectionChanged"));
     QVERIFY(QMetaObject::invokeMethod(m_model.get(), "clickRow", Q_ARG(int, 0)));
 }
 
@@ -338,10 +353,35 @@ void TestHexModel::moveCursor()
     QFETCH(int, size);
     QFETCH(HexModel::Move, move);
     QFETCH(int, from);
+    QFETCH(int, to);
     m_model->setBytes(QByteArray(size, 'x'));
     m_model->setCursor(from);
     m_model->moveCursor(move, 2);
-    QTEST(m_model->cursor(), "to");
+    QCOMPARE(m_model->cursor(), to);
+    QCOMPARE(m_model->selectionLength(), 0);
+
+    // The same way with Shift.
+    m_model->setCursor(from);
+    m_model->moveCursor(move, 2, true);
+    QCOMPARE(m_model->cursor(), to);
+    QCOMPARE(m_model->selectionStart(), size == 0 ? -1 : std::min(from, to));
+    QCOMPARE(m_model->selectionLength(), size == 0 ? 0 : std::abs(from - to) + 1);
+}
+
+void TestHexModel::moveCursor_selects()
+{
+    m_model->setBytes(QByteArray(40, 'x'));
+    m_model->setCursor(20);
+    m_model->moveCursor(HexModel::Right, 2, true);
+    m_model->moveCursor(HexModel::Down, 2, true);
+    QCOMPARE(m_model->selectionStart(), 20);
+    QCOMPARE(m_model->selectionLength(), 18);
+    // Back over where it began.
+    m_model->moveCursor(HexModel::RowStart, 2, true);
+    m_model->moveCursor(HexModel::Up, 2, true);
+    m_model->moveCursor(HexModel::Left, 2, true);
+    QCOMPARE(m_model->selectionStart(), 15);
+    QCOMPARE(m_model->selectionLength(), 6);
 }
 
 void TestHexModel::clickRow_data()
@@ -575,6 +615,125 @@ void TestHexModel::applyPatch_forgetsTheMatchItTouches()
     QCOMPARE(m_model->matchStart(), forgotten ? -1 : 10);
     QCOMPARE(m_model->matchLength(), forgotten ? 0 : 10);
     QCOMPARE(int(matches.count()), forgotten ? 1 : 0);
+}
+
+void TestHexModel::applyPatch_tellsWhatItOverwrote()
+{
+    m_model->setBytes("abcdef");
+    QList<QByteArray> events;
+    connect(m_model.get(), &HexModel::aboutToChange, this, [&] { events << m_model->bytes(); });
+    connect(m_model.get(), &HexModel::overwritten, this, [&](int offset, const QByteArray &before) {
+        events << QByteArray::number(offset) + ' ' + before + ' ' + m_model->bytes();
+    });
+    QVERIFY(m_model->applyPatch(2, "XY"));
+    QCOMPARE(events, QList<QByteArray>({"abcdef", "2 cd abXYef"}));
+    events.clear();
+    QVERIFY(m_model->applyPatch(2, "XY"));
+    QCOMPARE(events, QList<QByteArray>({"abXYef"}));
+    events.clear();
+    QVERIFY(!m_model->applyPatch(5, "XY"));
+    QCOMPARE(events, QList<QByteArray>());
+}
+
+void TestHexModel::selectTo_data()
+{
+    QTest::addColumn<int>("from");
+    QTest::addColumn<QList<int>>("positions");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("length");
+
+    QTest::newRow("forward") << 10 << QList{15} << 10 << 6;
+    QTest::newRow("back") << 10 << QList{5} << 5 << 6;
+    QTest::newRow("its-own-byte") << 10 << QList{10} << 10 << 1;
+    QTest::newRow("over-the-start") << 10 << QList{15, 5} << 5 << 6;
+    QTest::newRow("before-the-file") << 10 << QList{lowest} << 0 << 11;
+    QTest::newRow("past-the-file") << 10 << QList{highest} << 10 << 30;
+}
+
+void TestHexModel::selectTo()
+{
+    QFETCH(int, from);
+    QFETCH(QList<int>, positions);
+    m_model->selectTo(3);
+    QCOMPARE(m_model->selectionLength(), 0);
+    m_model->setBytes(QByteArray(40, 'x'));
+    m_model->setCursor(from);
+    for (const int position : positions)
+        m_model->selectTo(position);
+    QTEST(m_model->selectionStart(), "start");
+    QTEST(m_model->selectionLength(), "length");
+    QCOMPARE(m_model->cursor(), std::clamp(positions.last(), 0, 39));
+}
+
+void TestHexModel::select_data()
+{
+    QTest::addColumn<int>("start");
+    QTest::addColumn<int>("length");
+    QTest::addColumn<bool>("taken");
+
+    QTest::newRow("within") << 10 << 5 << true;
+    QTest::newRow("one-byte") << 10 << 1 << true;
+    QTest::newRow("all") << 0 << 40 << true;
+    QTest::newRow("last-byte") << 39 << 1 << true;
+    QTest::newRow("past-the-end") << 39 << 2 << false;
+    QTest::newRow("after-the-end") << 40 << 1 << false;
+    QTest::newRow("before-the-start") << -1 << 5 << false;
+    QTest::newRow("none") << 10 << 0 << false;
+    QTest::newRow("negative") << 10 << -1 << false;
+    QTest::newRow("overflow") << highest << highest << false;
+}
+
+void TestHexModel::select()
+{
+    QFETCH(int, start);
+    QFETCH(int, length);
+    QFETCH(bool, taken);
+    m_model->setBytes(QByteArray(40, 'x'));
+    m_model->setCursor(7);
+    QCOMPARE(m_model->select(start, length), taken);
+    QCOMPARE(m_model->cursor(), taken ? start : 7);
+    QCOMPARE(m_model->selectionStart(), taken ? start : -1);
+    QCOMPARE(m_model->selectionLength(), taken ? length : 0);
+}
+
+void TestHexModel::otherMovesEndTheSelection()
+{
+    const QList<std::function<void()>> moves{
+        [&] { m_model->setCursor(m_model->cursor()); }, [&] { m_model->clickRow(0); },
+        [&] { m_model->moveCursor(HexModel::Left, 2); }, [&] { m_model->setBytes(QByteArray(50, 'y')); }};
+    for (const auto &move : moves) {
+        m_model->setBytes(QByteArray(40, 'x'));
+        QVERIFY(m_model->select(10, 5));
+        QSignalSpy announced(m_model.get(), &HexModel::selectionChanged);
+        move();
+        QCOMPARE(m_model->selectionStart(), -1);
+        QCOMPARE(m_model->selectionLength(), 0);
+        QCOMPARE(announced.count(), 1);
+    }
+}
+
+void TestHexModel::selection_announcesOnlyChanges()
+{
+    m_model->setBytes(QByteArray(40, 'x'));
+    m_model->setCursor(5);
+    QSignalSpy cursor(m_model.get(), &HexModel::cursorChanged);
+    QSignalSpy selection(m_model.get(), &HexModel::selectionChanged);
+    m_model->setCursor(5);
+    m_model->setCursor(6);
+    QCOMPARE(cursor.count(), 1);
+    QCOMPARE(selection.count(), 0);
+    m_model->selectTo(6);
+    QCOMPARE(cursor.count(), 1);
+    QCOMPARE(selection.count(), 1);
+}
+
+void TestHexModel::applyPatch_keepsTheSelection()
+{
+    m_model->setBytes(QByteArray(40, 'x'));
+    QVERIFY(m_model->select(10, 5));
+    QVERIFY(m_model->applyPatch(8, "abcd"));
+    QCOMPARE(m_model->selectionStart(), 10);
+    QCOMPARE(m_model->selectionLength(), 5);
 }
 
 KVTEDITOR_TEST_MAIN(TestHexModel)
