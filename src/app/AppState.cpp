@@ -1,6 +1,7 @@
 #include "app/AppState.h"
 
 #include "api/ServiceConfig.h"
+#include "app/HexEditing.h"
 #include "app/ScanLink.h"
 #include "core/FileTools.h"
 #include "core/Version.h"
@@ -17,11 +18,13 @@ AppState::AppState(QObject *parent)
     : QObject(parent)
     , m_client(new VoxApiClient(this))
     , m_hexModel(new HexModel(this))
+    , m_hexEditing(new HexEditing(m_hexModel, this))
     , m_transfers(new TransferMeter(this))
 {
     if (const QString &refusal = serviceConfig().refusal; !refusal.isEmpty())
         setStatus(refusal, 0);
     connect(m_client, &VoxApiClient::requestSent, m_transfers, &TransferMeter::watch);
+    connect(m_hexEditing, &HexEditing::said, this, &AppState::setStatus);
     m_search.link = std::make_shared<ScanLink>();
     m_search.link->owner = this;
 }

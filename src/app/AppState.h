@@ -17,6 +17,7 @@
 #include <memory>
 #include <utility>
 
+class HexEditing;
 class WebToolWindow;
 struct ScanLink;
 
@@ -164,12 +165,14 @@ public:
     bool showHex() const { return m_showHex; }
     Q_INVOKABLE void setShowHex(bool show);
     HexModel *hexModel() const { return m_hexModel; }
+    /// The editor's other commands. Belongs to the controller.
+    Q_INVOKABLE HexEditing *hexEditing() const { return m_hexEditing; }
     /// Moves the cursor to the next occurrence after it, from the start again when there is none.
     Q_INVOKABLE void hexFind(const QString &query);
     /// As hexFind, towards the start of the file.
     Q_INVOKABLE void hexFindPrevious(const QString &query);
-    /// Moves the cursor to the offset that FileTools::parseOffset reads. False, with the reason in the
-    /// status, when there is none or it lies outside the file.
+    /// Moves the cursor to the target that FileTools::parseTarget reads, and selects as many bytes as it
+    /// says. False, with the reason in the status, when there is none or it is not wholly within the file.
     Q_INVOKABLE bool hexGoTo(const QString &offset);
     /// Overwrites the bytes at the cursor with what the query stands for.
     Q_INVOKABLE void hexPatch(const QString &query);
@@ -303,6 +306,7 @@ private:
 
     VoxApiClient *m_client;
     HexModel *m_hexModel;
+    HexEditing *m_hexEditing;
     TransferMeter *m_transfers;
     QString m_tab = QStringLiteral("main");
     bool m_busy = false;

@@ -1,6 +1,8 @@
 #include "app/AppState.h"
 
+#include "app/HexEditing.h"
 #include "core/FileTools.h"
+#include "core/HexText.h"
 
 using namespace Qt::StringLiterals;
 
@@ -29,17 +31,20 @@ void AppState::hexFindBy(const QString &query, const std::function<int(const QBy
     const QByteArray needle = FileTools::parseHexQuery(query);
     if (needle.isEmpty()) {
         m_hexModel->clearMatch();
+        m_hexEditing->matches()->setNeedle({});
         setStatus(u"Enter hex or ASCII to search."_s, 0);
         return;
     }
     const int position = find(needle);
     if (position < 0) {
         m_hexModel->clearMatch();
+        m_hexEditing->matches()->setNeedle({});
         setStatus(u"Not found."_s, 0);
         return;
     }
     m_hexModel->setMatch(position, static_cast<int>(needle.size()));
     m_hexModel->setCursor(position);
+    m_hexEditing->matches()->setNeedle(needle);
     setStatus(u"Found at 0x%1"_s.arg(position, 0, 16).toUpper(), 1);
 }
 
@@ -49,20 +54,23 @@ bool AppState::hexGoTo(const QString &offset)
         setStatus(u"No file is open."_s, 0);
         return false;
     }
-    const std::optional<qint64> target =
-        FileTools::parseOffset(offset, m_hexModel->cursor(), m_hexModel->byteCount());
-    const int last = m_hexModel->byteCount() - 1;
+    const int count = m_hexModel->byteCount();
+    const auto target = FileTools::parseTarget(offset, m_hexModel->cursor(), count);
     if (!target) {
-        setStatus(u"Enter an offset such as 1F3A7, 127911d, +40 or end."_s, 0);
+        setStatus(u"Enter an offset such as 1F3A7, 127911d, +40, end or 1F3A7:20."_s, 0);
         return false;
     }
-    if (*target < 0 || *target > last) {
-        setStatus(u"Outside the file: its last byte is at 0x%1."_s.arg(QString::number(last, 16).toUpper()),
-                  0);
+    if (target->offset < 0 || target->offset >= count || target->length > count - target->offset) {
+        setStatus(u"Outside the file: its last byte is at 0x%1."_s.arg(offsetText(count - 1)), 0);
         return false;
     }
-    m_hexModel->setCursor(static_cast<int>(*target));
-    setStatus(u"At 0x%1."_s.arg(QString::number(*target, 16).toUpper()), 1);
+    m_hexModel->setCursor(static_cast<int>(target->offset));
+    if (target->length > 0)
+        m_hexModel->select(static_cast<int>(target->offset), static_cast<int>(target->length));
+    m_hexEditing->rememberTarget(offset);
+    setStatus(target->length > 0 ? m_hexEditing->selectionText() + '.'_L1
+                                 : u"At 0x%1."_s.arg(offsetText(target->offset)),
+              1);
     return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include "api/JsonReading.h"
 #include "api/KvtInfo.h"
+#include "app/HexEditing.h"
 #include "core/FileTools.h"
 #include "core/Version.h"
 
@@ -56,6 +57,7 @@ void AppState::saveKvt(const QString &path)
     }
     m_file.path = path;
     m_file.name = QFileInfo(path).fileName();
+    m_hexEditing->markSaved();
     emit fileChanged();
     setStatus(u"Saved."_s, 1);
 }

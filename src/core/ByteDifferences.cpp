@@ -109,10 +109,8 @@ qsizetype ByteDifferences::lastStart(QByteArrayView ours, QByteArrayView theirs,
     return -1;
 }
 
-ByteRange ByteDifferences::place(QByteArrayView ours, QByteArrayView theirs, int index) const
+const std::vector<int> &ByteDifferences::placesBefore() const
 {
-    if (index < 0 || index >= m_places)
-        return {};
     if (m_placesBefore.empty()) {
         m_placesBefore.reserve(m_blocks.size());
         int sum = 0;
@@ -121,13 +119,29 @@ ByteRange ByteDifferences::place(QByteArrayView ours, QByteArrayView theirs, int
             sum += block.places;
         }
     }
+    return m_placesBefore;
+}
+
+ByteRange ByteDifferences::place(QByteArrayView ours, QByteArrayView theirs, int index) const
+{
+    if (index < 0 || index >= m_places)
+        return {};
     // The last block with no more places before it than that holds the place, as it is not an empty one.
-    const auto after = std::upper_bound(m_placesBefore.cbegin(), m_placesBefore.cend(), index);
-    const auto block = static_cast<qsizetype>(after - m_placesBefore.cbegin() - 1);
+    const std::vector<int> &before = placesBefore();
+    const auto block = std::upper_bound(before.cbegin(), before.cend(), index) - before.cbegin() - 1;
     qsizetype start = firstStart(ours, theirs, block << m_shift);
-    for (int i = m_placesBefore[static_cast<size_t>(block)]; i < index; ++i)
+    for (int i = before[static_cast<size_t>(block)]; i < index; ++i)
         start = firstStart(ours, theirs, start + 1);
     return rangeFrom(ours, theirs, start);
+}
+
+int ByteDifferences::numberAt(QByteArrayView ours, QByteArrayView theirs, int start) const
+{
+    const qsizetype block = blockAt(start);
+    int number = placesBefore()[static_cast<size_t>(block)];
+    for (qsizetype i = block << m_shift; i <= start; ++i)
+        number += startsAt(ours, theirs, i) ? 1 : 0;
+    return number;
 }
 
 ByteRange ByteDifferences::placeAt(QByteArrayView ours, QByteArrayView theirs, int position) const

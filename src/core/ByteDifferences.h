@@ -42,6 +42,8 @@ public:
     ByteRange next(QByteArrayView ours, QByteArrayView theirs, int position) const;
     /// The last place that begins before `position`; the last of all if there is none.
     ByteRange previous(QByteArrayView ours, QByteArrayView theirs, int position) const;
+    /// The number, from 1, of the place that begins at `start`.
+    int numberAt(QByteArrayView ours, QByteArrayView theirs, int start) const;
     /// The file as `lines` lines from top to bottom: the runs of those that hold a difference, each as its
     /// first line and the one after its last.
     QList<std::pair<int, int>> map(int lines) const;
@@ -59,6 +61,7 @@ private:
     ByteRange rangeFrom(QByteArrayView ours, QByteArrayView theirs, qsizetype start) const;
     qsizetype firstStart(QByteArrayView ours, QByteArrayView theirs, qsizetype from) const;
     qsizetype lastStart(QByteArrayView ours, QByteArrayView theirs, qsizetype before) const;
+    const std::vector<int> &placesBefore() const;
 
     qsizetype m_size;
     /// A block is 2 to this power bytes: one row of the editor, more in a large file.
@@ -66,6 +69,6 @@ private:
     std::vector<Block> m_blocks;
     int m_bytes = 0;
     int m_places = 0;
-    /// How many places begin before each block; made when asked for.
+    /// How many places begin before each block; made by placesBefore, empty after a change.
     mutable std::vector<int> m_placesBefore;
 };

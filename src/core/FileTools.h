@@ -92,6 +92,18 @@ public:
     /// Nothing if the text names none.
     static std::optional<qint64> parseOffset(const QString &text, int cursor, int byteCount);
 
+    /// An offset, and how many bytes to select there; 0 for none.
+    struct Target
+    {
+        qint64 offset = 0;
+        qint64 length = 0;
+
+        bool operator==(const Target &) const = default;
+    };
+
+    /// As parseOffset, with ":" and a length after it or without; the length is written as an offset.
+    static std::optional<Target> parseTarget(const QString &text, int cursor, int byteCount);
+
     // Operating-system numbers and names: OsRules.cpp
 
     /// Whether the workspace opens a file of that name, or path: its suffix is .kvt, in any case.

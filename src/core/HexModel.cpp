@@ -1,48 +1,11 @@
 #include "core/HexModel.h"
 
+#include "core/HexText.h"
+
 #include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr char upperHexDigits[] = "0123456789ABCDEF";
-
-QString offsetText(qint64 offset)
-{
-    QString text(8, Qt::Uninitialized);
-    for (qsizetype i = 7; i >= 0; --i, offset >>= 4)
-        text[i] = QLatin1Char(upperHexDigits[offset & 0xF]);
-    return text;
-}
-
-QString hexText(QByteArrayView row)
-{
-    if (row.isEmpty())
-        return {};
-    QString text(row.size() * 3 - 1, ' '_L1);
-    QChar *out = text.data();
-    for (const char c : row) {
-        const auto byte = static_cast<unsigned char>(c);
-        out[0] = QLatin1Char(upperHexDigits[byte >> 4]);
-        out[1] = QLatin1Char(upperHexDigits[byte & 0xF]);
-        out += 3;
-    }
-    return text;
-}
-
-QString asciiText(QByteArrayView row)
-{
-    QString text(row.size(), Qt::Uninitialized);
-    std::transform(row.begin(), row.end(), text.begin(), [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return QLatin1Char(byte >= 32 && byte <= 126 ? c : '.');
-    });
-    return text;
-}
-
-} // namespace
 
 HexModel::HexModel(QObject *parent)
     : QAbstractListModel(parent)
@@ -67,7 +30,7 @@ QVariant HexModel::data(const QModelIndex &index, int role) const
     const QByteArrayView row = QByteArrayView(m_bytes).sliced(offset, length);
     switch (role) {
     case OffsetRole:
-        return offsetText(offset);
+        return offsetText(offset).rightJustified(8, '0'_L1);
     case HexRole:
         return hexText(row);
     case AsciiRole:

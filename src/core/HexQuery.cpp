@@ -1,5 +1,7 @@
 #include "core/FileTools.h"
 
+#include "core/HexText.h"
+
 #include <QByteArrayView>
 #include <QList>
 #include <QRegularExpression>
@@ -42,15 +44,8 @@ qsizetype lastIndexOf(QByteArrayView haystack, QByteArrayView needle)
 
 QByteArray FileTools::parseHexQuery(const QString &query)
 {
-    static const QRegularExpression separators(uR"([\s,;:])"_s);
-    static const QRegularExpression hexDigits(u"^[0-9A-Fa-f]+$"_s);
-
-    const QString trimmed = query.trimmed();
-    QString digits = trimmed;
-    digits.remove(separators);
-    if (digits.size() % 2 == 0 && hexDigits.match(digits).hasMatch())
-        return QByteArray::fromHex(digits.toLatin1());
-    return trimmed.toUtf8();
+    const std::optional<QByteArray> bytes = bytesOfHex(query);
+    return bytes ? *bytes : query.trimmed().toUtf8();
 }
 
 int FileTools::findBytes(const QByteArray &haystack, const QByteArray &needle, int from)
@@ -111,4 +106,18 @@ std::optional<qint64> FileTools::parseOffset(const QString &text, int cursor, in
         match.hasCaptured(2) ? match.captured(2).toLongLong() : match.captured(3).toLongLong(nullptr, 16);
     const QString sign = match.captured(1);
     return sign.isEmpty() ? number : sign == "+"_L1 ? cursor + number : cursor - number;
+}
+
+std::optional<FileTools::Target> FileTools::parseTarget(const QString &text, int cursor, int byteCount)
+{
+    const qsizetype colon = text.indexOf(':'_L1);
+    const std::optional<qint64> offset =
+        parseOffset(text.first(colon < 0 ? text.size() : colon), cursor, byteCount);
+    if (!offset || colon < 0)
+        return offset ? std::optional(Target{*offset, 0}) : std::nullopt;
+    // A length is written as an offset is, but counts from nowhere.
+    const QString length = text.sliced(colon + 1).trimmed();
+    const std::optional<qint64> count = parseOffset(length, 0, 0);
+    const bool isLength = count && *count > 0 && length.front().isLetterOrNumber();
+    return isLength ? std::optional(Target{*offset, *count}) : std::nullopt;
 }

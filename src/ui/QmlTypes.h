@@ -2,10 +2,14 @@
 
 #include "api/TransferMeter.h"
 #include "app/AppState.h"
+#include "app/HexEditing.h"
+#include "core/HexCompare.h"
+#include "core/HexMatches.h"
 #include "core/HexModel.h"
 #include "core/ModuleLines.h"
 #include "core/RowModel.h"
 #include "core/TextLines.h"
+#include "ui/HexFills.h"
 #include "ui/InnerDialogs.h"
 
 #include <QtQml/qqml.h>
@@ -19,6 +23,37 @@ struct AppStateForeign
     QML_FOREIGN(AppState)
     QML_NAMED_ELEMENT(AppState)
     QML_UNCREATABLE("The program makes the one controller and hands it to the views as app")
+};
+
+struct HexCompareForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexCompare)
+    QML_NAMED_ELEMENT(HexCompare)
+    QML_UNCREATABLE("It belongs to the controller, which hands it out")
+};
+
+struct HexEditingForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexEditing)
+    QML_NAMED_ELEMENT(HexEditing)
+    QML_UNCREATABLE("It belongs to the controller, which hands it out")
+};
+
+struct HexFillsForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexFills)
+    QML_NAMED_ELEMENT(HexFills)
+};
+
+struct HexMatchesForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexMatches)
+    QML_NAMED_ELEMENT(HexMatches)
+    QML_UNCREATABLE("It belongs to the controller, which hands it out")
 };
 
 struct HexModelForeign

@@ -6,14 +6,14 @@ set -euo pipefail
 top=$(dirname "${BASH_SOURCE[0]}")/../..
 chapter=$top/docs/manual/messages.md
 
-# The texts in calls of setStatus, and those that lower floors hand up as an error or an outcome. What is refused
+# The texts in calls of setStatus or of signals that lead there, and those that lower floors hand up as an error or an outcome. What is refused
 # in a service configuration goes to the log only.
 mapfile -t sources < <(find "$top/src" -name '*.cpp' ! -name ServiceConfig.cpp | sort)
 mapfile -t texts < <(perl -0777 -ne '
-  while (/(?:setStatus\(|\b(?:fail|report)\(error,|\berror = |return \{\s*(?=u"))(.*?);/gs) {
+  while (/(?:setStatus\(|\bsaid\(|\b(?:fail|report)\(error,|\berror = |return \{\s*(?=u"))(.*?);/gs) {
     my $statement = $1;
     print "$1\n" while $statement =~ /\bu"((?:[^"\\]|\\.)*)"_s/g;
-  }' "${sources[@]}" | sed -e 's/\\u2014/—/g' | sort -u)
+  }' "${sources[@]}" | sed -e 's/\\u2014/—/g; s/\\u2013/–/g' | sort -u)
 
 missing=0
 checked=0

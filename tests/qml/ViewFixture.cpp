@@ -195,6 +195,15 @@ void ViewFixture::fillHex(int size)
     m_app->hexModel()->setBytes(bytes);
 }
 
+QString ViewFixture::writeOther(const QList<int> &positions, int longer)
+{
+    QByteArray bytes = m_app->hexModel()->bytes();
+    for (const int position : positions)
+        bytes[position] = static_cast<char>(~bytes[position]);
+    bytes = longer < 0 ? bytes.chopped(-longer) : bytes + QByteArray(longer, '-');
+    return makeFile(tempPath(u"other.bin"_s), bytes);
+}
+
 void ViewFixture::applyInfo(const QVariantMap &answer)
 {
     m_app->applyKvtInfoJson(QString::fromUtf8(QJsonDocument(QJsonObject::fromVariantMap(answer)).toJson()));

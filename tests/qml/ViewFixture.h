@@ -56,6 +56,9 @@ public:
     Q_INVOKABLE void repeatKey(QObject *window, int key, int modifiers);
     /// Fills the hex editor's buffer with bytes that count from 0.
     Q_INVOKABLE void fillHex(int size);
+    /// Writes the hex editor's bytes, longer or shorter by `longer` and with every byte at one of `positions`
+    /// inverted, to a file. Its path.
+    Q_INVOKABLE QString writeOther(const QList<int> &positions, int longer = 0);
     Q_INVOKABLE void applyInfo(const QVariantMap &answer);
     /// Keeps the controller busy with a conversion.
     Q_INVOKABLE void startConversion();

@@ -124,9 +124,16 @@ ViewTest {
         const place = middle(data.over);
         app.showHex = true;
         app.setStatus("Ready.");
-        compare(fixture.drop(window, place, urls(["truck.kvt"])), false);
+        // The hex editor compares with what is dropped on it.
+        const comparing = app.hexEditing().compare;
+        for (const name of ["truck.kvt", "truck.bin"]) {
+            compare(fixture.drop(window, place, urls([name])), true);
+            tryCompare(comparing, "name", name);
+            tryCompare(app, "status", "Compared with " + name + ".");
+        }
+        verify(!fixture.drop(window, place, urls(["truck.kvt", "truck.bin"])));
+        verify(!fixture.drop(window, place, [fixture.urlOf(fixture.tempPath(""))]));
         compare(app.fileName, "open.kvt");
-        compare(app.status, "Ready.");
         compare(find("sorterFilesField").text, "");
         app.showHex = false;
         verify(fixture.drop(window, place, urls(["truck.kvt"])));

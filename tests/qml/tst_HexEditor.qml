@@ -719,14 +719,15 @@ ViewTest {
             const entry = find(name);
             compare(entry.Accessible.role, Accessible.MenuItem);
             compare(entry.Accessible.name, text);
-            compare(entry.contentItem.text, text);
-            compare(entry.contentItem.color, VOXTheme.text);
-            compare(entry.contentItem.textFormat, Text.PlainText);
+            const label = entry.contentItem.children[0];
+            compare(label.text, text);
+            compare(label.color, VOXTheme.text);
+            compare(label.textFormat, Text.PlainText);
         }
         mouseMove(find("copyHex"));
         tryCompare(find("copyHex"), "highlighted", true);
         compare(find("copyHex").background.color, VOXTheme.selection);
-        compare(find("copyHex").contentItem.color, VOXTheme.accentText);
+        compare(find("copyHex").contentItem.children[0].color, VOXTheme.accentText);
     }
 
     function test_menuKeepsClearOfTheWindowsEdges() {
@@ -799,16 +800,19 @@ ViewTest {
         compare(app.status, "Enter hex or ASCII to search.");
     }
 
-    function test_returnInThePatchFieldWritesNothing() {
+    function test_returnInThePatchFieldApplies(data) {
         openEditor(64);
         const field = find("hexPatchField");
-        const status = app.status;
         field.text = "41 42";
         field.forceActiveFocus();
-        for (const key of [Qt.Key_Return, Qt.Key_Enter])
-            keyClick(key);
-        compare(shownRows()[0].digits.slice(0, 5), "00 01");
-        compare(app.status, status);
+        keyClick(data.key);
+        compare(shownRows()[0].digits.slice(0, 8), "41 42 02");
+        compare(app.status, "Patched 2 byte(s).");
+        compare(app.showHex, true);
+    }
+
+    function test_returnInThePatchFieldApplies_data() {
+        return [{ tag: "return", key: Qt.Key_Return }, { tag: "enter", key: Qt.Key_Enter }];
     }
 
     function test_rowsSayWhatTheyAre() {

@@ -128,12 +128,22 @@ ViewTest {
     function test_nothingBehindTheHexEditorActs() {
         openHexEditor();
         app.setStatus("Ready.");
-        for (const key of [Qt.Key_O, Qt.Key_S].concat(keys.map(digitOf)))
+        for (const key of [Qt.Key_O].concat(keys.map(digitOf)))
             ctrl(key);
         compare(openDialogs(), []);
         compare(app.tab, "main");
         compare(app.status, "Ready.");
         compare(app.showHex, true);
+    }
+
+    function test_savesFromTheHexEditor() {
+        openHexEditor();
+        ctrl(Qt.Key_S);
+        tryVerify(() => openDialogs().includes("saveDialog"));
+        keyClick(Qt.Key_Escape);
+        tryCompare(find("saveDialog"), "visible", false);
+        compare(app.showHex, true);
+        tryVerify(() => isInside(window.activeFocusItem, find("hexOverlay")));
     }
 
     function test_findInTheHexEditor() {

@@ -1,4 +1,5 @@
 #include "app/AppState.h"
+#include "app/HexEditing.h"
 #include "support/FormData.h"
 #include "support/RawHttpServer.h"
 #include "support/TestFiles.h"
@@ -725,7 +726,11 @@ void TestAppStateWorkspace::hexGoTo_data()
     QTest::newRow("far-past-the-end") << u"9999999999d"_s << 0x10 << outside;
     QTest::newRow("before-the-start") << u"-11"_s << 0x10 << outside;
     QTest::newRow("no-offset") << u"here"_s << 0x10
-                               << u"Enter an offset such as 1F3A7, 127911d, +40 or end."_s;
+                               << u"Enter an offset such as 1F3A7, 127911d, +40, end or 1F3A7:20."_s;
+    QTest::newRow("selects") << u"20:10"_s << 0x20 << u"Selected 0x20\u20130x2F, 16 bytes."_s;
+    QTest::newRow("selects-one") << u"+0:1"_s << 0x10 << u"Selected 0x10\u20130x10, 1 byte."_s;
+    QTest::newRow("selects-to-the-end") << u"3F0:10"_s << 0x3F0 << u"Selected 0x3F0\u20130x3FF, 16 bytes."_s;
+    QTest::newRow("selects-past-the-end") << u"3F0:11"_s << 0x10 << outside;
 }
 
 void TestAppStateWorkspace::hexGoTo()
@@ -738,7 +743,9 @@ void TestAppStateWorkspace::hexGoTo()
     QTEST(m_state->hexModel()->cursor(), "cursor");
     QCOMPARE(m_state->status(), status);
     QCOMPARE(m_state->statusOK(), gone ? 1 : 0);
-    QCOMPARE(gone, status.startsWith(u"At "_s));
+    QCOMPARE(gone, status.startsWith(u"At "_s) || status.startsWith(u"Selected "_s));
+    QCOMPARE(m_state->hexModel()->selectionLength() > 0, status.startsWith(u"Selected "_s));
+    QCOMPARE(m_state->hexEditing()->targets(), gone ? QStringList(offset) : QStringList());
 
     m_state->hexModel()->setBytes({});
     QVERIFY(!m_state->hexGoTo(offset));

@@ -42,8 +42,10 @@ void verifyAll(const ByteDifferences &differences, const QByteArray &ours, const
         bytes += range.length;
     QCOMPARE(differences.bytes(), bytes);
     QCOMPARE(differences.places(), int(ranges.size()));
-    for (int i = 0; i < ranges.size(); ++i)
+    for (int i = 0; i < ranges.size(); ++i) {
         QCOMPARE(differences.place(ours, theirs, i), ranges[i]);
+        QCOMPARE(differences.numberAt(ours, theirs, ranges[i].start), i + 1);
+    }
     QCOMPARE(differences.place(ours, theirs, -1), ByteRange());
     QCOMPARE(differences.place(ours, theirs, static_cast<int>(ranges.size())), ByteRange());
 

@@ -8,6 +8,7 @@ DropArea {
 
     property bool folder: false
     property bool several: false
+    property bool anyFile: false
     // What the frame is drawn on, and where it begins there.
     property Item framed: root
     property real frameTop: 0
@@ -21,6 +22,8 @@ DropArea {
     function fits(path: string): bool {
         if (folder)
             return appState.isFolder(path);
+        if (anyFile)
+            return !appState.isFolder(path);
         return appState.isKvtFile(path) && (several || !appState.isFolder(path));
     }
 

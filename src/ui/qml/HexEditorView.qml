@@ -1,5 +1,6 @@
 pragma ComponentBehavior: Bound
 
+import QtQml
 import QtQuick
 import QtQuick.Layouts
 import KvtEditor
@@ -10,7 +11,16 @@ FocusScope {
 
     readonly property AppState appState: app // qmllint disable unqualified
 
+    readonly property HexEditing editing: appState.hexEditing()
+    property bool inspecting: false
+    // Whether the differences are listed, while there are any.
+    property bool listing: false
+    readonly property bool hasPanel: inspecting || listing && editing.compare.active
+    // Beside the rows, where there is room for it.
+    readonly property bool panelBeside: width - 40 - byteGrid.neededWidth >= 320
+
     signal closed()
+    signal saveWanted()
 
     // What is typed then replaces what was searched for.
     function focusSearch(): void {
@@ -31,6 +41,21 @@ FocusScope {
     function focusGoTo(): void {
         goToField.forceActiveFocus(Qt.ShortcutFocusReason);
         goToField.selectAll();
+    }
+
+    function fill(): void {
+        editing.fill(patchField.text);
+        noteApplied();
+    }
+
+    function applyPatch(): void {
+        appState.hexPatch(patchField.text);
+        noteApplied();
+    }
+
+    function noteApplied(): void {
+        if (appState.statusOK === 1)
+            patchField.applied = patchField.text;
     }
 
     function goTo(): void {
@@ -80,6 +105,39 @@ FocusScope {
     HexGrid {
         id: byteGrid
         rowWidth: rows.width
+        comparing: root.editing.compare.active
+    }
+
+    HexCommands {
+        id: commands
+        onFillWanted: root.fill()
+        onGoToWanted: root.focusGoTo()
+        onFindNextWanted: root.findNext()
+        onFindPreviousWanted: root.findPrevious()
+        onInspectorWanted: root.inspecting = !root.inspecting
+        onListWanted: root.listing = !root.listing
+        onOtherWanted: {
+            if (commands.hasFile)
+                otherDialog.ask();
+            else
+                root.appState.setStatus("No file is open.", 0);
+        }
+    }
+
+    PickFileDialog {
+        id: otherDialog
+        objectName: "hexOtherDialog"
+        title: "Compare with"
+        nameFilters: ["All files (*)", "KVT files (*.kvt)"]
+        acceptLabel: "Compare"
+        onTaken: path => root.editing.compare.start(path)
+    }
+
+    FileDrop {
+        objectName: "hexDrop"
+        anchors.fill: parent
+        anyFile: true
+        onTaken: paths => root.editing.compare.start(paths[0])
     }
 
     ColumnLayout {
@@ -99,6 +157,7 @@ FocusScope {
             VOXLabel {
                 objectName: "hexFileName"
                 text: root.appState.fileName
+                    + (root.editing.compare.active ? "  compared with  " + root.editing.compare.name : "")
                 elide: Text.ElideMiddle
                 maximumLineCount: 1
                 Layout.fillWidth: true
@@ -112,7 +171,11 @@ FocusScope {
                 hint: "Esc"
                 implicitWidth: 90
                 Layout.fillWidth: false
-                onClicked: root.appState.showHex = false
+                onPressed: patchField.pointAt()
+                onClicked: {
+                    patchField.pointAt();
+                    root.appState.showHex = false;
+                }
             }
         }
 
@@ -127,7 +190,17 @@ FocusScope {
                 placeholderText: "Hex or ASCII search"
                 focus: true
                 Layout.fillWidth: true
+                rightPadding: matchLabel.visible ? matchLabel.width + 20 : 10
                 onAccepted: root.findNext()
+                onTextEdited: root.editing.matches.forget()
+
+                VOXLabel {
+                    id: matchLabel
+                    objectName: "hexMatchText"
+                    anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter }
+                    visible: text !== ""
+                    text: root.editing.matches.text
+                }
             }
 
             SearchButton {
@@ -157,30 +230,96 @@ FocusScope {
                 Layout.preferredWidth: 150
                 Layout.leftMargin: 8
                 onAccepted: root.goTo()
+                Keys.onDownPressed: targetsButton.clicked()
             }
+
+            VOXButton {
+                id: targetsButton
+                objectName: "hexTargetsButton"
+                text: "▾"
+                enabled: root.editing.targets.length > 0
+                implicitWidth: 32
+                Layout.fillWidth: false
+                Accessible.name: "Recent offsets"
+                onClicked: targetsMenu.popup(targetsButton, width - targetsMenu.width, height + 4)
+
+                VOXMenu {
+                    id: targetsMenu
+                    objectName: "hexTargetsMenu"
+
+                    Instantiator {
+                        model: root.editing.targets
+                        onObjectAdded: (index, object) => targetsMenu.insertItem(index, object)
+                        onObjectRemoved: (index, object) => targetsMenu.removeItem(object)
+
+                        VOXMenuItem {
+                            required property string modelData
+
+                            text: modelData
+                            onTriggered: {
+                                goToField.text = modelData;
+                                root.goTo();
+                            }
+                        }
+                    }
+                }
+            }
+        }
+
+        HexTools {
+            commands: commands
+            inspecting: root.inspecting
+            onSaveWanted: root.saveWanted()
         }
 
         HexInfoLine {
             Layout.fillWidth: true
         }
 
-        ColumnLayout {
-            spacing: 2
+        // Placed by geometry: a layout does not move its items from below to beside.
+        Item {
+            id: body
 
-            HexRuler {
-                objectName: "hexRuler"
-                grid: byteGrid
-                cursorColumn: root.appState.hexModel.cursor % byteGrid.bytesPerRow
-                Layout.fillWidth: true
+            readonly property real panelHeight: 220
+            readonly property bool split: root.hasPanel && root.panelBeside
+
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+
+            ColumnLayout {
+                id: grid
+                width: body.split ? byteGrid.neededWidth : body.width
+                height: root.hasPanel && !root.panelBeside ? body.height - body.panelHeight - 8 : body.height
+                spacing: 2
+
+                HexRuler {
+                    objectName: "hexRuler"
+                    grid: byteGrid
+                    cursorColumn: root.appState.hexModel.cursor % byteGrid.bytesPerRow
+                    Layout.fillWidth: true
+                }
+
+                HexRows {
+                    id: rows
+                    objectName: "hexRows"
+                    hexModel: root.appState.hexModel
+                    editing: root.editing
+                    grid: byteGrid
+                    Layout.fillWidth: true
+                    Layout.fillHeight: true
+                }
             }
 
-            HexRows {
-                id: rows
-                objectName: "hexRows"
-                hexModel: root.appState.hexModel
-                grid: byteGrid
-                Layout.fillWidth: true
-                Layout.fillHeight: true
+            HexPanel {
+                objectName: "hexPanel"
+                visible: root.hasPanel
+                inspecting: root.inspecting
+                listing: root.listing && root.editing.compare.active
+                low: !root.panelBeside
+                x: body.split ? grid.width + 8 : 0
+                y: body.split ? 0 : grid.height + 8
+                width: body.width - x
+                height: body.height - y
             }
         }
 
@@ -191,8 +330,29 @@ FocusScope {
                 id: patchField
                 objectName: "hexPatchField"
                 unlimitedLength: true
+                // What was typed when a patch was last applied, and whether anything else is pointed at.
+                property string applied
+                property bool pointedAt: false
+                readonly property bool unapplied: text.trim() !== "" && text !== applied
+
+                function pointAt(): void {
+                    pointedAt = unapplied;
+                }
+
                 placeholderText: "Patch hex at cursor (e.g. FF 00)"
+                rightPadding: unappliedLabel.visible ? unappliedLabel.width + 20 : 10
                 Layout.fillWidth: true
+                onAccepted: root.applyPatch()
+                onUnappliedChanged: pointedAt = false
+
+                VOXLabel {
+                    id: unappliedLabel
+                    objectName: "hexUnapplied"
+                    anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter }
+                    visible: patchField.pointedAt
+                    text: "Not applied"
+                    color: VOXTheme.orangeBright
+                }
             }
 
             VOXButton {
@@ -200,7 +360,17 @@ FocusScope {
                 text: "Apply"
                 implicitWidth: 90
                 Layout.fillWidth: false
-                onClicked: root.appState.hexPatch(patchField.text)
+                onClicked: root.applyPatch()
+            }
+
+            VOXButton {
+                objectName: "hexFillButton"
+                text: "Fill"
+                hint: commands.fill.nativeText
+                enabled: commands.fill.sensible
+                implicitWidth: 80
+                Layout.fillWidth: false
+                onClicked: root.fill()
             }
 
             VOXButton {
@@ -208,7 +378,11 @@ FocusScope {
                 text: "Write into open KVT"
                 implicitWidth: 180
                 Layout.fillWidth: false
-                onClicked: root.appState.hexWriteBack()
+                onPressed: patchField.pointAt()
+                onClicked: {
+                    patchField.pointAt();
+                    root.appState.hexWriteBack();
+                }
             }
         }
     }

@@ -12,6 +12,7 @@ Item {
     required property int first
     required property int end
     required property color edge
+    property color charactersEdge: edge
     property color fill: "transparent"
 
     Accessible.ignored: true
@@ -26,6 +27,7 @@ Item {
         objectName: "charactersMark"
         x: root.grid.charactersX + root.first * root.grid.pitch - 1
         width: (root.end - root.first) * root.grid.pitch + 2
+        border.color: root.charactersEdge
     }
 
     component Frame: Rectangle {

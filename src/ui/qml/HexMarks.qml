@@ -13,6 +13,8 @@ Item {
     required property real topRow
     required property real rowsInSight
     required property int rowHeight
+    // Which of the two columns is typed into.
+    required property bool typesText
 
     readonly property int bytesPerRow: grid.bytesPerRow
     readonly property int matchEnd: hexModel.matchStart + hexModel.matchLength
@@ -58,6 +60,7 @@ Item {
         grid: root.grid
         first: root.hexModel.cursor % root.bytesPerRow
         end: first + 1
-        edge: VOXTheme.orangeBright
+        edge: root.typesText ? VOXTheme.orangeDim : VOXTheme.orangeBright
+        charactersEdge: root.typesText ? VOXTheme.orangeBright : VOXTheme.orangeDim
     }
 }

@@ -11,12 +11,16 @@ Rectangle {
     required property string digits
     required property string characters
     required property bool current
+    // Of the other file, while one is compared.
+    property string otherDigits
+    property string otherCharacters
     required property HexGrid grid
 
     color: current ? VOXTheme.accent(0.15) : "transparent"
 
     Accessible.role: Accessible.ListItem
     Accessible.name: "Offset " + offset + ", bytes " + digits + ", text " + characters
+        + (grid.comparing ? ", other file " + otherDigits : "")
     Accessible.selectable: true
     Accessible.selected: current
 
@@ -42,6 +46,22 @@ Rectangle {
             color: VOXTheme.muted
             width: root.grid.charactersWidth
         }
+    }
+
+    HexColumn {
+        visible: root.grid.comparing
+        x: root.grid.otherDigitsX
+        text: root.otherDigits
+        color: VOXTheme.text
+        width: root.grid.digitsWidth
+    }
+
+    HexColumn {
+        visible: root.grid.comparing
+        x: root.grid.otherCharactersX
+        text: root.otherCharacters
+        color: VOXTheme.muted
+        width: root.grid.charactersWidth
     }
 
     component HexColumn: Text {

@@ -10,6 +10,8 @@ Rectangle {
 
     required property HexModel hexModel
     required property HexGrid grid
+    required property HexEditing editing
+    readonly property HexCompare compare: editing.compare
 
     readonly property int rowHeight: 20
     readonly property real rowsInSight: height / rowHeight
@@ -19,6 +21,7 @@ Rectangle {
     property real topRow: 0
     // Counts changes of the buffer: every row's texts depend on it.
     property int revision: 0
+    property int otherRevision: 0
 
     color: VOXTheme.input
     radius: VOXTheme.radiusControl
@@ -27,10 +30,18 @@ Rectangle {
 
     Accessible.role: Accessible.List
     Accessible.name: "Bytes of the open file"
+    Accessible.description: (editing.typesText ? "Types text" : "Types hex digits")
+        + (editing.selectionText === "" ? "" : ". " + editing.selectionText)
     Accessible.focusable: true
 
     function rowText(row: int, role: int): string {
         return revision >= 0 && row < rowCount ? hexModel.data(hexModel.index(row, 0), role) : "";
+    }
+
+    function otherText(row: int, digits: bool): string {
+        if (!grid.comparing || otherRevision < 0)
+            return "";
+        return digits ? compare.digits(row) : compare.characters(row);
     }
 
     function scrollTo(top: real): void {
@@ -54,6 +65,11 @@ Rectangle {
         const third = rowsInSight / 3;
         if (row < topRow + third || row + 1 > topRow + 2 * third)
             scrollTo(row + 0.5 - rowsInSight / 2);
+    }
+
+    function byteNear(x: real, y: real): int {
+        const row = Math.max(0, Math.min(rowAt(y), rowCount - 1));
+        return row * grid.bytesPerRow + grid.nearestByte(x);
     }
 
     function rowAt(y: real): int {
@@ -82,7 +98,8 @@ Rectangle {
             event.accepted = true;
             return;
         }
-        const modifiers = event.modifiers & ~Qt.KeypadModifier;
+        const selects = (event.modifiers & Qt.ShiftModifier) !== 0;
+        const modifiers = event.modifiers & ~(Qt.KeypadModifier | Qt.ShiftModifier);
         const control = modifiers === Qt.ControlModifier;
         const moves = {
             [Qt.Key_Left]: HexModel.Left,
@@ -96,11 +113,28 @@ Rectangle {
         };
         const toAnEnd = event.key === Qt.Key_Home || event.key === Qt.Key_End;
         if (event.key in moves && (modifiers === Qt.NoModifier || control && toAnEnd)) {
-            hexModel.moveCursor(moves[event.key], Math.max(1, Math.floor(rowsInSight) - 1));
+            editing.endTyping();
+            hexModel.moveCursor(moves[event.key], Math.max(1, Math.floor(rowsInSight) - 1), selects);
+            show(hexModel.currentRow);
+            event.accepted = true;
+        } else if (event.key === Qt.Key_Backspace && modifiers === Qt.NoModifier) {
+            event.accepted = editing.takeBackDigit();
+        } else if (modifiers === Qt.NoModifier && event.text >= " " && event.key !== Qt.Key_Delete) {
+            editing.type(event.text);
             show(hexModel.currentRow);
             event.accepted = true;
         }
     }
+    // The columns are one after the other in the order of the keyboard.
+    Keys.onTabPressed: event => {
+        event.accepted = !editing.typesText;
+        editing.typesText = true;
+    }
+    Keys.onBacktabPressed: event => {
+        event.accepted = editing.typesText;
+        editing.typesText = false;
+    }
+    Keys.onEscapePressed: event => event.accepted = editing.takeBackDigit()
 
     Connections {
         target: root.hexModel
@@ -115,8 +149,32 @@ Rectangle {
         }
     }
 
+    Connections {
+        target: root.compare
+        function onOtherChanged(): void {
+            root.otherRevision++;
+        }
+    }
+
+    HexFills {
+        anchors.fill: parent
+        editing: root.editing
+        topRow: root.topRow
+        rowHeight: root.rowHeight
+        digitsX: root.grid.digitsX
+        charactersX: root.grid.charactersX
+        otherDigitsX: root.grid.comparing ? root.grid.otherDigitsX : -1
+        otherCharactersX: root.grid.otherCharactersX
+        pitch: root.grid.pitch
+        selectedColor: VOXTheme.selectedFill
+        foundColor: VOXTheme.matchFill
+        changedColor: VOXTheme.orangeBright
+        differentColor: VOXTheme.differentFill
+    }
+
     HexMarks {
         anchors.fill: parent
+        typesText: root.editing.typesText
         hexModel: root.hexModel
         grid: root.grid
         topRow: root.topRow
@@ -139,39 +197,104 @@ Rectangle {
             offset: root.rowText(row, HexModel.OffsetRole)
             digits: root.rowText(row, HexModel.HexRole)
             characters: root.rowText(row, HexModel.AsciiRole)
+            otherDigits: root.otherText(row, true)
+            otherCharacters: root.otherText(row, false)
             current: row === root.hexModel.currentRow
             grid: root.grid
         }
     }
 
+    // The half of a byte that is typed.
+    Rectangle {
+        objectName: "pendingDigit"
+        visible: root.editing.pendingDigit !== ""
+        x: root.grid.digitsX + 3 * (root.hexModel.cursor % root.grid.bytesPerRow) * root.grid.pitch - 2
+        y: Math.round((root.hexModel.currentRow - root.topRow) * root.rowHeight) + 1
+        width: 2 * root.grid.pitch + 4
+        height: root.rowHeight - 2
+        radius: 2
+        color: VOXTheme.input
+        border.width: 1
+        border.color: VOXTheme.orangeBright
+
+        Text {
+            x: 2
+            height: parent.height
+            text: root.editing.pendingDigit + "_"
+            textFormat: Text.PlainText
+            color: VOXTheme.orangeBright
+            font: root.grid.font
+            verticalAlignment: Text.AlignVCenter
+            Accessible.ignored: true
+        }
+    }
+
     MouseArea {
-        anchors { fill: parent; rightMargin: bar.width }
+        id: pointer
+
+        property int firstByte: 0
+        property bool dragged: false
+
+        function drag(): void {
+            const target = root.byteNear(mouseX, mouseY);
+            if (!dragged) {
+                if (target === firstByte)
+                    return;
+                dragged = true;
+                root.hexModel.cursor = firstByte;
+            }
+            root.hexModel.selectTo(target);
+        }
+
+        anchors { fill: parent; rightMargin: bar.width + (map.visible ? map.width : 0) }
         acceptedButtons: Qt.LeftButton | Qt.RightButton
-        onPressed: root.forceActiveFocus(Qt.MouseFocusReason)
+        onPressed: mouse => {
+            root.forceActiveFocus(Qt.MouseFocusReason);
+            root.editing.endTyping();
+            dragged = false;
+            firstByte = root.byteNear(mouse.x, mouse.y);
+        }
+        onPositionChanged: {
+            if (pressedButtons & Qt.LeftButton)
+                drag();
+        }
         onClicked: mouse => {
             const row = root.rowAt(mouse.y);
-            if (row >= root.rowCount)
+            if (row >= root.rowCount || dragged)
                 return;
             if (mouse.button === Qt.RightButton)
                 root.openMenu(row, mouse.x, mouse.y);
+            else if (mouse.modifiers & Qt.ShiftModifier)
+                root.hexModel.selectTo(root.byteNear(mouse.x, mouse.y));
             else
                 root.hexModel.clickRow(row);
         }
         onDoubleClicked: mouse => {
             const row = root.rowAt(mouse.y);
             const column = root.grid.byteAt(mouse.x);
-            if (mouse.button === Qt.LeftButton && row < root.rowCount && column >= 0)
-                root.hexModel.cursor = row * root.grid.bytesPerRow + column;
+            if (mouse.button !== Qt.LeftButton || row >= root.rowCount || column < 0)
+                return;
+            root.hexModel.cursor = row * root.grid.bytesPerRow + column;
+            root.editing.typesText = root.grid.inCharacters(mouse.x);
         }
         onWheel: wheel => {
             const pixels = wheel.pixelDelta.y;
             root.scrollTo(root.topRow - (pixels !== 0 ? pixels / root.rowHeight : wheel.angleDelta.y / 40));
+        }
+
+        // Beyond an edge the rows scroll on under a pointer that rests.
+        Timer {
+            interval: 40
+            repeat: true
+            running: pointer.dragged && pointer.pressed && (pointer.mouseY < 0 || pointer.mouseY > pointer.height)
+            onTriggered: pointer.drag()
         }
     }
 
     HexMenu {
         id: menu
         objectName: "hexMenu"
+        editing: root.editing
         offset: root.rowText(row, HexModel.OffsetRole)
         digits: root.rowText(row, HexModel.HexRole)
         characters: root.rowText(row, HexModel.AsciiRole)
@@ -187,6 +310,16 @@ Rectangle {
         color: "transparent"
         border.width: 1
         border.color: VOXTheme.muted
+    }
+
+    HexMap {
+        id: map
+        objectName: "hexMap"
+        anchors { right: bar.left; top: parent.top; bottom: parent.bottom; margins: 2 }
+        width: 8
+        visible: root.grid.comparing
+        compare: root.compare
+        onChosen: part => root.scrollTo(part * root.rowCount - root.rowsInSight / 2)
     }
 
     VOXScrollBar {

@@ -36,6 +36,20 @@ Item {
                 text: column.digit
                 color: column.colour
             }
+
+            Number {
+                visible: root.grid.comparing
+                x: root.grid.otherDigitsX + 3 * column.index * root.grid.pitch
+                text: "0" + column.digit
+                color: column.colour
+            }
+
+            Number {
+                visible: root.grid.comparing
+                x: root.grid.otherCharactersX + column.index * root.grid.pitch
+                text: column.digit
+                color: column.colour
+            }
         }
     }
 

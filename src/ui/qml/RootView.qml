@@ -142,6 +142,9 @@ VOXWindow {
         function onClosed(): void {
             workspace.forceActiveFocus();
         }
+        function onSaveWanted(): void {
+            mainView.showSaveDialog();
+        }
     }
 
     // The first frame waits for what it shows only.

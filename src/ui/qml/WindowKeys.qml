@@ -77,7 +77,6 @@ Item {
 
     Key {
         sequence: "Ctrl+S"
-        enabled: !root.behindHex
         onActivated: root.workspace.showSaveDialog()
     }
 
@@ -89,24 +88,6 @@ Item {
     Key {
         sequence: "Ctrl+F"
         onActivated: root.focusSearch()
-    }
-
-    Key {
-        sequence: "F3"
-        enabled: root.behindHex
-        onActivated: root.hexView.findNext()
-    }
-
-    Key {
-        sequence: "Shift+F3"
-        enabled: root.behindHex
-        onActivated: root.hexView.findPrevious()
-    }
-
-    Key {
-        sequence: "Ctrl+G"
-        enabled: root.behindHex
-        onActivated: root.hexView.focusGoTo()
     }
 
     Key {

@@ -54,6 +54,7 @@ Button {
     background: ButtonFace {
         implicitHeight: 38
         button: root
+        edge: root.checked ? 1 : 0
         color: root.orange ? VOXTheme.orange : VOXTheme.buttonFill
         opacity: !root.enabled ? 0.45 : root.down ? 0.85 : 1
     }

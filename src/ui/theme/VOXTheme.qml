@@ -32,6 +32,11 @@ QtObject {
     // The bytes that a search found: dark enough that muted text on it is easy to read, even in a tinted row.
     readonly property color matchFill: "#0D1D3D"
     readonly property color matchEdge: "#5B9BE6"
+    // Selected bytes, those that differ from another file, and the cursor's frame where nothing is typed.
+    readonly property color selectedFill: "#3B2A12"
+    readonly property color differentFill: "#45141B"
+    readonly property color mapMark: "#D8505E"
+    readonly property color orangeDim: "#9A5A1E"
     readonly property color scrollHandle: "#4A5265"
     readonly property color scrollHandleActive: "#6D7588"
 

@@ -1,0 +1,500 @@
+#include "app/HexEditing.h"
+
+#include "core/FileTools.h"
+#include "core/HexModel.h"
+#include "core/HexText.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QScopedValueRollback>
+#include <QUndoCommand>
+#include <QUndoStack>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int bytesPerRow = 16;
+// Six characters a byte, which the clipboard and whoever reads it have to hold.
+constexpr int mostCopied = 16 << 20;
+constexpr int mostTargets = 10;
+
+QString counted(int number, const QString &unit)
+{
+    return u"%1 %2%3"_s.arg(QString::number(number), unit, number == 1 ? QString() : u"s"_s);
+}
+
+// Of the sixteen bytes from `rowStart` on, those of the range.
+quint16 maskOf(qint64 rowStart, qint64 start, qint64 length)
+{
+    const qint64 first = std::clamp<qint64>(start - rowStart, 0, bytesPerRow);
+    const qint64 end = std::clamp<qint64>(start + length - rowStart, 0, bytesPerRow);
+    return static_cast<quint16>((1U << end) - (1U << first));
+}
+
+quint16 maskOfDifferences(QByteArrayView ours, QByteArrayView theirs, qint64 rowStart)
+{
+    const qint64 end = std::min<qint64>({rowStart + bytesPerRow, ours.size(), theirs.size()});
+    unsigned mask = 0;
+    for (qint64 i = rowStart; i < end; ++i)
+        mask |= ours[i] != theirs[i] ? 1U << (i - rowStart) : 0;
+    return static_cast<quint16>(mask);
+}
+
+QClipboard *clipboard()
+{
+    const bool isGraphical = qobject_cast<QGuiApplication *>(QCoreApplication::instance());
+    return isGraphical ? QGuiApplication::clipboard() : nullptr;
+}
+
+} // namespace
+
+// A step that can be undone. It was already done when it is recorded.
+class HexEditing::Overwrite : public QUndoCommand
+{
+public:
+    Overwrite(HexModel *model, int offset, const QByteArray &before, const QByteArray &after, int run)
+        : m_model(model)
+        , m_offset(offset)
+        , m_run(run)
+        , m_before(before)
+        , m_after(after)
+    {
+    }
+
+    void undo() override { put(m_before); }
+
+    void redo() override
+    {
+        if (m_isDone)
+            put(m_after);
+        m_isDone = true;
+    }
+
+    // Only typed bytes join others.
+    int id() const override { return m_run > 0 ? 1 : -1; }
+
+    bool mergeWith(const QUndoCommand *command) override
+    {
+        const auto *const next = static_cast<const Overwrite *>(command);
+        const int end = m_offset + static_cast<int>(m_after.size());
+        if (next->m_run != m_run || next->m_offset < end)
+            return false;
+        // Bytes in between were typed as they had been.
+        const QByteArray same = m_model->bytes().sliced(end, next->m_offset - end);
+        m_before += same + next->m_before;
+        m_after += same + next->m_after;
+        return true;
+    }
+
+    int offset() const { return m_offset; }
+    int length() const { return static_cast<int>(m_after.size()); }
+
+private:
+    void put(const QByteArray &bytes)
+    {
+        m_model->applyPatch(m_offset, bytes);
+        m_model->setCursor(m_offset);
+    }
+
+    HexModel *m_model;
+    int m_offset;
+    int m_run;
+    bool m_isDone = false;
+    QByteArray m_before;
+    QByteArray m_after;
+};
+
+HexEditing::HexEditing(HexModel *model, QObject *parent)
+    : QObject(parent)
+    , m_model(model)
+    , m_matches(new HexMatches(model, this))
+    , m_compare(new HexCompare(model, this))
+    , m_steps(std::make_unique<QUndoStack>())
+{
+    connect(m_model, &HexModel::modelReset, this, &HexEditing::startOver);
+    connect(m_model, &HexModel::overwritten, this, &HexEditing::record);
+    const auto endRun = [this] {
+        if (!m_isTyping)
+            endTyping();
+    };
+    connect(m_model, &HexModel::cursorChanged, this, endRun);
+    connect(m_model, &HexModel::selectionChanged, this, endRun);
+    connect(m_model, &HexModel::selectionChanged, this, &HexEditing::selectionChanged);
+    // A selection reaches to the cursor, and moves with it.
+    connect(m_model, &HexModel::cursorChanged, this, &HexEditing::marksChanged);
+    connect(m_model, &HexModel::selectionChanged, this, &HexEditing::marksChanged);
+    connect(m_matches, &HexMatches::changed, this, &HexEditing::marksChanged);
+    connect(m_compare, &HexCompare::changed, this, &HexEditing::marksChanged);
+    connect(m_compare, &HexCompare::failed, this, [this](const QString &error) { emit said(error, 0); });
+    connect(m_compare, &HexCompare::finished, this,
+            [this] { emit said(u"Compared with %1."_s.arg(m_compare->name()), 1); });
+    connect(m_steps.get(), &QUndoStack::indexChanged, this, &HexEditing::undoChanged);
+}
+
+HexEditing::~HexEditing() = default;
+
+void HexEditing::startOver()
+{
+    endTyping();
+    m_steps->clear();
+    markSaved();
+}
+
+void HexEditing::markSaved()
+{
+    m_saved = m_model->bytes();
+    m_changes = ByteDifferences(m_saved.size());
+    emit changesChanged();
+    emit marksChanged();
+}
+
+bool HexEditing::hasFile()
+{
+    const bool has = m_model->byteCount() > 0;
+    if (!has)
+        emit said(u"No file is open."_s, 0);
+    return has;
+}
+
+// Where a command that overwrites begins.
+int HexEditing::editStart() const
+{
+    return m_model->selectionLength() > 0 ? m_model->selectionStart() : m_model->cursor();
+}
+
+void HexEditing::record(int offset, const QByteArray &before)
+{
+    m_changes.update(m_model->bytes(), m_saved, offset, before.size());
+    emit changesChanged();
+    emit marksChanged();
+    if (m_isReplaying)
+        return;
+    if (!m_isTyping)
+        endTyping();
+    m_steps->push(new Overwrite(m_model, offset, before, m_model->bytes().sliced(offset, before.size()),
+                                m_isTyping ? m_run : 0));
+}
+
+bool HexEditing::canUndo() const
+{
+    return m_steps->canUndo();
+}
+
+bool HexEditing::canRedo() const
+{
+    return m_steps->canRedo();
+}
+
+void HexEditing::undo()
+{
+    replay(true);
+}
+
+void HexEditing::redo()
+{
+    replay(false);
+}
+
+void HexEditing::replay(bool undoes)
+{
+    endTyping();
+    const int index = undoes ? m_steps->index() - 1 : m_steps->index();
+    const auto *const step = static_cast<const Overwrite *>(m_steps->command(index));
+    if (!step) {
+        emit said(undoes ? u"Nothing to undo."_s : u"Nothing to redo."_s, 0);
+        return;
+    }
+    const QScopedValueRollback replaying(m_isReplaying, true);
+    if (undoes)
+        m_steps->undo();
+    else
+        m_steps->redo();
+    emit said(u"%1 %2 at 0x%3."_s.arg(undoes ? u"Undid"_s : u"Redid"_s, counted(step->length(), u"byte"_s),
+                                      offsetText(step->offset())),
+              1);
+}
+
+void HexEditing::setPending(const QString &digit)
+{
+    if (std::exchange(m_pending, digit) != digit)
+        emit typingChanged();
+}
+
+void HexEditing::setTypesText(bool typesText)
+{
+    endTyping();
+    if (std::exchange(m_typesText, typesText) != typesText)
+        emit typingChanged();
+}
+
+void HexEditing::endTyping()
+{
+    ++m_run;
+    m_isPastEnd = false;
+    setPending({});
+}
+
+bool HexEditing::takeBackDigit()
+{
+    const bool had = !m_pending.isEmpty();
+    setPending({});
+    return had;
+}
+
+bool HexEditing::type(const QString &text)
+{
+    if (!hasFile())
+        return false;
+    const char character = text.size() == 1 ? text.front().toLatin1() : '\0';
+    bool isDigit = false;
+    text.toUInt(&isDigit, 16);
+    if (m_typesText ? character < 32 || character > 126 : !isDigit || text.size() != 1) {
+        emit said(m_typesText ? u"Only printable ASCII characters can be typed."_s
+                              : u"Type hex digits here, or press Tab to type text."_s,
+                  0);
+        return false;
+    }
+    if (m_isPastEnd) {
+        emit said(u"The end of the file is reached."_s, 0);
+        return false;
+    }
+    if (m_model->selectionLength() > 0)
+        m_model->setCursor(m_model->selectionStart());
+    if (!m_typesText && m_pending.isEmpty()) {
+        setPending(text.toUpper());
+        return true;
+    }
+
+    const QScopedValueRollback typing(m_isTyping, true);
+    const QByteArray byte =
+        m_typesText ? QByteArray(1, character) : QByteArray::fromHex((m_pending + text).toLatin1());
+    setPending({});
+    const int offset = m_model->cursor();
+    m_model->applyPatch(offset, byte);
+    m_isPastEnd = offset == m_model->byteCount() - 1;
+    m_model->setCursor(offset + 1);
+    return true;
+}
+
+// Says nothing of success.
+bool HexEditing::write(const QByteArray &bytes)
+{
+    endTyping();
+    const int start = editStart();
+    const int room = m_model->byteCount() - start;
+    if (bytes.size() > room) {
+        emit said(
+            u"Does not fit: %1 at 0x%2, where %3 are left."_s.arg(
+                counted(static_cast<int>(bytes.size()), u"byte"_s), offsetText(start), QString::number(room)),
+            0);
+        return false;
+    }
+    return m_model->applyPatch(start, bytes);
+}
+
+void HexEditing::copy(Format format)
+{
+    if (!hasFile())
+        return;
+    endTyping();
+    const int start = editStart();
+    const int length = std::max(m_model->selectionLength(), 1);
+    if (length > mostCopied && format != AsOffset) {
+        emit said(u"Too much to copy: at most 16 MiB at once."_s, 0);
+        return;
+    }
+    const QByteArray held = m_model->bytes();
+    const QByteArrayView bytes = QByteArrayView(held).sliced(start, length);
+    QString text;
+    switch (format) {
+    case AsHex:
+        text = hexText(bytes);
+        break;
+    case AsText:
+        text = asciiText(bytes);
+        break;
+    case AsCArray:
+        text = cArrayText(bytes);
+        break;
+    case AsOffset:
+        // As it can be gone to.
+        text = offsetText(start) + (m_model->selectionLength() > 0 ? ':'_L1 + offsetText(length) : QString());
+        break;
+    }
+    if (QClipboard *const board = clipboard())
+        board->setText(text);
+    emit said(format == AsOffset ? u"Offset copied."_s : counted(length, u"byte"_s) + u" copied."_s, 1);
+}
+
+void HexEditing::paste()
+{
+    if (!hasFile())
+        return;
+    const QClipboard *const board = clipboard();
+    const QByteArray bytes = board ? pastedBytes(board->text()) : QByteArray();
+    if (bytes.isEmpty()) {
+        emit said(u"The clipboard holds no text to paste."_s, 0);
+        return;
+    }
+    if (write(bytes))
+        emit said(u"Pasted %1."_s.arg(counted(static_cast<int>(bytes.size()), u"byte"_s)), 1);
+}
+
+void HexEditing::fill(const QString &query)
+{
+    if (!hasFile())
+        return;
+    const int length = m_model->selectionLength();
+    const QByteArray pattern = FileTools::parseHexQuery(query);
+    if (length == 0) {
+        emit said(u"Select the bytes to fill first."_s, 0);
+        return;
+    }
+    if (pattern.isEmpty()) {
+        emit said(u"Enter the byte or pattern to fill with."_s, 0);
+        return;
+    }
+    if (write(pattern.repeated((length - 1) / pattern.size() + 1).first(length)))
+        emit said(u"Filled %1."_s.arg(counted(length, u"byte"_s)), 1);
+}
+
+void HexEditing::selectAll()
+{
+    if (hasFile())
+        m_model->select(0, m_model->byteCount());
+}
+
+QString HexEditing::changesText() const
+{
+    if (changedBytes() == 0)
+        return {};
+    return u"%1 changed in %2"_s.arg(counted(changedBytes(), u"byte"_s),
+                                     counted(changedPlaces(), u"place"_s));
+}
+
+QString HexEditing::selectionText() const
+{
+    const int start = m_model->selectionStart();
+    const int length = m_model->selectionLength();
+    if (length == 0)
+        return {};
+    return u"Selected 0x%1\u20130x%2, %3"_s.arg(offsetText(start), offsetText(start + length - 1),
+                                                counted(length, u"byte"_s));
+}
+
+void HexEditing::show(const ByteRange &range, const QString &kind, int number, int count)
+{
+    m_model->select(range.start, range.length);
+    emit said(u"%1 %2 of %3: %4 at 0x%5."_s.arg(kind, QString::number(number), QString::number(count),
+                                                counted(range.length, u"byte"_s), offsetText(range.start)),
+              1);
+}
+
+void HexEditing::nextChange()
+{
+    goToChange(&ByteDifferences::next);
+}
+
+void HexEditing::previousChange()
+{
+    goToChange(&ByteDifferences::previous);
+}
+
+void HexEditing::goToChange(Step step)
+{
+    if (!hasFile())
+        return;
+    const QByteArray bytes = m_model->bytes();
+    const ByteRange range = (m_changes.*step)(bytes, m_saved, editStart());
+    if (range.length == 0)
+        emit said(u"No byte has changed."_s, 0);
+    else
+        show(range, u"Change"_s, m_changes.numberAt(bytes, m_saved, range.start), changedPlaces());
+}
+
+bool HexEditing::hasOther()
+{
+    if (!hasFile())
+        return false;
+    if (m_compare->isBusy() || !m_compare->isActive())
+        emit said(m_compare->isBusy() ? m_compare->text() : u"Compare with a file first."_s, 0);
+    return m_compare->isActive() && !m_compare->isBusy();
+}
+
+void HexEditing::nextDifference()
+{
+    if (hasOther())
+        goToDifference(m_compare->next(editStart()));
+}
+
+void HexEditing::previousDifference()
+{
+    if (hasOther())
+        goToDifference(m_compare->previous(editStart()));
+}
+
+void HexEditing::showDifference(int index)
+{
+    if (hasOther())
+        goToDifference(m_compare->place(index));
+}
+
+void HexEditing::goToDifference(const ByteRange &range)
+{
+    if (range.length == 0)
+        emit said(u"No difference."_s, 0);
+    else
+        show(range, u"Difference"_s, m_compare->numberAt(range.start), m_compare->places());
+}
+
+void HexEditing::takeOver()
+{
+    if (!hasOther())
+        return;
+    const QByteArray other = m_compare->bytes();
+    ByteRange range{m_model->selectionStart(), m_model->selectionLength()};
+    if (range.length == 0)
+        range = m_compare->placeAt(m_model->cursor());
+    if (range.length == 0) {
+        emit said(u"Select bytes, or move the cursor to a difference."_s, 0);
+        return;
+    }
+    if (range.start + range.length > other.size()) {
+        emit said(u"The other file ends before that."_s, 0);
+        return;
+    }
+    endTyping();
+    m_model->applyPatch(range.start, other.sliced(range.start, range.length));
+    emit said(u"Took over %1 at 0x%2."_s.arg(counted(range.length, u"byte"_s), offsetText(range.start)), 1);
+}
+
+void HexEditing::rememberTarget(const QString &target)
+{
+    const QString text = target.trimmed();
+    m_targets.removeAll(text);
+    m_targets.prepend(text);
+    if (m_targets.size() > mostTargets)
+        m_targets.removeLast();
+    emit targetsChanged();
+}
+
+QList<HexRowMarks> HexEditing::marks(int firstRow, int rows) const
+{
+    const QByteArray bytes = m_model->bytes();
+    const QByteArray other = m_compare->bytes();
+    const QList<quint16> found = m_matches->masks(firstRow, rows);
+    QList<HexRowMarks> marks(rows);
+    for (int i = 0; i < rows; ++i) {
+        const qint64 start = (qint64(firstRow) + i) * bytesPerRow;
+        marks[i].selected = m_model->selectionLength() > 0
+            ? maskOf(start, m_model->selectionStart(), m_model->selectionLength())
+            : quint16(0);
+        marks[i].found = found[i];
+        marks[i].changed = changedBytes() > 0 ? maskOfDifferences(bytes, m_saved, start) : quint16(0);
+        marks[i].different = maskOfDifferences(bytes, other, start);
+    }
+    return marks;
+}

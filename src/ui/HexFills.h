@@ -1,0 +1,56 @@
+#pragma once
+
+#include "app/HexEditing.h"
+
+#include <QColor>
+#include <QPointer>
+#include <QQuickItem>
+
+/// Fills the cells of selected, found and differing bytes of the hex editor's rows, and underlines changed
+/// ones. Draws rectangles only, hundreds of them in a frame, without an item for each.
+class HexFills : public QQuickItem
+{
+    Q_OBJECT
+    Q_PROPERTY(HexEditing *editing READ editing WRITE setEditing NOTIFY changed FINAL)
+    /// The row at the top; its fraction is the part that is scrolled away.
+    Q_PROPERTY(double topRow MEMBER m_topRow NOTIFY changed FINAL)
+    Q_PROPERTY(int rowHeight MEMBER m_rowHeight NOTIFY changed FINAL)
+    /// Where the columns begin, three characters of `pitch` pixels a byte in the first, one in the second.
+    Q_PROPERTY(double digitsX MEMBER m_digitsX NOTIFY changed FINAL)
+    Q_PROPERTY(double charactersX MEMBER m_charactersX NOTIFY changed FINAL)
+    /// The other file's columns; below 0 while there is none.
+    Q_PROPERTY(double otherDigitsX MEMBER m_otherDigitsX NOTIFY changed FINAL)
+    Q_PROPERTY(double otherCharactersX MEMBER m_otherCharactersX NOTIFY changed FINAL)
+    Q_PROPERTY(double pitch MEMBER m_pitch NOTIFY changed FINAL)
+    Q_PROPERTY(QColor selectedColor MEMBER m_selectedColor NOTIFY changed FINAL)
+    Q_PROPERTY(QColor foundColor MEMBER m_foundColor NOTIFY changed FINAL)
+    Q_PROPERTY(QColor changedColor MEMBER m_changedColor NOTIFY changed FINAL)
+    Q_PROPERTY(QColor differentColor MEMBER m_differentColor NOTIFY changed FINAL)
+
+public:
+    explicit HexFills(QQuickItem *parent = nullptr);
+
+    HexEditing *editing() const { return m_editing; }
+    /// Not owned.
+    void setEditing(HexEditing *editing);
+
+signals:
+    void changed();
+
+protected:
+    QSGNode *updatePaintNode(QSGNode *root, UpdatePaintNodeData *data) override;
+
+private:
+    QPointer<HexEditing> m_editing;
+    double m_topRow = 0;
+    int m_rowHeight = 20;
+    double m_digitsX = 0;
+    double m_charactersX = 0;
+    double m_otherDigitsX = -1;
+    double m_otherCharactersX = -1;
+    double m_pitch = 0;
+    QColor m_selectedColor;
+    QColor m_foundColor;
+    QColor m_changedColor;
+    QColor m_differentColor;
+};

@@ -1,0 +1,26 @@
+import QtQuick
+import QtQuick.Layouts
+import KvtEditor
+
+// The inspector and the list of differences, beside the rows or below them.
+GridLayout {
+    id: root
+
+    property bool inspecting: false
+    property bool listing: false
+    // Whether there is more room from left to right than from top to bottom.
+    property bool low: false
+    readonly property AppState appState: app // qmllint disable unqualified
+    readonly property bool sideBySide: low || width >= 700
+
+    columns: sideBySide ? 2 : 1
+    columnSpacing: 8
+    rowSpacing: 8
+
+    HexDifferences {
+        objectName: "hexDifferences"
+        visible: root.listing
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+    }
+}

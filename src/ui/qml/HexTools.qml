@@ -1,0 +1,142 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Layouts
+import KvtEditor
+
+// The row of tools: every command in a menu, and what is selected, changed and different.
+RowLayout {
+    id: root
+
+    required property HexCommands commands
+    property bool inspecting: false
+
+    readonly property AppState appState: app // qmllint disable unqualified
+    readonly property HexEditing editing: appState.hexEditing()
+
+    signal saveWanted()
+
+    spacing: 8
+
+    MenuButton {
+        objectName: "hexEditMenuButton"
+        text: "Edit"
+
+        VOXMenu {
+            width: 290
+            objectName: "hexEditMenu"
+
+            HexCommandItem { command: root.commands.undo }
+            HexCommandItem { command: root.commands.redo }
+            VOXMenuLine { }
+            HexCommandItem { command: root.commands.copyHex }
+            HexCommandItem { command: root.commands.copyText }
+            HexCommandItem { command: root.commands.copyArray }
+            HexCommandItem { command: root.commands.copyOffset }
+            HexCommandItem { command: root.commands.paste }
+            VOXMenuLine { }
+            HexCommandItem { command: root.commands.fill }
+            HexCommandItem { command: root.commands.selectAll }
+            VOXMenuLine { }
+            VOXMenuItem {
+                objectName: "hexSaveItem"
+                text: "Save file"
+                keyText: "Ctrl+S"
+                onTriggered: root.saveWanted()
+            }
+        }
+    }
+
+    MenuButton {
+        objectName: "hexGoMenuButton"
+        text: "Go"
+
+        VOXMenu {
+            width: 290
+            objectName: "hexGoMenu"
+
+            HexCommandItem { command: root.commands.goTo }
+            VOXMenuLine { }
+            HexCommandItem { command: root.commands.findNext }
+            HexCommandItem { command: root.commands.findPrevious }
+            VOXMenuLine { }
+            HexCommandItem { command: root.commands.nextChange }
+            HexCommandItem { command: root.commands.previousChange }
+            VOXMenuLine { }
+            HexCommandItem { command: root.commands.nextDifference }
+            HexCommandItem { command: root.commands.previousDifference }
+        }
+    }
+
+    MenuButton {
+        objectName: "hexCompareMenuButton"
+        text: "Compare"
+
+        VOXMenu {
+            width: 290
+            objectName: "hexCompareMenu"
+
+            HexCommandItem { command: root.commands.compareWith }
+            HexCommandItem { command: root.commands.stopComparing }
+            VOXMenuLine { }
+            HexCommandItem { command: root.commands.takeOver }
+            HexCommandItem { command: root.commands.listDifferences }
+        }
+    }
+
+    VOXButton {
+        objectName: "hexInspectorButton"
+        text: "Inspector"
+        hint: root.commands.inspector.nativeText
+        checkable: true
+        checked: root.inspecting
+        implicitWidth: 100
+        Layout.fillWidth: false
+        Layout.preferredHeight: 32
+        onClicked: root.commands.inspector.activated()
+    }
+
+    Fact {
+        objectName: "hexSelectionText"
+        text: root.editing.selectionText
+        Layout.leftMargin: 8
+    }
+
+    Item {
+        Layout.fillWidth: true
+    }
+
+    Fact {
+        objectName: "hexChangesText"
+        text: root.editing.changesText
+        color: VOXTheme.orangeBright
+    }
+
+    Fact {
+        objectName: "hexDifferencesText"
+        text: root.editing.compare.text
+        Layout.maximumWidth: 420
+    }
+
+    // Opens the menu declared in it.
+    component MenuButton: VOXButton {
+        id: button
+
+        default property VOXMenu menu
+
+        hint: ""
+        implicitWidth: 90
+        Layout.fillWidth: false
+        Layout.preferredHeight: 32
+        Accessible.role: Accessible.ButtonMenu
+        onClicked: menu.popup(button, 0, height + 4)
+        Keys.onDownPressed: clicked()
+    }
+
+    component Fact: VOXLabel {
+        font.pixelSize: 12
+        elide: Text.ElideRight
+        maximumLineCount: 1
+        visible: text !== ""
+    }
+}
