@@ -8,8 +8,11 @@ using namespace Qt::StringLiterals;
 
 void AppState::setShowHex(bool show)
 {
-    if (std::exchange(m_showHex, show) != show)
-        emit showHexChanged();
+    if (std::exchange(m_showHex, show) == show)
+        return;
+    if (show)
+        m_hexEditing->prepare();
+    emit showHexChanged();
 }
 
 void AppState::hexFind(const QString &query)

@@ -9,8 +9,10 @@
 #include <QScopedValueRollback>
 #include <QUndoCommand>
 #include <QUndoStack>
+#include <QtConcurrentRun>
 
 #include <algorithm>
+#include <cstring>
 
 using namespace Qt::StringLiterals;
 
@@ -20,6 +22,9 @@ constexpr int bytesPerRow = 16;
 // Six characters a byte, which the clipboard and whoever reads it have to hold.
 constexpr int mostCopied = 16 << 20;
 constexpr int mostTargets = 10;
+// Copied within a frame.
+constexpr qsizetype leastPrepared = 4 << 20;
+constexpr qsizetype pieceSize = 1 << 20;
 
 QString counted(int number, const QString &unit)
 {
@@ -131,10 +136,44 @@ HexEditing::HexEditing(HexModel *model, QObject *parent)
     connect(m_compare, &HexCompare::failed, this, [this](const QString &error) { emit said(error, 0); });
     connect(m_compare, &HexCompare::finished, this,
             [this] { emit said(u"Compared with %1."_s.arg(m_compare->name()), 1); });
+    connect(m_model, &HexModel::aboutToChange, this, &HexEditing::stopCopying);
+    connect(&m_copying, &QFutureWatcherBase::finished, this, [this] {
+        if (!m_copying.isCanceled())
+            m_model->replaceByEqual(std::move(*m_copy));
+    });
     connect(m_steps.get(), &QUndoStack::indexChanged, this, &HexEditing::undoChanged);
 }
 
-HexEditing::~HexEditing() = default;
+HexEditing::~HexEditing()
+{
+    stopCopying();
+}
+
+void HexEditing::prepare()
+{
+    const QByteArray bytes = m_model->bytes();
+    stopCopying();
+    if (bytes.size() < leastPrepared)
+        return;
+    // Moved from later, not a result: of that the other thread may still hold a share.
+    m_copy = std::make_shared<QByteArray>();
+    m_copying.setFuture(QtConcurrent::run(
+        [](QPromise<void> &promise, QByteArrayView source, const std::shared_ptr<QByteArray> &copy) {
+            copy->resize(source.size());
+            for (qsizetype at = 0; at < source.size() && !promise.isCanceled(); at += pieceSize) {
+                const qsizetype length = std::min(pieceSize, source.size() - at);
+                std::memcpy(copy->data() + at, source.data() + at, static_cast<size_t>(length));
+            }
+        },
+        QByteArrayView(bytes), m_copy));
+}
+
+void HexEditing::stopCopying()
+{
+    m_copying.cancel();
+    m_copying.waitForFinished();
+    m_copying.setFuture({});
+}
 
 void HexEditing::startOver()
 {

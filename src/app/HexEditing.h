@@ -5,6 +5,7 @@
 #include "core/HexMatches.h"
 
 #include <QByteArray>
+#include <QFutureWatcher>
 #include <QObject>
 #include <QStringList>
 
@@ -104,6 +105,10 @@ public:
     /// Copies the selected bytes, or the difference at the cursor, from the other file.
     Q_INVOKABLE void takeOver();
 
+    /// Has a large file's bytes copied on another thread, so that the first change need not copy them at
+    /// once.
+    void prepare();
+
     QStringList targets() const { return m_targets; }
     void rememberTarget(const QString &target);
 
@@ -132,6 +137,7 @@ private:
     void replay(bool undoes);
     bool write(const QByteArray &bytes);
     void startOver();
+    void stopCopying();
     void show(const ByteRange &range, const QString &kind, int number, int count);
     void goToChange(Step step);
     void goToDifference(const ByteRange &range);
@@ -144,6 +150,8 @@ private:
     /// The file as opened or saved last; shares the model's buffer until the first change.
     QByteArray m_saved;
     ByteDifferences m_changes;
+    QFutureWatcher<void> m_copying;
+    std::shared_ptr<QByteArray> m_copy;
     QStringList m_targets;
     bool m_typesText = false;
     QString m_pending;

@@ -141,15 +141,17 @@ void HexCompare::compare()
             if (!isActive())
                 return;
             m_isComparing = true;
+            // A view: a share of the buffer would be let go of a moment after the end, and the next write
+            // would copy.
             m_comparing.setFuture(QtConcurrent::run(
-                [](QPromise<ByteDifferences> &promise, const QByteArray &ours, const QByteArray &theirs) {
+                [](QPromise<ByteDifferences> &promise, QByteArrayView ours, const QByteArray &theirs) {
                     const qsizetype size = std::min(ours.size(), theirs.size());
                     ByteDifferences differences(size);
                     for (qsizetype at = 0; at < size && !promise.isCanceled(); at += pieceSize)
                         differences.update(ours, theirs, at, pieceSize);
                     promise.addResult(std::move(differences));
                 },
-                m_model->bytes(), m_bytes));
+                QByteArrayView(m_model->bytes()), m_bytes));
         },
         Qt::QueuedConnection);
 }

@@ -86,7 +86,7 @@ QList<quint16> HexMatches::masks(int firstRow, int rows) const
     return masks;
 }
 
-// The count shares the buffer: it lets go of it before anything else happens.
+// The count reads the model's buffer: it ends before that changes.
 void HexMatches::giveUp()
 {
     m_count.reset();
@@ -105,13 +105,15 @@ void HexMatches::count()
         [this] {
             m_isDue = false;
             giveUp();
+            // A view: a share of the buffer would be let go of a moment after the end, and the next write
+            // would copy.
             m_counting.setFuture(QtConcurrent::run(
-                [](QPromise<std::optional<MatchCount>> &promise, const QByteArray &bytes,
+                [](QPromise<std::optional<MatchCount>> &promise, QByteArrayView bytes,
                    const QByteArray &needle) {
                     promise.addResult(
                         MatchCount::of(bytes, needle, [&promise] { return promise.isCanceled(); }));
                 },
-                m_model->bytes(), m_needle));
+                QByteArrayView(m_model->bytes()), m_needle));
         },
         Qt::QueuedConnection);
 }

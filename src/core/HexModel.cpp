@@ -67,6 +67,12 @@ void HexModel::setBytes(const QByteArray &bytes)
         emit selectionChanged();
 }
 
+void HexModel::replaceByEqual(QByteArray &&bytes)
+{
+    emit aboutToChange();
+    m_bytes = std::move(bytes);
+}
+
 void HexModel::setCursor(int pos)
 {
     place(clamped(pos), -1);

@@ -66,6 +66,9 @@ public:
 
     /// Replaces the buffer and forgets match and selection; the cursor stays, clamped to the new last byte.
     void setBytes(const QByteArray &bytes);
+    /// Puts equal bytes in the buffer's place, without a signal but aboutToChange. Given a copy that nobody
+    /// shares, the next write need not make one.
+    void replaceByEqual(QByteArray &&bytes);
     /// Positions outside the buffer are clamped. Nothing is selected afterwards.
     void setCursor(int pos);
     /// Moves the cursor to `pos`, clamped, and selects what lies between there and where it was; a selection
@@ -92,8 +95,7 @@ signals:
     void dataChangedSig();
     void matchChanged();
     void selectionChanged();
-    /// The buffer is about to be written to: whoever shares it off this thread lets go of it now, or it would
-    /// be copied.
+    /// The buffer is about to be written to or replaced: whoever reads it on another thread stops now.
     void aboutToChange();
     /// What a patch that changed something found in its place.
     void overwritten(int offset, const QByteArray &before);

@@ -65,6 +65,8 @@ private slots:
 
     void targets();
     void marks();
+    void preparedFileIsNotCopiedByAnEdit();
+    void editWhilePreparing();
     void withoutFile_data();
     void withoutFile();
 
@@ -662,6 +664,34 @@ void TestHexEditing::marks()
     QSignalSpy changed(m_editing, &HexEditing::marksChanged);
     m_model->selectTo(12);
     QVERIFY(changed.count() > 0);
+}
+
+void TestHexEditing::preparedFileIsNotCopiedByAnEdit()
+{
+    const QByteArray opened(20'000'000, 'a');
+    m_model->setBytes(opened);
+    m_state->setShowHex(true);
+    const auto data = [this] { return static_cast<const void *>(m_model->bytes().constData()); };
+    WAIT_VERIFY(data() != opened.constData());
+    const void *const own = data();
+    m_state->hexPatch(u"b"_s);
+    QCOMPARE(data(), own);
+    QCOMPARE(m_editing->changesText(), u"1 byte changed in 1 place"_s);
+    QCOMPARE(bytes(), 'b' + QByteArray(19'999'999, 'a'));
+    QCOMPARE(opened.front(), 'a');
+}
+
+void TestHexEditing::editWhilePreparing()
+{
+    m_model->setBytes(QByteArray(20'000'000, 'a'));
+    m_state->setShowHex(true);
+    m_state->hexPatch(u"b"_s);
+    m_state->setShowHex(false);
+    m_state->setShowHex(true);
+    m_model->setBytes("other");
+    m_state->setShowHex(false);
+    QCoreApplication::processEvents();
+    QCOMPARE(bytes(), QByteArray("other"));
 }
 
 void TestHexEditing::withoutFile_data()
