@@ -2,6 +2,7 @@
 
 #include "api/TransferMeter.h"
 #include "app/AppState.h"
+#include "core/HexInspector.h"
 #include "core/HexModel.h"
 #include "core/ModuleLines.h"
 #include "core/RowModel.h"
@@ -19,6 +20,13 @@ struct AppStateForeign
     QML_FOREIGN(AppState)
     QML_NAMED_ELEMENT(AppState)
     QML_UNCREATABLE("The program makes the one controller and hands it to the views as app")
+};
+
+struct HexInspectorForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexInspector)
+    QML_NAMED_ELEMENT(HexInspector)
 };
 
 struct HexModelForeign
