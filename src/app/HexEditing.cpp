@@ -9,7 +9,7 @@
 #include <QScopedValueRollback>
 #include <QUndoCommand>
 #include <QUndoStack>
-#include <QtConcurrentRun>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <cstring>

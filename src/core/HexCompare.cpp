@@ -6,7 +6,7 @@
 
 #include <QFileInfo>
 #include <QPromise>
-#include <QtConcurrentRun>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <thread>

@@ -3,7 +3,7 @@
 #include "core/FileTools.h"
 #include "core/HexModel.h"
 
-#include <QtConcurrentRun>
+#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <utility>

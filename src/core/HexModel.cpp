@@ -71,6 +71,8 @@ void HexModel::replaceByEqual(QByteArray &&bytes)
 {
     emit aboutToChange();
     m_bytes = std::move(bytes);
+    // For those who stopped to read it.
+    emit dataChangedSig();
 }
 
 void HexModel::setCursor(int pos)

@@ -66,8 +66,8 @@ public:
 
     /// Replaces the buffer and forgets match and selection; the cursor stays, clamped to the new last byte.
     void setBytes(const QByteArray &bytes);
-    /// Puts equal bytes in the buffer's place, without a signal but aboutToChange. Given a copy that nobody
-    /// shares, the next write need not make one.
+    /// Puts equal bytes in the buffer's place, where nothing that is kept about them changes. Given a copy that
+    /// nobody shares, the next write need not make one.
     void replaceByEqual(QByteArray &&bytes);
     /// Positions outside the buffer are clamped. Nothing is selected afterwards.
     void setCursor(int pos);

@@ -4,6 +4,7 @@
 #include "app/AppState.h"
 #include "app/HexEditing.h"
 #include "core/HexCompare.h"
+#include "core/HexInspector.h"
 #include "core/HexMatches.h"
 #include "core/HexModel.h"
 #include "core/ModuleLines.h"
@@ -46,6 +47,13 @@ struct HexFillsForeign
     Q_GADGET
     QML_FOREIGN(HexFills)
     QML_NAMED_ELEMENT(HexFills)
+};
+
+struct HexInspectorForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexInspector)
+    QML_NAMED_ELEMENT(HexInspector)
 };
 
 struct HexMatchesForeign

@@ -63,6 +63,8 @@ private:
     void editIdentifier();
     void findAndPatch();
     void saveAndReopen();
+    void editBytes();
+    void compareBytes();
     void openSeveralModules();
     void checkFoldersShown();
     void shrinkWindow();
@@ -108,6 +110,8 @@ int Tour::run()
         editIdentifier();
         findAndPatch();
         saveAndReopen();
+        editBytes();
+        compareBytes();
         openSeveralModules();
         const auto takePicture = [this](const QString &name) { picture(name); };
         LibraryTour(*m_window, m_samples, takePicture).run();
@@ -217,6 +221,69 @@ void Tour::saveAndReopen()
                       u"the service to read the patched VIN"_s);
     check(m_window->app()->fileName() == patchedName, u"the patched copy to be open"_s);
     picture(u"reopened"_s);
+}
+
+// All of it is undone again.
+void Tour::editBytes()
+{
+    const HexModel *const model = m_window->app()->hexModel();
+    const QByteArray before = model->bytes();
+    m_window->click(u"hexEditorButton"_s);
+    m_window->type(u"hexGoToField"_s, u"10:8"_s);
+    m_window->key(Qt::Key_Return);
+    expectStatus(u"Selected 0x10\u20130x17, 8 bytes."_s);
+    m_window->key(Qt::Key_C, Qt::ControlModifier);
+    expectStatus(u"8 bytes copied."_s);
+    m_window->key(Qt::Key_I, Qt::ControlModifier);
+    m_window->item(u"hexInspector"_s);
+    picture(u"hex-inspector"_s);
+    m_window->key(Qt::Key_I, Qt::ControlModifier);
+
+    m_window->key(Qt::Key_Down);
+    m_window->key(Qt::Key_V, Qt::ControlModifier);
+    expectStatus(u"Pasted 8 bytes."_s);
+    m_window->key(Qt::Key_Right, Qt::ShiftModifier);
+    m_window->type(u"hexPatchField"_s, u"AA 55"_s);
+    m_window->click(u"hexFillButton"_s);
+    expectStatus(u"Filled 2 bytes."_s);
+    m_window->type(u"hexGoToField"_s, u"40"_s);
+    m_window->key(Qt::Key_Return);
+    for (const Qt::Key key : {Qt::Key_4, Qt::Key_B, Qt::Key_5, Qt::Key_6, Qt::Key_5})
+        m_window->key(key);
+    check(model->bytes().sliced(0x40, 2) == "KV", u"what was typed"_s);
+    picture(u"hex-typed"_s);
+    m_window->key(Qt::Key_F7, Qt::ShiftModifier);
+    m_window->key(Qt::Key_F7);
+    m_window->waitFor([this] { return m_window->app()->status().startsWith("Change "_L1); },
+                      u"the changes"_s);
+    for (int step = 0; step < 3; ++step)
+        m_window->key(Qt::Key_Z, Qt::ControlModifier);
+    check(model->bytes() == before, u"the bytes after all was undone"_s);
+    m_window->key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    check(model->bytes() != before, u"the step that was done again"_s);
+    m_window->key(Qt::Key_Z, Qt::ControlModifier);
+}
+
+void Tour::compareBytes()
+{
+    const HexModel *const model = m_window->app()->hexModel();
+    const QByteArray before = model->bytes();
+    m_window->key(Qt::Key_K, Qt::ControlModifier);
+    m_window->chooseFile(sampleName);
+    expectStatus(u"Compared with %1."_s.arg(sampleName));
+    m_window->key(Qt::Key_F6);
+    m_window->waitFor([this] { return m_window->app()->status().startsWith("Difference 1 of "_L1); },
+                      u"the first difference"_s);
+    m_window->key(Qt::Key_L, Qt::ControlModifier);
+    m_window->item(u"hexDifferencesList"_s);
+    picture(u"hex-compare"_s);
+    m_window->key(Qt::Key_T, Qt::ControlModifier);
+    check(model->bytes() != before, u"what was taken over"_s);
+    m_window->key(Qt::Key_Z, Qt::ControlModifier);
+    check(model->bytes() == before, u"the bytes as they were"_s);
+    m_window->key(Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
+    m_window->key(Qt::Key_Escape);
+    check(!m_window->app()->showHex(), u"the hex editor to close"_s);
 }
 
 void Tour::openSeveralModules()

@@ -12,7 +12,7 @@ status=0
 for floor in */; do
   floor=${floor%/}
   includes=$(grep -rEn --include='*.h' --include='*.cpp' --exclude=main.cpp '^\s*#\s*include' "$floor")
-  if grep -Ev "include (\"(${may_use[$floor]})/\w+\.h\"|<Q\w+>|<(QtGui/QDesktopServices|QtQml/qqml\.h)>|<((sys|xcb)/)?\w+(\.h)?>)\$" <<<"$includes"; then
+  if grep -Ev "include (\"(${may_use[$floor]})/\w+\.h\"|<Q\w+>|<(QtConcurrent/QtConcurrentRun|QtGui/QDesktopServices|QtQml/qqml\.h)>|<((sys|xcb)/)?\w+(\.h)?>)\$" <<<"$includes"; then
     status=1
   fi
 done

@@ -16,6 +16,7 @@ fi
 headers=$(qmake6 -query QT_INSTALL_HEADERS)
 own_headers=$(mktemp -d)
 trap 'rm -rf "$own_headers"' EXIT
+ln -s /usr/include/{zlib,zconf}.h "$own_headers"
 # Debian 13 and sid leave out the one header that names the handles of windows.
 if [[ ! -e $headers/QtGui/qwindowdefs_win.h ]]; then
   mkdir "$own_headers/QtGui"

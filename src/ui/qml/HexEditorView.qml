@@ -129,7 +129,6 @@ FocusScope {
         objectName: "hexOtherDialog"
         title: "Compare with"
         nameFilters: ["All files (*)", "KVT files (*.kvt)"]
-        acceptLabel: "Compare"
         onTaken: path => root.editing.compare.start(path)
     }
 

@@ -21,7 +21,8 @@ Item {
     readonly property real otherDigitsX: charactersX + charactersWidth + 2 * spacing
     readonly property real otherCharactersX: otherDigitsX + digitsWidth + spacing
     // What rows need that show all of it, with a map and a scroll bar.
-    readonly property int neededWidth: comparing ? otherCharactersX + charactersWidth + 28 : leastDigitsWidth + 276
+    readonly property int neededWidth: comparing
+        ? digitsX + 2 * (leastDigitsWidth + charactersWidth) + 4 * spacing + 28 : leastDigitsWidth + 276
     readonly property font font: Qt.font({ family: VOXTheme.fixedFamily, pixelSize: 12 })
     // Taken from a text like those of the rows: what font metrics say is rounded, which sixteen bytes would
     // show.

@@ -17,6 +17,15 @@ GridLayout {
     columnSpacing: 8
     rowSpacing: 8
 
+    HexInspectorPanel {
+        objectName: "hexInspector"
+        visible: root.inspecting
+        hexModel: root.appState.hexModel
+        wide: root.low && !root.listing
+        Layout.fillWidth: true
+        Layout.fillHeight: true
+    }
+
     HexDifferences {
         objectName: "hexDifferences"
         visible: root.listing

@@ -125,10 +125,10 @@ Rectangle {
             event.accepted = true;
         }
     }
-    // The columns are one after the other in the order of the keyboard.
+    // The columns are one after the other in the order of the keyboard, which comes in at the first again.
     Keys.onTabPressed: event => {
         event.accepted = !editing.typesText;
-        editing.typesText = true;
+        editing.typesText = !editing.typesText;
     }
     Keys.onBacktabPressed: event => {
         event.accepted = editing.typesText;

@@ -1,0 +1,75 @@
+pragma ComponentBehavior: Bound
+
+import QtQml
+import QtQuick
+import KvtEditor
+
+// One value of the inspector, which a click copies, or a key while the keyboard is here.
+Rectangle {
+    id: root
+
+    // What it is, and what it says; empty where there is no value.
+    required property string label
+    required property string value
+    // Instead of no value.
+    required property string missing
+
+    readonly property AppState appState: app // qmllint disable unqualified
+
+    function copy(): void {
+        if (value !== "")
+            appState.copyText(value, label);
+    }
+
+    implicitHeight: Math.max(20, content.implicitHeight + 6)
+    radius: 4
+    color: value !== "" && pointer.containsMouse ? VOXTheme.accent(0.12) : "transparent"
+    border.width: activeFocus ? 2 : 0
+    border.color: VOXTheme.focusRing
+
+    Accessible.role: Accessible.Cell
+    Accessible.name: label + ", " + (value !== "" ? value : "no value")
+    Accessible.focusable: true
+    Accessible.onPressAction: copy()
+
+    Text {
+        id: content
+        objectName: "content"
+        anchors {
+            left: parent.left
+            right: parent.right
+            margins: 4
+            baseline: parent.top
+            baselineOffset: 14
+        }
+        // The digits of a digest stand in two lines.
+        text: root.value === "" ? root.missing : root.value.replace(/.{32}(?=.)/g, "$&\n")
+        textFormat: Text.PlainText
+        font { family: VOXTheme.fixedFamily; pixelSize: 12 }
+        // Long numbers are set smaller before they are cut, which leaves the exponent in sight.
+        fontSizeMode: Text.HorizontalFit
+        minimumPixelSize: 10
+        elide: Text.ElideMiddle
+        color: root.value !== "" ? VOXTheme.text : VOXTheme.muted
+        Accessible.ignored: true
+    }
+
+    MouseArea {
+        id: pointer
+        anchors.fill: parent
+        hoverEnabled: true
+        cursorShape: root.value !== "" ? Qt.PointingHandCursor : Qt.ArrowCursor
+        onClicked: root.copy()
+    }
+
+    Instantiator {
+        model: pointer.containsMouse && content.truncated ? 1 : 0
+
+        VOXToolTip {
+            objectName: "wholeValue"
+            parent: root
+            fullText: root.value
+            visible: true
+        }
+    }
+}
