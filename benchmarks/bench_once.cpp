@@ -7,13 +7,21 @@
 //                         file BENCH_AUTHORITY.
 //   bench_once find zeros|noise NEEDLE-LENGTH REPEATS
 //                         The editor's search and the C library's memmem in turn, a line for each repeat.
+//   bench_once count zeros|noise NEEDLE-LENGTH REPEATS
+//                         All matches counted by the editor, and by memmem from each match on.
+//   bench_once compare FILE OTHER
+//                         From the command to the differences, with FILE open.
+//   bench_once undo STEPS  Undoes as many changes of 256 MiB.
 
 #include "Authority.h"
 #include "Haystack.h"
 #include "api/VoxApiClient.h"
 #include "app/AppState.h"
+#include "app/HexEditing.h"
 #include "core/FileTools.h"
+#include "core/HexCompare.h"
 #include "core/HexModel.h"
+#include "core/MatchCount.h"
 #include "core/Version.h"
 
 #include <QCoreApplication>
@@ -142,6 +150,64 @@ int find(const QStringList &arguments)
     return 0;
 }
 
+// A needle that is there: in zeros everywhere.
+int count(const QStringList &arguments)
+{
+    const QByteArray haystack = arguments.at(0) == "zeros"_L1 ? Haystack::zeros() : Haystack::noise();
+    const QByteArray needle = haystack.last(arguments.at(1).toInt());
+    for (int repeat = arguments.at(2).toInt(); repeat > 0; --repeat) {
+        const double begin = processorMilliseconds();
+        const auto counted = MatchCount::of(haystack, needle);
+        const double between = processorMilliseconds();
+        int found = 0;
+        const char *at = haystack.constData();
+        const char *const end = at + haystack.size();
+        while ((at = static_cast<const char *>(memmem(at, static_cast<size_t>(end - at), needle.constData(),
+                                                      static_cast<size_t>(needle.size()))))) {
+            ++found;
+            ++at;
+        }
+        const double after = processorMilliseconds();
+        if (counted->total() != found)
+            return fail("the counts differ");
+        std::printf("%.2f %.2f\n", between - begin, after - between);
+    }
+    return 0;
+}
+
+int compare(const QStringList &arguments)
+{
+    HexModel model;
+    model.setBytes(FileTools::readFile(arguments.at(0)));
+    HexCompare comparison(&model);
+    QObject::connect(&comparison, &HexCompare::finished, QCoreApplication::instance(),
+                     &QCoreApplication::quit);
+    QObject::connect(&comparison, &HexCompare::failed, [] { QCoreApplication::exit(1); });
+    QElapsedTimer timer;
+    timer.start();
+    comparison.start(arguments.at(1));
+    const int failed = QCoreApplication::exec();
+    std::printf("%.2f\n", milliseconds(timer));
+    return failed ? fail("the other file could not be read") : 0;
+}
+
+int undo(const QStringList &arguments)
+{
+    const int steps = arguments.at(0).toInt();
+    AppState state;
+    state.hexModel()->setBytes(Haystack::zeros());
+    for (int i = 0; i < steps; ++i) {
+        state.hexModel()->setCursor(i * 2000);
+        state.hexPatch(u"AA"_s);
+    }
+    QElapsedTimer timer;
+    timer.start();
+    while (state.hexEditing()->canUndo())
+        state.hexEditing()->undo();
+    std::printf("%.2f\n", milliseconds(timer));
+    return state.hexModel()->bytes() == Haystack::zeros() ? 0 : fail("not everything was undone");
+}
+
 struct Work
 {
     const char *name;
@@ -149,11 +215,9 @@ struct Work
     int (*run)(const QStringList &arguments);
 };
 
-constexpr Work works[] = {{"scan", 3, scan},
-                          {"sort", 2, sort},
-                          {"upload", 2, upload},
-                          {"download", 2, download},
-                          {"find", 3, find}};
+constexpr Work works[] = {{"scan", 3, scan},         {"sort", 2, sort}, {"upload", 2, upload},
+                          {"download", 2, download}, {"find", 3, find}, {"count", 3, count},
+                          {"compare", 2, compare},   {"undo", 1, undo}};
 
 } // namespace
 

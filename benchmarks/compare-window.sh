@@ -160,9 +160,28 @@ compare_scrolling() {
     "$(value 'memory after page 100')" "ourselves" "<= 1.01"
 }
 
+# Each key to the frame that shows it, first plain, then with everything in sight that can be.
+compare_editing() {
+  local bench=$build/benchmarks/bench_scroll key shows
+  [[ -x $bench ]] || return 0
+  cp "$work/image.kvt" "$work/other.kvt"
+  printf 'other' | dd of="$work/other.kvt" conv=notrunc status=none
+  for key in right digit page; do
+    for shows in "" ", compared, matches marked, panel open"; do
+      [[ $key != page || $shows ]] || continue
+      rm -f "$work/scroll"
+      for ((i = 0; i < repeats; ++i)); do
+        BENCH_FILE=$work/image.kvt BENCH_KEY=$key BENCH_OTHER=${shows:+$work/other.kvt} quietly "$bench" >>"$work/scroll"
+      done
+      row "1,000 times the key $key in 256 MiB$shows, slowest frame" "$(value 'page, slowest')" ms 16 "limit" "<= 1.0"
+    done
+  done
+}
+
 compare_start
 compare_memory "memory after start"
 head -c 64M /dev/urandom >"$work/file.kvt"
 compare_memory "memory with a 64 MiB file open" "$work/file.kvt"
 compare_lists
 compare_scrolling
+compare_editing

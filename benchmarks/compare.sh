@@ -4,7 +4,7 @@
 # subtracted from the peaks of transfers, are measured once. Makes its own data, some 3 GB in the temporary folder, and
 # takes about ten minutes. Writes docs/performance.md, and fails when a required figure is not reached.
 #   benchmarks/compare.sh [--only REGEX] [BUILD-FOLDER]    BUILD-FOLDER: a Release build, build/release by default
-# With --only, just the groups whose names match are measured (search find open row sorter upload transfer window),
+# With --only, just the groups whose names match are measured (search find open row edit sorter upload transfer window),
 # and no document is written.
 set -euo pipefail
 
@@ -159,6 +159,26 @@ measure_row() {
     --benchmark_report_aggregates_only=true --benchmark_format=csv 2>/dev/null \
     | awk -F, '/_median/ { printf "%.2f", $3 / 1000 }')
   row "one hex row, all three roles" "$microseconds" µs 1 "limit" 1.0
+}
+
+compare_ours() { "$once" compare "$work/image.bin" "$work/other.bin"; }
+compare_theirs() { clock cmp "$work/image.bin" "$work/other.bin"; }
+count_ours() { "$once" count "$1" "$2" $((repeats + 1)) | tail -n "$repeats" >"$work/pairs"; }
+measure_edit() {
+  local data length
+  head -c 256M /dev/urandom >"$work/image.bin"
+  cp "$work/image.bin" "$work/other.bin"
+  in_turn compare_ours compare_theirs
+  row "compare with another file of 256 MiB" "$ours" ms "$theirs" "cmp" 1.2
+  rm "$work/image.bin" "$work/other.bin"
+  for data in noise zeros; do
+    for length in 2 8; do
+      count_ours "$data" "$length"
+      row "count all matches in 256 MiB of $data, $length bytes" "$(cut -d' ' -f1 "$work/pairs" | median)" ms \
+        "$(cut -d' ' -f2 "$work/pairs" | median)" "memmem" 2
+    done
+  done
+  row "undo 100,000 steps in 256 MiB" "$("$once" undo 100000)" ms 1000 "limit" 1.0
 }
 
 sort_ours() { rm -rf "$work/sorted" && "$once" sort "$work/sorted" "$work/sources"; }
@@ -389,6 +409,9 @@ $(limits "${missed[@]}")
 - Open: the real program, drawn without a display, from the call that opens the file to the frame that shows its first
   row. Memory is the growth of the resident set.
 - Hex row: offset, digits and characters of one row of the model, from Google Benchmark.
+- Compare: from the command to the counted differences, with the one file open: the other is read and kept. Two equal
+  files, which is the longest way for \`cmp\`.
+- Count: matches that overlap count; \`memmem\` begins anew one byte after each match. In processor time.
 - Sorter: one copy of each file in folders by year, make and number; \`cp\` copies the same files into one folder.
 - Upload: a form with one file to the local stand-in of the service; the whole process from start to exit on both
   sides. The peak, measured once, is that of the whole program with its window.
@@ -406,6 +429,7 @@ if wanted search; then measure_search; fi
 if wanted find; then measure_find; fi
 if wanted open; then measure_open; fi
 if wanted row; then measure_row; fi
+if wanted edit; then measure_edit; fi
 if wanted sorter; then measure_sorter; fi
 if wanted upload; then measure_upload; fi
 if wanted transfer; then measure_transfer; fi

@@ -31,6 +31,8 @@ AppState::AppState(QObject *parent)
 
 AppState::~AppState()
 {
+    // What it has at work reads the model's bytes, and the model would go first.
+    delete m_hexEditing;
     m_search.link->cancel = true;
     const QMutexLocker lock(&m_search.link->mutex);
     m_search.link->owner = nullptr;

@@ -18,7 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int bytesPerRow = 16;
 // Six characters a byte, which the clipboard and whoever reads it have to hold.
 constexpr int mostCopied = 16 << 20;
 constexpr int mostTargets = 10;
@@ -26,22 +25,17 @@ constexpr int mostTargets = 10;
 constexpr qsizetype leastPrepared = 4 << 20;
 constexpr qsizetype pieceSize = 1 << 20;
 
-QString counted(int number, const QString &unit)
-{
-    return u"%1 %2%3"_s.arg(QString::number(number), unit, number == 1 ? QString() : u"s"_s);
-}
-
 // Of the sixteen bytes from `rowStart` on, those of the range.
 quint16 maskOf(qint64 rowStart, qint64 start, qint64 length)
 {
-    const qint64 first = std::clamp<qint64>(start - rowStart, 0, bytesPerRow);
-    const qint64 end = std::clamp<qint64>(start + length - rowStart, 0, bytesPerRow);
+    const qint64 first = std::clamp<qint64>(start - rowStart, 0, HexModel::bytesPerRow);
+    const qint64 end = std::clamp<qint64>(start + length - rowStart, 0, HexModel::bytesPerRow);
     return static_cast<quint16>((1U << end) - (1U << first));
 }
 
 quint16 maskOfDifferences(QByteArrayView ours, QByteArrayView theirs, qint64 rowStart)
 {
-    const qint64 end = std::min<qint64>({rowStart + bytesPerRow, ours.size(), theirs.size()});
+    const qint64 end = std::min<qint64>({rowStart + HexModel::bytesPerRow, ours.size(), theirs.size()});
     unsigned mask = 0;
     for (qint64 i = rowStart; i < end; ++i)
         mask |= ours[i] != theirs[i] ? 1U << (i - rowStart) : 0;
@@ -251,7 +245,7 @@ void HexEditing::replay(bool undoes)
         m_steps->undo();
     else
         m_steps->redo();
-    emit said(u"%1 %2 at 0x%3."_s.arg(undoes ? u"Undid"_s : u"Redid"_s, counted(step->length(), u"byte"_s),
+    emit said(u"%1 %2 at 0x%3."_s.arg(undoes ? u"Undid"_s : u"Redid"_s, countText(step->length(), u"byte"_s),
                                       offsetText(step->offset())),
               1);
 }
@@ -325,10 +319,10 @@ bool HexEditing::write(const QByteArray &bytes)
     const int start = editStart();
     const int room = m_model->byteCount() - start;
     if (bytes.size() > room) {
-        emit said(
-            u"Does not fit: %1 at 0x%2, where %3 are left."_s.arg(
-                counted(static_cast<int>(bytes.size()), u"byte"_s), offsetText(start), QString::number(room)),
-            0);
+        emit said(u"Does not fit: %1 at 0x%2, where %3 are left."_s.arg(
+                      countText(static_cast<int>(bytes.size()), u"byte"_s), offsetText(start),
+                      QString::number(room)),
+                  0);
         return false;
     }
     return m_model->applyPatch(start, bytes);
@@ -365,7 +359,7 @@ void HexEditing::copy(Format format)
     }
     if (QClipboard *const board = clipboard())
         board->setText(text);
-    emit said(format == AsOffset ? u"Offset copied."_s : counted(length, u"byte"_s) + u" copied."_s, 1);
+    emit said(format == AsOffset ? u"Offset copied."_s : countText(length, u"byte"_s) + u" copied."_s, 1);
 }
 
 void HexEditing::paste()
@@ -379,7 +373,7 @@ void HexEditing::paste()
         return;
     }
     if (write(bytes))
-        emit said(u"Pasted %1."_s.arg(counted(static_cast<int>(bytes.size()), u"byte"_s)), 1);
+        emit said(u"Pasted %1."_s.arg(countText(static_cast<int>(bytes.size()), u"byte"_s)), 1);
 }
 
 void HexEditing::fill(const QString &query)
@@ -397,7 +391,7 @@ void HexEditing::fill(const QString &query)
         return;
     }
     if (write(pattern.repeated((length - 1) / pattern.size() + 1).first(length)))
-        emit said(u"Filled %1."_s.arg(counted(length, u"byte"_s)), 1);
+        emit said(u"Filled %1."_s.arg(countText(length, u"byte"_s)), 1);
 }
 
 void HexEditing::selectAll()
@@ -410,8 +404,8 @@ QString HexEditing::changesText() const
 {
     if (changedBytes() == 0)
         return {};
-    return u"%1 changed in %2"_s.arg(counted(changedBytes(), u"byte"_s),
-                                     counted(changedPlaces(), u"place"_s));
+    return u"%1 changed in %2"_s.arg(countText(changedBytes(), u"byte"_s),
+                                     countText(changedPlaces(), u"place"_s));
 }
 
 QString HexEditing::selectionText() const
@@ -421,14 +415,14 @@ QString HexEditing::selectionText() const
     if (length == 0)
         return {};
     return u"Selected 0x%1\u20130x%2, %3"_s.arg(offsetText(start), offsetText(start + length - 1),
-                                                counted(length, u"byte"_s));
+                                                countText(length, u"byte"_s));
 }
 
 void HexEditing::show(const ByteRange &range, const QString &kind, int number, int count)
 {
     m_model->select(range.start, range.length);
     emit said(u"%1 %2 of %3: %4 at 0x%5."_s.arg(kind, QString::number(number), QString::number(count),
-                                                counted(range.length, u"byte"_s), offsetText(range.start)),
+                                                countText(range.length, u"byte"_s), offsetText(range.start)),
               1);
 }
 
@@ -507,7 +501,7 @@ void HexEditing::takeOver()
     }
     endTyping();
     m_model->applyPatch(range.start, other.sliced(range.start, range.length));
-    emit said(u"Took over %1 at 0x%2."_s.arg(counted(range.length, u"byte"_s), offsetText(range.start)), 1);
+    emit said(u"Took over %1 at 0x%2."_s.arg(countText(range.length, u"byte"_s), offsetText(range.start)), 1);
 }
 
 void HexEditing::rememberTarget(const QString &target)
@@ -527,7 +521,7 @@ QList<HexRowMarks> HexEditing::marks(int firstRow, int rows) const
     const QList<quint16> found = m_matches->masks(firstRow, rows);
     QList<HexRowMarks> marks(rows);
     for (int i = 0; i < rows; ++i) {
-        const qint64 start = (qint64(firstRow) + i) * bytesPerRow;
+        const qint64 start = (qint64(firstRow) + i) * HexModel::bytesPerRow;
         marks[i].selected = m_model->selectionLength() > 0
             ? maskOf(start, m_model->selectionStart(), m_model->selectionLength())
             : quint16(0);

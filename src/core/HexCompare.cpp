@@ -16,20 +16,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype pieceSize = 1 << 20;
-constexpr qsizetype bytesPerRow = 16;
+// Compared between two looks at whether it was given up.
+constexpr qsizetype comparedAtOnce = 1 << 20;
 
-QByteArrayView rowOf(QByteArrayView bytes, int row)
+QByteArrayView rowOf(const QByteArray &bytes, int row)
 {
-    const qsizetype start = row * bytesPerRow;
-    return start < 0 || start >= bytes.size()
-        ? QByteArrayView()
-        : bytes.sliced(start).first(std::min(bytesPerRow, bytes.size() - start));
-}
-
-QString counted(int number, const QString &unit)
-{
-    return u"%1 %2%3"_s.arg(QString::number(number), unit, number == 1 ? QString() : u"s"_s);
+    const qsizetype start = qsizetype(row) * HexModel::bytesPerRow;
+    if (start < 0 || start >= bytes.size())
+        return {};
+    return QByteArrayView(bytes).sliced(start,
+                                        std::min<qsizetype>(HexModel::bytesPerRow, bytes.size() - start));
 }
 
 } // namespace
@@ -147,8 +143,8 @@ void HexCompare::compare()
                 [](QPromise<ByteDifferences> &promise, QByteArrayView ours, const QByteArray &theirs) {
                     const qsizetype size = std::min(ours.size(), theirs.size());
                     ByteDifferences differences(size);
-                    for (qsizetype at = 0; at < size && !promise.isCanceled(); at += pieceSize)
-                        differences.update(ours, theirs, at, pieceSize);
+                    for (qsizetype at = 0; at < size && !promise.isCanceled(); at += comparedAtOnce)
+                        differences.update(ours, theirs, at, comparedAtOnce);
                     promise.addResult(std::move(differences));
                 },
                 QByteArrayView(m_model->bytes()), m_bytes));
@@ -163,12 +159,12 @@ QString HexCompare::text() const
     if (!isActive())
         return {};
     QString text = places() == 0 ? u"No difference"_s
-                                 : u"%1 %2 in %3"_s.arg(counted(differingBytes(), u"byte"_s),
+                                 : u"%1 %2 in %3"_s.arg(countText(differingBytes(), u"byte"_s),
                                                         differingBytes() == 1 ? u"differs"_s : u"differ"_s,
-                                                        counted(places(), u"place"_s));
+                                                        countText(places(), u"place"_s));
     const qsizetype longer = m_bytes.size() - m_model->byteCount();
     if (longer != 0) {
-        text += u"; the other file is %1 %2"_s.arg(counted(static_cast<int>(std::abs(longer)), u"byte"_s),
+        text += u"; the other file is %1 %2"_s.arg(countText(static_cast<int>(std::abs(longer)), u"byte"_s),
                                                    longer > 0 ? u"longer"_s : u"shorter"_s);
     }
     return text;
@@ -194,7 +190,7 @@ QString HexCompare::placeText(int index) const
     const ByteRange range = place(index);
     return range.length == 0 ? QString()
                              : u"%1  %2"_s.arg(offsetText(range.start).rightJustified(8, '0'_L1),
-                                               counted(range.length, u"byte"_s));
+                                               countText(range.length, u"byte"_s));
 }
 
 ByteRange HexCompare::placeAt(int position) const

@@ -12,7 +12,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int bytesPerRow = 16;
 // The matches in sight are looked for with every frame.
 constexpr qsizetype longestMarked = 256;
 
@@ -67,9 +66,10 @@ QList<quint16> HexMatches::masks(int firstRow, int rows) const
     if (length == 0 || length > longestMarked)
         return masks;
     // A match that is in sight in part only has its other part just outside.
-    const qint64 firstByte = qint64(firstRow) * bytesPerRow;
+    const qint64 firstByte = qint64(firstRow) * HexModel::bytesPerRow;
     const qint64 from = std::max<qint64>(firstByte - length + 1, 0);
-    const qint64 end = std::min<qint64>(firstByte + qint64(rows) * bytesPerRow + length - 1, bytes.size());
+    const qint64 end =
+        std::min<qint64>(firstByte + qint64(rows) * HexModel::bytesPerRow + length - 1, bytes.size());
     if (from >= end)
         return masks;
     const QByteArray seen = QByteArray::fromRawData(bytes.constData() + from, end - from);
@@ -78,8 +78,9 @@ QList<quint16> HexMatches::masks(int firstRow, int rows) const
          at = FileTools::findBytes(seen, m_needle, at + 1)) {
         for (qint64 i = std::max<qint64>(marked, at); i < at + length; ++i) {
             const qint64 position = from + i - firstByte;
-            if (position >= 0 && position < qint64(rows) * bytesPerRow)
-                masks[position / bytesPerRow] |= static_cast<quint16>(1U << (position % bytesPerRow));
+            if (position >= 0 && position < qint64(rows) * HexModel::bytesPerRow)
+                masks[position / HexModel::bytesPerRow] |=
+                    static_cast<quint16>(1U << (position % HexModel::bytesPerRow));
         }
         marked = at + length;
     }

@@ -18,15 +18,15 @@ int HexModel::rowCount(const QModelIndex &parent) const
         return 0;
     if (m_bytes.isEmpty())
         return 1;
-    return static_cast<int>((m_bytes.size() + m_bytesPerRow - 1) / m_bytesPerRow);
+    return static_cast<int>((m_bytes.size() + bytesPerRow - 1) / bytesPerRow);
 }
 
 QVariant HexModel::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || index.row() >= rowCount())
         return {};
-    const qint64 offset = qint64(index.row()) * m_bytesPerRow;
-    const qint64 length = std::min<qint64>(m_bytesPerRow, m_bytes.size() - offset);
+    const qint64 offset = qint64(index.row()) * bytesPerRow;
+    const qint64 length = std::min<qint64>(bytesPerRow, m_bytes.size() - offset);
     const QByteArrayView row = QByteArrayView(m_bytes).sliced(offset, length);
     switch (role) {
     case OffsetRole:
@@ -47,7 +47,7 @@ QHash<int, QByteArray> HexModel::roleNames() const
 
 int HexModel::currentRow() const
 {
-    return m_bytesPerRow < 1 ? 0 : m_cursor / m_bytesPerRow;
+    return m_cursor / bytesPerRow;
 }
 
 void HexModel::setBytes(const QByteArray &bytes)
@@ -96,7 +96,7 @@ bool HexModel::select(int start, int length)
 
 void HexModel::clickRow(int row)
 {
-    setCursor(clamped(qint64(row) * m_bytesPerRow));
+    setCursor(clamped(qint64(row) * bytesPerRow));
 }
 
 void HexModel::moveCursor(Move move, int rowsPerPage, bool selects)
@@ -108,10 +108,10 @@ void HexModel::moveCursor(Move move, int rowsPerPage, bool selects)
             setCursor(clamped(position));
     };
     const qint64 lastRow = rowCount() - 1;
-    const qint64 rowStart = qint64(currentRow()) * m_bytesPerRow;
+    const qint64 rowStart = qint64(currentRow()) * bytesPerRow;
     const auto byRows = [&](qint64 rows) {
         const qint64 row = std::clamp<qint64>(currentRow() + rows, 0, lastRow);
-        moveTo(row * m_bytesPerRow + m_cursor - rowStart);
+        moveTo(row * bytesPerRow + m_cursor - rowStart);
     };
     switch (move) {
     case Left:
@@ -129,7 +129,7 @@ void HexModel::moveCursor(Move move, int rowsPerPage, bool selects)
     case RowStart:
         return moveTo(rowStart);
     case RowEnd:
-        return moveTo(rowStart + m_bytesPerRow - 1);
+        return moveTo(rowStart + bytesPerRow - 1);
     case FileStart:
         return moveTo(0);
     case FileEnd:
@@ -144,9 +144,7 @@ bool HexModel::applyPatch(int offset, const QByteArray &bytes)
     const QByteArray before = m_bytes.sliced(offset, bytes.size());
     emit aboutToChange();
     m_bytes.replace(offset, bytes.size(), bytes);
-    const auto rowAt = [this](qsizetype position) {
-        return index(static_cast<int>(position / m_bytesPerRow));
-    };
+    const auto rowAt = [this](qsizetype position) { return index(static_cast<int>(position / bytesPerRow)); };
     emit dataChanged(rowAt(offset), rowAt(offset + bytes.size() - 1), {HexRole, AsciiRole});
     emit dataChangedSig();
     if (offset < m_match.start + m_match.length && m_match.start < offset + bytes.size())

@@ -45,6 +45,8 @@ public:
     };
     Q_ENUM(Move)
 
+    static constexpr int bytesPerRow = 16;
+
     explicit HexModel(QObject *parent = nullptr);
 
     int rowCount(const QModelIndex &parent = {}) const override;
@@ -118,5 +120,4 @@ private:
     /// Where the selection began; -1 when nothing is selected.
     int m_anchor = -1;
     Match m_match;
-    int m_bytesPerRow = 16;
 };

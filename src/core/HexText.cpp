@@ -70,6 +70,11 @@ QString cArrayText(QByteArrayView bytes)
     return text + "\n};\n"_L1;
 }
 
+QString countText(int count, const QString &unit)
+{
+    return u"%1 %2%3"_s.arg(QString::number(count), unit, count == 1 ? QString() : u"s"_s);
+}
+
 QString offsetText(qint64 offset)
 {
     return QString::number(offset, 16).toUpper();

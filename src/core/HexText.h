@@ -16,6 +16,9 @@ QString asciiText(QByteArrayView bytes);
 /// The definition of an array in C, sixteen bytes a line.
 QString cArrayText(QByteArrayView bytes);
 
+/// "1 byte", "2 bytes".
+QString countText(int count, const QString &unit);
+
 /// "1F3A7": an offset without padding.
 QString offsetText(qint64 offset);
 

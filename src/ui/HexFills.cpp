@@ -1,5 +1,7 @@
 #include "ui/HexFills.h"
 
+#include "core/HexModel.h"
+
 #include <QQuickWindow>
 #include <QSGRectangleNode>
 #include <QSGTransformNode>
@@ -8,16 +10,14 @@
 
 namespace {
 
-constexpr int bytesPerRow = 16;
-
 // Calls `use` with the first byte of each run of set bits, and the one after its last.
 template <typename Use> void forEachRun(quint16 mask, Use use)
 {
-    for (int first = 0; first < bytesPerRow; ++first) {
+    for (int first = 0; first < HexModel::bytesPerRow; ++first) {
         if (!(mask >> first & 1))
             continue;
         int end = first + 1;
-        while (end < bytesPerRow && (mask >> end & 1))
+        while (end < HexModel::bytesPerRow && (mask >> end & 1))
             ++end;
         use(first, end);
         first = end;

@@ -67,6 +67,7 @@ private slots:
     void marks();
     void preparedFileIsNotCopiedByAnEdit();
     void editWhilePreparing();
+    void destroyedWhileWorking();
     void withoutFile_data();
     void withoutFile();
 
@@ -692,6 +693,21 @@ void TestHexEditing::editWhilePreparing()
     m_state->setShowHex(false);
     QCoreApplication::processEvents();
     QCOMPARE(bytes(), QByteArray("other"));
+}
+
+// Counting, comparing and copying, when the window closes.
+void TestHexEditing::destroyedWhileWorking()
+{
+    m_model->setBytes(QByteArray(50'000'000, '\0'));
+    compareWith(QByteArray(50'000'000, '\1'));
+    m_state->hexFind(u"00 00"_s);
+    m_model->setBytes(QByteArray(50'000'000, '\0'));
+    m_state->hexFind(u"00 00 00"_s);
+    QCoreApplication::sendPostedEvents(m_editing->matches());
+    QCoreApplication::sendPostedEvents(m_editing->compare());
+    m_state->setShowHex(true);
+    QVERIFY(m_editing->compare()->isBusy());
+    m_state.reset();
 }
 
 void TestHexEditing::withoutFile_data()
