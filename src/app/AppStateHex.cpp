@@ -10,8 +10,13 @@ void AppState::setShowHex(bool show)
 {
     if (std::exchange(m_showHex, show) == show)
         return;
-    if (show)
-        m_hexEditing->prepare();
+    if (show) {
+        m_hexEditing->prepare(m_file.bytes);
+    } else {
+        m_hexEditing->endTyping();
+        if (m_hexEditing->compare()->isBusy())
+            m_hexEditing->compare()->stop();
+    }
     emit showHexChanged();
 }
 
@@ -31,6 +36,7 @@ void AppState::hexFindPrevious(const QString &query)
 
 void AppState::hexFindBy(const QString &query, const std::function<int(const QByteArray &)> &find)
 {
+    m_hexEditing->endTyping();
     const QByteArray needle = FileTools::parseHexQuery(query);
     if (needle.isEmpty()) {
         m_hexModel->clearMatch();
@@ -57,6 +63,7 @@ bool AppState::hexGoTo(const QString &offset)
         setStatus(u"No file is open."_s, 0);
         return false;
     }
+    m_hexEditing->endTyping();
     const int count = m_hexModel->byteCount();
     const auto target = FileTools::parseTarget(offset, m_hexModel->cursor(), count);
     if (!target) {

@@ -33,7 +33,7 @@ void AppState::openKvt(const QString &path)
     m_file = {path, QFileInfo(path).fileName(), bytes, m_file.generation + 1};
     m_hexModel->setBytes(bytes);
     if (m_showHex)
-        m_hexEditing->prepare();
+        m_hexEditing->prepare(m_file.bytes);
     m_identifiers.clear();
     m_identifiers.insert(FileTools::extractKvtIdentifiers(bytes));
     if (created().isEmpty())
@@ -61,7 +61,7 @@ void AppState::saveKvt(const QString &path)
     m_file.name = QFileInfo(path).fileName();
     m_hexEditing->markSaved();
     if (m_showHex)
-        m_hexEditing->prepare();
+        m_hexEditing->prepare(m_file.bytes);
     emit fileChanged();
     setStatus(u"Saved."_s, 1);
 }

@@ -9,7 +9,6 @@
 #include <QScopedValueRollback>
 #include <QUndoCommand>
 #include <QUndoStack>
-#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <cstring>
@@ -112,6 +111,10 @@ HexEditing::HexEditing(HexModel *model, QObject *parent)
     , m_matches(new HexMatches(model, this))
     , m_compare(new HexCompare(model, this))
     , m_steps(std::make_unique<QUndoStack>())
+    , m_copying([this](std::optional<QByteArray> &&copy) {
+        if (copy)
+            m_model->replaceByEqual(std::move(*copy));
+    })
 {
     connect(m_model, &HexModel::modelReset, this, &HexEditing::startOver);
     connect(m_model, &HexModel::overwritten, this, &HexEditing::record);
@@ -130,43 +133,26 @@ HexEditing::HexEditing(HexModel *model, QObject *parent)
     connect(m_compare, &HexCompare::failed, this, [this](const QString &error) { emit said(error, 0); });
     connect(m_compare, &HexCompare::finished, this,
             [this] { emit said(u"Compared with %1."_s.arg(m_compare->name()), 1); });
-    connect(m_model, &HexModel::aboutToChange, this, &HexEditing::stopCopying);
-    connect(&m_copying, &QFutureWatcherBase::finished, this, [this] {
-        if (!m_copying.isCanceled())
-            m_model->replaceByEqual(std::move(*m_copy));
-    });
+    connect(m_model, &HexModel::aboutToChange, this, [this] { m_copying.stop(); });
     connect(m_steps.get(), &QUndoStack::indexChanged, this, &HexEditing::undoChanged);
 }
 
-HexEditing::~HexEditing()
-{
-    stopCopying();
-}
+HexEditing::~HexEditing() = default;
 
-void HexEditing::prepare()
+void HexEditing::prepare(const QByteArray &held)
 {
-    const QByteArray bytes = m_model->bytes();
-    stopCopying();
-    if (bytes.size() < leastPrepared)
+    const QByteArrayView bytes = m_model->bytes();
+    const bool isShared = bytes.data() == m_saved.constData() || bytes.data() == held.constData();
+    if (bytes.size() < leastPrepared || !isShared)
         return;
-    // Moved from later, not a result: of that the other thread may still hold a share.
-    m_copy = std::make_shared<QByteArray>();
-    m_copying.setFuture(QtConcurrent::run(
-        [](QPromise<void> &promise, QByteArrayView source, const std::shared_ptr<QByteArray> &copy) {
-            copy->resize(source.size());
-            for (qsizetype at = 0; at < source.size() && !promise.isCanceled(); at += pieceSize) {
-                const qsizetype length = std::min(pieceSize, source.size() - at);
-                std::memcpy(copy->data() + at, source.data() + at, static_cast<size_t>(length));
-            }
-        },
-        QByteArrayView(bytes), m_copy));
-}
-
-void HexEditing::stopCopying()
-{
-    m_copying.cancel();
-    m_copying.waitForFinished();
-    m_copying.setFuture({});
+    m_copying.start([bytes](const auto &isGivenUp) {
+        QByteArray copy(bytes.size(), Qt::Uninitialized);
+        for (qsizetype at = 0; at < bytes.size() && !isGivenUp(); at += pieceSize) {
+            const qsizetype length = std::min(pieceSize, bytes.size() - at);
+            std::memcpy(copy.data() + at, bytes.data() + at, static_cast<size_t>(length));
+        }
+        return std::optional(std::move(copy));
+    });
 }
 
 void HexEditing::startOver()
@@ -196,6 +182,12 @@ bool HexEditing::hasFile()
 int HexEditing::editStart() const
 {
     return m_model->selectionLength() > 0 ? m_model->selectionStart() : m_model->cursor();
+}
+
+// Where the way to another place begins. A place at the cursor counts, unless it is selected already.
+int HexEditing::stepStart(bool forwards) const
+{
+    return editStart() - (forwards && m_model->selectionLength() == 0 ? 1 : 0);
 }
 
 void HexEditing::record(int offset, const QByteArray &before)
@@ -245,6 +237,7 @@ void HexEditing::replay(bool undoes)
         m_steps->undo();
     else
         m_steps->redo();
+    emit shown();
     emit said(u"%1 %2 at 0x%3."_s.arg(undoes ? u"Undid"_s : u"Redid"_s, countText(step->length(), u"byte"_s),
                                       offsetText(step->offset())),
               1);
@@ -319,12 +312,13 @@ bool HexEditing::write(const QByteArray &bytes)
     const int start = editStart();
     const int room = m_model->byteCount() - start;
     if (bytes.size() > room) {
-        emit said(u"Does not fit: %1 at 0x%2, where %3 are left."_s.arg(
+        emit said(u"Does not fit: %1 at 0x%2, where only %3 left."_s.arg(
                       countText(static_cast<int>(bytes.size()), u"byte"_s), offsetText(start),
-                      QString::number(room)),
+                      countText(room, u"byte"_s) + (room == 1 ? u" is"_s : u" are"_s)),
                   0);
         return false;
     }
+    emit shown();
     return m_model->applyPatch(start, bytes);
 }
 
@@ -421,6 +415,7 @@ QString HexEditing::selectionText() const
 void HexEditing::show(const ByteRange &range, const QString &kind, int number, int count)
 {
     m_model->select(range.start, range.length);
+    emit shown();
     emit said(u"%1 %2 of %3: %4 at 0x%5."_s.arg(kind, QString::number(number), QString::number(count),
                                                 countText(range.length, u"byte"_s), offsetText(range.start)),
               1);
@@ -441,7 +436,7 @@ void HexEditing::goToChange(Step step)
     if (!hasFile())
         return;
     const QByteArray bytes = m_model->bytes();
-    const ByteRange range = (m_changes.*step)(bytes, m_saved, editStart());
+    const ByteRange range = (m_changes.*step)(bytes, m_saved, stepStart(step == &ByteDifferences::next));
     if (range.length == 0)
         emit said(u"No byte has changed."_s, 0);
     else
@@ -460,18 +455,18 @@ bool HexEditing::hasOther()
 void HexEditing::nextDifference()
 {
     if (hasOther())
-        goToDifference(m_compare->next(editStart()));
+        goToDifference(m_compare->next(stepStart(true)));
 }
 
 void HexEditing::previousDifference()
 {
     if (hasOther())
-        goToDifference(m_compare->previous(editStart()));
+        goToDifference(m_compare->previous(stepStart(false)));
 }
 
 void HexEditing::showDifference(int index)
 {
-    if (hasOther())
+    if (index >= 0 && hasOther())
         goToDifference(m_compare->place(index));
 }
 
@@ -501,6 +496,7 @@ void HexEditing::takeOver()
     }
     endTyping();
     m_model->applyPatch(range.start, other.sliced(range.start, range.length));
+    emit shown();
     emit said(u"Took over %1 at 0x%2."_s.arg(countText(range.length, u"byte"_s), offsetText(range.start)), 1);
 }
 

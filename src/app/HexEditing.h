@@ -3,9 +3,9 @@
 #include "core/ByteDifferences.h"
 #include "core/HexCompare.h"
 #include "core/HexMatches.h"
+#include "core/Job.h"
 
 #include <QByteArray>
-#include <QFutureWatcher>
 #include <QObject>
 #include <QStringList>
 
@@ -95,7 +95,7 @@ public:
     QString selectionText() const;
     Q_INVOKABLE void nextChange();
     Q_INVOKABLE void previousChange();
-    /// From now on changes are counted from the present bytes. Undo goes on to reach behind that.
+    /// From now on changes are counted from the present bytes. Undo can go back beyond that.
     void markSaved();
 
     Q_INVOKABLE void nextDifference();
@@ -105,9 +105,9 @@ public:
     /// Copies the selected bytes, or the difference at the cursor, from the other file.
     Q_INVOKABLE void takeOver();
 
-    /// Has a large file's bytes copied on another thread, so that the first change need not copy them at
-    /// once.
-    void prepare();
+    /// Has a large file's bytes copied on another thread, so that the next change need not copy them at once,
+    /// if `held` or the bytes saved last share them.
+    void prepare(const QByteArray &held);
 
     QStringList targets() const { return m_targets; }
     void rememberTarget(const QString &target);
@@ -123,6 +123,8 @@ signals:
     void targetsChanged();
     /// Something else is to be marked.
     void marksChanged();
+    /// A command has put the cursor where something is to be seen, or has written there.
+    void shown();
     /// For the status line, as AppState::setStatus takes it.
     void said(const QString &text, int ok);
 
@@ -133,11 +135,11 @@ private:
     bool hasFile();
     bool hasOther();
     int editStart() const;
+    int stepStart(bool forwards) const;
     void record(int offset, const QByteArray &before);
     void replay(bool undoes);
     bool write(const QByteArray &bytes);
     void startOver();
-    void stopCopying();
     void show(const ByteRange &range, const QString &kind, int number, int count);
     void goToChange(Step step);
     void goToDifference(const ByteRange &range);
@@ -150,8 +152,7 @@ private:
     /// The file as opened or saved last; shares the model's buffer until the first change.
     QByteArray m_saved;
     ByteDifferences m_changes;
-    QFutureWatcher<void> m_copying;
-    std::shared_ptr<QByteArray> m_copy;
+    Job<QByteArray> m_copying;
     QStringList m_targets;
     bool m_typesText = false;
     QString m_pending;

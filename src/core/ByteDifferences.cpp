@@ -69,10 +69,16 @@ ByteRange ByteDifferences::rangeFrom(QByteArrayView ours, QByteArrayView theirs,
 {
     if (start < 0)
         return {};
-    const qsizetype size = std::min({ours.size(), theirs.size(), m_size});
-    const auto a = ours.begin();
-    const auto end = std::mismatch(a + start, a + size, theirs.begin() + start, std::not_equal_to<>()).first;
-    return {static_cast<int>(start), static_cast<int>(end - a - start)};
+    qsizetype end = start + 1;
+    while (end < m_size && differs(ours, theirs, end)) {
+        // Blocks that differ throughout need no look.
+        const qsizetype block = blockAt(end);
+        const qsizetype next = std::min((block + 1) << m_shift, m_size);
+        const bool differsThroughout =
+            m_blocks[static_cast<size_t>(block)].bytes == next - (block << m_shift);
+        end = differsThroughout ? next : end + 1;
+    }
+    return {static_cast<int>(start), static_cast<int>(end - start)};
 }
 
 // The first place that begins at `from` or later; -1 if there is none.

@@ -6,7 +6,6 @@
 
 #include <QFileInfo>
 #include <QPromise>
-#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <thread>
@@ -33,19 +32,18 @@ QByteArrayView rowOf(const QByteArray &bytes, int row)
 HexCompare::HexCompare(HexModel *model, QObject *parent)
     : QObject(parent)
     , m_model(model)
+    , m_comparing([this](std::optional<ByteDifferences> &&differences) {
+        if (!differences)
+            return stop();
+        m_differences = std::move(*differences);
+        emit changed();
+        if (std::exchange(m_isNew, false))
+            emit finished();
+    })
 {
     connect(&m_reading, &QFutureWatcherBase::finished, this, [this] {
         if (!m_reading.isCanceled())
             take(m_reading.result());
-    });
-    connect(&m_comparing, &QFutureWatcherBase::finished, this, [this] {
-        if (m_comparing.isCanceled())
-            return;
-        m_isComparing = false;
-        m_differences = m_comparing.result();
-        emit changed();
-        if (std::exchange(m_isNew, false))
-            emit finished();
     });
     connect(m_model, &HexModel::aboutToChange, this, &HexCompare::giveUp);
     connect(m_model, &HexModel::modelReset, this, &HexCompare::compare);
@@ -54,11 +52,6 @@ HexCompare::HexCompare(HexModel *model, QObject *parent)
         if (isActive())
             emit changed();
     });
-}
-
-HexCompare::~HexCompare()
-{
-    cancel();
 }
 
 void HexCompare::start(const QString &path)
@@ -72,7 +65,7 @@ void HexCompare::start(const QString &path)
         try {
             other.bytes = FileTools::readFile(path, &other.error);
         } catch (...) {
-            other.error.clear();
+            other.error = u"Could not read file."_s;
         }
         promise.addResult(std::move(other));
         promise.finish();
@@ -84,10 +77,11 @@ void HexCompare::take(const OtherFile &other)
 {
     if (other.bytes.isEmpty()) {
         emit changed();
-        emit failed(other.error.isEmpty() ? u"Could not read file."_s : other.error);
+        emit failed(other.error.isEmpty() ? u"The other file is empty."_s : other.error);
         return;
     }
-    cancel();
+    m_comparing.stop();
+    m_differences = ByteDifferences();
     m_name = other.name;
     m_bytes = other.bytes;
     m_isNew = true;
@@ -98,7 +92,7 @@ void HexCompare::take(const OtherFile &other)
 void HexCompare::stop()
 {
     m_reading.setFuture({});
-    cancel();
+    m_comparing.stop();
     m_name.clear();
     m_bytes.clear();
     m_differences = ByteDifferences();
@@ -106,21 +100,12 @@ void HexCompare::stop()
     emit changed();
 }
 
-void HexCompare::cancel()
-{
-    m_isComparing = false;
-    m_comparing.cancel();
-    m_comparing.waitForFinished();
-    m_comparing.setFuture({});
-}
-
-// The comparison shares the open file's bytes: it lets go of them before they are written to, and begins
-// anew.
+// The comparison reads the open file's buffer: it stops before a write, and starts over.
 void HexCompare::giveUp()
 {
-    if (!m_isComparing)
+    if (!m_comparing.isRunning())
         return;
-    cancel();
+    m_comparing.stop();
     compare();
 }
 
@@ -136,18 +121,15 @@ void HexCompare::compare()
             m_isDue = false;
             if (!isActive())
                 return;
-            m_isComparing = true;
-            // A view: a share of the buffer would be let go of a moment after the end, and the next write
-            // would copy.
-            m_comparing.setFuture(QtConcurrent::run(
-                [](QPromise<ByteDifferences> &promise, QByteArrayView ours, const QByteArray &theirs) {
+            // A view, not a copy: a reference released late would make the next write detach.
+            m_comparing.start(
+                [ours = QByteArrayView(m_model->bytes()), theirs = m_bytes](const auto &isGivenUp) {
                     const qsizetype size = std::min(ours.size(), theirs.size());
-                    ByteDifferences differences(size);
-                    for (qsizetype at = 0; at < size && !promise.isCanceled(); at += comparedAtOnce)
-                        differences.update(ours, theirs, at, comparedAtOnce);
-                    promise.addResult(std::move(differences));
-                },
-                QByteArrayView(m_model->bytes()), m_bytes));
+                    std::optional<ByteDifferences> differences(size);
+                    for (qsizetype at = 0; at < size && !isGivenUp(); at += comparedAtOnce)
+                        differences->update(ours, theirs, at, comparedAtOnce);
+                    return differences;
+                });
         },
         Qt::QueuedConnection);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/ByteDifferences.h"
+#include "core/Job.h"
 
 #include <QByteArray>
 #include <QFutureWatcher>
@@ -28,7 +29,6 @@ class HexCompare : public QObject
 public:
     /// `model` holds the open file, and outlives this object.
     explicit HexCompare(HexModel *model, QObject *parent = nullptr);
-    ~HexCompare() override;
 
     /// Starts over with another file. `failed` tells why it could not be read; what was compared before then
     /// stays.
@@ -37,7 +37,10 @@ public:
 
     QString name() const { return m_name; }
     bool isActive() const { return !m_name.isEmpty(); }
-    bool isBusy() const { return m_reading.isRunning() || (isActive() && (m_isComparing || m_isDue)); }
+    bool isBusy() const
+    {
+        return m_reading.isRunning() || (isActive() && (m_comparing.isRunning() || m_isDue));
+    }
     int differingBytes() const { return m_differences.bytes(); }
     int places() const { return m_differences.places(); }
     QString text() const;
@@ -51,7 +54,6 @@ public:
     ByteRange place(int index) const;
     /// "0001F3A0   12 bytes"
     Q_INVOKABLE QString placeText(int index) const;
-    Q_INVOKABLE int placeStart(int index) const { return place(index).start; }
     ByteRange placeAt(int position) const;
     ByteRange next(int position) const;
     ByteRange previous(int position) const;
@@ -78,7 +80,6 @@ private:
     };
 
     void take(const OtherFile &other);
-    void cancel();
     void giveUp();
     void compare();
 
@@ -87,10 +88,9 @@ private:
     QByteArray m_bytes;
     ByteDifferences m_differences;
     QFutureWatcher<OtherFile> m_reading;
-    QFutureWatcher<ByteDifferences> m_comparing;
+    Job<ByteDifferences> m_comparing;
     /// Whether a comparison is to begin when the event loop is reached.
     bool m_isDue = false;
-    bool m_isComparing = false;
     /// Whether `finished` is still to be emitted for this file.
     bool m_isNew = false;
 };

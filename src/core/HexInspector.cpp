@@ -1,8 +1,6 @@
 #include "core/HexInspector.h"
 
-#include <QPromise>
 #include <QVariantMap>
-#include <QtConcurrent/QtConcurrentRun>
 
 #include <utility>
 
@@ -27,21 +25,13 @@ QVariantMap numberRow(const QString &name, bool hasValue, quint32 value, int dig
 
 HexInspector::HexInspector(QObject *parent)
     : QObject(parent)
-{
-    connect(&m_watcher, &QFutureWatcherBase::finished, this, [this] {
-        // Said, too, of what was given up.
-        if (!isCounting())
-            return;
+    , m_counting([this](std::optional<ByteSums> &&sums) {
         m_counted.clear();
-        showSums(m_watcher.result());
-    });
+        showSums(sums);
+    })
+{
     updateValues();
     showSums({});
-}
-
-HexInspector::~HexInspector()
-{
-    giveUp();
 }
 
 void HexInspector::setHexModel(HexModel *hexModel)
@@ -106,10 +96,7 @@ void HexInspector::updateSums()
     if (range.length <= ByteSums::pieceSize)
         return showSums(ByteSums::of(selected, [] { return false; }));
     m_counted = bytes;
-    m_watcher.setFuture(QtConcurrent::run([selected](QPromise<ByteSums> &promise) {
-        if (const auto sums = ByteSums::of(selected, [&promise] { return promise.isCanceled(); }))
-            promise.addResult(*sums);
-    }));
+    m_counting.start([selected](const auto &isGivenUp) { return ByteSums::of(selected, isGivenUp); });
     showSums({});
 }
 
@@ -131,8 +118,7 @@ void HexInspector::showSums(const std::optional<ByteSums> &sums)
 
 void HexInspector::giveUp()
 {
-    m_watcher.cancel();
-    m_watcher.waitForFinished();
+    m_counting.stop();
     m_counted.clear();
     m_range.reset();
 }

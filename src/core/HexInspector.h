@@ -3,8 +3,8 @@
 #include "core/ByteDifferences.h"
 #include "core/ByteValues.h"
 #include "core/HexModel.h"
+#include "core/Job.h"
 
-#include <QFutureWatcher>
 #include <QObject>
 #include <QPointer>
 #include <QVariantList>
@@ -25,7 +25,6 @@ class HexInspector : public QObject
 public:
     explicit HexInspector(QObject *parent = nullptr);
     /// Waits for the other thread to give up.
-    ~HexInspector() override;
 
     HexModel *hexModel() const { return m_hexModel; }
     /// Not owned; may be null, and may be destroyed first.
@@ -39,7 +38,7 @@ public:
     /// A row for each sum of the selection: "first" in hexadecimal, "second" in decimal, or "single". The
     /// texts are empty without a selection, and while it is being counted.
     QVariantList sums() const { return m_sums; }
-    bool isCounting() const { return !m_counted.isEmpty(); }
+    bool isCounting() const { return m_counting.isRunning(); }
 
 signals:
     void hexModelChanged();
@@ -60,7 +59,7 @@ private:
     QVariantList m_sums;
     /// What the sums are those of; empty while they are out of date.
     std::optional<ByteRange> m_range;
-    /// Keeps the bytes that the other thread reads; it holds none itself.
+    /// Keeps the bytes that the other thread reads, should the model go.
     QByteArray m_counted;
-    QFutureWatcher<ByteSums> m_watcher;
+    Job<ByteSums> m_counting;
 };

@@ -3,8 +3,6 @@
 #include "core/FileTools.h"
 #include "core/HexModel.h"
 
-#include <QtConcurrent/QtConcurrentRun>
-
 #include <algorithm>
 #include <utility>
 
@@ -20,21 +18,14 @@ constexpr qsizetype longestMarked = 256;
 HexMatches::HexMatches(HexModel *model, QObject *parent)
     : QObject(parent)
     , m_model(model)
+    , m_counting([this](std::optional<MatchCount> &&count) {
+        m_count = std::move(count);
+        emit changed();
+    })
 {
-    connect(&m_counting, &QFutureWatcherBase::finished, this, [this] {
-        if (!m_counting.isCanceled()) {
-            m_count = m_counting.result();
-            emit changed();
-        }
-    });
     connect(m_model, &HexModel::aboutToChange, this, &HexMatches::giveUp);
     connect(m_model, &HexModel::dataChangedSig, this, &HexMatches::count);
     connect(m_model, &HexModel::matchChanged, this, &HexMatches::changed);
-}
-
-HexMatches::~HexMatches()
-{
-    giveUp();
 }
 
 void HexMatches::setNeedle(const QByteArray &needle)
@@ -87,13 +78,10 @@ QList<quint16> HexMatches::masks(int firstRow, int rows) const
     return masks;
 }
 
-// The count reads the model's buffer: it ends before that changes.
 void HexMatches::giveUp()
 {
     m_count.reset();
-    m_counting.cancel();
-    m_counting.waitForFinished();
-    m_counting.setFuture({});
+    m_counting.stop();
 }
 
 void HexMatches::count()
@@ -106,15 +94,9 @@ void HexMatches::count()
         [this] {
             m_isDue = false;
             giveUp();
-            // A view: a share of the buffer would be let go of a moment after the end, and the next write
-            // would copy.
-            m_counting.setFuture(QtConcurrent::run(
-                [](QPromise<std::optional<MatchCount>> &promise, QByteArrayView bytes,
-                   const QByteArray &needle) {
-                    promise.addResult(
-                        MatchCount::of(bytes, needle, [&promise] { return promise.isCanceled(); }));
-                },
-                QByteArrayView(m_model->bytes()), m_needle));
+            // A view, not a copy: a reference released late would make the next write detach.
+            m_counting.start([bytes = QByteArrayView(m_model->bytes()), needle = m_needle](
+                                 const auto &isGivenUp) { return MatchCount::of(bytes, needle, isGivenUp); });
         },
         Qt::QueuedConnection);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "core/Job.h"
 #include "core/MatchCount.h"
 
 #include <QByteArray>
-#include <QFutureWatcher>
 #include <QList>
 #include <QObject>
 
@@ -22,7 +22,6 @@ class HexMatches : public QObject
 public:
     /// `model` outlives this object.
     explicit HexMatches(HexModel *model, QObject *parent = nullptr);
-    ~HexMatches() override;
 
     /// An empty needle is found nowhere.
     void setNeedle(const QByteArray &needle);
@@ -44,7 +43,7 @@ private:
     HexModel *m_model;
     QByteArray m_needle;
     std::optional<MatchCount> m_count;
-    QFutureWatcher<std::optional<MatchCount>> m_counting;
+    Job<MatchCount> m_counting;
     /// Whether a count is to begin when the event loop is reached.
     bool m_isDue = false;
 };

@@ -68,13 +68,13 @@ public:
 
     /// Replaces the buffer and forgets match and selection; the cursor stays, clamped to the new last byte.
     void setBytes(const QByteArray &bytes);
-    /// Puts equal bytes in the buffer's place, where nothing that is kept about them changes. Given a copy that
-    /// nobody shares, the next write need not make one.
+    /// Replaces the buffer by an equal one; cursor, selection and match stay. Given a copy that nobody
+    /// shares, the next write need not make one.
     void replaceByEqual(QByteArray &&bytes);
     /// Positions outside the buffer are clamped. Nothing is selected afterwards.
     void setCursor(int pos);
-    /// Moves the cursor to `pos`, clamped, and selects what lies between there and where it was; a selection
-    /// that is there already keeps the end that stays.
+    /// Moves the cursor to `pos`, clamped, and selects from the old position to the new one, both included;
+    /// an existing selection keeps its anchor.
     Q_INVOKABLE void selectTo(int pos);
     /// Selects `length` bytes and moves the cursor to the first. False, with nothing changed, when they are
     /// not wholly within the buffer or there are none.

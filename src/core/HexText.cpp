@@ -1,7 +1,5 @@
 #include "core/HexText.h"
 
-#include <QRegularExpression>
-
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -10,19 +8,46 @@ namespace {
 
 constexpr char upperHexDigits[] = "0123456789ABCDEF";
 
-// The numbers between the braces, or of a text without any, if each is written as 0xFF.
+int digitOf(QChar character)
+{
+    const char16_t c = character.unicode();
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    const int letter = (c | 0x20) - 'a';
+    return letter >= 0 && letter < 6 && c < 0x80 ? letter + 10 : -1;
+}
+
+bool isOneOf(QChar character, QLatin1StringView set)
+{
+    return set.contains(character);
+}
+
+constexpr QLatin1StringView blanks(" \t\n\v\f\r");
+
+// The numbers of an initializer in C, or of a list without braces, if each is written as 0xFF.
 std::optional<QByteArray> bytesOfArray(QStringView text)
 {
-    const qsizetype open = text.indexOf('{'_L1);
-    const qsizetype close = text.indexOf('}'_L1);
-    if (open >= 0 && close > open)
+    if (const qsizetype open = text.indexOf('{'_L1); open >= 0) {
+        const qsizetype close = text.lastIndexOf('}'_L1);
+        const QStringView before = text.first(open).trimmed();
+        const QStringView after = close < open ? QStringView(u"?") : text.sliced(close + 1).trimmed();
+        if ((!before.isEmpty() && !before.endsWith('='_L1)) || (!after.isEmpty() && after != ';'_L1))
+            return std::nullopt;
         text = text.sliced(open + 1, close - open - 1);
-    static const QRegularExpression separators(u"[\\s,]+"_s);
+    }
     QByteArray bytes;
-    for (const QStringView number : text.split(separators, Qt::SkipEmptyParts)) {
-        bool isNumber = false;
-        const uint value = number.mid(2).toUInt(&isNumber, 16);
-        if (!number.startsWith("0x"_L1, Qt::CaseInsensitive) || number.size() > 4 || !isNumber)
+    for (qsizetype i = 0; i < text.size();) {
+        if (isOneOf(text[i], blanks) || text[i] == ','_L1) {
+            ++i;
+            continue;
+        }
+        if (text.size() - i < 3 || text[i] != '0'_L1 || (text[i + 1].unicode() | 0x20) != 'x')
+            return std::nullopt;
+        i += 2;
+        int value = digitOf(text[i++]);
+        if (value >= 0 && i < text.size() && digitOf(text[i]) >= 0)
+            value = value * 16 + digitOf(text[i++]);
+        if (value < 0 || (i < text.size() && !isOneOf(text[i], blanks) && text[i] != ','_L1))
             return std::nullopt;
         bytes += static_cast<char>(value);
     }
@@ -82,14 +107,21 @@ QString offsetText(qint64 offset)
 
 std::optional<QByteArray> bytesOfHex(const QString &text)
 {
-    static const QRegularExpression separators(uR"([\s,;:])"_s);
-    static const QRegularExpression hexDigits(u"^[0-9A-Fa-f]+$"_s);
-
-    QString digits = text.trimmed();
-    digits.remove(separators);
-    if (digits.size() % 2 == 0 && hexDigits.match(digits).hasMatch())
-        return QByteArray::fromHex(digits.toLatin1());
-    return std::nullopt;
+    QByteArray bytes;
+    int high = -1;
+    for (const QChar character : QStringView(text).trimmed()) {
+        const int digit = digitOf(character);
+        if (digit < 0) {
+            if (!isOneOf(character, blanks) && !isOneOf(character, ",;:"_L1))
+                return std::nullopt;
+        } else if (high < 0) {
+            high = digit;
+        } else {
+            bytes += static_cast<char>(high * 16 + digit);
+            high = -1;
+        }
+    }
+    return bytes.isEmpty() || high >= 0 ? std::nullopt : std::optional(bytes);
 }
 
 QByteArray pastedBytes(const QString &text)

@@ -48,7 +48,7 @@ void HexFills::setEditing(HexEditing *editing)
 
 QSGNode *HexFills::updatePaintNode(QSGNode *root, UpdatePaintNodeData *)
 {
-    // The software renderer looks for the place of an added node at its parent, and knows that of such a one.
+    // The software renderer needs a parent with a transform to place nodes that are added later.
     if (!root)
         root = new QSGTransformNode;
     QSGNode *unused = root->firstChild();

@@ -90,6 +90,11 @@ ViewTest {
         compare(find("pendingDigit").visible, false);
         compare(editing.canUndo, false);
         keyClick("4");
+        ctrl(Qt.Key_H);
+        ctrl(Qt.Key_H);
+        compare(find("pendingDigit").visible, false);
+        find("hexRows").forceActiveFocus();
+        keyClick("4");
         keyClick(Qt.Key_Backspace);
         compare(find("pendingDigit").visible, false);
         keyClick(Qt.Key_Escape);
@@ -185,6 +190,29 @@ ViewTest {
         verify(app.hexModel.selectionLength > 20 * 16);
     }
 
+    // A hand that is not quite still.
+    function test_clickThatMovesIsAClick() {
+        const rows = openEditor(640);
+        const edge = rows.grid.digitsX + (3 * 5 - 0.5) * rows.grid.pitch;
+        mousePress(rows, edge - 1, 30);
+        mouseMove(rows, edge + 2, 30);
+        mouseRelease(rows, edge + 2, 30);
+        compare(app.hexModel.cursor, 0x10);
+        compare(app.hexModel.selectionLength, 0);
+    }
+
+    function test_shiftAndDragKeepTheAnchor() {
+        const rows = openEditor(640);
+        app.hexModel.cursor = 0x05;
+        const start = place(rows, 0x12, false);
+        const end = place(rows, 0x25, false);
+        mousePress(rows, start.x, start.y, Qt.LeftButton, Qt.ShiftModifier);
+        mouseMove(rows, end.x, end.y);
+        mouseRelease(rows, end.x, end.y, Qt.LeftButton, Qt.ShiftModifier);
+        compare(app.hexModel.selectionStart, 0x05);
+        compare(app.hexModel.selectionLength, 0x21);
+    }
+
     function test_copiesAndPastes() {
         openEditor(64);
         app.hexModel.select(0x41 - 0x21, 3);
@@ -276,6 +304,9 @@ ViewTest {
         openEditor(1000);
         const button = find("hexTargetsButton");
         compare(button.enabled, false);
+        find("hexGoToField").forceActiveFocus();
+        keyClick(Qt.Key_Down);
+        verify(!window.asking());
         for (const offset of ["10", "20:4"])
             app.hexGoTo(offset);
         app.hexModel.cursor = 0;
@@ -407,6 +438,62 @@ ViewTest {
         }
     }
 
+    // However much there is to say above the rows.
+    function test_nothingLeavesTheWindow() {
+        window.width = 1100;
+        window.height = 720;
+        const rows = openEditor(10000000);
+        compareWith(Array.from({ length: 3000 }, (_, i) => 1000 * i), 5000000);
+        app.hexGoTo("900000");
+        app.hexPatch("AA BB CC DD EE");
+        app.hexGoTo("100000:812345");
+        for (const key of [Qt.Key_I, Qt.Key_L])
+            ctrl(key);
+        render();
+        for (const text of ["hexSelectionText", "hexChangesText", "hexDifferencesText"])
+            verify(find(text).width > 60);
+        for (const name of ["hexCloseButton", "hexTargetsButton", "hexWriteBackButton", "hexScrollBar", "hexPanel"]) {
+            const item = find(name);
+            verify(item.mapToItem(null, item.width, 0).x <= window.width - 10, name);
+        }
+    }
+
+    function test_closedPanelGivesTheKeyboardBack() {
+        const rows = openEditor(1000);
+        ctrl(Qt.Key_I);
+        find("hexInspector").forceActiveFocus();
+        ctrl(Qt.Key_I);
+        compare(rows.activeFocus, true);
+        compareWith([1, 3], 0);
+        ctrl(Qt.Key_L);
+        find("hexDifferencesList").forceActiveFocus();
+        ctrl(Qt.Key_K, Qt.ShiftModifier);
+        compare(rows.activeFocus, true);
+    }
+
+    // Even where the cursor stays.
+    function test_showsWhereItActs() {
+        const rows = openEditor(100000);
+        compareWith([0x20], 0);
+        for (const act of [() => keyClick(Qt.Key_F6), () => ctrl(Qt.Key_T), () => ctrl(Qt.Key_Z),
+                           () => ctrl(Qt.Key_Z, Qt.ShiftModifier), () => keyClick(Qt.Key_F7)]) {
+            rows.scrollTo(3000);
+            act();
+            compare(rows.topRow, 0, app.status);
+        }
+    }
+
+    function test_commandsWithoutComparison() {
+        openEditor(100);
+        for (const [key, more] of [[Qt.Key_L, 0], [Qt.Key_K, Qt.ShiftModifier], [Qt.Key_T, 0]]) {
+            app.setStatus("");
+            ctrl(key, more);
+            compare(app.status, "Compare with a file first.");
+        }
+        compareWith([1], 0);
+        compare(find("hexPanel").visible, false);
+    }
+
     function test_choosesTheOtherFile() {
         const rows = openEditor(100);
         find("hexSearchField").forceActiveFocus();
@@ -423,9 +510,11 @@ ViewTest {
         const expected = {
             hexEditMenu: ["Undo|Ctrl+Z", "Redo|Ctrl+Shift+Z", "Copy as hex|Ctrl+C", "Copy as text|Ctrl+Shift+C",
                 "Copy as C array|Ctrl+Alt+C", "Copy offset|Ctrl+Shift+O", "Paste|Ctrl+V",
-                "Fill the selection|Ctrl+Shift+F", "Select all|Ctrl+A", "Save file|Ctrl+S"],
-            hexGoMenu: ["Go to offset|Ctrl+G", "Find next|F3", "Find previous|Shift+F3", "Next change|F7",
-                "Previous change|Shift+F7", "Next difference|F6", "Previous difference|Shift+F6"],
+                "Apply the patch|Return", "Fill the selection|Ctrl+Shift+F", "Select all|Ctrl+A", "Save file|Ctrl+S",
+                "Close|Esc"],
+            hexGoMenu: ["Go to offset|Ctrl+G", "Find|Ctrl+F", "Find next|F3", "Find previous|Shift+F3", "Next change|F7",
+                "Previous change|Shift+F7", "Next difference|F6", "Previous difference|Shift+F6",
+                "Inspector|Ctrl+I"],
             hexCompareMenu: ["Compare with a file|Ctrl+K", "Stop comparing|Ctrl+Shift+K", "Take over|Ctrl+T",
                 "List of differences|Ctrl+L"]
         };

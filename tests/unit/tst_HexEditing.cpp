@@ -41,7 +41,7 @@ private slots:
     void bytesTypedAsTheyAreStayInTheRun();
     void undoAndRedo();
     void nothingToUndo();
-    void undoReachesBehindWriteBackAndSave();
+    void undoGoesBeyondWriteBackAndSave();
     void openingAFileForgetsTheSteps();
     void changeAfterUndoForgetsWhatWasUndone();
     void randomEditsUndone();
@@ -329,7 +329,7 @@ void TestHexEditing::nothingToUndo()
     QCOMPARE(m_state->statusOK(), 0);
 }
 
-void TestHexEditing::undoReachesBehindWriteBackAndSave()
+void TestHexEditing::undoGoesBeyondWriteBackAndSave()
 {
     const QString path = m_folder->filePath(u"truck.kvt"_s);
     m_model->setBytes("abcdef");
@@ -457,9 +457,10 @@ void TestHexEditing::paste_data()
     QTest::newRow("beyond-the-selection") << u"WXYZ"_s << 2 << QByteArray("abWXYZ") << u"Pasted 4 bytes."_s;
     QTest::newRow("to-the-end") << u"WXYZ"_s << 0 << QByteArray("abWXYZ") << u"Pasted 4 bytes."_s;
     QTest::newRow("past-the-end") << u"VWXYZ"_s << 0 << same
-                                  << u"Does not fit: 5 bytes at 0x2, where 4 are left."_s;
-    QTest::newRow("far-past-the-end") << QString(1'000'000, 'x'_L1) << 0 << same
-                                      << u"Does not fit: 1000000 bytes at 0x2, where 4 are left."_s;
+                                  << u"Does not fit: 5 bytes at 0x2, where only 4 bytes are left."_s;
+    QTest::newRow("far-past-the-end")
+        << QString(1'000'000, 'x'_L1) << 0 << same
+        << u"Does not fit: 1000000 bytes at 0x2, where only 4 bytes are left."_s;
     QTest::newRow("empty") << u""_s << 0 << same << u"The clipboard holds no text to paste."_s;
     QTest::newRow("null") << QString(QChar(0)) << 0 << QByteArray("ab\0def", 6) << u"Pasted 1 byte."_s;
     QTest::newRow("half-a-pair") << QString(QChar(0xDC00)) << 0 << same
@@ -597,8 +598,16 @@ void TestHexEditing::goesToDifferences()
     QCOMPARE(m_model->selectionLength(), 2);
     m_editing->showDifference(1);
     QCOMPARE(m_model->selectionStart(), 50);
-    m_editing->showDifference(2);
-    QCOMPARE(m_state->status(), u"No difference."_s);
+    for (const int index : {-1, 2}) {
+        m_editing->showDifference(index);
+        QCOMPARE(m_model->selectionStart(), 50);
+    }
+    // A place at the cursor comes first.
+    m_model->setCursor(10);
+    m_editing->nextDifference();
+    QCOMPARE(m_model->selectionStart(), 10);
+    m_model->setCursor(11);
+    m_editing->nextDifference();
     QCOMPARE(m_model->selectionStart(), 50);
 }
 

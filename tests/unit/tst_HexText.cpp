@@ -77,6 +77,12 @@ void TestHexText::pasted_data()
     QTest::newRow("array-of-words-is-text") << u"0x0102"_s << QByteArray("0x0102");
     QTest::newRow("array-of-decimals-is-text") << u"{1, 2}"_s << QByteArray("{1, 2}");
     QTest::newRow("bare-prefix-is-text") << u"0x"_s << QByteArray("0x");
+    QTest::newRow("array-in-a-sentence-is-text") << u"foo {0x41} bar"_s << QByteArray("foo {0x41} bar");
+    QTest::newRow("array-declared") << u"char a[] = { 0x41, };"_s << QByteArray("A");
+    QTest::newRow("array-not-closed-is-text") << u"{0x41"_s << QByteArray("{0x41");
+    QTest::newRow("array-of-longer-numbers-is-text") << u"0x414"_s << QByteArray("0x414");
+    QTest::newRow("fullwidth-digits-are-text") << u"\uFF11\uFF12"_s << u"\uFF11\uFF12"_s.toUtf8();
+    QTest::newRow("plus-is-text") << u"0x+1"_s << QByteArray("0x+1");
     QTest::newRow("signed-is-text") << u"0x-1"_s << QByteArray("0x-1");
     QTest::newRow("null") << QString(QChar(0)) << QByteArray(1, '\0');
     QTest::newRow("half-a-pair") << QString(QChar(0xD800)) << QByteArray();

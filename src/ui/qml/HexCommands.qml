@@ -193,8 +193,13 @@ Item {
         enabled: root.appState.showHex
         text: "Stop comparing"
         sequence: "Ctrl+Shift+K"
-        sensible: root.compare.active
-        onActivated: root.compare.stop()
+        sensible: root.compare.active || root.compare.busy
+        onActivated: {
+            if (sensible)
+                root.compare.stop();
+            else
+                root.appState.setStatus("Compare with a file first.", 0);
+        }
     }
 
     HexCommand {

@@ -13,12 +13,15 @@ Rectangle {
     readonly property HexCompare compare: editing.compare
     // Counts changes: every text depends on it.
     property int revision: 0
+    // The list's rows have places as 32-bit floats, in which more of them would drift apart.
+    readonly property int mostListed: 500000
+    readonly property bool hasFocus: list.activeFocus
 
     // An edit leaves the list where it is.
     function refresh(): void {
         const place = list.contentY;
         const row = list.currentIndex;
-        const count = compare.busy ? 0 : compare.places;
+        const count = compare.busy ? 0 : Math.min(compare.places, mostListed);
         if (list.count !== count) {
             list.model = count;
             list.currentIndex = Math.min(row, count - 1);
@@ -57,6 +60,7 @@ Rectangle {
         VOXLabel {
             objectName: "hexDifferencesHint"
             text: root.compare.text
+                + (root.compare.places > root.mostListed ? ". The first " + root.mostListed + " places are listed." : "")
             wrapMode: Text.Wrap
             Layout.fillWidth: true
         }

@@ -58,6 +58,11 @@ FocusScope {
             patchField.applied = patchField.text;
     }
 
+    function close(): void {
+        patchField.pointAt();
+        appState.showHex = false;
+    }
+
     function goTo(): void {
         if (!appState.hexGoTo(goToField.text))
             return;
@@ -85,6 +90,14 @@ FocusScope {
             searchField.forceActiveFocus();
     }
     Keys.onEscapePressed: appState.showHex = false
+
+    // What was applied to another file was not applied to this one.
+    Connections {
+        target: root.appState
+        function onFileChanged(): void {
+            patchField.applied = "";
+        }
+    }
 
     Accessible.role: Accessible.Dialog
     Accessible.name: "Hex Editor"
@@ -115,7 +128,12 @@ FocusScope {
         onFindNextWanted: root.findNext()
         onFindPreviousWanted: root.findPrevious()
         onInspectorWanted: root.inspecting = !root.inspecting
-        onListWanted: root.listing = !root.listing
+        onListWanted: {
+            if (root.editing.compare.active)
+                root.listing = !root.listing;
+            else
+                root.appState.setStatus("Compare with a file first.", 0);
+        }
         onOtherWanted: {
             if (commands.hasFile)
                 otherDialog.ask();
@@ -171,10 +189,7 @@ FocusScope {
                 implicitWidth: 90
                 Layout.fillWidth: false
                 onPressed: patchField.pointAt()
-                onClicked: {
-                    patchField.pointAt();
-                    root.appState.showHex = false;
-                }
+                onClicked: root.close()
             }
         }
 
@@ -229,7 +244,10 @@ FocusScope {
                 Layout.preferredWidth: 150
                 Layout.leftMargin: 8
                 onAccepted: root.goTo()
-                Keys.onDownPressed: targetsButton.clicked()
+                Keys.onDownPressed: {
+                    if (targetsButton.enabled)
+                        targetsButton.clicked();
+                }
             }
 
             VOXButton {
@@ -268,6 +286,10 @@ FocusScope {
         HexTools {
             commands: commands
             inspecting: root.inspecting
+            Layout.minimumWidth: 0
+            onApplyWanted: root.applyPatch()
+            onCloseWanted: root.close()
+            onFindWanted: root.focusSearch()
             onSaveWanted: root.saveWanted()
         }
 
@@ -315,6 +337,7 @@ FocusScope {
                 inspecting: root.inspecting
                 listing: root.listing && root.editing.compare.active
                 low: !root.panelBeside
+                onKeyboardLost: rows.forceActiveFocus(Qt.OtherFocusReason)
                 x: body.split ? grid.width + 8 : 0
                 y: body.split ? 0 : grid.height + 8
                 width: body.width - x

@@ -47,7 +47,8 @@ Item {
             first: Math.max(0, root.hexModel.matchStart - rowStart)
             end: Math.min(root.bytesPerRow, root.matchEnd - rowStart)
             edge: VOXTheme.matchEdge
-            fill: VOXTheme.matchFill
+            // Longer ones are not filled with the others in sight.
+            fill: root.hexModel.matchLength > 256 ? VOXTheme.matchFill : "transparent"
         }
     }
 

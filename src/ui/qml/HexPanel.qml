@@ -11,6 +11,10 @@ GridLayout {
     // Whether there is more room from left to right than from top to bottom.
     property bool low: false
     readonly property AppState appState: app // qmllint disable unqualified
+
+    // The keyboard was in a part that is hidden now.
+    signal keyboardLost()
+
     readonly property bool sideBySide: low || width >= 700
 
     columns: sideBySide ? 2 : 1
@@ -20,6 +24,10 @@ GridLayout {
     HexInspectorPanel {
         objectName: "hexInspector"
         visible: root.inspecting
+        onVisibleChanged: {
+            if (!visible && activeFocus)
+                root.keyboardLost();
+        }
         hexModel: root.appState.hexModel
         wide: root.low && !root.listing
         Layout.fillWidth: true
@@ -29,6 +37,10 @@ GridLayout {
     HexDifferences {
         objectName: "hexDifferences"
         visible: root.listing
+        onVisibleChanged: {
+            if (!visible && hasFocus)
+                root.keyboardLost();
+        }
         Layout.fillWidth: true
         Layout.fillHeight: true
     }

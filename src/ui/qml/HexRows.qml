@@ -31,6 +31,7 @@ Rectangle {
     Accessible.role: Accessible.List
     Accessible.name: "Bytes of the open file"
     Accessible.description: (editing.typesText ? "Types text" : "Types hex digits")
+        + (editing.pendingDigit === "" ? "" : ". First digit " + editing.pendingDigit)
         + (editing.selectionText === "" ? "" : ". " + editing.selectionText)
     Accessible.focusable: true
 
@@ -42,6 +43,14 @@ Rectangle {
         if (!grid.comparing || otherRevision < 0)
             return "";
         return digits ? compare.digits(row) : compare.characters(row);
+    }
+
+    // AltGr is Ctrl and Alt on some systems.
+    function typesCharacter(event: var): bool {
+        const control = (event.modifiers & Qt.ControlModifier) !== 0;
+        const alt = (event.modifiers & Qt.AltModifier) !== 0;
+        const meta = (event.modifiers & Qt.MetaModifier) !== 0;
+        return event.text >= " " && event.key !== Qt.Key_Delete && control === alt && !meta;
     }
 
     function scrollTo(top: real): void {
@@ -119,7 +128,7 @@ Rectangle {
             event.accepted = true;
         } else if (event.key === Qt.Key_Backspace && modifiers === Qt.NoModifier) {
             event.accepted = editing.takeBackDigit();
-        } else if (modifiers === Qt.NoModifier && event.text >= " " && event.key !== Qt.Key_Delete) {
+        } else if (typesCharacter(event)) {
             editing.type(event.text);
             show(hexModel.currentRow);
             event.accepted = true;
@@ -146,6 +155,15 @@ Rectangle {
         }
         function onCursorChanged(): void {
             root.show(root.hexModel.currentRow);
+        }
+    }
+
+    Connections {
+        target: root.editing
+        function onShown(): void {
+            const row = root.hexModel.currentRow;
+            if (row < root.topRow || row + 1 > root.topRow + root.rowsInSight)
+                root.scrollTo(row + 0.5 - root.rowsInSight / 2);
         }
     }
 
@@ -232,16 +250,21 @@ Rectangle {
     MouseArea {
         id: pointer
 
+        // What is shorter is a click with an unsteady hand.
+        readonly property int dragDistance: Qt.styleHints.startDragDistance
+        property point start: Qt.point(0, 0)
         property int firstByte: 0
+        property bool keepsAnchor: false
         property bool dragged: false
 
         function drag(): void {
             const target = root.byteNear(mouseX, mouseY);
             if (!dragged) {
-                if (target === firstByte)
+                if (target === firstByte || Math.hypot(mouseX - start.x, mouseY - start.y) < dragDistance)
                     return;
                 dragged = true;
-                root.hexModel.cursor = firstByte;
+                if (!keepsAnchor)
+                    root.hexModel.cursor = firstByte;
             }
             root.hexModel.selectTo(target);
         }
@@ -252,6 +275,8 @@ Rectangle {
             root.forceActiveFocus(Qt.MouseFocusReason);
             root.editing.endTyping();
             dragged = false;
+            keepsAnchor = (mouse.modifiers & Qt.ShiftModifier) !== 0;
+            start = Qt.point(mouse.x, mouse.y);
             firstByte = root.byteNear(mouse.x, mouse.y);
         }
         onPositionChanged: {

@@ -14,6 +14,9 @@ RowLayout {
     readonly property AppState appState: app // qmllint disable unqualified
     readonly property HexEditing editing: appState.hexEditing()
 
+    signal applyWanted()
+    signal closeWanted()
+    signal findWanted()
     signal saveWanted()
 
     spacing: 8
@@ -35,6 +38,11 @@ RowLayout {
             HexCommandItem { command: root.commands.copyOffset }
             HexCommandItem { command: root.commands.paste }
             VOXMenuLine { }
+            VOXMenuItem {
+                text: "Apply the patch"
+                keyText: "Return"
+                onTriggered: root.applyWanted()
+            }
             HexCommandItem { command: root.commands.fill }
             HexCommandItem { command: root.commands.selectAll }
             VOXMenuLine { }
@@ -43,6 +51,11 @@ RowLayout {
                 text: "Save file"
                 keyText: "Ctrl+S"
                 onTriggered: root.saveWanted()
+            }
+            VOXMenuItem {
+                text: "Close"
+                keyText: "Esc"
+                onTriggered: root.closeWanted()
             }
         }
     }
@@ -57,6 +70,11 @@ RowLayout {
 
             HexCommandItem { command: root.commands.goTo }
             VOXMenuLine { }
+            VOXMenuItem {
+                text: "Find"
+                keyText: "Ctrl+F"
+                onTriggered: root.findWanted()
+            }
             HexCommandItem { command: root.commands.findNext }
             HexCommandItem { command: root.commands.findPrevious }
             VOXMenuLine { }
@@ -65,6 +83,8 @@ RowLayout {
             VOXMenuLine { }
             HexCommandItem { command: root.commands.nextDifference }
             HexCommandItem { command: root.commands.previousDifference }
+            VOXMenuLine { }
+            HexCommandItem { command: root.commands.inspector }
         }
     }
 
@@ -115,7 +135,6 @@ RowLayout {
     Fact {
         objectName: "hexDifferencesText"
         text: root.editing.compare.text
-        Layout.maximumWidth: 420
     }
 
     // Opens the menu declared in it.
@@ -134,9 +153,23 @@ RowLayout {
     }
 
     component Fact: VOXLabel {
+        id: fact
+
         font.pixelSize: 12
         elide: Text.ElideRight
         maximumLineCount: 1
         visible: text !== ""
+        Layout.fillWidth: true
+        Layout.minimumWidth: 0
+        Layout.maximumWidth: implicitWidth
+
+        HoverHandler {
+            id: hover
+        }
+
+        VOXToolTip {
+            visible: hover.hovered && fact.truncated
+            fullText: fact.text
+        }
     }
 }
