@@ -251,7 +251,7 @@ Rectangle {
         id: pointer
 
         // What is shorter is a click with an unsteady hand.
-        readonly property int dragDistance: Qt.styleHints.startDragDistance
+        readonly property int dragDistance: Application.styleHints.startDragDistance
         property point start: Qt.point(0, 0)
         property int firstByte: 0
         property bool keepsAnchor: false
