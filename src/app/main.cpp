@@ -18,6 +18,7 @@
 #include <QMetaObject>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
+#include <QQmlIncubationController>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QSslConfiguration>
@@ -201,6 +202,10 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
     logLine("main: event loop");
     running = true;
     const int code = app.exec();
+    // Qt reports a view that is still being created when the engine goes as an error.
+    QQmlIncubationController *const views = engine.incubationController();
+    while (views && views->incubatingObjectCount() > 0)
+        views->incubateFor(1000);
     if (code != 0)
         showLoadFailure();
     return code;

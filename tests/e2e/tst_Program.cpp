@@ -91,6 +91,8 @@ private:
     Outcome run(const QString &program, const QStringList &arguments, const QString &workingFolder = {},
                 const std::function<void()> &meanwhile = {});
     QStringList logLines() const;
+    /// Fails with the log's text unless it has the four milestones only.
+    void checkMilestonesOnly() const;
     QString logPath() const { return m_folder->filePath(u"tmp/kvteditornew-qt.log"_s); }
     /// A file in the test's own folder.
     QString makeFile(const QString &name, const QByteArray &content) const
@@ -147,6 +149,11 @@ QStringList TestProgram::logLines() const
     QStringList lines = QString::fromUtf8(file.readAll()).split('\n'_L1);
     lines.removeLast();
     return lines;
+}
+
+void TestProgram::checkMilestonesOnly() const
+{
+    QCOMPARE(logLines().join('\n'_L1), milestones.join('\n'_L1));
 }
 
 void TestProgram::useService(const QString &apiBase)
@@ -219,7 +226,7 @@ void TestProgram::logsFourMilestones()
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {});
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(logLines(), milestones);
+    checkMilestonesOnly();
 }
 
 // The program leaves the working folder, which such a name is relative to.
@@ -230,7 +237,7 @@ void TestProgram::relativeTemporaryFolderStaysTheSame()
     const Outcome outcome = run(QStringLiteral(KVTEDITOR_WATCHED_PROGRAM), {}, m_folder->path());
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(logLines(), milestones);
+    checkMilestonesOnly();
 }
 
 void TestProgram::startsAloneInAFolder()
@@ -243,7 +250,7 @@ void TestProgram::startsAloneInAFolder()
     const Outcome outcome = run(program, {}, folder);
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(logLines(), milestones);
+    checkMilestonesOnly();
     QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
              QStringList{u"kvteditor"_s});
 }
@@ -425,7 +432,7 @@ void TestProgram::undecodableFileNameIsRefused()
     // Some reason, and no file is open.
     static const QRegularExpression refusal(u"^refused: .+\nopen: \n$"_s);
     QVERIFY2(refusal.match(outcome.out).hasMatch(), qPrintable(outcome.out));
-    QCOMPARE(logLines(), milestones);
+    checkMilestonesOnly();
     const std::filesystem::directory_iterator entries(file.parent_path());
     QCOMPARE(std::distance(begin(entries), end(entries)), exists ? 1 : 0);
     QCOMPARE(std::filesystem::exists(file), exists);
@@ -480,7 +487,7 @@ void TestProgram::closesCleanlyWithARequestInFlight()
     });
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(logLines(), milestones);
+    checkMilestonesOnly();
     QCOMPARE(service.requestCount(worker), 1);
 }
 
@@ -504,7 +511,7 @@ void TestProgram::closesCleanlyDuringAnUpload()
     });
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
-    QCOMPARE(logLines(), milestones);
+    checkMilestonesOnly();
     QVERIFY(connection);
     connection->setReadBufferSize(0);
     QByteArray received = connection->readAll();
@@ -522,7 +529,7 @@ void TestProgram::closesCleanlyWithTheFileDialogOpen()
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(outcome.out, u"dialog: open\n"_s);
-    QCOMPARE(logLines(), milestones);
+    checkMilestonesOnly();
 }
 
 // The size of the tree is KVTEDITOR_SCAN_FILES where a machine is given the time for a larger one.
@@ -541,7 +548,7 @@ void TestProgram::closesCleanlyDuringAScan()
     QVERIFY2(!outcome.crashed, qPrintable(outcome.errors));
     QCOMPARE(outcome.exitCode, 0);
     QCOMPARE(outcome.out, u"scan: running\n"_s);
-    QCOMPARE(logLines(), milestones);
+    checkMilestonesOnly();
 }
 
 void TestProgram::wrongServiceFileMeansNoService()
