@@ -110,11 +110,12 @@ HostileTest {
         const held = data.lengths.map((_, i) => first + i);
         held.forEach((request, i) => fixture.answerPart(request,
             "HTTP/1.1 200 OK\r\nContent-Length: " + data.lengths[i] + "\r\n\r\n"));
+        // The answers begin one after the other.
         tryVerify(() => {
             held.forEach(request => fixture.answerPart(request, "{"));
-            return label.text !== "";
+            return label.text !== "" && label.text.endsWith(data.total);
         });
-        verify(/^Receiving \d+ bytes/.test(label.text) && label.text.endsWith(data.total), label.text);
+        verify(/^Receiving \d+ bytes/.test(label.text), label.text);
         verifyView(label.text);
         verify(!label.truncated);
     }
