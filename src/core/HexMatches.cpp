@@ -94,6 +94,8 @@ void HexMatches::count()
         [this] {
             m_isDue = false;
             giveUp();
+            if (m_needle.isEmpty())
+                return;
             // A view, not a copy: a reference released late would make the next write detach.
             m_counting.start([bytes = QByteArrayView(m_model->bytes()), needle = m_needle](
                                  const auto &isGivenUp) { return MatchCount::of(bytes, needle, isGivenUp); });

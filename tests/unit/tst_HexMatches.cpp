@@ -6,6 +6,7 @@
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
+#include <QThreadPool>
 
 using namespace Qt::StringLiterals;
 
@@ -38,6 +39,7 @@ private slots:
     void textFollowsTheMatch();
     void editCountsAnew();
     void needleThatChangesIsCountedAnew();
+    void needleForgottenAtOnceIsNotCounted();
     void destroyedWhileCounting();
     void masks_data();
     void masks();
@@ -180,6 +182,19 @@ void TestHexMatches::needleThatChangesIsCountedAnew()
     QCoreApplication::sendPostedEvents(&matches);
     matches.setNeedle("b-a");
     WAIT_COMPARE(matches.text(), u"999999 matches"_s);
+}
+
+void TestHexMatches::needleForgottenAtOnceIsNotCounted()
+{
+    HexModel model;
+    model.setBytes("ab--ab");
+    HexMatches matches(&model);
+    matches.setNeedle("b");
+    matches.forget();
+    QCoreApplication::processEvents();
+    QVERIFY(QThreadPool::globalInstance()->waitForDone());
+    QCoreApplication::processEvents();
+    QCOMPARE(matches.text(), QString());
 }
 
 void TestHexMatches::destroyedWhileCounting()
