@@ -592,6 +592,23 @@ ViewTest {
         compare(hint.visible, false);
     }
 
+    function test_appliedTextStaysAppliedWhenSaved() {
+        fixture.openFile("open.kvt", 64);
+        openEditor(64);
+        find("hexPatchField").text = "AA";
+        mouseClick(find("hexApplyButton"));
+        app.saveKvt(fixture.tempPath("saved.kvt"));
+        compare(app.statusOK, 1);
+        mouseClick(find("hexCloseButton"));
+        app.showHex = true;
+        compare(find("hexUnapplied").visible, false);
+        fixture.openFile("open.kvt", 64);
+        keyClick(Qt.Key_Escape);
+        compare(app.showHex, false);
+        app.showHex = true;
+        compare(find("hexUnapplied").visible, true);
+    }
+
     function test_commandsWithoutFile() {
         app.showHex = true;
         tryVerify(() => find("hexRows").height > 0);

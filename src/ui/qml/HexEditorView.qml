@@ -10,7 +10,6 @@ FocusScope {
     id: root
 
     readonly property AppState appState: app // qmllint disable unqualified
-
     readonly property HexEditing editing: appState.hexEditing()
     property bool inspecting: false
     // Whether the differences are listed, while there are any.
@@ -89,12 +88,12 @@ FocusScope {
         if (visible)
             searchField.forceActiveFocus();
     }
-    Keys.onEscapePressed: appState.showHex = false
+    Keys.onEscapePressed: close()
 
     // What was applied to another file was not applied to this one.
     Connections {
-        target: root.appState
-        function onFileChanged(): void {
+        target: root.appState.hexModel
+        function onModelReset(): void {
             patchField.applied = "";
         }
     }
@@ -350,8 +349,7 @@ FocusScope {
 
             VOXField {
                 id: patchField
-                objectName: "hexPatchField"
-                unlimitedLength: true
+
                 // What was typed when a patch was last applied, and whether anything else is pointed at.
                 property string applied
                 property bool pointedAt: false
@@ -361,6 +359,8 @@ FocusScope {
                     pointedAt = unapplied;
                 }
 
+                objectName: "hexPatchField"
+                unlimitedLength: true
                 placeholderText: "Patch hex at cursor (e.g. FF 00)"
                 rightPadding: unappliedLabel.visible ? unappliedLabel.width + 20 : 10
                 Layout.fillWidth: true

@@ -325,10 +325,10 @@ Rectangle {
         characters: root.rowText(row, HexModel.AsciiRole)
     }
 
-    // The row that the menu is about, which need not be the cursor's.
+    // The row that the menu is about, which need not be the cursor's; a selection shows itself.
     Rectangle {
         objectName: "menuRow"
-        visible: menu.visible
+        visible: menu.visible && root.hexModel.selectionLength === 0
         y: visible ? Math.round((menu.row - root.topRow) * root.rowHeight) : 0
         width: root.width
         height: root.rowHeight
