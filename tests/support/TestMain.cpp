@@ -57,6 +57,11 @@ QString TestEnvironment::documents()
     return home() + u"/Documents"_s;
 }
 
+bool isExhaustive()
+{
+    return qEnvironmentVariableIntValue("KVTEDITOR_EXHAUSTIVE") != 0;
+}
+
 UrlRecorder::UrlRecorder()
 {
     for (const char *scheme : takenSchemes) {

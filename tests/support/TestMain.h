@@ -23,6 +23,10 @@ private:
     QTemporaryDir m_root;
 };
 
+/// Whether to try every operation with every fault, and as many files as are promised
+/// (KVTEDITOR_EXHAUSTIVE=1), which takes minutes.
+bool isExhaustive();
+
 /// Stands in for the desktop: records every address that the program asks it to open.
 class UrlRecorder : public QObject
 {

@@ -107,11 +107,6 @@ const EndpointOperation &operationNamed(QByteArrayView name)
     return *found;
 }
 
-bool isExhaustive()
-{
-    return qEnvironmentVariableIntValue("KVTEDITOR_EXHAUSTIVE") != 0;
-}
-
 QList<int> allOperations()
 {
     QList<int> indexes(static_cast<qsizetype>(endpointOperations().size()));

@@ -31,8 +31,6 @@ EndpointOutcome expectedOutcome(const EndpointOperation &operation, bool failed,
                                 int httpStatus = 200);
 const EndpointOperation &operationAt(int index);
 const EndpointOperation &operationNamed(QByteArrayView name);
-/// Whether to try every operation with every fault (KVTEDITOR_EXHAUSTIVE=1), which takes minutes.
-bool isExhaustive();
 /// The operations to try with every fault: one for each way of sending. How an operation handles an answer
 /// depends only on the outcome, and the few faults that represent the outcomes are tried with all operations.
 QList<int> operationsToTry();

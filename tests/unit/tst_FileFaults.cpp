@@ -484,8 +484,10 @@ void TestFileFaults::quarterOfAGibibyte_data()
 {
     QTest::addColumn<int>("reading");
 
-    for (int reading = 0; reading < int(std::size(largeReadings)); ++reading)
-        QTest::newRow(largeReadings[reading].name) << reading;
+    for (int reading = 0; reading < int(std::size(largeReadings)); ++reading) {
+        if (standsForOthers(largeReadings[reading].name))
+            QTest::newRow(largeReadings[reading].name) << reading;
+    }
 }
 
 void TestFileFaults::quarterOfAGibibyte()

@@ -802,17 +802,19 @@ void TestFolderScan::manyFiles()
 {
     // Names of few files, for a file of its own takes far longer to make. A file cannot have more of them.
     constexpr int namesEach = 50'000;
+    const int files = isExhaustive() ? 200'000 : 40'000;
     QByteArray file;
-    for (int index = 0; index < 200'000; ++index) {
+    for (int index = 0; index < files; ++index) {
         const QByteArray name = rawInDir(QByteArray::number(index) + (index % 40 == 0 ? ".kvt" : ".bin"));
         QVERIFY(index % namesEach == 0 ? makeRawFile(name) : ::link(file.constData(), name.constData()) == 0);
         if (index % namesEach == 0)
             file = name;
     }
     const QVariantList hits = scan(m_dir->path());
-    QCOMPARE(hits.size(), 5'000);
+    QCOMPARE(hits.size(), files / 40);
     QCOMPARE(hits, foundByIterator(m_dir->path()));
-    QCOMPARE(sortedNames(scan(m_dir->path(), {u"199960"_s, {}, {}, {}})), QStringList{u"199960.kvt"_s});
+    const QString last = QString::number(files - 40);
+    QCOMPARE(sortedNames(scan(m_dir->path(), {last, {}, {}, {}})), QStringList{last + u".kvt"_s});
 }
 
 void TestFolderScan::sameAsIterator_data()

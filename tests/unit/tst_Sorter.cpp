@@ -73,7 +73,7 @@ private slots:
     void emptyDestinationIsTheWorkingFolder();
     void relativePaths();
     void noFiles();
-    void tenThousandFiles();
+    void manyFiles();
 
     void sortCopy_reports_data();
     void sortCopy_reports();
@@ -472,18 +472,20 @@ void TestSorter::noFiles()
     QCOMPARE(error, untouched);
 }
 
-void TestSorter::tenThousandFiles()
+void TestSorter::manyFiles()
 {
+    const int count = isExhaustive() ? 10'000 : 2'000;
     QStringList files;
-    for (int index = 0; index < 10'000; ++index) {
+    for (int index = 0; index < count; ++index) {
         const QString name = u"t_%1_%2.kvt"_s.arg(1950 + index % 100).arg(index);
         files.append(source(name, QByteArray::number(index)));
     }
-    QCOMPARE(FileTools::sortCopyKvt(files, inDir(u"out"_s), u"Year"_s), 10'000);
+    QCOMPARE(FileTools::sortCopyKvt(files, inDir(u"out"_s), u"Year"_s), count);
     QCOMPARE(QDir(inDir(u"out"_s)).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 100);
-    QCOMPARE(filesBelow(inDir(u"out"_s)).size(), 10'000);
+    QCOMPARE(filesBelow(inDir(u"out"_s)).size(), count);
     QCOMPARE(contentOf(inDir(u"out/1950/t_1950_0.kvt"_s)), QByteArray("0"));
-    QCOMPARE(contentOf(inDir(u"out/2049/t_2049_9999.kvt"_s)), QByteArray("9999"));
+    const QByteArray last = QByteArray::number(count - 1);
+    QCOMPARE(contentOf(inDir(u"out/2049/t_2049_%1.kvt"_s.arg(count - 1))), last);
 }
 
 void TestSorter::sortCopy_reports_data()
