@@ -14,6 +14,7 @@
 #include <QLibraryInfo>
 #include <QMimeData>
 #include <QQmlContext>
+#include <QQuickWindow>
 #include <QTest>
 #include <QVersionNumber>
 #include <QWindow>
@@ -177,6 +178,11 @@ bool ViewFixture::drop(QObject *window, const QPointF &place, const QList<QUrl> 
     QDropEvent dropped(place, dragActions, &data, Qt::LeftButton, moveKey);
     QCoreApplication::sendEvent(window, &dropped);
     return dropped.isAccepted() && dropped.dropAction() == Qt::CopyAction;
+}
+
+bool ViewFixture::draw(QObject *window) const
+{
+    return !qobject_cast<QQuickWindow *>(window)->grabWindow().isNull();
 }
 
 void ViewFixture::repeatKey(QObject *window, int key, int modifiers)

@@ -52,6 +52,9 @@ public:
     Q_INVOKABLE void dragAway(QObject *window);
     /// As `dragTo`, and lets go of it there; tells whether it was taken, and not moved.
     Q_INVOKABLE bool drop(QObject *window, const QPointF &place, const QList<QUrl> &urls);
+    /// Draws the window, and tells whether that gave a picture. Quick Test's own way keeps two copies of
+    /// each.
+    Q_INVOKABLE bool draw(QObject *window) const;
     /// What a key that is held down sends after its first press.
     Q_INVOKABLE void repeatKey(QObject *window, int key, int modifiers);
     /// Fills the hex editor's buffer with bytes that count from 0.
