@@ -25,6 +25,7 @@ constexpr qsizetype leastPrepared = 4 << 20;
 constexpr qsizetype pieceSize = 1 << 20;
 
 // Of the sixteen bytes from `rowStart` on, those of the range.
+// A length of 0 marks nothing.
 quint16 maskOf(qint64 rowStart, qint64 start, qint64 length)
 {
     const qint64 first = std::clamp<qint64>(start - rowStart, 0, HexModel::bytesPerRow);
@@ -128,6 +129,7 @@ HexEditing::HexEditing(HexModel *model, QObject *parent)
     // A selection reaches to the cursor, and moves with it.
     connect(m_model, &HexModel::cursorChanged, this, &HexEditing::marksChanged);
     connect(m_model, &HexModel::selectionChanged, this, &HexEditing::marksChanged);
+    connect(m_model, &HexModel::matchChanged, this, &HexEditing::marksChanged);
     connect(m_matches, &HexMatches::changed, this, &HexEditing::marksChanged);
     connect(m_compare, &HexCompare::changed, this, &HexEditing::marksChanged);
     connect(m_compare, &HexCompare::failed, this, [this](const QString &error) { emit said(error, 0); });
@@ -518,10 +520,10 @@ QList<HexRowMarks> HexEditing::marks(int firstRow, int rows) const
     QList<HexRowMarks> marks(rows);
     for (int i = 0; i < rows; ++i) {
         const qint64 start = (qint64(firstRow) + i) * HexModel::bytesPerRow;
-        marks[i].selected = m_model->selectionLength() > 0
-            ? maskOf(start, m_model->selectionStart(), m_model->selectionLength())
-            : quint16(0);
-        marks[i].found = found[i];
+        marks[i].selected = maskOf(start, m_model->selectionStart(), m_model->selectionLength());
+        // Of long matches only the last one is filled.
+        const quint16 match = maskOf(start, m_model->matchStart(), m_model->matchLength());
+        marks[i].found = static_cast<quint16>(found[i] | match);
         marks[i].changed = changedBytes() > 0 ? maskOfDifferences(bytes, m_saved, start) : quint16(0);
         marks[i].different = maskOfDifferences(bytes, other, start);
     }

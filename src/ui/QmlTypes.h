@@ -10,7 +10,8 @@
 #include "core/ModuleLines.h"
 #include "core/RowModel.h"
 #include "core/TextLines.h"
-#include "ui/HexFills.h"
+#include "ui/HexCanvas.h"
+#include "ui/HexLine.h"
 #include "ui/InnerDialogs.h"
 
 #include <QtQml/qqml.h>
@@ -24,6 +25,20 @@ struct AppStateForeign
     QML_FOREIGN(AppState)
     QML_NAMED_ELEMENT(AppState)
     QML_UNCREATABLE("The program makes the one controller and hands it to the views as app")
+};
+
+struct HexCanvasForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexCanvas)
+    QML_NAMED_ELEMENT(HexCanvas)
+};
+
+struct HexColumnForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexColumn)
+    QML_NAMED_ELEMENT(HexColumn)
 };
 
 struct HexCompareForeign
@@ -42,18 +57,18 @@ struct HexEditingForeign
     QML_UNCREATABLE("It belongs to the controller, which hands it out")
 };
 
-struct HexFillsForeign
-{
-    Q_GADGET
-    QML_FOREIGN(HexFills)
-    QML_NAMED_ELEMENT(HexFills)
-};
-
 struct HexInspectorForeign
 {
     Q_GADGET
     QML_FOREIGN(HexInspector)
     QML_NAMED_ELEMENT(HexInspector)
+};
+
+struct HexLineForeign
+{
+    Q_GADGET
+    QML_FOREIGN(HexLine)
+    QML_NAMED_ELEMENT(HexLine)
 };
 
 struct HexMatchesForeign

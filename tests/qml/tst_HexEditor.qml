@@ -15,7 +15,7 @@ ViewTest {
 
     // The delegates in sight, from the top.
     function shownRows(): var {
-        const rows = find("hexRows");
+        const rows = find("hexCanvas");
         const shown = [];
         for (let i = 0; i < rows.children.length; ++i) {
             const row = rows.children[i];
@@ -506,9 +506,45 @@ ViewTest {
         compare(texts[0].color, VOXTheme.orange);
         compare(texts[1].color, VOXTheme.text);
         compare(texts[2].color, VOXTheme.muted);
-        // A fixed pitch in truth: sixteen pairs of any digits are equally wide.
-        verify(texts[1].contentWidth > 0);
-        compare(shownRows()[1].children[0].children[1].contentWidth, texts[1].contentWidth);
+    }
+
+    // Whether anything is drawn in that part of a row, in a picture of the window.
+    function isInked(image: var, row: int, from: real, to: real): bool {
+        const corner = find("hexRows").mapToItem(window.contentItem, 0, 0);
+        for (let x = Math.ceil(corner.x + from); x < corner.x + to; ++x) {
+            for (let y = corner.y + row * 20 + 2; y < corner.y + row * 20 + 18; ++y) {
+                if (!Qt.colorEqual(image.pixel(x, y), VOXTheme.input))
+                    return true;
+            }
+        }
+        return false;
+    }
+
+    function test_textsAreDrawn() {
+        const rows = openEditor(56);
+        app.hexModel.cursor = 0;
+        render();
+        const pitch = widthOf("0".repeat(47)) / 47;
+        const image = grabImage(window.contentItem);
+        for (const row of [1, 2, 3]) {
+            const bytes = row < 3 ? 16 : 8;
+            const texts = shownRows()[row].children[0].children;
+            for (const [column, length] of [[0, 8], [1, 3 * bytes - 1]]) {
+                const start = texts[column].mapToItem(rows, 0, 0).x;
+                compare(texts[column].text.length, length);
+                for (const place of [0, 1, length - 2, length - 1])
+                    verify(isInked(image, row, start + place * pitch, start + (place + 1) * pitch), [row, place]);
+                verify(!isInked(image, row, start - 4, start - 1));
+                verify(!isInked(image, row, start + length * pitch + 1, start + (length + 1) * pitch));
+            }
+        }
+        const characters = shownRows()[2].children[0].children[2];
+        const start = characters.mapToItem(rows, 0, 0).x;
+        compare(characters.text, " !\"#$%&'()*+,-./");
+        verify(!isInked(image, 2, start, start + pitch));
+        for (let place = 1; place < 16; ++place)
+            verify(isInked(image, 2, start + place * pitch, start + (place + 1) * pitch), place);
+        verify(!isInked(image, 2, start + 16 * pitch + 1, start + 18 * pitch));
     }
 
     function test_cursorsByteIsMarked_data() {
@@ -607,13 +643,13 @@ ViewTest {
         verify(inRows(marks[marks.length - 1]).y + 20 >= rows.height);
     }
 
-    function test_marksStandUnderTheRows() {
+    function test_marksStandOverTheFills() {
         openEditor(200);
         app.hexFind("1F 20");
         const rows = find("hexRows");
         const order = Array.from(rows.children);
         const layer = mark("cursorMark").parent;
-        verify(order.indexOf(layer) >= 0 && order.indexOf(layer) < order.indexOf(shownRows()[0]));
+        verify(order.indexOf(layer) > order.indexOf(shownRows()[0].parent));
         compare(shownRows()[1].digits, "10 11 12 13 14 15 16 17 18 19 1A 1B 1C 1D 1E 1F");
     }
 

@@ -13,7 +13,6 @@ Item {
     required property int end
     required property color edge
     property color charactersEdge: edge
-    property color fill: "transparent"
 
     Accessible.ignored: true
 
@@ -34,7 +33,7 @@ Item {
         y: 1
         height: root.height - 2
         radius: 2
-        color: root.fill
+        color: "transparent"
         border.width: 1
         border.color: root.edge
     }

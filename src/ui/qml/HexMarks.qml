@@ -3,8 +3,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import KvtEditor
 
-// What is marked among the rows in sight: the bytes of the last match, and above them the cursor's. Lies
-// under the rows, which know nothing of it, and marks only what is in sight, however long the match.
+// Frames among the rows in sight: the last match's, and above it the cursor's. Frames only what is in sight,
+// however long the match.
 Item {
     id: root
 
@@ -47,8 +47,6 @@ Item {
             first: Math.max(0, root.hexModel.matchStart - rowStart)
             end: Math.min(root.bytesPerRow, root.matchEnd - rowStart)
             edge: VOXTheme.matchEdge
-            // Longer ones are not filled with the others in sight.
-            fill: root.hexModel.matchLength > 256 ? VOXTheme.matchFill : "transparent"
         }
     }
 

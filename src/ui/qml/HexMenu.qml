@@ -4,12 +4,10 @@ import KvtEditor
 VOXMenu {
     id: root
 
-    // The row it was opened on, and its texts.
+    // The row it was opened on.
     property int row: 0
+    required property HexLine line
     required property HexEditing editing
-    required property string offset
-    required property string digits
-    required property string characters
 
     readonly property AppState appState: app // qmllint disable unqualified
 
@@ -23,20 +21,20 @@ VOXMenu {
     VOXMenuItem {
         objectName: "copyOffset"
         text: "Copy offset"
-        onTriggered: root.copy(HexEditing.AsOffset, root.offset, "Offset")
+        onTriggered: root.copy(HexEditing.AsOffset, root.line.offset, "Offset")
     }
 
     VOXMenuItem {
         objectName: "copyHex"
         text: "Copy hex"
-        enabled: root.digits !== ""
-        onTriggered: root.copy(HexEditing.AsHex, root.digits, "Hex")
+        enabled: root.line.digits !== ""
+        onTriggered: root.copy(HexEditing.AsHex, root.line.digits, "Hex")
     }
 
     VOXMenuItem {
         objectName: "copyText"
         text: "Copy text"
-        enabled: root.characters !== ""
-        onTriggered: root.copy(HexEditing.AsText, root.characters, "Text")
+        enabled: root.line.characters !== ""
+        onTriggered: root.copy(HexEditing.AsText, root.line.characters, "Text")
     }
 }

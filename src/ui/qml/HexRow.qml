@@ -3,24 +3,17 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import KvtEditor
 
-// Sixteen bytes of the file: where they stand, their digits, their characters.
-Rectangle {
+// Sixteen bytes of the file: where they stand, their digits, their characters, and those of another file.
+HexLine {
     id: root
 
-    required property string offset
-    required property string digits
-    required property string characters
     required property bool current
-    // Of the other file, while one is compared.
-    property string otherDigits
-    property string otherCharacters
     required property HexGrid grid
 
     color: current ? VOXTheme.accent(0.15) : "transparent"
 
     Accessible.role: Accessible.ListItem
-    Accessible.name: "Offset " + offset + ", bytes " + digits + ", text " + characters
-        + (grid.comparing ? ", other file " + otherDigits : "")
+    Accessible.name: spoken
     Accessible.selectable: true
     Accessible.selected: current
 
@@ -29,26 +22,26 @@ Rectangle {
         height: parent.height
         spacing: root.grid.spacing
 
-        HexColumn {
+        RowText {
             text: root.offset
             color: VOXTheme.orange
             width: root.grid.offsetWidth
         }
 
-        HexColumn {
+        RowText {
             text: root.digits
             color: VOXTheme.text
             width: root.grid.digitsWidth
         }
 
-        HexColumn {
+        RowText {
             text: root.characters
             color: VOXTheme.muted
             width: root.grid.charactersWidth
         }
     }
 
-    HexColumn {
+    RowText {
         visible: root.grid.comparing
         x: root.grid.otherDigitsX
         text: root.otherDigits
@@ -56,7 +49,7 @@ Rectangle {
         width: root.grid.digitsWidth
     }
 
-    HexColumn {
+    RowText {
         visible: root.grid.comparing
         x: root.grid.otherCharactersX
         text: root.otherCharacters
@@ -64,11 +57,9 @@ Rectangle {
         width: root.grid.charactersWidth
     }
 
-    component HexColumn: Text {
+    component RowText: HexColumn {
         height: parent.height
-        textFormat: Text.PlainText
         font: root.grid.font
-        verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
     }
 }

@@ -15,13 +15,10 @@ Rectangle {
 
     readonly property int rowHeight: 20
     readonly property real rowsInSight: height / rowHeight
-    readonly property int rowCount: revision >= 0 ? hexModel.rowCount() : 0
+    readonly property int rowCount: Math.max(1, Math.ceil(hexModel.byteCount / grid.bytesPerRow))
     readonly property real lastTop: Math.max(0, rowCount - rowsInSight)
     // The first row in sight; its fraction is the part that is scrolled away.
     property real topRow: 0
-    // Counts changes of the buffer: every row's texts depend on it.
-    property int revision: 0
-    property int otherRevision: 0
 
     color: VOXTheme.input
     radius: VOXTheme.radiusControl
@@ -34,16 +31,6 @@ Rectangle {
         + (editing.pendingDigit === "" ? "" : ". First digit " + editing.pendingDigit)
         + (editing.selectionText === "" ? "" : ". " + editing.selectionText)
     Accessible.focusable: true
-
-    function rowText(row: int, role: int): string {
-        return revision >= 0 && row < rowCount ? hexModel.data(hexModel.index(row, 0), role) : "";
-    }
-
-    function otherText(row: int, digits: bool): string {
-        if (!grid.comparing || otherRevision < 0)
-            return "";
-        return digits ? compare.digits(row) : compare.characters(row);
-    }
 
     // AltGr is Ctrl and Alt on some systems.
     function typesCharacter(event: var): bool {
@@ -147,12 +134,6 @@ Rectangle {
 
     Connections {
         target: root.hexModel
-        function onDataChanged(): void {
-            root.revision++;
-        }
-        function onModelReset(): void {
-            root.revision++;
-        }
         function onCursorChanged(): void {
             root.show(root.hexModel.currentRow);
         }
@@ -167,14 +148,14 @@ Rectangle {
         }
     }
 
-    Connections {
-        target: root.compare
-        function onOtherChanged(): void {
-            root.otherRevision++;
-        }
+    // Hides what lies below from the renderer, which a rounded rectangle does not.
+    Rectangle {
+        anchors { fill: parent; topMargin: root.radius; bottomMargin: root.radius }
+        color: root.color
     }
 
-    HexFills {
+    HexCanvas {
+        objectName: "hexCanvas"
         anchors.fill: parent
         editing: root.editing
         topRow: root.topRow
@@ -188,6 +169,25 @@ Rectangle {
         foundColor: VOXTheme.matchFill
         changedColor: VOXTheme.orangeBright
         differentColor: VOXTheme.differentFill
+
+        Repeater {
+            model: Math.ceil(root.rowsInSight) + 1
+
+            HexRow {
+                required property int index
+
+                objectName: "hexRow" + index
+                width: root.width
+                height: root.rowHeight
+                y: Math.round((row - root.topRow) * root.rowHeight)
+                visible: row < root.rowCount
+                hexModel: root.hexModel
+                editing: root.editing
+                row: Math.floor(root.topRow) + index
+                current: row === root.hexModel.currentRow
+                grid: root.grid
+            }
+        }
     }
 
     HexMarks {
@@ -198,28 +198,6 @@ Rectangle {
         topRow: root.topRow
         rowsInSight: root.rowsInSight
         rowHeight: root.rowHeight
-    }
-
-    Repeater {
-        model: Math.ceil(root.rowsInSight) + 1
-
-        HexRow {
-            required property int index
-            readonly property int row: Math.floor(root.topRow) + index
-
-            objectName: "hexRow" + index
-            width: root.width
-            height: root.rowHeight
-            y: Math.round((row - root.topRow) * root.rowHeight)
-            visible: row < root.rowCount
-            offset: root.rowText(row, HexModel.OffsetRole)
-            digits: root.rowText(row, HexModel.HexRole)
-            characters: root.rowText(row, HexModel.AsciiRole)
-            otherDigits: root.otherText(row, true)
-            otherCharacters: root.otherText(row, false)
-            current: row === root.hexModel.currentRow
-            grid: root.grid
-        }
     }
 
     // The half of a byte that is typed.
@@ -320,9 +298,10 @@ Rectangle {
         id: menu
         objectName: "hexMenu"
         editing: root.editing
-        offset: root.rowText(row, HexModel.OffsetRole)
-        digits: root.rowText(row, HexModel.HexRole)
-        characters: root.rowText(row, HexModel.AsciiRole)
+        line: HexLine {
+            hexModel: root.hexModel
+            row: menu.row
+        }
     }
 
     // The row that the menu is about, which need not be the cursor's; a selection shows itself.

@@ -161,7 +161,7 @@ RowLayout {
         visible: text !== ""
         Layout.fillWidth: true
         Layout.minimumWidth: 0
-        Layout.maximumWidth: implicitWidth
+        Layout.maximumWidth: Math.ceil(implicitWidth)
 
         HoverHandler {
             id: hover

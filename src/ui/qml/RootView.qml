@@ -73,6 +73,8 @@ VOXWindow {
         anchors.fill: parent
         focus: true
         enabled: !root.appState.showHex
+        // Else the veil would let a ghost of it through.
+        opacity: hexEditor.visible && hexEditor.item ? 0 : 1
 
         RowLayout {
             anchors.fill: parent

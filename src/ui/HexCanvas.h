@@ -1,14 +1,17 @@
 #pragma once
 
 #include "app/HexEditing.h"
+#include "ui/HexLine.h"
 
 #include <QColor>
 #include <QPointer>
-#include <QQuickItem>
+#include <QQuickPaintedItem>
+#include <QRawFont>
 
-/// Fills the cells of selected, found and differing bytes of the hex editor's rows, and underlines changed
-/// ones. Draws rectangles only, hundreds of them in a frame, without an item for each.
-class HexFills : public QQuickItem
+/// Draws the hex editor's rows, which are its HexLine children: fills the cells of selected, found and
+/// differing bytes, underlines changed ones, and places each glyph by its index. As items of their own with
+/// Qt's layout of text, they would take twice as long as a frame lasts.
+class HexCanvas : public QQuickPaintedItem
 {
     Q_OBJECT
     Q_PROPERTY(HexEditing *editing READ editing WRITE setEditing NOTIFY changed FINAL)
@@ -28,20 +31,32 @@ class HexFills : public QQuickItem
     Q_PROPERTY(QColor differentColor MEMBER m_differentColor NOTIFY changed FINAL)
 
 public:
-    explicit HexFills(QQuickItem *parent = nullptr);
+    explicit HexCanvas(QQuickItem *parent = nullptr);
 
     HexEditing *editing() const { return m_editing; }
     /// Not owned.
     void setEditing(HexEditing *editing);
 
+    void paint(QPainter *painter) override;
+
 signals:
     void changed();
 
 protected:
-    QSGNode *updatePaintNode(QSGNode *root, UpdatePaintNodeData *data) override;
+    void itemChange(ItemChange change, const ItemChangeData &data) override;
 
 private:
+    /// Draws the rows anew whose marks have changed.
+    void updateMarks();
+    void paintMarks(QPainter *painter) const;
+    void paintText(QPainter *painter, const HexColumn &column);
+    double rowY(qsizetype index) const;
+
     QPointer<HexEditing> m_editing;
+    /// Of the rows in sight, from the top.
+    QList<HexRowMarks> m_marks;
+    QFont m_font;
+    QRawFont m_glyphs;
     double m_topRow = 0;
     int m_rowHeight = 20;
     double m_digitsX = 0;

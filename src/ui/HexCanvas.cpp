@@ -1,0 +1,153 @@
+#include "ui/HexCanvas.h"
+
+#include "core/HexModel.h"
+
+#include <QGlyphRun>
+#include <QPainter>
+
+#include <cmath>
+
+namespace {
+
+// Calls `use` with the first byte of each run of set bits, and the one after its last.
+template <typename Use> void forEachRun(quint16 mask, Use use)
+{
+    for (int first = 0; first < HexModel::bytesPerRow; ++first) {
+        if (!(mask >> first & 1))
+            continue;
+        int end = first + 1;
+        while (end < HexModel::bytesPerRow && (mask >> end & 1))
+            ++end;
+        use(first, end);
+        first = end;
+    }
+}
+
+template <typename Use> void forEachColumn(const QQuickItem &item, Use use)
+{
+    for (const QQuickItem *const child : item.childItems()) {
+        if (!child->isVisible())
+            continue;
+        if (const auto *const column = qobject_cast<const HexColumn *>(child))
+            use(*column);
+        else
+            forEachColumn(*child, use);
+    }
+}
+
+} // namespace
+
+HexCanvas::HexCanvas(QQuickItem *parent)
+    : QQuickPaintedItem(parent)
+{
+    // The whole is named, as Qt forgets a part that is updated before one without a name.
+    const auto updateAll = [this] { update(boundingRect().toAlignedRect()); };
+    connect(this, &HexCanvas::changed, this, updateAll);
+    connect(this, &QQuickItem::widthChanged, this, updateAll);
+    connect(this, &QQuickItem::heightChanged, this, updateAll);
+    connect(this, &HexCanvas::changed, this, &HexCanvas::updateMarks);
+    connect(this, &QQuickItem::heightChanged, this, &HexCanvas::updateMarks);
+}
+
+void HexCanvas::setEditing(HexEditing *editing)
+{
+    if (editing == m_editing)
+        return;
+    if (m_editing)
+        disconnect(m_editing, nullptr, this, nullptr);
+    m_editing = editing;
+    if (m_editing)
+        connect(m_editing, &HexEditing::marksChanged, this, &HexCanvas::updateMarks);
+    emit changed();
+}
+
+void HexCanvas::itemChange(ItemChange change, const ItemChangeData &data)
+{
+    QQuickPaintedItem::itemChange(change, data);
+    const auto *const line = change == ItemChildAddedChange ? qobject_cast<HexLine *>(data.item) : nullptr;
+    if (!line)
+        return;
+    const auto updateLine = [this, line] { update(QRectF(line->position(), line->size()).toAlignedRect()); };
+    connect(line, &HexLine::textsChanged, this, updateLine);
+    connect(line, &HexLine::colorChanged, this, updateLine);
+}
+
+double HexCanvas::rowY(qsizetype index) const
+{
+    return std::round((std::floor(m_topRow) + static_cast<double>(index) - m_topRow) * m_rowHeight);
+}
+
+void HexCanvas::updateMarks()
+{
+    const int rows = m_editing && m_rowHeight > 0 ? static_cast<int>(height()) / m_rowHeight + 2 : 0;
+    const QList<HexRowMarks> marks =
+        rows > 0 ? m_editing->marks(static_cast<int>(m_topRow), rows) : QList<HexRowMarks>();
+    m_marks.resize(rows);
+    for (qsizetype i = 0; i < marks.size(); ++i) {
+        if (marks[i] != m_marks[i])
+            update(QRectF(0, rowY(i), width(), m_rowHeight).toAlignedRect());
+    }
+    m_marks = marks;
+}
+
+void HexCanvas::paint(QPainter *painter)
+{
+    paintMarks(painter);
+    for (const QQuickItem *const item : childItems()) {
+        const auto *const line = qobject_cast<const HexLine *>(item);
+        if (!line || !line->isVisible())
+            continue;
+        painter->fillRect(QRectF(line->position(), line->size()), line->color());
+        forEachColumn(*line, [&](const HexColumn &column) { paintText(painter, column); });
+    }
+}
+
+void HexCanvas::paintText(QPainter *painter, const HexColumn &column)
+{
+    if (column.font != m_font) {
+        m_font = column.font;
+        m_glyphs = QRawFont::fromFont(m_font);
+    }
+    const QPointF start = column.mapToItem(this, {});
+    const double baseline =
+        start.y() + std::round((column.height() + m_glyphs.ascent() - m_glyphs.descent()) / 2);
+    const QList<quint32> indexes = m_glyphs.glyphIndexesForString(column.text);
+    QList<QPointF> positions(indexes.size());
+    for (qsizetype i = 0; i < positions.size(); ++i)
+        positions[i] = {start.x() + static_cast<double>(i) * m_pitch, baseline};
+    QGlyphRun run;
+    run.setRawFont(m_glyphs);
+    run.setGlyphIndexes(indexes);
+    run.setPositions(positions);
+    painter->setPen(column.color);
+    painter->drawGlyphRun({}, run);
+}
+
+void HexCanvas::paintMarks(QPainter *painter) const
+{
+    for (qsizetype i = 0; i < m_marks.size(); ++i) {
+        const HexRowMarks &row = m_marks[i];
+        const double y = rowY(i);
+        const auto fill = [&](quint16 mask, const QColor &color, double digitsX, double charactersX) {
+            forEachRun(mask, [&](int first, int end) {
+                const double width = (end - first) * m_pitch;
+                painter->fillRect(QRectF(digitsX + (3 * first - 0.5) * m_pitch, y, 3 * width, m_rowHeight),
+                                  color);
+                painter->fillRect(QRectF(charactersX + first * m_pitch, y, width, m_rowHeight), color);
+            });
+        };
+        fill(row.different, m_differentColor, m_digitsX, m_charactersX);
+        if (m_otherDigitsX >= 0)
+            fill(row.different, m_differentColor, m_otherDigitsX, m_otherCharactersX);
+        fill(row.found, m_foundColor, m_digitsX, m_charactersX);
+        fill(row.selected, m_selectedColor, m_digitsX, m_charactersX);
+        forEachRun(row.changed, [&](int first, int end) {
+            const double bottom = y + m_rowHeight - 2;
+            const double digitsWidth = (3 * (end - first) - 1) * m_pitch;
+            painter->fillRect(QRectF(m_digitsX + 3 * first * m_pitch, bottom, digitsWidth, 2),
+                              m_changedColor);
+            painter->fillRect(QRectF(m_charactersX + first * m_pitch, bottom, (end - first) * m_pitch, 2),
+                              m_changedColor);
+        });
+    }
+}
