@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and checks everything: style, scripts, then the tests (QML lint among them) in an
 # ordinary build with GCC, and again in one with Clang's address and undefined-behaviour sanitizers. Only CI adds the
-# exhaustive tests (ctest --preset exhaustive), and the sanitizers on the tests of QML alone
-# (ctest --preset presentation).
+# exhaustive tests (ctest --preset exhaustive).
 #   scripts/test.sh --quick    only style, unit and view tests without the slow ones, in the debug build
 #   scripts/test.sh --release  leaves the sanitizers out
 set -euo pipefail
@@ -13,7 +12,7 @@ case ${1-} in
 --quick) presets=(quick) ;;
 --release) presets=(release) ;;
 *)
-  sed -n '2,7s/^# \{0,1\}//p' "${BASH_SOURCE[0]}"
+  sed -n '2,6s/^# \{0,1\}//p' "${BASH_SOURCE[0]}"
   exit 2
   ;;
 esac
