@@ -136,6 +136,21 @@ ViewTest {
         compare(app.showHex, true);
     }
 
+    function test_closesTheWindow() {
+        let asked = 0;
+        const refuse = close => {
+            close.accepted = false;
+            ++asked;
+        };
+        window.closing.connect(refuse);
+        ctrl(Qt.Key_Q);
+        compare(asked, 1);
+        openHexEditor();
+        ctrl(Qt.Key_Q);
+        compare(asked, 2);
+        window.closing.disconnect(refuse);
+    }
+
     function test_savesFromTheHexEditor() {
         openHexEditor();
         ctrl(Qt.Key_S);

@@ -28,7 +28,7 @@ Item {
 
     function toggleHexEditor(): void {
         if (appState.showHex)
-            appState.showHex = false;
+            hexView.close();
         else
             workspace.showHexEditor();
     }
@@ -93,6 +93,11 @@ Item {
     Key {
         sequence: "F1"
         onActivated: root.appState.goHelp()
+    }
+
+    Key {
+        sequence: "Ctrl+Q"
+        onActivated: root.Window.window.close()
     }
 
     Instantiator {
