@@ -290,6 +290,8 @@ signals:
     void stockChanged();
     void toolsChanged();
     void feedbackChanged();
+    /// The service has opened a ticket of the FEEDBACK view's.
+    void ticketOpened(const QString &ticket);
 
 private:
     // Shell

@@ -58,6 +58,18 @@ ViewTest {
         return pasted.text;
     }
 
+    function test_numberOfANewTicketStays() {
+        show();
+        input("ticketIdField").text = "";
+        sent(() => app.submitTicket("bug", "", "", "first"), { status: "ok", ticket_id: "T-1" });
+        compare(input("ticketIdField").text, "T-1");
+        sent(() => app.submitTicket("bug", "", "", "second"), { status: "ok", ticket_id: "T-2" });
+        compare(input("ticketIdField").text, "T-1");
+        input("ticketIdField").text = "";
+        sent(() => app.submitTicket("bug", "", "", "third"), { error: "full" });
+        compare(input("ticketIdField").text, "");
+    }
+
     function test_fields() {
         show();
         for (const key in fieldTitles) {

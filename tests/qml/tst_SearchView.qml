@@ -286,17 +286,19 @@ ViewTest {
         }
     }
 
-    function test_longNameIsShownWholeOnHover() {
+    function test_pathIsShownOnHover() {
         const name = "<b>" + "long name ".repeat(20) + "&.kvt";
         search(folderOf("hover", [name, "short.kvt"]));
         const tip = find("fullText", find("searchList"));
-        const row = rowOf(name);
-        mouseMove(row);
-        tryVerify(() => tip.visible);
-        compare(tip.contentItem.text, name);
-        compare(tip.contentItem.textFormat, Text.PlainText);
-        verify(tip.width <= 640);
-        mouseMove(rowOf("short.kvt"));
+        for (const shown of [name, "short.kvt"]) {
+            mouseMove(rowOf(shown));
+            tryVerify(() => tip.visible);
+            verify(tip.contentItem.text.startsWith("/"), tip.contentItem.text);
+            verify(tip.contentItem.text.endsWith("/hover/" + shown), tip.contentItem.text);
+            compare(tip.contentItem.textFormat, Text.PlainText);
+            verify(tip.width <= 640);
+        }
+        mouseMove(find("header"));
         tryVerify(() => !tip.visible);
     }
 

@@ -16,6 +16,15 @@ Item {
 
     objectName: "feedbackView"
 
+    // Its number would be gone with the next status.
+    Connections {
+        target: root.appState
+        function onTicketOpened(ticket: string): void {
+            if (ticketField.text === "")
+                ticketField.text = ticket;
+        }
+    }
+
     RowLayout {
         anchors { fill: parent; margins: 20 }
         spacing: 16

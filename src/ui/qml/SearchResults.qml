@@ -40,7 +40,8 @@ VOXCard {
             objectName: "searchHit" + index
             heading: columnHeading
             record: modelData
-            tips: values.slice(0, 1)
+            // Equal names are told apart by their folders.
+            tips: [modelData.path]
             clickable: root.appState.isKvtFile(values[0])
             onClicked: {
                 hits.forceActiveFocus(Qt.MouseFocusReason);

@@ -106,6 +106,7 @@ Item {
                     objectName: "xdfCreditsField"
                     title: "Credits"
                     text: root.appState.xdfCredits
+                    hint: "Read when you log in or list patches"
                     locked: true
                 }
 
