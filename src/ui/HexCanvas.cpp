@@ -108,7 +108,7 @@ void HexCanvas::paintText(QPainter *painter, const HexColumn &column)
         m_font = column.font;
         m_glyphs = QRawFont::fromFont(m_font);
     }
-    const QPointF start = column.mapToItem(this, {});
+    const QPointF start = column.mapToItem(this, QPointF());
     const double baseline =
         start.y() + std::round((column.height() + m_glyphs.ascent() - m_glyphs.descent()) / 2);
     const QList<quint32> indexes = m_glyphs.glyphIndexesForString(column.text);
