@@ -4,6 +4,7 @@
 
 #include <QGlyphRun>
 #include <QPainter>
+#include <QRawFont>
 
 #include <cmath>
 
@@ -93,30 +94,35 @@ void HexCanvas::updateMarks()
 void HexCanvas::paint(QPainter *painter)
 {
     paintMarks(painter);
+    // Belongs to the thread that draws, and so not to this item.
+    QFont font;
+    QRawFont glyphs;
     for (const QQuickItem *const item : childItems()) {
         const auto *const line = qobject_cast<const HexLine *>(item);
         if (!line || !line->isVisible())
             continue;
         painter->fillRect(QRectF(line->position(), line->size()), line->color());
-        forEachColumn(*line, [&](const HexColumn &column) { paintText(painter, column); });
+        forEachColumn(*line, [&](const HexColumn &column) {
+            if (!glyphs.isValid() || column.font != font) {
+                font = column.font;
+                glyphs = QRawFont::fromFont(font);
+            }
+            paintText(painter, column, glyphs);
+        });
     }
 }
 
-void HexCanvas::paintText(QPainter *painter, const HexColumn &column)
+void HexCanvas::paintText(QPainter *painter, const HexColumn &column, const QRawFont &glyphs) const
 {
-    if (column.font != m_font) {
-        m_font = column.font;
-        m_glyphs = QRawFont::fromFont(m_font);
-    }
     const QPointF start = column.mapToItem(this, QPointF());
     const double baseline =
-        start.y() + std::round((column.height() + m_glyphs.ascent() - m_glyphs.descent()) / 2);
-    const QList<quint32> indexes = m_glyphs.glyphIndexesForString(column.text);
+        start.y() + std::round((column.height() + glyphs.ascent() - glyphs.descent()) / 2);
+    const QList<quint32> indexes = glyphs.glyphIndexesForString(column.text);
     QList<QPointF> positions(indexes.size());
     for (qsizetype i = 0; i < positions.size(); ++i)
         positions[i] = {start.x() + static_cast<double>(i) * m_pitch, baseline};
     QGlyphRun run;
-    run.setRawFont(m_glyphs);
+    run.setRawFont(glyphs);
     run.setGlyphIndexes(indexes);
     run.setPositions(positions);
     painter->setPen(column.color);

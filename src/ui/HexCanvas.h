@@ -6,11 +6,12 @@
 #include <QColor>
 #include <QPointer>
 #include <QQuickPaintedItem>
-#include <QRawFont>
+
+class QRawFont;
 
 /// Draws the hex editor's rows, which are its HexLine children: fills the cells of selected, found and
-/// differing bytes, underlines changed ones, and places each glyph by its index. As items of their own with
-/// Qt's layout of text, they would take twice as long as a frame lasts.
+/// differing bytes, underlines changed ones, and places each glyph by its index. An item for each mark and
+/// text, with Qt's layout of text, could not be drawn within a frame.
 class HexCanvas : public QQuickPaintedItem
 {
     Q_OBJECT
@@ -49,14 +50,12 @@ private:
     /// Draws the rows anew whose marks have changed.
     void updateMarks();
     void paintMarks(QPainter *painter) const;
-    void paintText(QPainter *painter, const HexColumn &column);
+    void paintText(QPainter *painter, const HexColumn &column, const QRawFont &glyphs) const;
     double rowY(qsizetype index) const;
 
     QPointer<HexEditing> m_editing;
     /// Of the rows in sight, from the top.
     QList<HexRowMarks> m_marks;
-    QFont m_font;
-    QRawFont m_glyphs;
     double m_topRow = 0;
     int m_rowHeight = 20;
     double m_digitsX = 0;
