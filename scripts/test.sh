@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and checks everything: style, scripts, then the tests (QML lint among them) in an
-# ordinary build with GCC, and again in one with Clang's address and undefined-behaviour sanitizers. Only CI adds the
-# exhaustive tests (ctest --preset exhaustive).
+# ordinary build with GCC, and again in one with Clang's address and undefined-behaviour sanitizers, there without those
+# of QML alone (ctest --preset presentation). Only CI adds the exhaustive tests (ctest --preset exhaustive).
 #   scripts/test.sh --quick    only style, unit and view tests without the slow ones, in the debug build
 #   scripts/test.sh --release  leaves the sanitizers out
 set -euo pipefail

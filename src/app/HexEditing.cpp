@@ -24,8 +24,7 @@ constexpr int mostTargets = 10;
 constexpr qsizetype leastPrepared = 4 << 20;
 constexpr qsizetype pieceSize = 1 << 20;
 
-// Of the sixteen bytes from `rowStart` on, those of the range.
-// A length of 0 marks nothing.
+// The bits of the row's sixteen bytes that are in the range; none for a length of 0.
 quint16 maskOf(qint64 rowStart, qint64 start, qint64 length)
 {
     const qint64 first = std::clamp<qint64>(start - rowStart, 0, HexModel::bytesPerRow);

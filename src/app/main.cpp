@@ -202,7 +202,7 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
     logLine("main: event loop");
     running = true;
     const int code = app.exec();
-    // Qt reports a view that is still being created when the engine goes as an error.
+    // Qt reports a view that is destroyed half made, with the engine, as an error.
     QQmlIncubationController *const views = engine.incubationController();
     while (views && views->incubatingObjectCount() > 0)
         views->incubateFor(1000);

@@ -41,13 +41,16 @@ template <typename Use> void forEachColumn(const QQuickItem &item, Use use)
 HexCanvas::HexCanvas(QQuickItem *parent)
     : QQuickPaintedItem(parent)
 {
-    // The whole is named, as Qt forgets a part that is updated before one without a name.
-    const auto updateAll = [this] { update(boundingRect().toAlignedRect()); };
-    connect(this, &HexCanvas::changed, this, updateAll);
-    connect(this, &QQuickItem::widthChanged, this, updateAll);
-    connect(this, &QQuickItem::heightChanged, this, updateAll);
-    connect(this, &HexCanvas::changed, this, &HexCanvas::updateMarks);
-    connect(this, &QQuickItem::heightChanged, this, &HexCanvas::updateMarks);
+    connect(this, &HexCanvas::changed, this, &HexCanvas::updateAll);
+    connect(this, &QQuickItem::widthChanged, this, &HexCanvas::updateAll);
+    connect(this, &QQuickItem::heightChanged, this, &HexCanvas::updateAll);
+}
+
+// Named, because Qt forgets an update of the whole without a rectangle when one of a part follows.
+void HexCanvas::updateAll()
+{
+    update(boundingRect().toAlignedRect());
+    polish();
 }
 
 void HexCanvas::setEditing(HexEditing *editing)
@@ -58,13 +61,15 @@ void HexCanvas::setEditing(HexEditing *editing)
         disconnect(m_editing, nullptr, this, nullptr);
     m_editing = editing;
     if (m_editing)
-        connect(m_editing, &HexEditing::marksChanged, this, &HexCanvas::updateMarks);
+        connect(m_editing, &HexEditing::marksChanged, this, &QQuickItem::polish);
     emit changed();
 }
 
 void HexCanvas::itemChange(ItemChange change, const ItemChangeData &data)
 {
     QQuickPaintedItem::itemChange(change, data);
+    if (change == ItemDevicePixelRatioHasChanged)
+        updateAll();
     const auto *const line = change == ItemChildAddedChange ? qobject_cast<HexLine *>(data.item) : nullptr;
     if (!line)
         return;
@@ -78,7 +83,7 @@ double HexCanvas::rowY(qsizetype index) const
     return std::round((std::floor(m_topRow) + static_cast<double>(index) - m_topRow) * m_rowHeight);
 }
 
-void HexCanvas::updateMarks()
+void HexCanvas::updatePolish()
 {
     const int rows = m_editing && m_rowHeight > 0 ? static_cast<int>(height()) / m_rowHeight + 2 : 0;
     const QList<HexRowMarks> marks =
@@ -94,14 +99,16 @@ void HexCanvas::updateMarks()
 void HexCanvas::paint(QPainter *painter)
 {
     paintMarks(painter);
-    // Belongs to the thread that draws, and so not to this item.
+    const QRectF dirty = painter->hasClipping() ? painter->clipBoundingRect() : boundingRect();
+    // A raw font belongs to the thread that made it; with a GPU that is Qt's own for rendering.
     QFont font;
     QRawFont glyphs;
     for (const QQuickItem *const item : childItems()) {
         const auto *const line = qobject_cast<const HexLine *>(item);
-        if (!line || !line->isVisible())
+        const QRectF place(item->position(), item->size());
+        if (!line || !line->isVisible() || !place.intersects(dirty))
             continue;
-        painter->fillRect(QRectF(line->position(), line->size()), line->color());
+        painter->fillRect(place, line->color());
         forEachColumn(*line, [&](const HexColumn &column) {
             if (!glyphs.isValid() || column.font != font) {
                 font = column.font;

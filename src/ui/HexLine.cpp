@@ -27,8 +27,9 @@ void HexLine::setEditing(HexEditing *editing)
     }
     m_editing = editing;
     if (m_editing) {
-        connect(m_editing, &HexEditing::marksChanged, this, &HexLine::read);
+        connect(m_editing, &HexEditing::changesChanged, this, &HexLine::read);
         connect(m_editing->compare(), &HexCompare::otherChanged, this, &HexLine::read);
+        connect(m_editing->compare(), &HexCompare::changed, this, &HexLine::read);
     }
     emit sourceChanged();
     read();
@@ -55,7 +56,9 @@ void HexLine::read()
     if (m_editing && m_row >= 0) {
         texts.otherDigits = m_editing->compare()->digits(m_row);
         texts.otherCharacters = m_editing->compare()->characters(m_row);
-        texts.marks = m_editing->marks(m_row, 1).first();
+        const HexRowMarks marks = m_editing->marks(m_row, 1).first();
+        texts.changed = std::popcount(marks.changed);
+        texts.different = std::popcount(marks.different);
     }
     if (texts == m_texts)
         return;
@@ -66,13 +69,11 @@ void HexLine::read()
 QString HexLine::spoken() const
 {
     QString text = u"Offset %1, bytes %2, text %3"_s.arg(m_texts.offset, m_texts.digits, m_texts.characters);
-    if (m_editing && m_editing->compare()->isActive())
+    if (!m_texts.otherDigits.isEmpty())
         text += u", other file "_s + m_texts.otherDigits;
-    const auto add = [&text](quint16 mask, const QString &what) {
-        if (mask != 0)
-            text += u", %1 %2"_s.arg(std::popcount(mask)).arg(what);
-    };
-    add(m_texts.marks.changed, u"changed"_s);
-    add(m_texts.marks.different, u"different"_s);
+    if (m_texts.changed > 0)
+        text += u", %1 changed"_s.arg(m_texts.changed);
+    if (m_texts.different > 0)
+        text += u", %1 different"_s.arg(m_texts.different);
     return text;
 }

@@ -29,7 +29,8 @@ signals:
 };
 
 /// A row of the hex editor: its texts, which follow every change of the bytes, and the background that the
-/// HexCanvas around it draws. Strings that QML makes or keeps would be collected as garbage every few pages.
+/// HexCanvas around it draws. The texts are made here: made in QML, they would start the garbage collector
+/// every few pages.
 class HexLine : public QQuickItem
 {
     Q_OBJECT
@@ -82,7 +83,8 @@ private:
         QString characters;
         QString otherDigits;
         QString otherCharacters;
-        HexRowMarks marks;
+        int changed = 0;
+        int different = 0;
 
         bool operator==(const Texts &) const = default;
     };

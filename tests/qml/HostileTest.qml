@@ -148,6 +148,10 @@ ViewTest {
                 : place.left < around.left - 1 || place.right > around.right + 1 ? place + " beyond " + around
                 : !inside(seenOf(item)) ? "out of the window" : "";
         }
+        if (item instanceof HexColumn) {
+            const width = item.text.length * find("hexRows").grid.pitch;
+            return width > item.width + 1 ? width + " wide in " + item.width : "";
+        }
         // Qt's own labels in controls take tags.
         return /IconLabel|CheckLabel|MnemonicLabel/.test(String(item.contentItem)) ? "a label of Qt's" : "";
     }

@@ -646,7 +646,15 @@ ViewTest {
         editing.typesText = true;
         compare(rows.Accessible.description, "Types text. Selected 0x0–0x1, 2 bytes");
         compareWith([0], 0);
-        verify(find("hexRow0").Accessible.name.includes("other file FF 01"));
+        const name = row => find("hexRow" + row).Accessible.name;
+        verify(name(0).includes("other file FF 01"), name(0));
+        verify(name(0).endsWith(", 1 different"), name(0));
+        verify(!name(1).includes("different"), name(1));
+        app.hexModel.cursor = 0x10;
+        app.hexPatch("AA BB");
+        verify(name(1).endsWith(", 2 changed, 2 different"), name(1));
+        editing.compare.stop();
+        verify(name(1).endsWith(", 2 changed") && !name(1).includes("other file"), name(1));
         compare(find("hexTargetsButton").Accessible.name, "Recent offsets");
     }
 }

@@ -57,8 +57,8 @@ HostileTest {
         compare(find("file", row).text, data.name + ".kvt");
         verify(fixture.spokenTexts(row).includes(data.name + ".kvt, OS " + app.searchHits[0].os));
         verify(verifyView(data.name) >= 1);
-        if (row.shortened)
-            verifyTip(row, find("fullText", find("searchList")), data.name + ".kvt");
+        verifyTip(row, find("fullText", find("searchList")), app.searchHits[0].path);
+        verify(app.searchHits[0].path.endsWith("/" + data.name + ".kvt"));
         verifyNothingFetched();
     }
 

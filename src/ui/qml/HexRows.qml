@@ -148,7 +148,7 @@ Rectangle {
         }
     }
 
-    // Hides what lies below from the renderer, which a rounded rectangle does not.
+    // The software renderer skips what an opaque rectangle covers, but not what a rounded one does.
     Rectangle {
         anchors { fill: parent; topMargin: root.radius; bottomMargin: root.radius }
         color: root.color

@@ -73,7 +73,7 @@ VOXWindow {
         anchors.fill: parent
         focus: true
         enabled: !root.appState.showHex
-        // Else the veil would let a ghost of it through.
+        // Otherwise it would show faintly through the veil.
         opacity: hexEditor.visible && hexEditor.item ? 0 : 1
 
         RowLayout {

@@ -31,9 +31,8 @@ TextField {
     Accessible.readOnly: readOnly
     Accessible.passwordEdit: echoMode === TextInput.Password
 
-    // What can only be read has no well to type into.
     background: Rectangle {
-        color: root.readOnly ? "transparent" : VOXTheme.input
+        color: VOXTheme.input
         radius: VOXTheme.radiusControl
         border.width: root.activeFocus ? 2 : 1
         border.color: root.activeFocus ? root.ringColor : VOXTheme.border
