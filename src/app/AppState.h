@@ -290,8 +290,6 @@ signals:
     void stockChanged();
     void toolsChanged();
     void feedbackChanged();
-    /// The service has opened a ticket of the FEEDBACK view's.
-    void ticketOpened(const QString &ticket);
 
 private:
     // Shell

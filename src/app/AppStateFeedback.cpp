@@ -33,18 +33,15 @@ void AppState::submitTicket(const QString &type, const QString &name, const QStr
                             const QString &desc)
 {
     const QString sender = name.isEmpty() ? u"Windows user"_s : name;
-    const QJsonObject ticket = supportTicket(type, sender, email, desc, serviceConfig().placeholderEmail);
-    m_client->feedbackSubmit(ticket, [this](const QJsonObject &answer, const QString &error) {
-        if (failed(error))
-            return;
-        if (!ticketAccepted(answer)) {
-            setStatus(jsonString(answer, u"error"_s), 0);
-            return;
-        }
-        const QString opened = jsonString(answer, u"ticket_id"_s);
-        setStatus(u"Ticket: %1"_s.arg(opened), 1);
-        emit ticketOpened(opened);
-    });
+    m_client->feedbackSubmit(supportTicket(type, sender, email, desc, serviceConfig().placeholderEmail),
+                             [this](const QJsonObject &answer, const QString &error) {
+                                 if (failed(error))
+                                     return;
+                                 if (ticketAccepted(answer))
+                                     setStatus(u"Ticket: %1"_s.arg(jsonString(answer, u"ticket_id"_s)), 1);
+                                 else
+                                     setStatus(jsonString(answer, u"error"_s), 0);
+                             });
 }
 
 void AppState::loadTicket(const QString &ticket)

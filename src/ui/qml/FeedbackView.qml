@@ -16,12 +16,13 @@ Item {
 
     objectName: "feedbackView"
 
-    // Its number would be gone with the next status.
+    // A new ticket's number would be gone with the next status.
     Connections {
         target: root.appState
-        function onTicketOpened(ticket: string): void {
-            if (ticketField.text === "")
-                ticketField.text = ticket;
+        function onStatusChanged(): void {
+            const opened = "Ticket: ";
+            if (ticketField.text === "" && root.appState.statusOK === 1 && root.appState.status.startsWith(opened))
+                ticketField.text = root.appState.status.slice(opened.length);
         }
     }
 
