@@ -26,6 +26,8 @@ struct ScanLink;
 class AppState : public QObject
 {
     Q_OBJECT
+    // Newer compilers want the type whole where moc's code asks about it.
+    Q_MOC_INCLUDE("app/HexEditing.h")
 
     // Shell: AppState.cpp
     Q_PROPERTY(QString version READ version CONSTANT FINAL)
