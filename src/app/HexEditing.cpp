@@ -389,6 +389,38 @@ void HexEditing::fill(const QString &query)
         emit said(u"Filled %1."_s.arg(countText(length, u"byte"_s)), 1);
 }
 
+void HexEditing::replaceAll(const QString &query, const QString &replacement)
+{
+    if (!hasFile())
+        return;
+    const QByteArray needle = FileTools::parseHexQuery(query);
+    const QByteArray bytes = FileTools::parseHexQuery(replacement);
+    if (needle.isEmpty()) {
+        emit said(u"Enter hex or ASCII to search."_s, 0);
+        return;
+    }
+    if (bytes.size() != needle.size()) {
+        emit said(u"Enter a patch of %1, as long as what it replaces."_s.arg(
+                      countText(static_cast<int>(needle.size()), u"byte"_s)),
+                  0);
+        return;
+    }
+    const bool isPart = m_model->selectionLength() > 0;
+    const int start = isPart ? m_model->selectionStart() : 0;
+    const int length = isPart ? m_model->selectionLength() : m_model->byteCount();
+    // A view, as another reference would make the write copy the file.
+    const QByteArray part = QByteArray::fromRawData(m_model->bytes().constData() + start, length);
+    const FileTools::Replaced replaced = FileTools::replaceBytes(part, needle, bytes);
+    if (replaced.count == 0) {
+        emit said(u"Not found."_s, 0);
+        return;
+    }
+    endTyping();
+    m_model->applyPatch(start + replaced.start, replaced.bytes);
+    emit said(replaced.count == 1 ? u"Replaced 1 match."_s : u"Replaced %1 matches."_s.arg(replaced.count),
+              1);
+}
+
 void HexEditing::selectAll()
 {
     if (hasFile())

@@ -82,6 +82,9 @@ public:
     Q_INVOKABLE void paste();
     /// Overwrites the selection with what FileTools::parseHexQuery reads, again and again.
     Q_INVOKABLE void fill(const QString &query);
+    /// Overwrites every match of one query, in the selection if there is one, by the bytes of another, which
+    /// are as many.
+    Q_INVOKABLE void replaceAll(const QString &query, const QString &replacement);
     Q_INVOKABLE void selectAll();
 
     bool canUndo() const;

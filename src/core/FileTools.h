@@ -87,6 +87,19 @@ public:
     /// Linear as well.
     static int findPrevious(const QByteArray &haystack, const QByteArray &needle, int before);
 
+    struct Replaced
+    {
+        /// The first occurrence, or -1.
+        int start = -1;
+        /// From there to the end of the last one.
+        QByteArray bytes;
+        int count = 0;
+    };
+    /// Overwrites each occurrence of `needle` by `replacement`, from the start on; both are equally long,
+    /// else nothing is replaced. Linear as well.
+    static Replaced replaceBytes(const QByteArray &haystack, const QByteArray &needle,
+                                 const QByteArray &replacement);
+
     /// The offset that a text names: hexadecimal with or without "0x", decimal with a final "d", "end" for
     /// the last of `byteCount` bytes, and with a sign counted from `cursor`. It may lie outside the file.
     /// Nothing if the text names none.

@@ -91,6 +91,24 @@ int FileTools::findPrevious(const QByteArray &haystack, const QByteArray &needle
     return later < 0 ? -1 : static_cast<int>(start + later);
 }
 
+FileTools::Replaced FileTools::replaceBytes(const QByteArray &haystack, const QByteArray &needle,
+                                            const QByteArray &replacement)
+{
+    Replaced replaced;
+    if (needle.size() != replacement.size())
+        return replaced;
+    int done = 0;
+    for (int at = findBytes(haystack, needle, 0); at >= 0; at = findBytes(haystack, needle, done)) {
+        if (replaced.count == 0)
+            replaced.start = done = at;
+        replaced.bytes += QByteArrayView(haystack).sliced(done, at - done);
+        replaced.bytes += replacement;
+        done = at + static_cast<int>(needle.size());
+        ++replaced.count;
+    }
+    return replaced;
+}
+
 std::optional<qint64> FileTools::parseOffset(const QString &text, int cursor, int byteCount)
 {
     static const QRegularExpression form(uR"(^([+-]?)\s*(?:([0-9]{1,10})d|(?:0x)?([0-9a-f]{1,8}))$)"_s,

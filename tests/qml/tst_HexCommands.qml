@@ -263,6 +263,20 @@ ViewTest {
         compare(digits(4), "AA");
     }
 
+    function test_replacesAll() {
+        openEditor(600);
+        find("hexSearchField").text = "10 11";
+        find("hexPatchField").text = "AA BB";
+        ctrl(Qt.Key_R);
+        compare(app.status, "Replaced 3 matches.");
+        compare(digits(0x10) + digits(0x111) + digits(0x210) + digits(0x212), "AABBAA12");
+        click("hexCloseButton");
+        app.showHex = true;
+        compare(find("hexUnapplied").visible, false);
+        editing.undo();
+        compare(digits(0x10) + digits(0x210), "1010");
+    }
+
     function test_goesToChanges() {
         openEditor(640);
         compare(find("hexChangesText").visible, false);
@@ -510,7 +524,7 @@ ViewTest {
         const expected = {
             hexEditMenu: ["Undo|Ctrl+Z", "Redo|Ctrl+Shift+Z", "Copy as hex|Ctrl+C", "Copy as text|Ctrl+Shift+C",
                 "Copy as C array|Ctrl+Alt+C", "Copy offset|Ctrl+Shift+O", "Paste|Ctrl+V",
-                "Apply the patch|Return", "Fill the selection|Ctrl+Shift+F", "Select all|Ctrl+A", "Save file|Ctrl+S",
+                "Apply the patch|Return", "Fill the selection|Ctrl+Shift+F", "Replace all|Ctrl+R", "Select all|Ctrl+A", "Save file|Ctrl+S",
                 "Close|Esc"],
             hexGoMenu: ["Go to offset|Ctrl+G", "Find|Ctrl+F", "Find next|F3", "Find previous|Shift+F3", "Next change|F7",
                 "Previous change|Shift+F7", "Next difference|F6", "Previous difference|Shift+F6",

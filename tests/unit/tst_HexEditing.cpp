@@ -54,6 +54,8 @@ private slots:
     void pasteOfWhatIsNoText();
     void fill_data();
     void fill();
+    void replaceAll_data();
+    void replaceAll();
     void selectAll();
 
     void changes();
@@ -522,6 +524,47 @@ void TestHexEditing::fill()
     QTEST(bytes(), "bytes");
     QTEST(m_state->status(), "status");
     QCOMPARE(m_model->selectionLength(), length);
+}
+
+void TestHexEditing::replaceAll_data()
+{
+    QTest::addColumn<QString>("query");
+    QTest::addColumn<QString>("replacement");
+    QTest::addColumn<int>("selected");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("status");
+
+    const QByteArray same("xyzxyzxy");
+    QTest::newRow("all") << u"xy"_s << u"UV"_s << 0 << QByteArray("UVzUVzUV") << u"Replaced 3 matches."_s;
+    QTest::newRow("hex") << u"79 7A"_s << u"00 FF"_s << 0 << QByteArray::fromHex("7800FF7800FF7879")
+                         << u"Replaced 2 matches."_s;
+    QTest::newRow("selection") << u"xy"_s << u"UV"_s << 5 << QByteArray("xyzUVzxy") << u"Replaced 1 match."_s;
+    QTest::newRow("by-itself") << u"xy"_s << u"xy"_s << 0 << same << u"Replaced 3 matches."_s;
+    QTest::newRow("absent") << u"w"_s << u"y"_s << 0 << same << u"Not found."_s;
+    QTest::newRow("no-query") << u" "_s << u"UV"_s << 0 << same << u"Enter hex or ASCII to search."_s;
+    QTest::newRow("no-patch") << u"y"_s << u""_s << 0 << same
+                              << u"Enter a patch of 1 byte, as long as what it replaces."_s;
+    QTest::newRow("longer") << u"xy"_s << u"UVW"_s << 0 << same
+                            << u"Enter a patch of 2 bytes, as long as what it replaces."_s;
+}
+
+void TestHexEditing::replaceAll()
+{
+    QFETCH(QString, query);
+    QFETCH(QString, replacement);
+    QFETCH(int, selected);
+    m_model->setBytes("xyzxyzxy");
+    if (selected > 0)
+        QVERIFY(m_model->select(1, selected));
+    m_editing->replaceAll(query, replacement);
+    QTEST(bytes(), "bytes");
+    QTEST(m_state->status(), "status");
+    QCOMPARE(m_state->statusOK(), m_state->status().startsWith(u"Replaced"_s) ? 1 : 0);
+    // All of it is one step.
+    if (m_editing->canUndo())
+        m_editing->undo();
+    QCOMPARE(bytes(), QByteArray("xyzxyzxy"));
+    QVERIFY(!m_editing->canUndo());
 }
 
 void TestHexEditing::selectAll()

@@ -25,6 +25,8 @@ private slots:
     void offset();
     void findNext_data();
     void findNext();
+    void replace_data();
+    void replace();
     void find_isLinearInTheHaystack();
     void find_absentInAQuarterOfAGibibyte();
 };
@@ -242,6 +244,44 @@ void TestHexQuery::findNext()
 }
 
 // With quadratic work these searches would take hours, and the program would be stopped from outside.
+void TestHexQuery::replace_data()
+{
+    QTest::addColumn<QByteArray>("haystack");
+    QTest::addColumn<QByteArray>("needle");
+    QTest::addColumn<QByteArray>("replacement");
+    QTest::addColumn<int>("start");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("count");
+
+    const auto row = [](const char *name) -> QTestData & { return QTest::newRow(name); };
+    row("one") << QByteArray("abcd") << QByteArray("bc") << QByteArray("XY") << 1 << QByteArray("XY") << 1;
+    row("several") << QByteArray("-ab--ab-") << QByteArray("ab") << QByteArray("XY") << 1
+                   << QByteArray("XY--XY") << 2;
+    row("one-after-the-other") << QByteArray("aaaa") << QByteArray("aa") << QByteArray("XY") << 0
+                               << QByteArray("XYXY") << 2;
+    row("overlapping-counts-once") << QByteArray("aaa") << QByteArray("aa") << QByteArray("ba") << 0
+                                   << QByteArray("ba") << 1;
+    row("what-is-written-is-not-found")
+        << QByteArray("ab") << QByteArray("a") << QByteArray("b") << 0 << QByteArray("b") << 1;
+    row("at-the-end") << QByteArray("xxab") << QByteArray("ab") << QByteArray("XY") << 2 << QByteArray("XY")
+                      << 1;
+    row("absent") << QByteArray("abc") << QByteArray("x") << QByteArray("y") << -1 << QByteArray() << 0;
+    row("other-length") << QByteArray("abc") << QByteArray("a") << QByteArray("xy") << -1 << QByteArray()
+                        << 0;
+    row("empty") << QByteArray("abc") << QByteArray() << QByteArray() << -1 << QByteArray() << 0;
+}
+
+void TestHexQuery::replace()
+{
+    QFETCH(QByteArray, haystack);
+    QFETCH(QByteArray, needle);
+    QFETCH(QByteArray, replacement);
+    const FileTools::Replaced replaced = FileTools::replaceBytes(haystack, needle, replacement);
+    QTEST(replaced.start, "start");
+    QTEST(replaced.bytes, "bytes");
+    QTEST(replaced.count, "count");
+}
+
 void TestHexQuery::find_isLinearInTheHaystack()
 {
     constexpr int size = 64 * 1024 * 1024;

@@ -20,6 +20,7 @@ Item {
     property alias copyOffset: copyOffsetCommand
     property alias paste: pasteCommand
     property alias fill: fillCommand
+    property alias replaceAll: replaceAllCommand
     property alias selectAll: selectAllCommand
     property alias goTo: goToCommand
     property alias findNext: findNextCommand
@@ -36,6 +37,7 @@ Item {
 
     // What the view does itself.
     signal fillWanted()
+    signal replaceWanted()
     signal goToWanted()
     signal findNextWanted()
     signal findPreviousWanted()
@@ -115,6 +117,15 @@ Item {
         sequence: "Ctrl+Shift+F"
         sensible: root.hasSelection
         onActivated: root.fillWanted()
+    }
+
+    HexCommand {
+        id: replaceAllCommand
+        enabled: root.appState.showHex
+        text: "Replace all"
+        sequence: "Ctrl+R"
+        sensible: root.hasFile
+        onActivated: root.replaceWanted()
     }
 
     HexCommand {

@@ -47,6 +47,11 @@ FocusScope {
         noteApplied();
     }
 
+    function replaceAll(): void {
+        editing.replaceAll(searchField.text, patchField.text);
+        noteApplied();
+    }
+
     function applyPatch(): void {
         appState.hexPatch(patchField.text);
         noteApplied();
@@ -123,6 +128,7 @@ FocusScope {
     HexCommands {
         id: commands
         onFillWanted: root.fill()
+        onReplaceWanted: root.replaceAll()
         onGoToWanted: root.focusGoTo()
         onFindNextWanted: root.findNext()
         onFindPreviousWanted: root.findPrevious()

@@ -44,6 +44,7 @@ RowLayout {
                 onTriggered: root.applyWanted()
             }
             HexCommandItem { command: root.commands.fill }
+            HexCommandItem { command: root.commands.replaceAll }
             HexCommandItem { command: root.commands.selectAll }
             VOXMenuLine { }
             VOXMenuItem {
