@@ -26,7 +26,7 @@ struct ScanLink;
 class AppState : public QObject
 {
     Q_OBJECT
-    // Newer compilers want the type whole where moc's code asks about it.
+    // With newer compilers, moc's code needs the complete type.
     Q_MOC_INCLUDE("app/HexEditing.h")
 
     // Shell: AppState.cpp

@@ -53,8 +53,8 @@ bool isMissing(const std::filesystem::path &path)
     return std::filesystem::status(path, problem).type() == std::filesystem::file_type::not_found;
 }
 
-// A file that lies where it belongs could only be lost by writing it onto itself, and where it cannot be told
-// whether it does, nothing is written.
+// Writing a file onto itself could lose it, so one already in place is left alone. If that cannot be
+// determined, nothing is written.
 bool writeCopy(const QString &file, const QString &copy, const QByteArray &bytes)
 {
     const std::filesystem::path from = systemPath(file);

@@ -2,8 +2,8 @@ import QtQuick
 import QtTest
 import KvtEditor
 
-// What tickets, the store and the bytes of a file tell, and what is told on hover, copied or spoken: the worst texts
-// stay letters, keep to their place, and fetch nothing.
+// Texts from tickets, the store and a file's bytes, and those shown on hover, copied or spoken: even the worst are
+// shown literally, stay within their bounds, and fetch nothing.
 HostileTest {
     id: root
 

@@ -49,8 +49,8 @@ bool matches(const QString &shown, const QString &expected)
     return shown.startsWith(start) && shown.size() > start.size() && !shown.startsWith(u"HTTP "_s);
 }
 
-// Qt repeats a GET up to three times when the server closes without an answer. It opens a new connection for
-// each of these, for a POST that it then does not send, and a spare one (6.8 and 6.11).
+// Qt repeats a GET up to three times when the server closes without an answer. Each time it opens a
+// new connection, as it does for a POST that it then does not resend; 6.8 and 6.11 also open a spare one.
 constexpr int mostGets = 4;
 constexpr int mostConnections = 2 * mostGets;
 

@@ -681,7 +681,7 @@ private:
 
 void TestFailingCalls::initTestCase()
 {
-    // As the program itself does, so that what a dialog says without its first slash is found.
+    // As in the program: a dialog's path has no leading slash, so it is found from the root folder.
     QVERIFY(QDir::setCurrent(QDir::rootPath()));
 }
 

@@ -144,7 +144,7 @@ void TestLateAnswers::noAnswer()
     openAnotherMeanwhile(late);
     if (QTest::currentTestFailed())
         return;
-    // Qt asks for a document again.
+    // Qt repeats a GET.
     m_server->answerAlways({});
     m_server->answerHeld(0, {});
     QVERIFY(m_fixture->settle());

@@ -6,9 +6,9 @@ import QtQuick.Dialogs.quickimpl as Dialogs
 import KvtEditor
 
 // The bar of folders in Qt's own dialogs for files and folders, whose buttons would take a folder's name for
-// markup. It also sees to what is chosen: left alone, a dialog chooses the first entry of each folder it
-// shows, or reads anew. Save would then write over another file than the one that was named, and Open take
-// another file than the one that was chosen, or a folder below the one that is shown.
+// markup. It also corrects the choice: left alone, a dialog chooses the first entry of each folder it
+// shows or rereads. Save would then overwrite a file other than the one named, and Open take a file other
+// than the one chosen, or a folder below the one shown.
 Dialogs.FolderBreadcrumbBar {
     id: root
 
@@ -36,7 +36,7 @@ Dialogs.FolderBreadcrumbBar {
     // Whether the path's field is choosing.
     property bool takingPath: false
 
-    // What a file's name is a part of would be taken for markup.
+    // Any text that contains a file's name would be taken for markup.
     function makePlain(item: Item): void {
         for (const child of Array.from(item.children))
             makePlain(child);
@@ -248,7 +248,7 @@ Dialogs.FolderBreadcrumbBar {
         value: true
     }
 
-    // Not by a press beside it, as that of a double click on what opened it may be.
+    // A press outside must not close it: it may be the second of the double click that opened it.
     Binding {
         target: root.dialog
         property: "closePolicy"

@@ -1,6 +1,6 @@
 import KvtEditor
 
-// Copies what one row of the hex editor shows, or else what is selected.
+// Copies the selection, or without one what a row of the hex editor shows.
 VOXMenu {
     id: root
 
