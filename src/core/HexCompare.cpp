@@ -198,7 +198,8 @@ int HexCompare::numberAt(int start) const
 QVariantList HexCompare::map(int lines) const
 {
     QVariantList ends;
-    for (const auto &[first, end] : m_differences.map(lines))
+    const auto runs = m_differences.map(lines);
+    for (const auto &[first, end] : runs)
         ends << first << end;
     return ends;
 }

@@ -22,7 +22,7 @@ public:
     /// `done` gets the result; nothing if the memory did not suffice. It is not called for work given up.
     explicit Job(std::function<void(std::optional<Result> &&)> done)
     {
-        QObject::connect(&m_watcher, &QFutureWatcherBase::finished, [this, done] {
+        QObject::connect(&m_watcher, &QFutureWatcherBase::finished, [this, done = std::move(done)] {
             if (m_watcher.isCanceled() || !m_result)
                 return;
             const auto result = std::exchange(m_result, nullptr);

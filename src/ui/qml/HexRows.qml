@@ -235,7 +235,7 @@ Rectangle {
         property bool keepsAnchor: false
         property bool dragged: false
 
-        function drag(): void {
+        function extend(): void {
             const target = root.byteNear(mouseX, mouseY);
             if (!dragged) {
                 if (target === firstByte || Math.hypot(mouseX - start.x, mouseY - start.y) < dragDistance)
@@ -259,7 +259,7 @@ Rectangle {
         }
         onPositionChanged: {
             if (pressedButtons & Qt.LeftButton)
-                drag();
+                extend();
         }
         onClicked: mouse => {
             const row = root.rowAt(mouse.y);
@@ -290,7 +290,7 @@ Rectangle {
             interval: 40
             repeat: true
             running: pointer.dragged && pointer.pressed && (pointer.mouseY < 0 || pointer.mouseY > pointer.height)
-            onTriggered: pointer.drag()
+            onTriggered: pointer.extend()
         }
     }
 
