@@ -204,7 +204,7 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
     const int code = app.exec();
     // Qt reports a view that is destroyed half made, with the engine, as an error.
     QQmlIncubationController *const views = engine.incubationController();
-    while (views && views->incubatingObjectCount() > 0)
+    for (int tries = 0; views && views->incubatingObjectCount() > 0 && tries < 10; ++tries)
         views->incubateFor(1000);
     if (code != 0)
         showLoadFailure();
