@@ -75,7 +75,8 @@ void HexInspector::updateValues()
         return;
     const QByteArray bytes = m_hexModel ? m_hexModel->bytes() : QByteArray();
     m_values.clear();
-    for (const ByteValues::Row &value : ByteValues::at(bytes, m_hexModel ? m_hexModel->cursor() : 0))
+    const auto values = ByteValues::at(bytes, m_hexModel ? m_hexModel->cursor() : 0);
+    for (const ByteValues::Row &value : values)
         m_values.append(row(value.name, value.littleEndian, value.bigEndian, value.single));
     emit valuesChanged();
 }

@@ -26,7 +26,8 @@ template <typename Use> void forEachRun(quint16 mask, Use use)
 
 template <typename Use> void forEachColumn(const QQuickItem &item, Use use)
 {
-    for (const QQuickItem *const child : item.childItems()) {
+    const QList<QQuickItem *> children = item.childItems();
+    for (const QQuickItem *const child : children) {
         if (!child->isVisible())
             continue;
         if (const auto *const column = qobject_cast<const HexColumn *>(child))
@@ -103,7 +104,8 @@ void HexCanvas::paint(QPainter *painter)
     // A raw font belongs to the thread that made it; with a GPU that is Qt's own for rendering.
     QFont font;
     QRawFont glyphs;
-    for (const QQuickItem *const item : childItems()) {
+    const QList<QQuickItem *> items = childItems();
+    for (const QQuickItem *const item : items) {
         const auto *const line = qobject_cast<const HexLine *>(item);
         const QRectF place(item->position(), item->size());
         if (!line || !line->isVisible() || !place.intersects(dirty))

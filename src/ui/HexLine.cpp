@@ -56,7 +56,7 @@ void HexLine::read()
     if (m_editing && m_row >= 0) {
         texts.otherDigits = m_editing->compare()->digits(m_row);
         texts.otherCharacters = m_editing->compare()->characters(m_row);
-        const HexRowMarks marks = m_editing->marks(m_row, 1).first();
+        const HexRowMarks marks = m_editing->marks(m_row, 1).constFirst();
         texts.changed = std::popcount(marks.changed);
         texts.different = std::popcount(marks.different);
     }
