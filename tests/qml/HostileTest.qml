@@ -16,7 +16,7 @@ ViewTest {
             "nul": "a\u0000b",
             "override": "a\u202Eb",
             "lone-surrogate": "a\uD800b",
-            "combining": "a" + "\u0301".repeat(500),
+            "combining": "a" + "\u0301".repeat(2000),
             "links": "<a href='javascript:x()'>x</a> file:///etc/passwd",
             "markdown": "![x](" + fixture.address("picture.png") + ")",
             "place-holder": "%1 %2 %n",

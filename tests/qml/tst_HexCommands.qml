@@ -524,8 +524,8 @@ ViewTest {
         const expected = {
             hexEditMenu: ["Undo|Ctrl+Z", "Redo|Ctrl+Shift+Z", "Copy as hex|Ctrl+C", "Copy as text|Ctrl+Shift+C",
                 "Copy as C array|Ctrl+Alt+C", "Copy offset|Ctrl+Shift+O", "Paste|Ctrl+V",
-                "Apply the patch|Return", "Fill the selection|Ctrl+Shift+F", "Replace all|Ctrl+R", "Select all|Ctrl+A", "Save file|Ctrl+S",
-                "Close|Esc"],
+                "Apply the patch|Return", "Fill the selection|Ctrl+Shift+F", "Replace all|Ctrl+R",
+                "Select all|Ctrl+A", "Save file|Ctrl+S", "Close|Esc"],
             hexGoMenu: ["Go to offset|Ctrl+G", "Find|Ctrl+F", "Find next|F3", "Find previous|Shift+F3", "Next change|F7",
                 "Previous change|Shift+F7", "Next difference|F6", "Previous difference|Shift+F6",
                 "Inspector|Ctrl+I"],
