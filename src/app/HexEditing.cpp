@@ -41,6 +41,12 @@ quint16 maskOfDifferences(QByteArrayView ours, QByteArrayView theirs, qint64 row
     return static_cast<quint16>(mask);
 }
 
+// As it can be gone to: without "0x" a final D would make it decimal.
+QString targetText(int offset)
+{
+    return "0x"_L1 + offsetText(offset);
+}
+
 QClipboard *clipboard()
 {
     const bool isGraphical = qobject_cast<QGuiApplication *>(QCoreApplication::instance());
@@ -160,6 +166,7 @@ void HexEditing::startOver()
 {
     endTyping();
     m_steps->clear();
+    setBookmarks(QList<int>());
     markSaved();
 }
 
@@ -348,8 +355,7 @@ void HexEditing::copy(Format format)
         text = cArrayText(bytes);
         break;
     case AsOffset:
-        // As it can be gone to.
-        text = offsetText(start) + (m_model->selectionLength() > 0 ? ':'_L1 + offsetText(length) : QString());
+        text = targetText(start) + (m_model->selectionLength() > 0 ? ':'_L1 + targetText(length) : QString());
         break;
     }
     if (QClipboard *const board = clipboard())
@@ -533,6 +539,65 @@ void HexEditing::takeOver()
     emit said(u"Took over %1 at 0x%2."_s.arg(countText(range.length, u"byte"_s), offsetText(range.start)), 1);
 }
 
+QStringList HexEditing::bookmarks() const
+{
+    QStringList texts;
+    for (const int offset : m_bookmarks)
+        texts.append(targetText(offset));
+    return texts;
+}
+
+void HexEditing::setBookmarks(const QList<int> &bookmarks)
+{
+    if (std::exchange(m_bookmarks, bookmarks) == bookmarks)
+        return;
+    emit bookmarksChanged();
+    emit marksChanged();
+}
+
+void HexEditing::toggleBookmark()
+{
+    if (!hasFile())
+        return;
+    const int offset = editStart();
+    QList<int> bookmarks = m_bookmarks;
+    const bool isRemoved = bookmarks.removeOne(offset);
+    if (!isRemoved)
+        bookmarks.append(offset);
+    std::ranges::sort(bookmarks);
+    setBookmarks(bookmarks);
+    emit said(
+        (isRemoved ? u"Bookmark removed at 0x%1."_s : u"Bookmark set at 0x%1."_s).arg(offsetText(offset)), 1);
+}
+
+void HexEditing::nextBookmark()
+{
+    goToBookmark(std::ranges::upper_bound(std::as_const(m_bookmarks), editStart()) - m_bookmarks.cbegin());
+}
+
+void HexEditing::previousBookmark()
+{
+    goToBookmark(std::ranges::lower_bound(std::as_const(m_bookmarks), editStart()) - m_bookmarks.cbegin()
+                 - 1);
+}
+
+void HexEditing::goToBookmark(qsizetype index)
+{
+    if (!hasFile())
+        return;
+    if (m_bookmarks.isEmpty()) {
+        emit said(u"No bookmark is set."_s, 0);
+        return;
+    }
+    const qsizetype count = m_bookmarks.size();
+    const qsizetype place = (index + count) % count;
+    m_model->setCursor(m_bookmarks[place]);
+    emit shown();
+    emit said(u"Bookmark %1 of %2 at 0x%3."_s.arg(QString::number(place + 1), QString::number(count),
+                                                  offsetText(m_bookmarks[place])),
+              1);
+}
+
 void HexEditing::rememberTarget(const QString &target)
 {
     const QString text = target.trimmed();
@@ -557,6 +622,10 @@ QList<HexRowMarks> HexEditing::marks(int firstRow, int rows) const
         marks[i].found = static_cast<quint16>(found[i] | match);
         marks[i].changed = changedBytes() > 0 ? maskOfDifferences(bytes, m_saved, start) : quint16(0);
         marks[i].different = maskOfDifferences(bytes, other, start);
+        const qint64 end = start + HexModel::bytesPerRow;
+        for (auto at = std::ranges::lower_bound(m_bookmarks, start); at != m_bookmarks.cend() && *at < end;
+             ++at)
+            marks[i].bookmarked |= static_cast<quint16>(1U << (*at - start));
     }
     return marks;
 }

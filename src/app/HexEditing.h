@@ -21,6 +21,7 @@ struct HexRowMarks
     quint16 found = 0;
     quint16 changed = 0;
     quint16 different = 0;
+    quint16 bookmarked = 0;
 
     bool operator==(const HexRowMarks &) const = default;
 };
@@ -45,6 +46,8 @@ class HexEditing : public QObject
     Q_PROPERTY(QString pendingDigit READ pendingDigit NOTIFY typingChanged FINAL)
     /// What was gone to, the last first; at most ten.
     Q_PROPERTY(QStringList targets READ targets NOTIFY targetsChanged FINAL)
+    /// Offsets to come back to, in ascending order, as they can be gone to. Another file has none.
+    Q_PROPERTY(QStringList bookmarks READ bookmarks NOTIFY bookmarksChanged FINAL)
     Q_PROPERTY(HexMatches *matches READ matches CONSTANT FINAL)
     Q_PROPERTY(HexCompare *compare READ compare CONSTANT FINAL)
 
@@ -112,6 +115,13 @@ public:
     /// if `held` or the bytes saved last share them.
     void prepare(const QByteArray &held);
 
+    QStringList bookmarks() const;
+    /// Sets one at the cursor, or at the selection's start, or removes the one there.
+    Q_INVOKABLE void toggleBookmark();
+    /// The next or previous one, and behind the last the first.
+    Q_INVOKABLE void nextBookmark();
+    Q_INVOKABLE void previousBookmark();
+
     QStringList targets() const { return m_targets; }
     void rememberTarget(const QString &target);
 
@@ -124,6 +134,7 @@ signals:
     void selectionChanged();
     void typingChanged();
     void targetsChanged();
+    void bookmarksChanged();
     /// Something else is to be marked.
     void marksChanged();
     /// A command has put the cursor where something is to be seen, or has written there.
@@ -147,6 +158,9 @@ private:
     void goToChange(Step step);
     void goToDifference(const ByteRange &range);
     void setPending(const QString &digit);
+    void setBookmarks(const QList<int> &bookmarks);
+    /// From -1, the last one, to their count, the first.
+    void goToBookmark(qsizetype index);
 
     HexModel *m_model;
     HexMatches *m_matches;
@@ -157,6 +171,8 @@ private:
     ByteDifferences m_changes;
     Job<QByteArray> m_copying;
     QStringList m_targets;
+    /// Ascending.
+    QList<int> m_bookmarks;
     bool m_typesText = false;
     QString m_pending;
     /// Typed bytes of one run are one step.

@@ -164,5 +164,16 @@ void HexCanvas::paintMarks(QPainter *painter) const
             painter->fillRect(QRectF(m_charactersX + first * m_pitch, bottom, (end - first) * m_pitch, 2),
                               m_changedColor);
         });
+        if (row.bookmarked != 0)
+            painter->fillRect(QRectF(2, y + 3, 3, m_rowHeight - 6), m_bookmarkColor);
+        forEachRun(row.bookmarked, [&](int first, int end) {
+            for (int byte = first; byte < end; ++byte) {
+                for (const double x :
+                     {m_digitsX + (3 * byte - 0.5) * m_pitch, m_charactersX + byte * m_pitch}) {
+                    painter->fillRect(QRectF(x, y, 6, 2), m_bookmarkColor);
+                    painter->fillRect(QRectF(x, y, 2, 6), m_bookmarkColor);
+                }
+            }
+        });
     }
 }

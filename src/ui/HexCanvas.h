@@ -10,8 +10,8 @@
 class QRawFont;
 
 /// Draws the hex editor's rows, which are its HexLine children: fills the cells of selected, found and
-/// differing bytes, underlines changed ones, and places each glyph by its index. A Text for each column and
-/// an item for each mark took up to 19 ms a page, more than a frame.
+/// differing bytes, underlines changed ones, flags bookmarks, and places each glyph by its index. A Text for
+/// each column and an item for each mark took up to 19 ms a page, more than a frame.
 class HexCanvas : public QQuickPaintedItem
 {
     Q_OBJECT
@@ -30,6 +30,7 @@ class HexCanvas : public QQuickPaintedItem
     Q_PROPERTY(QColor foundColor MEMBER m_foundColor NOTIFY changed FINAL)
     Q_PROPERTY(QColor changedColor MEMBER m_changedColor NOTIFY changed FINAL)
     Q_PROPERTY(QColor differentColor MEMBER m_differentColor NOTIFY changed FINAL)
+    Q_PROPERTY(QColor bookmarkColor MEMBER m_bookmarkColor NOTIFY changed FINAL)
 
 public:
     explicit HexCanvas(QQuickItem *parent = nullptr);
@@ -68,4 +69,5 @@ private:
     QColor m_foundColor;
     QColor m_changedColor;
     QColor m_differentColor;
+    QColor m_bookmarkColor;
 };

@@ -28,6 +28,7 @@ void HexLine::setEditing(HexEditing *editing)
     m_editing = editing;
     if (m_editing) {
         connect(m_editing, &HexEditing::changesChanged, this, &HexLine::read);
+        connect(m_editing, &HexEditing::bookmarksChanged, this, &HexLine::read);
         connect(m_editing->compare(), &HexCompare::otherChanged, this, &HexLine::read);
         connect(m_editing->compare(), &HexCompare::changed, this, &HexLine::read);
     }
@@ -59,6 +60,7 @@ void HexLine::read()
         const HexRowMarks marks = m_editing->marks(m_row, 1).constFirst();
         texts.changed = std::popcount(marks.changed);
         texts.different = std::popcount(marks.different);
+        texts.bookmarked = std::popcount(marks.bookmarked);
     }
     if (texts == m_texts)
         return;
@@ -75,5 +77,7 @@ QString HexLine::spoken() const
         text += u", %1 changed"_s.arg(m_texts.changed);
     if (m_texts.different > 0)
         text += u", %1 different"_s.arg(m_texts.different);
+    if (m_texts.bookmarked > 0)
+        text += u", %1 bookmarked"_s.arg(m_texts.bookmarked);
     return text;
 }

@@ -46,7 +46,7 @@ class HexLine : public QQuickItem
     /// Of the other file; empty while none is compared.
     Q_PROPERTY(QString otherDigits READ otherDigits NOTIFY textsChanged FINAL)
     Q_PROPERTY(QString otherCharacters READ otherCharacters NOTIFY textsChanged FINAL)
-    /// All of it for a screen reader, with how many bytes are changed and differ.
+    /// All of it for a screen reader, with how many bytes are changed, differ and have a bookmark.
     Q_PROPERTY(QString spoken READ spoken NOTIFY textsChanged FINAL)
 
 public:
@@ -85,6 +85,7 @@ private:
         QString otherCharacters;
         int changed = 0;
         int different = 0;
+        int bookmarked = 0;
 
         bool operator==(const Texts &) const = default;
     };

@@ -218,7 +218,7 @@ ViewTest {
         app.hexModel.select(0x41 - 0x21, 3);
         for (const [key, more, text] of [[Qt.Key_C, 0, "20 21 22"], [Qt.Key_C, Qt.ShiftModifier, " !\""],
                 [Qt.Key_C, Qt.AltModifier, "const unsigned char bytes[3] = {\n    0x20, 0x21, 0x22,\n};\n"],
-                [Qt.Key_O, Qt.ShiftModifier, "20:3"]]) {
+                [Qt.Key_O, Qt.ShiftModifier, "0x20:0x3"]]) {
             ctrl(key, more);
             compare(fixture.clipboardText(), text);
         }
@@ -519,6 +519,32 @@ ViewTest {
         verify(rows.visible);
     }
 
+    function test_bookmarks() {
+        const rows = openEditor(10000);
+        for (const offset of [0x2000, 0x12]) {
+            app.hexModel.cursor = offset;
+            ctrl(Qt.Key_B);
+        }
+        keyClick(Qt.Key_F2);
+        compare(app.hexModel.cursor, 0x2000);
+        verify(rows.topRow > 0x200 - rows.rowsInSight);
+        keyClick(Qt.Key_F2, Qt.ShiftModifier);
+        compare(app.hexModel.cursor, 0x12);
+        compare(app.status, "Bookmark 1 of 2 at 0x12.");
+        app.hexGoTo("30");
+        mouseClick(find("hexTargetsButton"));
+        const menu = find("hexTargetsMenu");
+        tryCompare(menu, "opened", true);
+        const entries = [0, 1, 2].map(i => menu.itemAt(i).text + "|" + menu.itemAt(i).keyText);
+        compare(entries, ["0x12|Bookmark", "0x2000|Bookmark", "30|"]);
+        render();
+        mouseClick(menu.itemAt(1));
+        compare(app.hexModel.cursor, 0x2000);
+        tryCompare(menu, "visible", false);
+        ctrl(Qt.Key_B);
+        compare(editing.bookmarks, ["0x12"]);
+    }
+
     function test_everyCommandIsInAMenu() {
         openEditor(64);
         const expected = {
@@ -526,7 +552,8 @@ ViewTest {
                 "Copy as C array|Ctrl+Alt+C", "Copy offset|Ctrl+Shift+O", "Paste|Ctrl+V",
                 "Apply the patch|Return", "Fill the selection|Ctrl+Shift+F", "Replace all|Ctrl+R",
                 "Select all|Ctrl+A", "Save file|Ctrl+S", "Close|Esc"],
-            hexGoMenu: ["Go to offset|Ctrl+G", "Find|Ctrl+F", "Find next|F3", "Find previous|Shift+F3", "Next change|F7",
+            hexGoMenu: ["Go to offset|Ctrl+G", "Set or remove a bookmark|Ctrl+B", "Next bookmark|F2", "Previous bookmark|Shift+F2",
+                "Find|Ctrl+F", "Find next|F3", "Find previous|Shift+F3", "Next change|F7",
                 "Previous change|Shift+F7", "Next difference|F6", "Previous difference|Shift+F6",
                 "Inspector|Ctrl+I"],
             hexCompareMenu: ["Compare with a file|Ctrl+K", "Stop comparing|Ctrl+Shift+K", "Take over|Ctrl+T",
@@ -627,12 +654,12 @@ ViewTest {
         app.showHex = true;
         tryVerify(() => find("hexRows").height > 0);
         find("hexRows").forceActiveFocus();
-        for (const key of [Qt.Key_A, Qt.Key_C, Qt.Key_V, Qt.Key_K]) {
+        for (const key of [Qt.Key_A, Qt.Key_B, Qt.Key_C, Qt.Key_V, Qt.Key_K]) {
             app.setStatus("");
             ctrl(key);
             compare(app.status, "No file is open.");
         }
-        for (const key of [Qt.Key_F7, Qt.Key_F6, Qt.Key_0]) {
+        for (const key of [Qt.Key_F7, Qt.Key_F6, Qt.Key_F2, Qt.Key_0]) {
             app.setStatus("");
             keyClick(key);
             compare(app.status, "No file is open.");
@@ -644,10 +671,10 @@ ViewTest {
         openEditor(64);
         app.showHex = false;
         app.setStatus("Ready.");
-        for (const key of [Qt.Key_A, Qt.Key_Z, Qt.Key_I, Qt.Key_K, Qt.Key_L, Qt.Key_T])
+        for (const key of [Qt.Key_A, Qt.Key_B, Qt.Key_Z, Qt.Key_I, Qt.Key_K, Qt.Key_L, Qt.Key_T])
             ctrl(key);
-        keyClick(Qt.Key_F6);
-        keyClick(Qt.Key_F7);
+        for (const key of [Qt.Key_F2, Qt.Key_F6, Qt.Key_F7])
+            keyClick(key);
         compare(app.status, "Ready.");
         compare(app.hexModel.selectionLength, 0);
         verify(!window.asking());
@@ -667,8 +694,11 @@ ViewTest {
         app.hexModel.cursor = 0x10;
         app.hexPatch("AA BB");
         verify(name(1).endsWith(", 2 changed, 2 different"), name(1));
+        editing.toggleBookmark();
+        verify(name(1).endsWith(", 2 changed, 2 different, 1 bookmarked"), name(1));
+        editing.toggleBookmark();
         editing.compare.stop();
         verify(name(1).endsWith(", 2 changed") && !name(1).includes("other file"), name(1));
-        compare(find("hexTargetsButton").Accessible.name, "Recent offsets");
+        compare(find("hexTargetsButton").Accessible.name, "Bookmarks and recent offsets");
     }
 }

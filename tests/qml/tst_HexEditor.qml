@@ -542,6 +542,16 @@ ViewTest {
         return image.pixel(Math.floor(place.x), Math.floor(place.y));
     }
 
+    // The corner of a byte's cell, where its bookmark is.
+    function flagOf(offset: int, inText: bool): color {
+        const rows = find("hexRows");
+        const grid = rows.grid;
+        const image = grabImage(window.contentItem);
+        const x = inText ? grid.charactersX + offset % 16 * grid.pitch : grid.digitsX + (3 * (offset % 16) - 0.5) * grid.pitch;
+        const place = rows.mapToItem(window.contentItem, Math.round(x), (Math.floor(offset / 16) - rows.topRow) * 20);
+        return image.pixel(Math.floor(place.x) + 1, Math.floor(place.y) + 1);
+    }
+
     function test_marksAreDrawn() {
         const rows = openEditor(1000);
         const editing = app.hexEditing();
@@ -572,6 +582,13 @@ ViewTest {
         editing.undo();
         app.hexModel.cursor = 0;
         compare(groundOf(0x46, true), VOXTheme.input);
+
+        app.hexModel.cursor = 0x74;
+        editing.toggleBookmark();
+        app.hexModel.cursor = 0;
+        compare(flagOf(0x74), VOXTheme.success);
+        compare(flagOf(0x74, true), VOXTheme.success);
+        compare(flagOf(0x75), VOXTheme.input);
 
         editing.compare.start(fixture.writeOther([0x51, 0x90], 0));
         tryCompare(app, "status", "Compared with other.bin.");

@@ -66,6 +66,9 @@ private slots:
     void takeOverRefused();
 
     void targets();
+    void bookmarks();
+    void bookmarksInTurn_data();
+    void bookmarksInTurn();
     void marks();
     void preparedFileIsNotCopiedByAnEdit();
     void editWhilePreparing();
@@ -413,9 +416,9 @@ void TestHexEditing::copy_data()
     QTest::newRow("text") << 3 << HexEditing::AsText << u"b.d"_s << three;
     QTest::newRow("array") << 3 << HexEditing::AsCArray
                            << u"const unsigned char bytes[3] = {\n    0x62, 0x00, 0x64,\n};\n"_s << three;
-    QTest::newRow("offset") << 3 << HexEditing::AsOffset << u"1:3"_s << u"Offset copied."_s;
+    QTest::newRow("offset") << 3 << HexEditing::AsOffset << u"0x1:0x3"_s << u"Offset copied."_s;
     QTest::newRow("no-selection") << 0 << HexEditing::AsHex << u"62"_s << u"1 byte copied."_s;
-    QTest::newRow("offset-of-the-cursor") << 0 << HexEditing::AsOffset << u"1"_s << u"Offset copied."_s;
+    QTest::newRow("offset-of-the-cursor") << 0 << HexEditing::AsOffset << u"0x1"_s << u"Offset copied."_s;
 }
 
 void TestHexEditing::copy()
@@ -442,7 +445,7 @@ void TestHexEditing::copyTooMuch()
         QCOMPARE(clipboardText(), u"before"_s);
     }
     m_editing->copy(HexEditing::AsOffset);
-    QCOMPARE(clipboardText(), u"0:1000001"_s);
+    QCOMPARE(clipboardText(), u"0x0:0x1000001"_s);
 }
 
 void TestHexEditing::paste_data()
@@ -700,6 +703,72 @@ void TestHexEditing::targets()
              QStringList({u"8"_s, u"c"_s, u"b"_s, u"a"_s, u"9"_s, u"7"_s, u"6"_s, u"5"_s, u"4"_s, u"3"_s}));
 }
 
+void TestHexEditing::bookmarks()
+{
+    QSignalSpy changed(m_editing, &HexEditing::bookmarksChanged);
+    m_model->setBytes(QByteArray(100, 'a'));
+    m_editing->nextBookmark();
+    QCOMPARE(m_state->status(), u"No bookmark is set."_s);
+    QCOMPARE(m_state->statusOK(), 0);
+    m_model->setCursor(0x1D);
+    m_editing->toggleBookmark();
+    QCOMPARE(m_state->status(), u"Bookmark set at 0x1D."_s);
+    QVERIFY(m_model->select(5, 3));
+    m_editing->toggleBookmark();
+    QCOMPARE(m_editing->bookmarks(), QStringList({u"0x5"_s, u"0x1D"_s}));
+    // Each can be gone to as it is listed.
+    QVERIFY(m_state->hexGoTo(m_editing->bookmarks().constLast()));
+    QCOMPARE(m_model->cursor(), 0x1D);
+    m_editing->toggleBookmark();
+    QCOMPARE(m_state->status(), u"Bookmark removed at 0x1D."_s);
+    QCOMPARE(m_editing->bookmarks(), QStringList(u"0x5"_s));
+    QCOMPARE(changed.count(), 3);
+    QVERIFY(m_model->applyPatch(5, "b"));
+    QCOMPARE(m_editing->bookmarks().size(), 1);
+    m_model->setBytes(QByteArray(100, 'b'));
+    QCOMPARE(m_editing->bookmarks(), QStringList());
+    QCOMPARE(changed.count(), 4);
+}
+
+void TestHexEditing::bookmarksInTurn_data()
+{
+    QTest::addColumn<int>("cursor");
+    QTest::addColumn<int>("next");
+    QTest::addColumn<int>("previous");
+
+    QTest::newRow("before-the-first") << 0 << 10 << 30;
+    QTest::newRow("at-the-first") << 10 << 20 << 30;
+    QTest::newRow("between") << 15 << 20 << 10;
+    QTest::newRow("at-one") << 20 << 30 << 10;
+    QTest::newRow("at-the-last") << 30 << 10 << 20;
+    QTest::newRow("behind-the-last") << 99 << 10 << 30;
+}
+
+void TestHexEditing::bookmarksInTurn()
+{
+    QFETCH(int, cursor);
+    QFETCH(int, next);
+    QFETCH(int, previous);
+
+    m_model->setBytes(QByteArray(100, 'a'));
+    for (const int offset : {20, 10, 30}) {
+        m_model->setCursor(offset);
+        m_editing->toggleBookmark();
+    }
+    QSignalSpy shown(m_editing, &HexEditing::shown);
+    m_model->setCursor(cursor);
+    m_editing->nextBookmark();
+    QCOMPARE(m_model->cursor(), next);
+    QCOMPARE(
+        m_state->status(),
+        u"Bookmark %1 of 3 at 0x%2."_s.arg(QString::number(next / 10), QString::number(next, 16).toUpper()));
+    m_model->setCursor(cursor);
+    m_editing->previousBookmark();
+    QCOMPARE(m_model->cursor(), previous);
+    QCOMPARE(m_state->statusOK(), 1);
+    QCOMPARE(shown.count(), 2);
+}
+
 void TestHexEditing::marks()
 {
     m_model->setBytes(QByteArray(40, 'a'));
@@ -709,10 +778,17 @@ void TestHexEditing::marks()
     QVERIFY(m_model->select(14, 20));
     const QList<HexRowMarks> marks = m_editing->marks(0, 4);
     QCOMPARE(marks.size(), 4);
-    QCOMPARE(marks[0], (HexRowMarks{0xC000, 0x8000, 0x8000, 0x8000}));
-    QCOMPARE(marks[1], (HexRowMarks{0xFFFF, 0x0001, 0x0001, 0x0005}));
-    QCOMPARE(marks[2], (HexRowMarks{0x0003, 0, 0, 0}));
+    QCOMPARE(marks[0], (HexRowMarks{0xC000, 0x8000, 0x8000, 0x8000, 0}));
+    QCOMPARE(marks[1], (HexRowMarks{0xFFFF, 0x0001, 0x0001, 0x0005, 0}));
+    QCOMPARE(marks[2], (HexRowMarks{0x0003, 0, 0, 0, 0}));
     QCOMPARE(marks[3], HexRowMarks());
+    for (const int offset : {0, 15, 16}) {
+        m_model->setCursor(offset);
+        m_editing->toggleBookmark();
+    }
+    QCOMPARE(m_editing->marks(0, 1).constFirst().bookmarked, 0x8001);
+    QCOMPARE(m_editing->marks(1, 2).constFirst().bookmarked, 0x0001);
+    QCOMPARE(m_editing->marks(2, 1).constFirst().bookmarked, 0);
 
     QSignalSpy changed(m_editing, &HexEditing::marksChanged);
     m_model->selectTo(12);
@@ -774,6 +850,9 @@ void TestHexEditing::withoutFile_data()
     row("paste", [](HexEditing &editing) { editing.paste(); });
     row("fill", [](HexEditing &editing) { editing.fill(u"00"_s); });
     row("select-all", [](HexEditing &editing) { editing.selectAll(); });
+    row("toggle-bookmark", [](HexEditing &editing) { editing.toggleBookmark(); });
+    row("next-bookmark", [](HexEditing &editing) { editing.nextBookmark(); });
+    row("previous-bookmark", [](HexEditing &editing) { editing.previousBookmark(); });
     row("next-change", [](HexEditing &editing) { editing.nextChange(); });
     row("previous-change", [](HexEditing &editing) { editing.previousChange(); });
     row("next-difference", [](HexEditing &editing) { editing.nextDifference(); });

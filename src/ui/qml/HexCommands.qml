@@ -27,6 +27,9 @@ Item {
     property alias findPrevious: findPreviousCommand
     property alias nextChange: nextChangeCommand
     property alias previousChange: previousChangeCommand
+    property alias bookmark: bookmarkCommand
+    property alias nextBookmark: nextBookmarkCommand
+    property alias previousBookmark: previousBookmarkCommand
     property alias inspector: inspectorCommand
     property alias compareWith: compareWithCommand
     property alias stopComparing: stopComparingCommand
@@ -180,6 +183,33 @@ Item {
         sequence: "Shift+F7"
         sensible: root.editing.changedBytes > 0
         onActivated: root.editing.previousChange()
+    }
+
+    HexCommand {
+        id: bookmarkCommand
+        enabled: root.appState.showHex
+        text: "Set or remove a bookmark"
+        sequence: "Ctrl+B"
+        sensible: root.hasFile
+        onActivated: root.editing.toggleBookmark()
+    }
+
+    HexCommand {
+        id: nextBookmarkCommand
+        enabled: root.appState.showHex
+        text: "Next bookmark"
+        sequence: "F2"
+        sensible: root.editing.bookmarks.length > 0
+        onActivated: root.editing.nextBookmark()
+    }
+
+    HexCommand {
+        id: previousBookmarkCommand
+        enabled: root.appState.showHex
+        text: "Previous bookmark"
+        sequence: "Shift+F2"
+        sensible: root.editing.bookmarks.length > 0
+        onActivated: root.editing.previousBookmark()
     }
 
     HexCommand {

@@ -259,10 +259,10 @@ FocusScope {
                 id: targetsButton
                 objectName: "hexTargetsButton"
                 text: "▾"
-                enabled: root.editing.targets.length > 0
+                enabled: targetsMenu.count > 0
                 implicitWidth: 32
                 Layout.fillWidth: false
-                Accessible.name: "Recent offsets"
+                Accessible.name: "Bookmarks and recent offsets"
                 onClicked: targetsMenu.popup(targetsButton, width - targetsMenu.width, height + 4)
 
                 VOXMenu {
@@ -270,15 +270,19 @@ FocusScope {
                     objectName: "hexTargetsMenu"
 
                     Instantiator {
-                        model: root.editing.targets
+                        model: root.editing.bookmarks.concat(root.editing.targets)
                         onObjectAdded: (index, object) => targetsMenu.insertItem(index, object)
                         onObjectRemoved: (index, object) => targetsMenu.removeItem(object)
 
                         VOXMenuItem {
                             required property string modelData
+                            required property int index
 
                             text: modelData
+                            keyText: index < root.editing.bookmarks.length ? "Bookmark" : ""
                             onTriggered: {
+                                // Going there makes the entries anew, and this one could not close the menu.
+                                targetsMenu.close();
                                 goToField.text = modelData;
                                 root.goTo();
                             }

@@ -169,6 +169,7 @@ Rectangle {
         foundColor: VOXTheme.matchFill
         changedColor: VOXTheme.orangeBright
         differentColor: VOXTheme.differentFill
+        bookmarkColor: VOXTheme.success
 
         Repeater {
             model: Math.ceil(root.rowsInSight) + 1

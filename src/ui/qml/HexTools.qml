@@ -71,6 +71,10 @@ RowLayout {
 
             HexCommandItem { command: root.commands.goTo }
             VOXMenuLine { }
+            HexCommandItem { command: root.commands.bookmark }
+            HexCommandItem { command: root.commands.nextBookmark }
+            HexCommandItem { command: root.commands.previousBookmark }
+            VOXMenuLine { }
             VOXMenuItem {
                 text: "Find"
                 keyText: "Ctrl+F"
