@@ -12,6 +12,8 @@ namespace {
 
 // The matches in sight are looked for with every frame.
 constexpr qsizetype longestMarked = 256;
+// Within a frame.
+constexpr qsizetype mostCountedAtOnce = 1 << 20;
 
 } // namespace
 
@@ -23,8 +25,11 @@ HexMatches::HexMatches(HexModel *model, QObject *parent)
         emit changed();
     })
 {
-    connect(m_model, &HexModel::aboutToChange, this, &HexMatches::giveUp);
+    connect(m_model, &HexModel::aboutToChange, this, [this] { m_counting.stop(); });
+    connect(m_model, &HexModel::modelReset, this, &HexMatches::forgetCount);
     connect(m_model, &HexModel::dataChangedSig, this, &HexMatches::count);
+    connect(m_model, &HexModel::overwritten, this,
+            [this](int offset, const QByteArray &before) { countAround(offset, before.size()); });
     connect(m_model, &HexModel::matchChanged, this, &HexMatches::changed);
 }
 
@@ -32,7 +37,7 @@ void HexMatches::setNeedle(const QByteArray &needle)
 {
     if (needle == m_needle)
         return;
-    giveUp();
+    forgetCount();
     m_needle = needle;
     count();
     emit changed();
@@ -78,22 +83,35 @@ QList<quint16> HexMatches::masks(int firstRow, int rows) const
     return masks;
 }
 
-void HexMatches::giveUp()
+void HexMatches::forgetCount()
 {
     m_count.reset();
     m_counting.stop();
 }
 
+void HexMatches::countAround(int offset, qsizetype length)
+{
+    if (!m_count)
+        return;
+    if (length + m_needle.size() > mostCountedAtOnce) {
+        forgetCount();
+        count();
+    } else {
+        m_count->update(m_model->bytes(), m_needle, offset, length);
+    }
+    emit changed();
+}
+
 void HexMatches::count()
 {
     // A run of edits is counted once, after it.
-    if (m_needle.isEmpty() || std::exchange(m_isDue, true))
+    if (m_count || m_needle.isEmpty() || std::exchange(m_isDue, true))
         return;
     QMetaObject::invokeMethod(
         this,
         [this] {
             m_isDue = false;
-            giveUp();
+            m_counting.stop();
             if (m_needle.isEmpty())
                 return;
             // A view, not a copy: a reference released late would make the next write detach.

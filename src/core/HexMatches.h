@@ -12,7 +12,8 @@
 class HexModel;
 
 /// All occurrences of what was searched for last: where they are among some rows, and how many there are.
-/// They are counted on another thread, anew after every edit; the count is given up when the needle changes.
+/// They are counted on another thread, which is given up when the needle changes. A small edit is counted at
+/// once, around itself.
 class HexMatches : public QObject
 {
     Q_OBJECT
@@ -37,7 +38,8 @@ signals:
     void changed();
 
 private:
-    void giveUp();
+    void forgetCount();
+    void countAround(int offset, qsizetype length);
     void count();
 
     HexModel *m_model;

@@ -16,6 +16,9 @@ public:
     static std::optional<MatchCount> of(QByteArrayView haystack, QByteArrayView needle,
                                         const std::function<bool()> &cancelled = {});
 
+    /// Counts anew around `length` bytes at `offset`, after they were overwritten.
+    void update(QByteArrayView haystack, QByteArrayView needle, qsizetype offset, qsizetype length);
+
     int total() const { return m_total; }
     /// The number of the occurrence at `position`, from 1, among those in the same haystack.
     int numberAt(QByteArrayView haystack, QByteArrayView needle, int position) const;

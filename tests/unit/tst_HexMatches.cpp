@@ -32,12 +32,14 @@ private slots:
     void count();
     void countOfRandomBytes();
     void countOverBlocks();
+    void updateCountsAroundAnEdit();
     void countIsGivenUp();
 
     void text_data();
     void text();
     void textFollowsTheMatch();
-    void editCountsAnew();
+    void smallEditIsCountedAtOnce();
+    void largeEditCountsAnew();
     void needleThatChangesIsCountedAnew();
     void needleForgottenAtOnceIsNotCounted();
     void destroyedWhileCounting();
@@ -107,6 +109,31 @@ void TestHexMatches::countOverBlocks()
         QCOMPARE(count->numberAt(haystack, needle, positions[i]), i + 1);
 }
 
+void TestHexMatches::updateCountsAroundAnEdit()
+{
+    QRandomGenerator random(2);
+    QByteArray haystack(150'000, 'a');
+    for (char &byte : haystack)
+        byte = static_cast<char>('a' + random.bounded(2));
+    const QList<int> boundaries{0, 65'536, 131'072, static_cast<int>(haystack.size())};
+    for (const QByteArray &needle :
+         {QByteArray("a"), QByteArray("abaab"), QByteArray("ab").repeated(40'000)}) {
+        auto count = MatchCount::of(haystack, needle);
+        for (int round = 0; round < 40; ++round) {
+            const int length = 1 + random.bounded(round % 10 == 0 ? 70'000 : 10);
+            const int near = boundaries[random.bounded(int(boundaries.size()))] - random.bounded(12);
+            const int offset = std::clamp(near, 0, static_cast<int>(haystack.size()) - length);
+            haystack.replace(offset, length, QByteArray("ab").repeated(length).first(length));
+            count->update(haystack, needle, offset, length);
+            const auto expected = MatchCount::of(haystack, needle);
+            QCOMPARE(count->total(), expected->total());
+            const int last = static_cast<int>(haystack.lastIndexOf(needle));
+            if (last >= 0)
+                QCOMPARE(count->numberAt(haystack, needle, last), expected->total());
+        }
+    }
+}
+
 void TestHexMatches::countIsGivenUp()
 {
     int asked = 0;
@@ -154,23 +181,35 @@ void TestHexMatches::textFollowsTheMatch()
     QCOMPARE(matches.text(), u"3 matches"_s);
 }
 
-void TestHexMatches::editCountsAnew()
+void TestHexMatches::smallEditIsCountedAtOnce()
 {
     HexModel model;
     model.setBytes("ab--ab--ab--");
     HexMatches matches(&model);
     matches.setNeedle("ab");
     WAIT_COMPARE(matches.text(), u"3 matches"_s);
+    QSignalSpy changed(&matches, &HexMatches::changed);
     QVERIFY(model.applyPatch(2, "ab"));
-    QVERIFY(matches.text().isEmpty());
-    WAIT_COMPARE(matches.text(), u"4 matches"_s);
-    // While it is counted.
-    QVERIFY(model.applyPatch(6, "ab"));
-    QCoreApplication::sendPostedEvents(&matches);
-    QVERIFY(model.applyPatch(0, "----"));
-    WAIT_COMPARE(matches.text(), u"3 matches"_s);
+    QCOMPARE(matches.text(), u"4 matches"_s);
+    QVERIFY(changed.count() > 0);
     model.setBytes("ab");
-    WAIT_COMPARE(matches.text(), u"1 match"_s);
+    QCOMPARE(matches.text(), QString());
+    // While it is counted.
+    QCoreApplication::sendPostedEvents(&matches);
+    QVERIFY(model.applyPatch(0, "--"));
+    WAIT_COMPARE(matches.text(), u"0 matches"_s);
+}
+
+void TestHexMatches::largeEditCountsAnew()
+{
+    HexModel model;
+    model.setBytes(QByteArray(2 << 20, '-'));
+    HexMatches matches(&model);
+    matches.setNeedle("ab");
+    WAIT_COMPARE(matches.text(), u"0 matches"_s);
+    QVERIFY(model.applyPatch(0, QByteArray("ab").repeated(1 << 20)));
+    QCOMPARE(matches.text(), QString());
+    WAIT_COMPARE(matches.text(), u"%1 matches"_s.arg(1 << 20));
 }
 
 void TestHexMatches::needleThatChangesIsCountedAnew()
