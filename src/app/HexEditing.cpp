@@ -1,5 +1,6 @@
 #include "app/HexEditing.h"
 
+#include "core/ByteValues.h"
 #include "core/FileTools.h"
 #include "core/HexModel.h"
 #include "core/HexText.h"
@@ -425,6 +426,28 @@ void HexEditing::replaceAll(const QString &query, const QString &replacement)
     m_model->applyPatch(start + replaced.start, replaced.bytes);
     emit said(replaced.count == 1 ? u"Replaced 1 match."_s : u"Replaced %1 matches."_s.arg(replaced.count),
               1);
+}
+
+bool HexEditing::writeValue(int row, const QString &text, bool bigEndian)
+{
+    if (!hasFile())
+        return false;
+    const int offset = m_model->cursor();
+    const QList<ByteValues::Row> values = ByteValues::at(m_model->bytes(), offset);
+    if (row < 0 || row >= values.size() || values[row].littleEndian.isEmpty())
+        return false;
+    // Other bytes may have the same text: a dot stands for all that are not printable.
+    if (text == (bigEndian ? values[row].bigEndian : values[row].littleEndian))
+        return true;
+    const auto bytes = ByteValues::bytesOf(row, text, bigEndian);
+    if (!bytes) {
+        emit said(u"Not a value of type %1: %2"_s.arg(values[row].name, text), 0);
+        return false;
+    }
+    endTyping();
+    m_model->applyPatch(offset, *bytes);
+    emit said(u"%1 set at 0x%2."_s.arg(values[row].name, offsetText(offset)), 1);
+    return true;
 }
 
 void HexEditing::selectAll()

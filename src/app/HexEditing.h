@@ -88,6 +88,9 @@ public:
     /// Overwrites every match of one query, in the selection if there is one, by the bytes of another, which
     /// are as many.
     Q_INVOKABLE void replaceAll(const QString &query, const QString &replacement);
+    /// Overwrites the bytes at the cursor so that the row at that index of ByteValues reads `text`, unless it
+    /// does already. False, with nothing written, if it cannot.
+    Q_INVOKABLE bool writeValue(int row, const QString &text, bool bigEndian);
     Q_INVOKABLE void selectAll();
 
     bool canUndo() const;

@@ -8,7 +8,7 @@
 #include <functional>
 #include <optional>
 
-/// What the bytes at one place mean. Re-entrant.
+/// What the bytes at one place mean, and the bytes that mean something. Re-entrant.
 class ByteValues
 {
 public:
@@ -30,6 +30,10 @@ public:
 
     /// Always the same rows. `offset` is in bytes from the start, and may lie outside.
     static QList<Row> at(QByteArrayView bytes, qsizetype offset);
+    /// The bytes that the row at that index of `at` reads as `text`: a number, in decimal or as an integer
+    /// after "0x", up to eight binary digits, or a printable ASCII character. Nothing if the text is no such
+    /// thing or out of range.
+    static std::optional<QByteArray> bytesOf(int row, const QString &text, bool bigEndian);
 };
 
 /// What a range of bytes adds up to.

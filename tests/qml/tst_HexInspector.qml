@@ -106,27 +106,90 @@ ViewTest {
         compare(window.activeFocusItem, focused);
     }
 
-    function test_keysCopy_data() {
-        return [
-            { tag: "return", key: Qt.Key_Return, modifiers: Qt.NoModifier },
-            { tag: "enter", key: Qt.Key_Enter, modifiers: Qt.KeypadModifier },
-            { tag: "copy", key: Qt.Key_C, modifiers: Qt.ControlModifier }
-        ];
-    }
-
-    function test_keysCopy(data) {
+    function test_keysCopy() {
         fixture.fillHex(256);
         app.hexModel.cursor = 0x41;
         const panel = show();
         panel.forceActiveFocus();
         compare(focusedCell(), "UInt8/0");
-        keyClick(data.key, data.modifiers);
+        keyClick(Qt.Key_C, Qt.ControlModifier);
         compare(fixture.clipboardText(), "65");
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Right);
-        keyClick(data.key, data.modifiers);
+        keyClick(Qt.Key_C, Qt.ControlModifier);
         compare(fixture.clipboardText(), "16706");
+    }
+
+    // What a selection adds up to cannot be changed.
+    function test_returnCopiesASum() {
+        fixture.fillHex(256);
+        verify(app.hexModel.select(0x30, 10));
+        const panel = show();
+        panel.forceActiveFocus();
+        keyClick(Qt.Key_End);
+        keyClick(Qt.Key_Return);
+        compare(app.status, "SHA-256 copied.");
+        compare(fixture.find(panel, "valueField"), null);
+    }
+
+    function test_changesAValue_data() {
+        return [
+            { tag: "return", cell: "UInt16/1", key: Qt.Key_Return, typed: "513", bytes: "02 01" },
+            { tag: "enter", cell: "UInt16/0", key: Qt.Key_Enter, typed: "0x102", bytes: "02 01" },
+            { tag: "single", cell: "ASCII/0", key: Qt.Key_Return, typed: "z", bytes: "7A 42" },
+            { tag: "same", cell: "UInt16/0", key: Qt.Key_Return, typed: "", bytes: "41 42" },
+            { tag: "given-up", cell: "UInt16/0", key: Qt.Key_Escape, typed: "1", bytes: "41 42" }
+        ];
+    }
+
+    function test_changesAValue(data) {
+        fixture.fillHex(256);
+        app.hexModel.cursor = 0x41;
+        const panel = show();
+        const cell = find(data.cell, panel);
+        if (data.tag === "enter") {
+            cell.forceActiveFocus();
+            keyClick(Qt.Key_Return);
+        } else {
+            mouseDoubleClickSequence(cell);
+        }
+        const field = find("valueField", cell);
+        verify(field.activeFocus);
+        compare(field.selectedText, cell.value);
+        for (const key of data.typed)
+            keyClick(key);
+        keyClick(data.key);
+        compare(app.hexModel.data(app.hexModel.index(4, 0), HexModel.HexRole).substr(3, 5), data.bytes);
+        verify(cell.activeFocus);
+        tryVerify(() => !findChild(cell, "valueField"));
+    }
+
+    function test_refusedValueCanBeMended() {
+        fixture.fillHex(256);
+        const panel = show();
+        const cell = find("UInt8/0", panel);
+        cell.forceActiveFocus();
+        keyClick(Qt.Key_Return);
+        for (const key of "300")
+            keyClick(key);
+        keyClick(Qt.Key_Return);
+        compare(app.status, "Not a value of type UInt8: 300");
+        verify(find("valueField", cell).activeFocus);
+        keyClick(Qt.Key_Backspace);
+        keyClick(Qt.Key_Return);
+        compare(app.hexModel.data(app.hexModel.index(0, 0), HexModel.HexRole).substr(0, 2), "1E");
+        compare(app.status, "UInt8 set at 0x0.");
+    }
+
+    function test_leftFieldChangesNothing() {
+        fixture.fillHex(256);
+        const panel = show();
+        mouseDoubleClickSequence(find("UInt8/0", panel));
+        keyClick("7");
+        find("Int8/0", panel).forceActiveFocus();
+        tryVerify(() => !findChild(panel, "valueField"));
+        compare(app.hexModel.data(app.hexModel.index(0, 0), HexModel.HexRole).substr(0, 2), "00");
     }
 
     function test_keysMove_data() {
@@ -178,7 +241,7 @@ ViewTest {
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Right);
         compare(stops(), ["UInt16/1"]);
-        compare(find("inspectorHint", panel).text, "Return copies the value");
+        compare(find("inspectorHint", panel).text, "Ctrl+C copies, Return changes");
         keyClick(Qt.Key_Tab);
         verify(!panel.activeFocus);
         keyClick(Qt.Key_Backtab, Qt.ShiftModifier);

@@ -4,6 +4,7 @@
 #include <QCryptographicHash>
 #include <QTest>
 
+#include <algorithm>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -36,6 +37,10 @@ private slots:
     void rows();
     void values_data();
     void values();
+    void textsReadBack_data();
+    void textsReadBack();
+    void bytesOf_data();
+    void bytesOf();
     void end_data();
     void end();
     void sums_data();
@@ -126,6 +131,84 @@ void TestByteValues::values()
         QTEST(row.littleEndian, "little");
         QTEST(row.bigEndian, "big");
     }
+}
+
+void TestByteValues::textsReadBack_data()
+{
+    values_data();
+}
+
+// Not the bytes: -0 and 0 have the same text, and so have all that are no number.
+void TestByteValues::textsReadBack()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, little);
+    QFETCH(QString, big);
+    const QList<ByteValues::Row> rows = ByteValues::at(QByteArray(8, '\0'), 0);
+    const auto named = std::ranges::find(rows, name, &ByteValues::Row::name);
+    const int row = static_cast<int>(named - rows.cbegin());
+    for (const bool bigEndian : {false, true}) {
+        const QString text = bigEndian && !big.isEmpty() ? big : little;
+        const auto bytes = ByteValues::bytesOf(row, text, bigEndian);
+        QVERIFY2(bytes, qPrintable(text));
+        const ByteValues::Row read = rowOf(*bytes, 0, name);
+        QCOMPARE(bigEndian && !read.single ? read.bigEndian : read.littleEndian, text);
+    }
+}
+
+void TestByteValues::bytesOf_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("little");
+    QTest::addColumn<QString>("big");
+
+    // "" for what is refused.
+    const auto add = [](const char *name, int row, const QString &text, const char *little = "",
+                        const char *big = "") {
+        QTest::newRow(name) << row << text << QString::fromLatin1(little) << QString::fromLatin1(big);
+    };
+    add("byte", 0, u"200"_s, "c8", "c8");
+    add("too-large-for-a-byte", 0, u"256"_s);
+    add("negative-without-a-sign", 0, u"-1"_s);
+    add("blanks-around", 0, u" 7 "_s, "07", "07");
+    add("hex", 2, u"0x1F"_s, "1f00", "001f");
+    add("hex-in-capitals", 2, u"0X1f"_s, "1f00", "001f");
+    add("zero-in-front", 2, u"010"_s, "0a00", "000a");
+    add("signed", 3, u"-2"_s, "feff", "fffe");
+    add("too-small", 3, u"-32769"_s);
+    add("fraction", 4, u"1.5"_s);
+    add("largest", 6, u"18446744073709551615"_s, "ffffffffffffffff", "ffffffffffffffff");
+    add("beyond-the-largest", 6, u"18446744073709551616"_s);
+    add("smallest", 7, u"-9223372036854775808"_s, "0000000000000080", "8000000000000000");
+    add("float", 8, u"1.5"_s, "0000c03f", "3fc00000");
+    add("float-too-large", 8, u"1e39"_s);
+    add("float-with-comma", 8, u"1,5"_s);
+    add("double", 9, u"-2e3"_s, "0000000000409fc0", "c09f400000000000");
+    add("binary", 10, u"101"_s, "05", "05");
+    add("binary-too-long", 10, u"100000000"_s);
+    add("binary-other-digit", 10, u"2"_s);
+    add("character", 11, u"~"_s, "7e", "7e");
+    add("blank", 11, u" "_s, "20", "20");
+    add("not-printable", 11, u"\t"_s);
+    add("not-ascii", 11, u"\u00e4"_s);
+    add("two-characters", 11, u"ab"_s);
+    add("empty", 0, QString());
+    add("letters", 2, u"abc"_s);
+    add("row-before", -1, u"1"_s);
+    add("row-behind", 12, u"1"_s);
+}
+
+void TestByteValues::bytesOf()
+{
+    QFETCH(int, row);
+    QFETCH(QString, text);
+    const auto hexOf = [&](bool bigEndian) {
+        const auto bytes = ByteValues::bytesOf(row, text, bigEndian);
+        return bytes ? QString::fromLatin1(bytes->toHex()) : QString();
+    };
+    QTEST(hexOf(false), "little");
+    QTEST(hexOf(true), "big");
 }
 
 void TestByteValues::end_data()

@@ -56,6 +56,7 @@ private slots:
     void fill();
     void replaceAll_data();
     void replaceAll();
+    void writeValue();
     void selectAll();
 
     void changes();
@@ -570,6 +571,31 @@ void TestHexEditing::replaceAll()
     QVERIFY(!m_editing->canUndo());
 }
 
+void TestHexEditing::writeValue()
+{
+    const QByteArray before = QByteArray::fromHex("00 11 22 33");
+    m_model->setBytes(before);
+    // Where the cursor is, not where a selection begins.
+    m_model->selectTo(1);
+    QVERIFY(m_editing->writeValue(2, u"258"_s, true));
+    QCOMPARE(bytes(), QByteArray::fromHex("00 01 02 33"));
+    QCOMPARE(m_state->status(), u"UInt16 set at 0x1."_s);
+    QCOMPARE(m_state->statusOK(), 1);
+    m_editing->undo();
+    QCOMPARE(bytes(), before);
+    m_model->setCursor(2);
+    QVERIFY(!m_editing->writeValue(2, u"65536"_s, false));
+    QCOMPARE(m_state->status(), u"Not a value of type UInt16: 65536"_s);
+    QCOMPARE(m_state->statusOK(), 0);
+    // No row, and none that fits.
+    for (const int row : {-1, 4, 99})
+        QVERIFY(!m_editing->writeValue(row, u"1"_s, false));
+    // A dot that stands for another byte is not written as one.
+    m_model->setCursor(0);
+    QVERIFY(m_editing->writeValue(11, u"."_s, false));
+    QCOMPARE(bytes(), before);
+}
+
 void TestHexEditing::selectAll()
 {
     m_model->setBytes("abcdef");
@@ -849,6 +875,7 @@ void TestHexEditing::withoutFile_data()
     row("copy-offset", [](HexEditing &editing) { editing.copy(HexEditing::AsOffset); });
     row("paste", [](HexEditing &editing) { editing.paste(); });
     row("fill", [](HexEditing &editing) { editing.fill(u"00"_s); });
+    row("write-value", [](HexEditing &editing) { editing.writeValue(0, u"1"_s, false); });
     row("select-all", [](HexEditing &editing) { editing.selectAll(); });
     row("toggle-bookmark", [](HexEditing &editing) { editing.toggleBookmark(); });
     row("next-bookmark", [](HexEditing &editing) { editing.nextBookmark(); });

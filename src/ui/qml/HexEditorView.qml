@@ -270,7 +270,7 @@ FocusScope {
                     objectName: "hexTargetsMenu"
 
                     Instantiator {
-                        model: root.editing.bookmarks.concat(root.editing.targets)
+                        model: [...root.editing.bookmarks, ...root.editing.targets]
                         onObjectAdded: (index, object) => targetsMenu.insertItem(index, object)
                         onObjectRemoved: (index, object) => targetsMenu.removeItem(object)
 

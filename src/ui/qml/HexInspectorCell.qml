@@ -4,7 +4,8 @@ import QtQml
 import QtQuick
 import KvtEditor
 
-// One value of the inspector, which a click copies, or a key while the keyboard is here.
+// One value of the inspector. A click copies it, and a double click changes what can be changed, or a key while the
+// keyboard is here.
 Rectangle {
     id: root
 
@@ -13,12 +14,25 @@ Rectangle {
     required property string value
     // Instead of no value.
     required property string missing
+    // Which of the values at the cursor it is, or -1 for what cannot be changed.
+    required property int valueRow
+    property bool bigEndian: false
+    property bool editing: false
+    readonly property bool editable: valueRow >= 0 && value !== ""
 
     readonly property AppState appState: app // qmllint disable unqualified
 
     function copy(): void {
         if (value !== "")
             appState.copyText(value, label);
+    }
+
+    // What cannot be changed is copied.
+    function edit(): void {
+        if (editable)
+            editing = true;
+        else
+            copy();
     }
 
     implicitHeight: Math.max(20, content.implicitHeight + 6)
@@ -30,7 +44,7 @@ Rectangle {
     Accessible.role: Accessible.Cell
     Accessible.name: label + ", " + (value !== "" ? value : "no value")
     Accessible.focusable: true
-    Accessible.onPressAction: copy()
+    Accessible.onPressAction: edit()
 
     Text {
         id: content
@@ -60,6 +74,40 @@ Rectangle {
         hoverEnabled: true
         cursorShape: root.value !== "" ? Qt.PointingHandCursor : Qt.ArrowCursor
         onClicked: root.copy()
+        onDoubleClicked: root.edit()
+    }
+
+    Repeater {
+        model: root.editing ? 1 : 0
+
+        VOXField {
+            id: field
+
+            function apply(): void {
+                if (root.appState.hexEditing().writeValue(root.valueRow, text, root.bigEndian))
+                    root.forceActiveFocus(Qt.OtherFocusReason);
+            }
+
+            objectName: "valueField"
+            width: root.width
+            height: root.height
+            padding: 0
+            leftPadding: 4
+            font { family: VOXTheme.fixedFamily; pixelSize: 12 }
+            text: root.value
+            Accessible.name: root.label
+            Component.onCompleted: {
+                forceActiveFocus(Qt.OtherFocusReason);
+                selectAll();
+            }
+            onActiveFocusChanged: {
+                if (!activeFocus)
+                    root.editing = false;
+            }
+            Keys.onReturnPressed: apply()
+            Keys.onEnterPressed: apply()
+            Keys.onEscapePressed: root.forceActiveFocus(Qt.OtherFocusReason)
+        }
     }
 
     Instantiator {

@@ -75,13 +75,16 @@ FocusScope {
             [Qt.Key_Home]: () => moveTo(0, currentColumn),
             [Qt.Key_End]: () => moveTo(rowCount - 1, currentColumn)
         };
-        const copies = event.matches(StandardKey.Copy) || event.key === Qt.Key_Return || event.key === Qt.Key_Enter;
+        const edits = event.key === Qt.Key_Return || event.key === Qt.Key_Enter;
+        const copies = event.matches(StandardKey.Copy);
         const plain = (event.modifiers & ~Qt.KeypadModifier) === Qt.NoModifier;
-        event.accepted = copies || plain && event.key in steps;
-        if (copies && !event.isAutoRepeat)
-            cellAt(currentRow, currentColumn).copy();
-        else if (!copies && event.accepted)
+        event.accepted = copies || plain && (edits || event.key in steps);
+        if (event.accepted && event.key in steps)
             steps[event.key]();
+        else if (copies && !event.isAutoRepeat)
+            cellAt(currentRow, currentColumn).copy();
+        else if (edits && plain && !event.isAutoRepeat)
+            cellAt(currentRow, currentColumn).edit();
     }
     // Before a shortcut of the window's.
     Keys.onShortcutOverride: event => event.accepted = event.matches(StandardKey.Copy)
@@ -114,7 +117,7 @@ FocusScope {
     VOXLabel {
         objectName: "inspectorHint"
         anchors { right: parent.right; rightMargin: 12; baseline: caption.baseline }
-        text: root.activeFocus ? "Return copies the value" : "Click a value to copy it"
+        text: root.activeFocus ? "Ctrl+C copies, Return changes" : "Click copies, double click changes"
         font.pixelSize: 11
     }
 
@@ -141,6 +144,7 @@ FocusScope {
                 title: "Type"
                 heads: ["Little endian", "Big endian"]
                 rows: root.values.slice(0, root.rowsPerTable)
+                firstValue: 0
                 currentRow: root.currentRow
                 currentColumn: root.currentColumn
                 onEntered: (row, column) => root.enter(row, column)
@@ -155,6 +159,7 @@ FocusScope {
                 heads: numbers.heads
                 headed: root.wide
                 rows: root.values.slice(root.rowsPerTable)
+                firstValue: root.rowsPerTable
                 currentRow: root.currentRow - root.rowsPerTable
                 currentColumn: root.currentColumn
                 onEntered: (row, column) => root.enter(row + root.rowsPerTable, column)

@@ -14,6 +14,8 @@ Item {
     // Of the two columns.
     required property var heads
     required property string missing
+    // Which of the values at the cursor it is, or -1.
+    required property int valueRow
     required property int nameWidth
     required property real cellWidth
     // The one that Tab leads to, or -1.
@@ -48,6 +50,8 @@ Item {
             label: root.single ? root.name : root.name + " " + root.heads[index].toLowerCase()
             value: index === 0 ? root.first : root.second
             missing: root.missing
+            valueRow: root.valueRow
+            bigEndian: index === 1
             activeFocusOnTab: root.currentColumn === index || root.currentColumn >= 0 && root.single
             onActiveFocusChanged: {
                 if (activeFocus)

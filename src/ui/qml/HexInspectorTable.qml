@@ -15,6 +15,8 @@ Column {
     required property var rows
     // Stands for a value that is not there.
     property string missing: "–"
+    // Where the rows begin among the values at the cursor, or -1 for what cannot be changed.
+    property int firstValue: -1
     // The cell that Tab leads to.
     required property int currentRow
     required property int currentColumn
@@ -68,6 +70,7 @@ Column {
             single: row.single
             heads: root.heads
             missing: root.missing
+            valueRow: root.firstValue < 0 ? -1 : root.firstValue + index
             nameWidth: root.nameWidth
             cellWidth: root.cellWidth
             currentColumn: index === root.currentRow ? root.currentColumn : -1
