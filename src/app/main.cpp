@@ -21,7 +21,9 @@
 #include <QQmlIncubationController>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QScreen>
 #include <QSslConfiguration>
+#include <QStyle>
 #include <QThreadPool>
 
 #include <algorithm>
@@ -156,6 +158,20 @@ void prepareRequests(const QQmlApplicationEngine &engine)
                          static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
 }
 
+// Where the screen has no room for the window and its title bar, it opens maximized. The platforms without a
+// real screen are left alone.
+void fitToScreen(const QQmlApplicationEngine &engine)
+{
+    auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+    const QString platform = QGuiApplication::platformName();
+    if (!window || platform == "offscreen"_L1 || platform == "minimal"_L1)
+        return;
+    const QSize available = window->screen()->availableSize();
+    const int titleBar = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    if (window->width() > available.width() || window->height() + titleBar > available.height())
+        window->showMaximized();
+}
+
 void showLoadFailure()
 {
     QMessageBox box(QMessageBox::Critical, u"KVT Editor"_s, loadFailureText(capturedMessages()),
@@ -195,6 +211,7 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
         showLoadFailure();
         return -1;
     }
+    fitToScreen(engine);
     prepareRequests(engine);
     const auto open = [&state, file] { state.openKvt(file); };
     if (!file.isEmpty())

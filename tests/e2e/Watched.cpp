@@ -7,6 +7,9 @@
 //   cores   prints the largest core dump that the process may leave, in bytes, and closes the window
 //   dialog  closes the window while the file dialog is open in it
 //   drawing prints the number of the interface by which the window is drawn, and closes it
+//   fitting prints whether the window is maximized, once it is drawn and inside its screen, and the size that
+//   it
+//           goes back to, and closes it
 //   scan    closes the window right after a search of the folder that KVTEDITOR_SCAN_ROOT names has begun
 // Whatever it says, a failure box is printed and answered with its button.
 
@@ -19,6 +22,7 @@
 #include <QPushButton>
 #include <QQuickWindow>
 #include <QSGRendererInterface>
+#include <QScreen>
 #include <QTimer>
 
 #include <cstdio>
@@ -83,6 +87,17 @@ void tellDrawing(const WindowDriver &driver)
     std::printf("drawn: %d\n", driver.window()->rendererInterface()->graphicsApi());
 }
 
+void tellFitting(const WindowDriver &driver)
+{
+    const QQuickWindow *const window = driver.window();
+    const QRect screen = window->screen()->availableGeometry();
+    driver.waitFor([&] { return window->isExposed() && screen.contains(window->frameGeometry()); },
+                   u"the window inside its screen"_s);
+    std::printf("maximized: %d\n", window->windowState() == Qt::WindowMaximized);
+    driver.window()->showNormal();
+    driver.waitFor([window] { return window->size() == QSize(1440, 900); }, u"the window's own size"_s);
+}
+
 void closeWindow(const QByteArray &wish)
 {
     const WindowDriver driver;
@@ -96,6 +111,8 @@ void closeWindow(const QByteArray &wish)
         openDialog(driver);
     else if (wish == "drawing")
         tellDrawing(driver);
+    else if (wish == "fitting")
+        tellFitting(driver);
     else if (wish == "scan")
         beginScan(driver);
     driver.window()->close();

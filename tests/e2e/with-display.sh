@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs a command on a display of its own, with a window manager, and ends both afterwards.
+# Runs a command on a display of its own, with a window manager, and ends both afterwards. KVTEDITOR_SCREEN is its size.
 set -euo pipefail
 
 work=$(mktemp -d)
@@ -13,7 +13,7 @@ finish() {
 trap finish EXIT
 
 mkfifo "$work/number"
-Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$work/number" 2>/dev/null &
+Xvfb -displayfd 3 -screen 0 "${KVTEDITOR_SCREEN:-1600x1000}x24" -nolisten tcp 3>"$work/number" 2>/dev/null &
 display_server=$!
 read -r number <"$work/number"
 export DISPLAY=:$number

@@ -22,6 +22,22 @@ ViewTest {
         verify(window.visible);
     }
 
+    // As on a screen that is smaller than the window may be.
+    function test_smallScreenIsScrolled() {
+        verify(!find("widthBar").visible && !find("heightBar").visible);
+        window.width = 800;
+        window.height = 500;
+        tryCompare(window.contentItem, "height", 500);
+        compare(find("stage").width, 1100);
+        verify(find("widthBar").visible && find("heightBar").visible);
+        const footer = find("footer");
+        verify(inWindow(footer).top > 500);
+        for (let i = 0; i < 20; ++i)
+            mouseWheel(window.contentItem, 400, 20, 0, -120);
+        render();
+        compare(inWindow(footer).bottom, 500);
+    }
+
     function lazyItems(item: var): var {
         const own = item instanceof LazyView ? [item.item] : [];
         return Array.from(item.children).reduce((items, child) => items.concat(lazyItems(child)), own);

@@ -66,11 +66,22 @@ VOXWindow {
         onTaken: paths => root.appState.openKvt(paths[0])
     }
 
+    // Where everything stands. The window is smaller than its minimum only where the screen is; what lies beyond
+    // its edges is then scrolled to.
+    Item {
+        id: stage
+        objectName: "stage"
+        width: Math.max(root.width, root.minimumWidth)
+        height: Math.max(root.height, root.minimumHeight)
+        x: widthBar.visible ? -Math.round(widthBar.position * width) : 0
+        y: heightBar.visible ? -Math.round(heightBar.position * height) : 0
+    }
+
     // While the hex editor is shown, nothing behind it takes keys, clicks or hover; the control that had the
     // keyboard gets it back afterwards.
     FocusScope {
         id: workspace
-        anchors.fill: parent
+        anchors.fill: stage
         focus: true
         enabled: !root.appState.showHex
         // Otherwise it would show faintly through the veil.
@@ -132,7 +143,7 @@ VOXWindow {
     LazyView {
         id: hexEditor
         file: "HexEditorView.qml"
-        anchors.fill: parent
+        anchors.fill: stage
         visible: wanted
         wanted: root.appState.showHex
         onLoaded: root.prepareNext()
@@ -155,6 +166,33 @@ VOXWindow {
         function onFrameSwapped(): void {
             enabled = false;
             root.prepareNext();
+        }
+    }
+
+    VOXScrollBar {
+        id: widthBar
+        objectName: "widthBar"
+        anchors { left: parent.left; right: heightBar.visible ? heightBar.left : parent.right; bottom: parent.bottom }
+        orientation: Qt.Horizontal
+        size: root.width / stage.width
+    }
+
+    VOXScrollBar {
+        id: heightBar
+        objectName: "heightBar"
+        anchors { right: parent.right; top: parent.top; bottom: parent.bottom }
+        orientation: Qt.Vertical
+        size: root.height / stage.height
+    }
+
+    // For what takes no wheel itself.
+    WheelHandler {
+        enabled: heightBar.visible
+        onWheel: event => {
+            if (event.angleDelta.y > 0)
+                heightBar.decrease();
+            else
+                heightBar.increase();
         }
     }
 
