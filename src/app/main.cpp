@@ -16,6 +16,7 @@
 #include <QIcon>
 #include <QMessageBox>
 #include <QMetaObject>
+#include <QPalette>
 #include <QQmlApplicationEngine>
 #include <QQmlContext>
 #include <QQmlIncubationController>
@@ -126,6 +127,20 @@ void keepTemporaryFolder()
     const QByteArray folder = qgetenv("TMPDIR");
     if (!folder.isEmpty() && !folder.startsWith('/'))
         qputenv("TMPDIR", QFile::encodeName(QDir::currentPath()) + '/' + folder);
+}
+
+// Where a Wayland compositor leaves the frame to Qt, Qt draws it in the application's colors: as dark as the
+// window.
+void darkenFrame()
+{
+    if (!QGuiApplication::platformName().startsWith("wayland"_L1))
+        return;
+    QPalette palette;
+    palette.setColor(QPalette::Window, QColor(0x12, 0x15, 0x1C));
+    palette.setColor(QPalette::WindowText, QColor(0xE8, 0xEA, 0xED));
+    palette.setColor(QPalette::Button, QColor(0x28, 0x2C, 0x36));
+    palette.setColor(QPalette::ButtonText, QColor(0xE8, 0xEA, 0xED));
+    QApplication::setPalette(palette);
 }
 
 // Unless the user has chosen a renderer.
@@ -247,6 +262,7 @@ int main(int argc, char **argv)
     QApplication::setWindowIcon(QIcon(u":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico"_s));
     QQuickStyle::setStyle(u"Basic"_s);
     chooseDrawing();
+    darkenFrame();
     qmlRegisterType<HexModel>("KvtEditor", 1, 0, "HexModel");
 
     const QString file = fileFromCommandLine();
