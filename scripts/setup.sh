@@ -19,8 +19,8 @@ packages=(
   weasyprint python3-markdown
   # run time: TLS roots, window system plug-ins, fonts, the default handler of a desktop
   ca-certificates qt6-qpa-plugins fontconfig fonts-dejavu-core xdg-utils
-  # native file dialogs, which choose several files at once, where the desktop is one of GTK's
-  qt6-gtk-platformtheme
+  # native file dialogs, which choose several files at once: GTK's, and the desktop portal's
+  qt6-gtk-platformtheme qt6-xdgdesktopportal-platformtheme
 )
 if [[ ${1-} == run ]]; then
   shift

@@ -3,6 +3,7 @@
 #include "app/MessageLog.h"
 #include "core/HexModel.h"
 #include "core/Version.h"
+#include "platform/FileDialogs.h"
 #include "platform/Graphics.h"
 #include "ui/ButtonTexts.h"
 #include "ui/GarbageCollection.h"
@@ -255,6 +256,7 @@ int main(int argc, char **argv)
 
     leaveNoCoreDump();
     logLine("main: start");
+    choosePortalFileDialogs();
     QApplication app(argc, argv);
     nameApplication();
     // The desktop identifies the window by this name.

@@ -190,7 +190,7 @@ start_program() {
   local environment=(
     # Nothing else on the path, so no browser.
     "PATH=$work/run/path" "LANG=C.UTF-8" "HOME=$work/run/home" "XDG_CONFIG_HOME=$work/run/home/config"
-    "TMPDIR=$work/run/tmp" "XDG_RUNTIME_DIR=$work/run/runtime" "DISPLAY=$DISPLAY" "QT_QPA_PLATFORM=xcb"
+    "TMPDIR=$work/run/tmp" "XDG_RUNTIME_DIR=$work/run/runtime" "DISPLAY=$DISPLAY" "QT_QPA_PLATFORM=xcb" "DBUS_SESSION_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS"
     "KVTEDITOR_SERVICE_CONFIG=$work/service.json" "${drawing[@]}"
     "LSAN_OPTIONS=${LSAN_OPTIONS-suppressions=$here/../lsan.supp:print_suppressions=0}"
   )
