@@ -9,6 +9,7 @@
 #include "core/HexModel.h"
 #include "core/ModuleLines.h"
 #include "core/RowModel.h"
+#include "core/SortedRows.h"
 #include "core/TextLines.h"
 #include "ui/HexCanvas.h"
 #include "ui/HexLine.h"
@@ -105,6 +106,13 @@ struct RowModelForeign
     Q_GADGET
     QML_FOREIGN(RowModel)
     QML_NAMED_ELEMENT(RowModel)
+};
+
+struct SortedRowsForeign
+{
+    Q_GADGET
+    QML_FOREIGN(SortedRows)
+    QML_NAMED_ELEMENT(SortedRows)
 };
 
 struct TextLinesForeign

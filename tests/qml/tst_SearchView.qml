@@ -221,6 +221,91 @@ ViewTest {
         compare(app.tab, "main");
     }
 
+    function shownNames(): var {
+        render();
+        return [0, 1, 2].map(row => find("file", find("searchHit" + row)).text);
+    }
+
+    function test_sortsByAColumn() {
+        const list = search(folderOf("sorted", ["k10_2014.kvt", "k9_2016.kvt", "K8_2015.kvt"]));
+        const found = app.searchHits.map(hit => hit.name);
+        compare(shownNames(), found);
+        click("headingFile");
+        compare(shownNames(), ["K8_2015.kvt", "k9_2016.kvt", "k10_2014.kvt"]);
+        compare(find("headingFile").text, "File ▴");
+        compare(find("headingFile").Accessible.description, "Sorted upwards");
+        click("headingFile");
+        compare(shownNames(), ["k10_2014.kvt", "k9_2016.kvt", "K8_2015.kvt"]);
+        compare(find("headingFile").text, "File ▾");
+        click("headingYear");
+        compare(find("headingFile").text, "File");
+        compare(shownNames(), ["k10_2014.kvt", "K8_2015.kvt", "k9_2016.kvt"]);
+        // What opens is what is shown there, by mouse and by key.
+        mouseClick(find("searchHit1"));
+        compare(app.fileName, "K8_2015.kvt");
+        app.tab = "search";
+        list.forceActiveFocus();
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Return);
+        compare(app.fileName, "k9_2016.kvt");
+        app.tab = "search";
+        click("headingYear");
+        click("headingYear");
+        compare(shownNames(), found);
+    }
+
+    function test_sortsWhatIsFoundNext() {
+        const list = search(folderOf("before", ["b.kvt", "a.kvt", "c.kvt"]));
+        click("headingFile");
+        list.currentIndex = 2;
+        search(folderOf("after", ["y.kvt", "x.kvt", "z.kvt"]));
+        compare(shownNames(), ["x.kvt", "y.kvt", "z.kvt"]);
+        compare(list.currentIndex, -1);
+    }
+
+    function test_menuOfARow_data() {
+        return [{ tag: "mouse" }, { tag: "menu", key: Qt.Key_Menu }, { tag: "shift-f10", key: Qt.Key_F10 }];
+    }
+
+    function test_menuOfARow(data) {
+        const list = search(folderOf("odd #1 é", ["a.kvt", "b.kvt"]));
+        const path = app.searchHits[1].path;
+        const menu = find("searchMenu");
+        const open = () => {
+            if (data.key === undefined)
+                mouseClick(find("searchHit1"), 20, 10, Qt.RightButton);
+            else
+                keyClick(data.key, data.key === Qt.Key_F10 ? Qt.ShiftModifier : Qt.NoModifier);
+            tryCompare(menu, "opened", true);
+        };
+        list.forceActiveFocus();
+        list.currentIndex = 1;
+        open();
+        compare(app.fileName, "");
+        keyClick(Qt.Key_Return);
+        compare(fixture.clipboardText(), path);
+        compare(app.status, "Path copied.");
+        tryCompare(menu, "visible", false);
+        open();
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Return);
+        compare(fixture.openedUrls().slice(-1), [fixture.urlOf(fixture.tempPath("odd #1 é")) + "/"]);
+        tryCompare(menu, "visible", false);
+        // The keyboard's way to the order.
+        open();
+        compare([3, 4, 5, 6].map(item => menu.itemAt(item).text),
+            ["Sort by file", "Sort by OS", "Sort by year", "Sort by make"]);
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Return);
+        compare(find("headingFile").text, "File ▴");
+        tryCompare(menu, "visible", false);
+        // Without a row there is none.
+        list.currentIndex = -1;
+        keyClick(Qt.Key_Menu);
+        verify(!menu.visible);
+    }
+
     function test_everyRowOfALongListIsRight() {
         const list = search(folderOf("long", manyFiles(600)));
         compare(list.count, 600);

@@ -46,6 +46,11 @@ QtObject {
         return String(folder).replace(/\/$/, "") + "/" + encoded(name);
     }
 
+    // The url of the folder that a file lies in, by the file's path.
+    function folderOf(path: string): string {
+        return fromTyped("", path.slice(0, path.lastIndexOf("/") + 1));
+    }
+
     // The url of what a user names: by a url, by a path from the root, or by a path from a folder's url.
     function fromTyped(folder: var, text: string): string {
         if (text.startsWith("file:///"))

@@ -1,5 +1,6 @@
 pragma ComponentBehavior: Bound
 
+import QtQml
 import QtQuick
 import QtQuick.Layouts
 import KvtEditor
@@ -15,6 +16,7 @@ VOXCard {
     ListHeading {
         id: columnHeading
         objectName: "heading"
+        sortable: true
         rowWidth: hits.rowWidth
         columns: [
             ListColumn { key: "name"; cell: "file"; title: "File" },
@@ -28,25 +30,77 @@ VOXCard {
         id: hits
         objectName: "searchList"
         name: "Files found"
-        model: root.appState.searchHits
-        onChosen: row => root.appState.openSearchHit(row)
+        model: SortedRows {
+            id: sorted
+            rows: root.appState.searchHits
+            key: columnHeading.sortKey
+            descending: columnHeading.descending
+            onModelReset: hits.startOver()
+        }
+        onChosen: row => root.appState.openSearchHit(sorted.listIndex(row))
+        onMenuKeyPressed: row => {
+            if (currentItem)
+                rowMenu.openFor(currentItem as ListColumnsRow, columnHeading.margin, currentItem.height);
+        }
         Layout.fillWidth: true
         Layout.fillHeight: true
 
         // Only a tune file opens; anything else shows that a click does nothing.
         delegate: ListColumnsRow {
-            required property var modelData
+            id: hit
+
+            required property var row
 
             objectName: "searchHit" + index
             heading: columnHeading
-            record: modelData
+            record: row
             // Equal names are told apart by their folders.
-            tips: [modelData.path]
+            tips: [row.path]
+            hasMenu: true
+            onMenuWanted: (x, y) => rowMenu.openFor(hit, x, y)
             clickable: root.appState.isKvtFile(values[0])
             onClicked: {
                 hits.forceActiveFocus(Qt.MouseFocusReason);
                 hits.currentIndex = index;
-                root.appState.openSearchHit(index);
+                root.appState.openSearchHit(sorted.listIndex(index));
+            }
+        }
+
+        VOXMenu {
+            id: rowMenu
+            objectName: "searchMenu"
+
+            property string path
+
+            function openFor(row: ListColumnsRow, x: real, y: real): void {
+                path = row.record.path;
+                popup(row, x, y);
+                currentIndex = 0;
+            }
+
+            VOXMenuItem {
+                text: "Copy path"
+                onTriggered: root.appState.copyText(rowMenu.path, "Path")
+            }
+
+            VOXMenuItem {
+                text: "Open folder"
+                onTriggered: Qt.openUrlExternally(FilePaths.folderOf(rowMenu.path))
+            }
+
+            VOXMenuLine { }
+
+            Instantiator {
+                model: columnHeading.columns
+                onObjectAdded: (index, object) => rowMenu.addItem(object)
+                onObjectRemoved: (index, object) => rowMenu.removeItem(object)
+
+                VOXMenuItem {
+                    required property ListColumn modelData
+
+                    text: "Sort by " + modelData.spoken
+                    onTriggered: columnHeading.sortBy(modelData.key)
+                }
             }
         }
 

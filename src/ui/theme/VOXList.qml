@@ -13,9 +13,16 @@ ListView {
 
     // Return was pressed on the highlighted row.
     signal chosen(int row)
+    // A key for a menu was pressed on the highlighted row.
+    signal menuKeyPressed(int row)
 
     function moveTo(row: int): void {
         currentIndex = Math.max(0, Math.min(row, count - 1));
+    }
+
+    function startOver(): void {
+        currentIndex = -1;
+        positionViewAtBeginning();
     }
 
     // A key that is held chooses once.
@@ -41,10 +48,7 @@ ListView {
     Accessible.focusable: true
 
     // A list that differs starts at its top; the same one announced again never comes here.
-    onModelChanged: {
-        currentIndex = -1;
-        positionViewAtBeginning();
-    }
+    onModelChanged: startOver()
 
     Keys.onPressed: event => {
         const rowHeight = contentHeight / Math.max(1, count);
@@ -59,6 +63,9 @@ ListView {
         };
         if (event.key in targets && count > 0) {
             moveTo(targets[event.key]);
+            event.accepted = true;
+        } else if (event.key === Qt.Key_Menu || event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier) {
+            menuKeyPressed(currentIndex);
             event.accepted = true;
         }
     }

@@ -9,11 +9,15 @@ Rectangle {
     property string fullText
     property bool shortened: false
     property bool clickable: false
+    // Whether the list opens a menu for it.
+    property bool hasMenu: false
     readonly property bool hovered: pointer.containsMouse
     // A VOXList, which knows this type and so cannot be known here.
     readonly property var list: ListView.view
 
     signal clicked()
+    // The right button was pressed there.
+    signal menuWanted(real x, real y)
 
     width: list ? list.rowWidth : 0
     radius: 6
@@ -37,7 +41,13 @@ Rectangle {
         anchors.fill: parent
         hoverEnabled: true
         cursorShape: root.clickable ? Qt.PointingHandCursor : Qt.ArrowCursor
-        onClicked: root.clicked()
+        acceptedButtons: root.hasMenu ? Qt.LeftButton | Qt.RightButton : Qt.LeftButton
+        onClicked: mouse => {
+            if (mouse.button === Qt.RightButton)
+                root.menuWanted(mouse.x, mouse.y);
+            else
+                root.clicked();
+        }
     }
 
     Rectangle {
