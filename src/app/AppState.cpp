@@ -4,10 +4,12 @@
 #include "app/HexEditing.h"
 #include "app/ScanLink.h"
 #include "core/FileTools.h"
+#include "core/MessageHelp.h"
 #include "core/Version.h"
 #include "platform/WebToolWindow.h"
 
 #include <QClipboard>
+#include <QFile>
 #include <QGuiApplication>
 #include <QMutexLocker>
 #include <QNetworkReply>
@@ -48,6 +50,16 @@ void AppState::setStatus(const QString &text, int ok)
     m_status = text;
     m_statusOK = ok;
     emit statusChanged();
+}
+
+QString AppState::statusHelp() const
+{
+    static const MessageHelp help = [] {
+        QFile chapter(u":/manual/messages.md"_s);
+        return MessageHelp(chapter.open(QIODevice::ReadOnly) ? QString::fromUtf8(chapter.readAll())
+                                                             : QString());
+    }();
+    return help.explain(m_status);
 }
 
 void AppState::setTab(const QString &key)

@@ -100,6 +100,8 @@ public:
     /// Any text is taken; the window shows the first view for a key that it does not know.
     Q_INVOKABLE void setTab(const QString &key);
     Q_INVOKABLE void copyText(const QString &text, const QString &label);
+    /// What the manual says of the status: its cause, and what to do. Empty if it says nothing.
+    Q_INVOKABLE QString statusHelp() const;
     /// Does nothing; views may call it.
     Q_INVOKABLE void openEditorDebug();
     /// How far the requests to the service are. Belongs to the controller.

@@ -50,6 +50,49 @@ ViewTest {
         compare(find("footer").transfers, app.transfers());
     }
 
+    function test_failureHasASignAndAnExplanation() {
+        const status = find("statusLine");
+        const sign = find("failureSign", status);
+        app.setStatus("Saved.", 1);
+        verify(!sign.visible);
+        compare(status.Accessible.description, "");
+        app.setStatus("Could not read file.", 0);
+        verify(sign.visible);
+        verify(inWindow(sign).left >= inWindow(status).left);
+        verify(status.leftPadding > sign.width);
+        compare(status.text, "Could not read file.");
+        compare(status.Accessible.description,
+            "The file is empty. Choose another file. The one that was open stays open.");
+        render();
+        mouseMove(status, 10, 5);
+        tryVerify(() => find("statusToolTip", status).visible);
+        compare(find("statusToolTip", status).fullText, status.Accessible.description);
+        mouseMove(find("header"), 5, 5);
+        app.setStatus("What only the service knows", 0);
+        compare(status.Accessible.description, "");
+    }
+
+    function test_sameStatusIsSeenAgain() {
+        const status = find("statusLine");
+        app.setStatus("Saved.", 1);
+        tryCompare(status, "opacity", 1);
+        app.setStatus("Saved.", 1);
+        verify(status.opacity < 1);
+        tryCompare(status, "opacity", 1);
+    }
+
+    function test_earlierStatusIsDimmedDuringWork() {
+        const status = find("statusLine");
+        app.setStatus("Saved.", 1);
+        tryCompare(status, "opacity", 1);
+        fixture.startConversion();
+        verify(app.busy);
+        tryCompare(status, "opacity", 0.6);
+        // What is said meanwhile is not.
+        app.setStatus("Halfway.", -1);
+        tryCompare(status, "opacity", 1);
+    }
+
     function test_endlessStatusIsLaidOutInPartAndReadWholeInTheToolTip() {
         const status = find("statusLine");
         const toolTip = find("statusToolTip", window);

@@ -28,26 +28,10 @@ Rectangle {
             Layout.fillWidth: true
             Layout.fillHeight: true
 
-            StatusLine {
-                id: statusLine
+            AppStatus {
                 objectName: "statusLine"
                 anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
-                // Of a text without end only so much is laid out as could ever be in sight.
-                text: root.appState.status.slice(0, 2000)
-                ok: root.appState.statusOK
                 maximumLineCount: 2
-                elide: Text.ElideRight
-            }
-
-            HoverHandler {
-                id: statusHover
-            }
-
-            VOXToolTip {
-                objectName: "statusToolTip"
-                visible: statusHover.hovered && statusLine.truncated
-                fullText: root.appState.status
-                y: -implicitHeight - 8
             }
         }
 

@@ -25,13 +25,9 @@ RowLayout {
         Accessible.name: text
     }
 
-    StatusLine {
+    AppStatus {
         objectName: "hexStatus"
-        // Of a text without end only so much is laid out as could ever be in sight.
-        text: root.appState.status.slice(0, 2000)
-        ok: root.appState.statusOK
         maximumLineCount: 1
-        elide: Text.ElideRight
         horizontalAlignment: Text.AlignRight
         Layout.fillWidth: true
     }
