@@ -142,6 +142,17 @@ Item {
             compare(field.text, "first");
         }
 
+        function test_lockedFieldShowsALock() {
+            const field = make(fieldComponent);
+            const lock = findChild(field, "lock");
+            verify(!lock.visible);
+            field.locked = true;
+            verify(lock.visible);
+            verify(lock.x > findChild(field, "caption").contentWidth);
+            field.title = "";
+            verify(!lock.visible);
+        }
+
         function test_secretFieldHidesItsText() {
             const field = make(fieldComponent);
             field.secret = true;

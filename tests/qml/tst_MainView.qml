@@ -30,6 +30,39 @@ ViewTest {
             verify(find(name).locked, name);
     }
 
+    function test_unsavedChangesAreMarked() {
+        const mark = find("unsavedMark");
+        verify(!mark.visible);
+        fixture.openFile("truck.kvt", 100);
+        verify(!mark.visible);
+        app.hexPatch("FF");
+        verify(mark.visible);
+        compare(mark.text, "● Not saved");
+        compare(find("unsavedToolTip", window).fullText, "1 byte changed in 1 place");
+        compare(find("fileNameField").text, "truck.kvt");
+        app.saveKvt(fixture.tempPath("truck.kvt"));
+        verify(!mark.visible);
+        // Identifiers are not saved with the file, and stay marked until there is another one.
+        app.tab = "segments";
+        const fields = itemsIn(window.contentItem, item => item.objectName === "vinField");
+        compare(fields.length, 1);
+        find("field", fields[0]).forceActiveFocus();
+        type("1");
+        app.tab = "main";
+        compare(mark.text, "● Edited");
+        compare(mark.Accessible.description, "Edited identifiers are not written into the file");
+        app.hexPatch("FE");
+        compare(mark.text, "● Not saved");
+        compare(mark.Accessible.description,
+            "1 byte changed in 1 place. Edited identifiers are not written into the file");
+        app.saveKvt(fixture.tempPath("truck.kvt"));
+        compare(mark.text, "● Edited");
+        fixture.applyInfo({ vin: "1GC" });
+        verify(mark.visible);
+        fixture.openFile("other.kvt", 50);
+        verify(!mark.visible);
+    }
+
     function test_messageGoesOutAsTyped() {
         input("devEmailField").forceActiveFocus();
         type("me@example.com");

@@ -84,6 +84,7 @@ ColumnLayout {
 
         unlimitedLength: true
         text: whole ? value : value.slice(0, 32767)
+        onEdited: IdentifierEdits.made = true
         input.onActiveFocusChanged: {
             const place = input.cursorPosition;
             whole = input.activeFocus;

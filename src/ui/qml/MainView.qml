@@ -9,6 +9,12 @@ Item {
 
     readonly property AppState appState: app // qmllint disable unqualified
 
+    readonly property HexEditing editing: appState.hexEditing()
+    // What the file on the disk does not have.
+    readonly property string unsaved: editing.changesText
+        + (editing.changesText !== "" && IdentifierEdits.made ? ". " : "")
+        + (IdentifierEdits.made ? "Edited identifiers are not written into the file" : "")
+
     function showOpenDialog(): void {
         openDialog.ask();
     }
@@ -30,6 +36,14 @@ Item {
         target: root.appState
         function onFileChanged(): void {
             saveDialog.close();
+        }
+    }
+
+    // Only another file has identifiers of its own: saving does not write them.
+    Connections {
+        target: root.appState.hexModel
+        function onModelReset(): void {
+            IdentifierEdits.made = false;
         }
     }
 
@@ -62,9 +76,36 @@ Item {
 
             VOXScroll {
                 ReadOnlyField {
+                    id: fileNameField
                     objectName: "fileNameField"
                     title: "Filename"
                     value: root.appState.fileName
+
+                    VOXLabel {
+                        objectName: "unsavedMark"
+                        parent: fileNameField.input
+                        anchors { right: parent.right; rightMargin: 12; verticalCenter: parent.verticalCenter }
+                        visible: root.appState.fileName !== "" && root.unsaved !== ""
+                        text: root.editing.changedBytes > 0 ? "● Not saved" : "● Edited"
+                        color: VOXTheme.orangeBright
+                        Accessible.description: root.unsaved
+
+                        Rectangle {
+                            anchors { fill: parent; margins: -4 }
+                            z: -1
+                            color: VOXTheme.input
+                        }
+
+                        HoverHandler {
+                            id: unsavedHover
+                        }
+
+                        VOXToolTip {
+                            objectName: "unsavedToolTip"
+                            visible: unsavedHover.hovered
+                            fullText: root.unsaved
+                        }
+                    }
                 }
 
                 ReadOnlyField {

@@ -32,6 +32,33 @@ ColumnLayout {
         font { pixelSize: 11; weight: Font.DemiBold }
         Accessible.ignored: true
 
+        // A lock, which says that nothing can be typed here.
+        Item {
+            objectName: "lock"
+            visible: root.locked && caption.text !== ""
+            x: Math.min(caption.contentWidth + 6, caption.width - width)
+            anchors.verticalCenter: parent.verticalCenter
+            width: 8
+            height: 10
+
+            Rectangle {
+                x: 1
+                width: 6
+                height: 8
+                radius: 3
+                color: "transparent"
+                border.color: VOXTheme.muted
+            }
+
+            Rectangle {
+                y: 4
+                width: 8
+                height: 6
+                radius: 1
+                color: VOXTheme.muted
+            }
+        }
+
         MouseArea {
             id: copyArea
             objectName: "copyArea"
@@ -61,6 +88,11 @@ ColumnLayout {
         objectName: "field"
         Layout.fillWidth: true
         readOnly: root.locked
+        // No text cursor for what takes no text.
+        HoverHandler {
+            enabled: root.locked
+            cursorShape: Qt.ArrowCursor
+        }
         echoMode: root.secret ? TextInput.Password : TextInput.Normal
         Accessible.name: root.title
         // The platform keeps back the name of a field for passwords.
