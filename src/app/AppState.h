@@ -142,6 +142,10 @@ public:
     /// Where file dialogs start: the open file's folder, else the documents folder, or the home folder where
     /// there is none.
     Q_INVOKABLE QUrl dialogFolder() const;
+    /// A path in which "~" or "~/" at the start is the home folder, as in a shell.
+    Q_INVOKABLE QString expandedPath(const QString &path) const;
+    /// Whether saving there would write over a file other than the open one.
+    Q_INVOKABLE bool isOtherFile(const QString &path) const;
     /// The open file's name without its last suffix ("tune" when there is none), followed by `suffix`.
     QString suggestName(const QString &suffix) const;
     /// Sends the bytes as opened; an answer that arrives after another file was opened is dropped.

@@ -80,6 +80,17 @@ QUrl AppState::dialogFolder() const
     return QUrl::fromLocalFile(QFileInfo(documents).isDir() ? documents : QDir::homePath());
 }
 
+QString AppState::expandedPath(const QString &path) const
+{
+    return path == "~"_L1 || path.startsWith("~/"_L1) ? QDir::homePath() + path.sliced(1) : path;
+}
+
+bool AppState::isOtherFile(const QString &path) const
+{
+    const QFileInfo file(path);
+    return file.exists() && file.canonicalFilePath() != QFileInfo(m_file.path).canonicalFilePath();
+}
+
 QString AppState::suggestName(const QString &suffix) const
 {
     const QString base = QFileInfo(m_file.name).completeBaseName();

@@ -11,12 +11,10 @@
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLibraryInfo>
 #include <QMimeData>
 #include <QQmlContext>
 #include <QQuickWindow>
 #include <QTest>
-#include <QVersionNumber>
 #include <QWindow>
 
 #include <filesystem>
@@ -316,11 +314,6 @@ QString ViewFixture::spokenTexts(QObject *item) const
 QString ViewFixture::address(const QString &path) const
 {
     return u"http://127.0.0.1:%1/%2"_s.arg(m_server.port()).arg(path);
-}
-
-bool ViewFixture::asksBeforeOverwriting() const
-{
-    return QLibraryInfo::version() >= QVersionNumber(6, 8);
 }
 
 QStringList ViewFixture::openedUrls() const

@@ -93,9 +93,6 @@ public:
     Q_INVOKABLE QString spokenTexts(QObject *item) const;
     /// An address on the server, for texts that must not be fetched.
     Q_INVOKABLE QString address(const QString &path) const;
-    /// Whether Qt's own dialog for saving asks before it writes over a file: that of 6.8 does, that of 6.4
-    /// does not.
-    Q_INVOKABLE bool asksBeforeOverwriting() const;
     Q_INVOKABLE QStringList openedUrls() const;
     Q_INVOKABLE QString clipboardText() const;
 

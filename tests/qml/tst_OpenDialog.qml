@@ -191,6 +191,13 @@ DialogTest {
         verifyOpened(dialog, "plain/m.kvt", 38);
     }
 
+    function test_listsAnyCase() {
+        openDialog("case", ["TRUCK.KVT", "truck2.Kvt", "other.bin"]);
+        row("TRUCK.KVT");
+        row("truck2.Kvt");
+        compare(rows().filter(item => item.fileName === "other.bin").length, 0);
+    }
+
     function test_filterChanges() {
         const dialog = openDialog("plain", ["a.bin", "n.bin"]);
         choose("m.kvt");

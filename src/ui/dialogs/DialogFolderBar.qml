@@ -55,6 +55,15 @@ Dialogs.FolderBreadcrumbBar {
         enterFolder();
     }
 
+    // What is typed next replaces the name up to its suffix.
+    function offerName(): void {
+        if (!saving)
+            return;
+        const dot = nameField.text.lastIndexOf(".");
+        nameField.forceActiveFocus(Qt.TabFocusReason);
+        nameField.select(0, dot > 0 ? dot : nameField.text.length);
+    }
+
     function enterFolder(): void {
         correct();
         correction.start();
@@ -98,7 +107,7 @@ Dialogs.FolderBreadcrumbBar {
             takeAlong();
             shownName = fileName;
             // The dialog would decode a name, and the folder with it: so it gets the whole url.
-            namedFile = fileName ? FilePaths.fromTyped(fileDialog.currentFolder, fileName) : "";
+            namedFile = fileName ? FilePaths.fromTyped(fileDialog.currentFolder, app.expandedPath(fileName)) : "";
             fileDialog.selectedFile = namedFile;
         } else if (fileDialog.visible) {
             fileDialog.selectedFile = "";
@@ -239,6 +248,8 @@ Dialogs.FolderBreadcrumbBar {
         const question = fileDialog?.Dialogs.FileDialogImpl.overwriteConfirmationDialog;
         if (question)
             makePlain(question.contentItem);
+        else if (fileDialog)
+            FilePaths.dialogAsks = false;
     }
 
     // Qt 6.4 and 6.8 let the user work on below a dialog that stands inside the window.
@@ -260,6 +271,9 @@ Dialogs.FolderBreadcrumbBar {
         function onVisibleChanged(): void {
             if (root.dialog.visible)
                 root.begin();
+        }
+        function onOpened(): void {
+            root.offerName();
         }
     }
 
@@ -291,6 +305,17 @@ Dialogs.FolderBreadcrumbBar {
         function onTextEdited(): void {
             root.rename();
         }
+        function onAccepted(): void {
+            if (root.accepting.enabled)
+                root.accepting.clicked();
+        }
+    }
+
+    // TRUCK.KVT is a tune file, too.
+    Binding {
+        target: root.list?.model ?? null
+        property: "caseSensitive"
+        value: false
     }
 
     Connections {

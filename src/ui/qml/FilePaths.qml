@@ -4,6 +4,9 @@ import QtQml
 
 // Turns what the file dialogs hand over into the paths that the controller takes.
 QtObject {
+    // Whether the dialog for saving asks before it writes over a file. The desktops' own do.
+    property bool dialogAsks: true
+
     // One character or one run of bytes, escaped.
     readonly property var escapes: /%[0-7][0-9a-f]|%[89a-f][0-9a-f](?:%[89ab][0-9a-f])*/gi
 

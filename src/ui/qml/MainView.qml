@@ -36,6 +36,7 @@ Item {
         target: root.appState
         function onFileChanged(): void {
             saveDialog.close();
+            overwriteQuestion.close();
         }
     }
 
@@ -62,8 +63,35 @@ Item {
         fileMode: FileDialog.SaveFile
         nameFilters: ["KVT files (*.kvt)"]
         acceptLabel: "Save"
+        defaultSuffix: "kvt"
         offeredName: root.appState.fileName
-        onTaken: path => root.appState.saveKvt(path)
+        onTaken: path => {
+            if (FilePaths.dialogAsks || !root.appState.isOtherFile(path))
+                root.appState.saveKvt(path);
+            else
+                overwriteQuestion.ask(path);
+        }
+    }
+
+    VOXQuestion {
+        id: overwriteQuestion
+        objectName: "overwriteQuestion"
+
+        property string path
+
+        function ask(file: string): void {
+            path = file;
+            open();
+        }
+
+        question: "Replace " + path.slice(path.lastIndexOf("/") + 1) + "?"
+        explanation: "A file of this name is already there. What it holds will be lost."
+        onAnswered: yes => {
+            if (yes)
+                root.appState.saveKvt(path);
+            else
+                saveDialog.open();
+        }
     }
 
     RowLayout {
