@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #ifndef __GLIBC__
@@ -40,6 +41,55 @@ qsizetype lastIndexOf(QByteArrayView haystack, QByteArrayView needle)
     return -1;
 }
 
+// Two-way matching: linear on zeros with a needle of almost only zeros, where a skip table is quadratic.
+const char *indexOf(const char *begin, const char *end, QByteArrayView needle)
+{
+#ifdef __GLIBC__
+    return static_cast<const char *>(
+        memmem(begin, static_cast<size_t>(end - begin), needle.data(), static_cast<size_t>(needle.size())));
+#else
+    const char *const found =
+        std::search(begin, end, std::boyer_moore_searcher(needle.cbegin(), needle.cend()));
+    return found == end ? nullptr : found;
+#endif
+}
+
+// Where the needle has the byte that is rarest among some of these.
+qsizetype rarestPlace(QByteArrayView bytes, QByteArrayView needle)
+{
+    constexpr qsizetype samples = 4096;
+    std::array<int, 256> counts{};
+    const qsizetype step = std::max<qsizetype>(bytes.size() / samples, 1);
+    for (qsizetype i = 0; i < bytes.size(); i += step)
+        ++counts[static_cast<uchar>(bytes[i])];
+    const auto rarest = std::ranges::min_element(
+        needle, {}, [&counts](char byte) { return counts[static_cast<uchar>(byte)]; });
+    return rarest - needle.begin();
+}
+
+// Looks at the needle only where its rarest byte is, which is found as fast as memory is read. Where there
+// are too many such places, which would take the square of the time, it goes on with two-way matching.
+const char *indexOfByRarest(const char *begin, const char *end, QByteArrayView needle)
+{
+    constexpr qsizetype costOfPlace = 16;
+    constexpr qsizetype patience = 4096;
+    const qsizetype place = rarestPlace({begin, end}, needle);
+    const char *const start = begin + place;
+    const char *const last = end - (needle.size() - 1 - place);
+    qsizetype cost = 0;
+    for (const char *at = start; at < last; ++at) {
+        at = static_cast<const char *>(std::memchr(at, needle[place], static_cast<size_t>(last - at)));
+        if (!at)
+            break;
+        if (std::memcmp(at - place, needle.data(), static_cast<size_t>(needle.size())) == 0)
+            return at - place;
+        cost += needle.size() + costOfPlace;
+        if (cost > patience + 2 * (at - start))
+            return indexOf(at - place + 1, end, needle);
+    }
+    return nullptr;
+}
+
 } // namespace
 
 QByteArray FileTools::parseHexQuery(const QString &query)
@@ -53,18 +103,15 @@ int FileTools::findBytes(const QByteArray &haystack, const QByteArray &needle, i
     const qsizetype start = std::max(from, 0);
     if (needle.isEmpty() || start >= haystack.size())
         return -1;
+    // A near match is found before it would pay to look at what the bytes are.
+    constexpr qsizetype nearby = 65536;
     const char *const begin = haystack.constData();
     const char *const end = begin + haystack.size();
-#ifdef __GLIBC__
-    // Two-way matching: linear on zeros with a needle of almost only zeros, where a skip table is quadratic.
-    const void *const found = memmem(begin + start, static_cast<size_t>(end - begin - start),
-                                     needle.constData(), static_cast<size_t>(needle.size()));
-    const char *const match = found ? static_cast<const char *>(found) : end;
-#else
-    const char *const match =
-        std::search(begin + start, end, std::boyer_moore_searcher(needle.cbegin(), needle.cend()));
-#endif
-    return match == end ? -1 : static_cast<int>(match - begin);
+    const qsizetype middle = std::min(haystack.size(), start + nearby + needle.size() - 1);
+    const char *match = indexOf(begin + start, begin + middle, needle);
+    if (!match && middle < haystack.size())
+        match = indexOfByRarest(begin + middle - needle.size() + 1, end, needle);
+    return match ? static_cast<int>(match - begin) : -1;
 }
 
 int FileTools::findNext(const QByteArray &haystack, const QByteArray &needle, int from)

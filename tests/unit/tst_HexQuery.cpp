@@ -27,6 +27,8 @@ private slots:
     void findNext();
     void replace_data();
     void replace();
+    void find_farAway_data();
+    void find_farAway();
     void find_isLinearInTheHaystack();
     void find_absentInAQuarterOfAGibibyte();
 };
@@ -280,6 +282,51 @@ void TestHexQuery::replace()
     QTEST(replaced.start, "start");
     QTEST(replaced.bytes, "bytes");
     QTEST(replaced.count, "count");
+}
+
+void TestHexQuery::find_farAway_data()
+{
+    QTest::addColumn<QByteArray>("haystack");
+    QTest::addColumn<QByteArray>("needle");
+
+    // Beyond the first 64 KiB the needle's rarest byte is looked for, until it shows too often.
+    QRandomGenerator random(3);
+    QByteArray noise(300'000, Qt::Uninitialized);
+    for (char &byte : noise)
+        byte = static_cast<char>(random.bounded(256));
+    QByteArray twoValues = noise;
+    for (char &byte : twoValues)
+        byte = byte & 1 ? 'b' : 'a';
+    const QByteArray zeros(300'000, '\0');
+    const QByteArray periodic = QByteArray(31, '\0').append('\1').repeated(9'000);
+    QTest::newRow("noise") << noise << QByteArray("needle");
+    QTest::newRow("noise-one-byte") << QByteArray(noise).replace('n', "") << QByteArray("n");
+    QTest::newRow("noise-long") << noise << QByteArray("needle").repeated(5'000);
+    QTest::newRow("zeros") << zeros << QByteArray("\0\0\0\1", 4);
+    QTest::newRow("zeros-late") << zeros << QByteArray("\1\0\0\0", 4);
+    QTest::newRow("zeros-only") << QByteArray(9, '\0').append('x').repeated(30'000) << QByteArray(10, '\0');
+    QTest::newRow("two-values") << twoValues << QByteArray("ab").repeated(20);
+    QTest::newRow("two-values-crowded") << twoValues << QByteArray(60, 'a');
+    QTest::newRow("periodic") << periodic << periodic.first(64'000) + 'x';
+    QTest::newRow("periodic-rarest-first") << periodic << '\1' + periodic.first(6'400) + '\1';
+}
+
+void TestHexQuery::find_farAway()
+{
+    QFETCH(QByteArray, haystack);
+    QFETCH(QByteArray, needle);
+    QCOMPARE(FileTools::findBytes(haystack, needle, 0), int(haystack.indexOf(needle)));
+    const int size = static_cast<int>(haystack.size());
+    const int length = static_cast<int>(needle.size());
+    for (const int place : {0, 65'535, 65'536, 65'537, 131'072, 200'001, size - length}) {
+        QByteArray with = haystack;
+        with.replace(place, length, needle);
+        const int first = static_cast<int>(with.indexOf(needle));
+        QCOMPARE(FileTools::findBytes(with, needle, 0), first);
+        // From each side of it, so that it lies nearby, far away, and across what is looked at first.
+        for (const int from : {place - 65'537, place - 65'536, place - length, place - 1, place, place + 1})
+            QCOMPARE(FileTools::findBytes(with, needle, from), int(with.indexOf(needle, std::max(from, 0))));
+    }
 }
 
 void TestHexQuery::find_isLinearInTheHaystack()
