@@ -57,6 +57,7 @@ void TransferMeter::watch(QNetworkReply *reply)
 {
     m_transfers[reply].age.start();
     m_timer->start();
+    emit runningChanged();
     // For a sequential body Qt does not know the length: total equals sent, and both are 0 at the end.
     const qint64 length = reply->request().header(QNetworkRequest::ContentLengthHeader).toLongLong();
     connect(reply, &QNetworkReply::uploadProgress, this, [this, reply, length](qint64 sent, qint64 total) {
@@ -70,7 +71,8 @@ void TransferMeter::watch(QNetworkReply *reply)
         m_transfers[reply].bytes.toReceive = total;
     });
     const auto forget = [this, reply] {
-        m_transfers.remove(reply);
+        if (m_transfers.remove(reply) > 0)
+            emit runningChanged();
         update();
     };
     // No progress comes after the end.

@@ -26,11 +26,14 @@ class TransferMeter : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QString text READ text NOTIFY textChanged FINAL)
+    /// Whether a request has not been answered yet.
+    Q_PROPERTY(bool running READ isRunning NOTIFY runningChanged FINAL)
 
 public:
     explicit TransferMeter(QObject *parent = nullptr);
 
     QString text() const { return m_text; }
+    bool isRunning() const { return !m_transfers.isEmpty(); }
     /// Counts the reply until it has finished or is destroyed.
     void watch(QNetworkReply *reply);
     /// Delay before a transfer is shown; 1 s by default.
@@ -38,6 +41,7 @@ public:
 
 signals:
     void textChanged();
+    void runningChanged();
 
 private:
     struct Transfer

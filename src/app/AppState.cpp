@@ -54,12 +54,14 @@ void AppState::setStatus(const QString &text, int ok)
 
 QString AppState::statusHelp() const
 {
+    constexpr qsizetype longestExplained = 2000;
     static const MessageHelp help = [] {
         QFile chapter(u":/manual/messages.md"_s);
         return MessageHelp(chapter.open(QIODevice::ReadOnly) ? QString::fromUtf8(chapter.readAll())
                                                              : QString());
     }();
-    return help.explain(m_status);
+    // The manual has no longer ones, but a service may send any.
+    return m_status.size() <= longestExplained ? help.explain(m_status) : QString();
 }
 
 void AppState::setTab(const QString &key)

@@ -145,7 +145,7 @@ public:
     /// A path in which "~" or "~/" at the start is the home folder, as in a shell.
     Q_INVOKABLE QString expandedPath(const QString &path) const;
     /// Whether saving there would write over a file other than the open one.
-    Q_INVOKABLE bool isOtherFile(const QString &path) const;
+    Q_INVOKABLE bool replacesOtherFile(const QString &path) const;
     /// The open file's name without its last suffix ("tune" when there is none), followed by `suffix`.
     QString suggestName(const QString &suffix) const;
     /// Sends the bytes as opened; an answer that arrives after another file was opened is dropped.
@@ -232,6 +232,8 @@ public:
     Q_INVOKABLE bool isFolder(const QString &path) const;
     /// Whether the workspace opens a file of that name.
     Q_INVOKABLE bool isKvtFile(const QString &path) const;
+    /// Opens the folder of a file with the desktop's program.
+    Q_INVOKABLE void showFolder(const QString &path);
 
     // Sorter: AppStateSorter.cpp
     Q_INVOKABLE void sortCopy(const QStringList &files, const QString &dest, const QString &order);

@@ -98,6 +98,11 @@ bool AppState::isFolder(const QString &path) const
     return QFileInfo(path).isDir();
 }
 
+void AppState::showFolder(const QString &path)
+{
+    FileTools::revealInExplorer(path);
+}
+
 bool AppState::isKvtFile(const QString &path) const
 {
     return FileTools::isKvtFile(path);

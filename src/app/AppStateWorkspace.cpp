@@ -85,7 +85,7 @@ QString AppState::expandedPath(const QString &path) const
     return path == "~"_L1 || path.startsWith("~/"_L1) ? QDir::homePath() + path.sliced(1) : path;
 }
 
-bool AppState::isOtherFile(const QString &path) const
+bool AppState::replacesOtherFile(const QString &path) const
 {
     const QFileInfo file(path);
     return file.exists() && file.canonicalFilePath() != QFileInfo(m_file.path).canonicalFilePath();

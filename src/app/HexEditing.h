@@ -121,7 +121,7 @@ public:
     QStringList bookmarks() const;
     /// Sets one at the cursor, or at the selection's start, or removes the one there.
     Q_INVOKABLE void toggleBookmark();
-    /// The next or previous one, and behind the last the first.
+    /// Goes to the next or previous one; after the last one, to the first.
     Q_INVOKABLE void nextBookmark();
     Q_INVOKABLE void previousBookmark();
 

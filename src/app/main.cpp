@@ -256,8 +256,13 @@ int main(int argc, char **argv)
 
     leaveNoCoreDump();
     logLine("main: start");
-    choosePortalFileDialogs();
+    const bool wantsPortal = wantsPortalFileDialogs();
+    if (wantsPortal)
+        qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
     QApplication app(argc, argv);
+    // For this program, not for those that it starts.
+    if (wantsPortal)
+        qunsetenv("QT_QPA_PLATFORMTHEME");
     nameApplication();
     // The desktop identifies the window by this name.
     QGuiApplication::setDesktopFileName(u"example.vox.KvtEditor"_s);

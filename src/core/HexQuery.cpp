@@ -41,10 +41,10 @@ qsizetype lastIndexOf(QByteArrayView haystack, QByteArrayView needle)
     return -1;
 }
 
-// Two-way matching: linear on zeros with a needle of almost only zeros, where a skip table is quadratic.
 const char *indexOf(const char *begin, const char *end, QByteArrayView needle)
 {
 #ifdef __GLIBC__
+    // Two-way matching: linear on zeros with a needle of almost only zeros, where a skip table is quadratic.
     return static_cast<const char *>(
         memmem(begin, static_cast<size_t>(end - begin), needle.data(), static_cast<size_t>(needle.size())));
 #else
@@ -67,13 +67,15 @@ qsizetype rarestPlace(QByteArrayView bytes, QByteArrayView needle)
     return rarest - needle.begin();
 }
 
-// Looks at the needle only where its rarest byte is, which is found as fast as memory is read. Where there
-// are too many such places, which would take the square of the time, it goes on with two-way matching.
+// Checks the needle only at its rarest byte, which memchr finds fast. If that byte is too frequent, goes on
+// without, so that the time stays linear.
 const char *indexOfByRarest(const char *begin, const char *end, QByteArrayView needle)
 {
+    // In bytes compared.
     constexpr qsizetype costOfPlace = 16;
     constexpr qsizetype patience = 4096;
-    const qsizetype place = rarestPlace({begin, end}, needle);
+    constexpr qsizetype sampled = 1 << 20;
+    const qsizetype place = rarestPlace({begin, std::min<qsizetype>(end - begin, sampled)}, needle);
     const char *const start = begin + place;
     const char *const last = end - (needle.size() - 1 - place);
     qsizetype cost = 0;

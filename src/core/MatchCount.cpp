@@ -58,13 +58,6 @@ private:
     qsizetype m_matched = 0;
 };
 
-// How many matches end in the block, up to `end`; they may begin before it.
-int countEnds(QByteArrayView haystack, QByteArrayView needle, qsizetype block, qsizetype end)
-{
-    const qsizetype start = std::max<qsizetype>(block * blockSize - needle.size() + 1, 0);
-    return Matcher(needle).count(haystack.sliced(start, end - start));
-}
-
 } // namespace
 
 std::optional<MatchCount> MatchCount::of(QByteArrayView haystack, QByteArrayView needle,
@@ -87,11 +80,15 @@ std::optional<MatchCount> MatchCount::of(QByteArrayView haystack, QByteArrayView
 void MatchCount::update(QByteArrayView haystack, QByteArrayView needle, qsizetype offset, qsizetype length)
 {
     const qsizetype lastEnd = std::min(offset + length + needle.size() - 1, haystack.size());
-    for (qsizetype block = offset / blockSize; block * blockSize < lastEnd; ++block) {
-        const qsizetype end = std::min((block + 1) * blockSize, haystack.size());
-        int &count = m_blocks[static_cast<size_t>(block)];
+    qsizetype start = offset / blockSize * blockSize;
+    // What begins before the block may end in it.
+    const qsizetype before = std::max<qsizetype>(start - needle.size() + 1, 0);
+    Matcher matcher(needle);
+    matcher.count(haystack.sliced(before, start - before));
+    for (; start < lastEnd; start += blockSize) {
+        int &count = m_blocks[static_cast<size_t>(start / blockSize)];
         m_total -= count;
-        count = countEnds(haystack, needle, block, end);
+        count = matcher.count(haystack.sliced(start, std::min(blockSize, haystack.size() - start)));
         m_total += count;
     }
 }
@@ -104,5 +101,8 @@ int MatchCount::numberAt(QByteArrayView haystack, QByteArrayView needle, int pos
     int number = 0;
     for (qsizetype i = 0; i < block; ++i)
         number += m_blocks[static_cast<size_t>(i)];
-    return number + countEnds(haystack, needle, block, end);
+    // What begins before the block may end in it.
+    const qsizetype before = std::max<qsizetype>(block * blockSize - needle.size() + 1, 0);
+    Matcher matcher(needle);
+    return number + matcher.count(haystack.sliced(before, end - before));
 }

@@ -6,7 +6,7 @@
 
 SortedRows::SortedRows(QObject *parent)
     : QSortFilterProxyModel(parent)
-    // The C locale knows neither numbers nor cases.
+    // In the C locale a collator ignores numeric mode and case.
     , m_collator(QLocale(QLocale::English))
 {
     m_collator.setNumericMode(true);

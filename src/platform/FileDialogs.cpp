@@ -25,7 +25,7 @@ constexpr int patience = 1000;
 bool portalAnswers()
 {
     const QString name = u"kvteditor-start"_s;
-    // The session's own connection wants an application object first.
+    // QDBusConnection::sessionBus() needs an application object.
     const QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, name);
     QDBusMessage question = QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s,
                                                            u"/org/freedesktop/portal/desktop"_s,
@@ -57,16 +57,15 @@ bool desktopHasFileDialogs(const QStringList &desktops, const QString &pluginFol
     });
 }
 
-void choosePortalFileDialogs()
+bool wantsPortalFileDialogs()
 {
-    const char *const choice = "QT_QPA_PLATFORMTHEME";
     const QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
     const QString plugins = QLibraryInfo::path(QLibraryInfo::PluginsPath);
     const QStringList desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
     // Without a screen there is nobody to answer a dialog.
-    if (qEnvironmentVariableIsSet(choice) || platform == "offscreen"_L1 || platform == "minimal"_L1
-        || desktopHasFileDialogs(desktops, plugins) || !hasTheme(plugins, u"qxdgdesktopportal"_s))
-        return;
-    if (portalAnswers())
-        qputenv(choice, "xdgdesktopportal");
+    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORMTHEME") || platform == "offscreen"_L1
+        || platform == "minimal"_L1 || desktopHasFileDialogs(desktops, plugins)
+        || !hasTheme(plugins, u"qxdgdesktopportal"_s))
+        return false;
+    return portalAnswers();
 }

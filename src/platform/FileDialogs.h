@@ -7,7 +7,7 @@
 /// plug-ins in a folder.
 bool desktopHasFileDialogs(const QStringList &desktops, const QString &pluginFolder);
 
-/// Has Qt use the file dialogs of the desktop portal where the desktop has none that Qt knows, and the portal
-/// answers: it waits for that, at most a second. Changes nothing where the user has chosen a platform theme.
-/// Call it before the application object is made.
-void choosePortalFileDialogs();
+/// Whether Qt is to use the file dialogs of the desktop portal: the desktop has none that Qt knows, the user
+/// has chosen no platform theme, and the portal answers, which is waited for a second at most. Ask before the
+/// application object is made.
+bool wantsPortalFileDialogs();

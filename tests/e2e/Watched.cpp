@@ -7,9 +7,8 @@
 //   cores   prints the largest core dump that the process may leave, in bytes, and closes the window
 //   dialog  closes the window while the file dialog is open in it
 //   drawing prints the number of the interface by which the window is drawn, and closes it
-//   fitting prints whether the window is maximized, once it is drawn and inside its screen, and the size that
-//   it
-//           goes back to, and closes it
+//   fitting prints whether the window is maximized, once it is inside its screen, and the size that it goes
+//           back to, and closes it
 //   scan    closes the window right after a search of the folder that KVTEDITOR_SCAN_ROOT names has begun
 // Whatever it says, a failure box is printed and answered with its button.
 
@@ -96,6 +95,7 @@ void tellFitting(const WindowDriver &driver)
     std::printf("maximized: %d\n", window->windowState() == Qt::WindowMaximized);
     driver.window()->showNormal();
     driver.waitFor([window] { return window->size() == QSize(1440, 900); }, u"the window's own size"_s);
+    std::printf("normal: %dx%d\n", window->width(), window->height());
 }
 
 void closeWindow(const QByteArray &wish)

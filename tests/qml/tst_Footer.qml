@@ -93,6 +93,25 @@ ViewTest {
         tryCompare(status, "opacity", 1);
     }
 
+    function test_anyRequestDimsWhatWasSaidBefore() {
+        const status = find("statusLine");
+        app.setStatus("XDF login failed.", 0);
+        tryVerify(() => !status.fresh);
+        app.loadTicket("1");
+        verify(app.transfers().running);
+        tryCompare(status, "opacity", 0.6);
+    }
+
+    // Opening tells of itself, and asks the service right after that.
+    function test_whatIsSaidOnTheWayIsNotDimmed() {
+        const status = find("statusLine");
+        fixture.openFile("truck.kvt", 100);
+        verify(app.transfers().running);
+        tryVerify(() => !status.fresh);
+        tryCompare(status, "opacity", 1);
+        verify(!status.outdated);
+    }
+
     function test_endlessStatusIsLaidOutInPartAndReadWholeInTheToolTip() {
         const status = find("statusLine");
         const toolTip = find("statusToolTip", window);

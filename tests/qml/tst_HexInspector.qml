@@ -101,8 +101,9 @@ ViewTest {
         const panel = show();
         const focused = window.activeFocusItem;
         mouseClick(find(data.cell, panel));
+        // A second click would be for a change.
+        tryCompare(app, "status", data.label + " copied.");
         compare(fixture.clipboardText(), data.text);
-        compare(app.status, data.label + " copied.");
         compare(window.activeFocusItem, focused);
     }
 
@@ -180,6 +181,42 @@ ViewTest {
         keyClick(Qt.Key_Return);
         compare(app.hexModel.data(app.hexModel.index(0, 0), HexModel.HexRole).substr(0, 2), "1E");
         compare(app.status, "UInt8 set at 0x0.");
+    }
+
+    function test_doubleClickLeavesTheClipboard() {
+        fixture.fillHex(256);
+        app.copyText("99", "");
+        const panel = show();
+        mouseDoubleClickSequence(find("UInt8/0", panel));
+        keyClick(Qt.Key_V, Qt.ControlModifier);
+        keyClick(Qt.Key_Return);
+        compare(app.status, "UInt8 set at 0x0.");
+        compare(app.hexModel.data(app.hexModel.index(0, 0), HexModel.HexRole).substr(0, 2), "63");
+        compare(fixture.clipboardText(), "99");
+    }
+
+    // Else what was typed for one place would be written at another.
+    function test_movedCursorClosesTheField() {
+        fixture.fillHex(256);
+        const panel = show();
+        const cell = find("UInt8/0", panel);
+        mouseDoubleClickSequence(cell);
+        keyClick("7");
+        keyClick(Qt.Key_Down);
+        verify(find("valueField", cell).activeFocus);
+        app.hexModel.cursor = 5;
+        tryVerify(() => !findChild(cell, "valueField"));
+        verify(cell.activeFocus);
+        compare(app.hexModel.data(app.hexModel.index(0, 0), HexModel.HexRole).substr(0, 17), "00 01 02 03 04 05");
+    }
+
+    function test_heldReturnOpensOnce() {
+        fixture.fillHex(256);
+        const panel = show();
+        const cell = find("UInt8/0", panel);
+        cell.forceActiveFocus();
+        hold(Qt.Key_Return);
+        verify(find("valueField", cell).activeFocus);
     }
 
     function test_leftFieldChangesNothing() {

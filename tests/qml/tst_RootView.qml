@@ -36,6 +36,14 @@ ViewTest {
             mouseWheel(window.contentItem, 400, 20, 0, -120);
         render();
         compare(inWindow(footer).bottom, 500);
+        // The keyboard takes the place along.
+        find("nav_feedback").forceActiveFocus(Qt.TabFocusReason);
+        find("nav_main").forceActiveFocus(Qt.TabFocusReason);
+        render();
+        verify(inWindow(find("nav_main")).top >= 0);
+        input("vinField").forceActiveFocus(Qt.TabFocusReason);
+        render();
+        verify(inWindow(input("vinField")).right <= 800);
     }
 
     function lazyItems(item: var): var {

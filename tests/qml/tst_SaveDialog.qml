@@ -52,7 +52,7 @@ DialogTest {
 
     // Qt's own dialogs ask from 6.8 on, whichever file it is.
     function asks(path: string): bool {
-        return fixture.fileExists(at(path)) && (FilePaths.dialogAsks || app.isOtherFile(at(path)));
+        return fixture.fileExists(at(path)) && (FilePaths.dialogAsks || app.replacesOtherFile(at(path)));
     }
 
     function verifySaved(dialog: var, path: string): void {
@@ -193,19 +193,26 @@ DialogTest {
     function test_defaultSuffix_data() {
         return [
             { tag: "none", typed: "mytune", saved: "mytune.kvt" },
+            { tag: "none-in-a-folder-with-a-dot", folder: "tunes.2024", typed: "mytune", saved: "mytune.kvt" },
+            { tag: "none-of-a-file-that-is-there", typed: "z", saved: "z.kvt", replaces: true },
+            { tag: "hidden", typed: ".mytune", saved: ".mytune.kvt" },
             { tag: "other", typed: "mytune.bin", saved: "mytune.bin" },
             { tag: "same", typed: "mytune.KVT", saved: "mytune.KVT" }
         ];
     }
 
     function test_defaultSuffix(data) {
-        const dialog = openSaveDialog("plain");
+        const folder = data.folder ?? "plain";
+        const dialog = openSaveDialog(folder);
+        app.setStatus("", -1);
         retype(data.typed);
         keyClick(Qt.Key_Return);
+        if (data.replaces)
+            confirmOverwriting();
         tryVerify(() => !dialog.visible);
         compare(app.status, "Saved.");
         compare(app.fileName, data.saved);
-        verifySize("plain/" + data.saved, 48);
+        verifySize(folder + "/" + data.saved, 48);
     }
 
     function test_homeFolder() {

@@ -78,6 +78,8 @@ void TestMessageHelp::manualExplainsFailures()
     QVERIFY(state.statusHelp().size() > 10);
     state.setStatus(u"a reason of the service's own"_s, 0);
     QCOMPARE(state.statusHelp(), QString());
+    state.setStatus(status + QString(50'000'000, u'x'), 0);
+    QCOMPARE(state.statusHelp(), QString());
 }
 
 KVTEDITOR_TEST_MAIN(TestMessageHelp)

@@ -106,6 +106,7 @@ void TestTransferMeter::tellsOfASlowUpload()
         u"x"_s, {}, {{u"file"_s, u"a.bin"_s, QByteArray(64 << 20, 'a')}},
         [&](const QByteArray &, const QJsonObject &, const QString &error) { answers.append(error); });
     WAIT_VERIFY(meter.text().startsWith(u"Sending "_s));
+    QVERIFY(meter.isRunning());
     QVERIFY2(meter.text().endsWith(u" of 67.1 MB"_s), qPrintable(meter.text()));
     deaf.close();
     WAIT_COMPARE(answers.size(), 1);

@@ -2,18 +2,21 @@ import QtQuick
 import KvtEditor
 
 // The controller's status. Set again, it fades in, even with the same text; while something is at work, what was said
-// before is dimmed. On a failure the pointer finds out what it means.
+// before is dimmed. Hovering over a failure explains it.
 StatusLine {
     id: root
 
     readonly property AppState appState: app // qmllint disable unqualified
-    readonly property bool working: appState.busy || appState.searchBusy
+    readonly property bool working: appState.busy || appState.searchBusy || appState.transfers().running
+    // Whether it was said just now, perhaps about what begins next.
+    readonly property bool fresh: justNow.running
     property bool outdated: false
     property real fade: 1
     property string help
 
     function take(): void {
         outdated = false;
+        justNow.restart();
         help = appState.statusOK === 0 ? appState.statusHelp() : "";
         appearance.restart();
     }
@@ -24,7 +27,7 @@ StatusLine {
     opacity: outdated ? 0.6 * fade : fade
     elide: Text.ElideRight
     Accessible.description: help
-    onWorkingChanged: outdated = working
+    onWorkingChanged: outdated = working && !fresh
     Component.onCompleted: take()
 
     Connections {
@@ -32,6 +35,11 @@ StatusLine {
         function onStatusChanged(): void {
             root.take();
         }
+    }
+
+    Timer {
+        id: justNow
+        interval: 0
     }
 
     NumberAnimation {

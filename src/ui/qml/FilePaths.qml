@@ -49,9 +49,9 @@ QtObject {
         return String(folder).replace(/\/$/, "") + "/" + encoded(name);
     }
 
-    // The url of the folder that a file lies in, by the file's path.
-    function folderOf(path: string): string {
-        return fromTyped("", path.slice(0, path.lastIndexOf("/") + 1));
+    // The path of a tune file that may have been named without its suffix.
+    function withSuffix(path: string): string {
+        return path.lastIndexOf(".") > path.lastIndexOf("/") + 1 ? path : path + ".kvt";
     }
 
     // The url of what a user names: by a url, by a path from the root, or by a path from a folder's url.

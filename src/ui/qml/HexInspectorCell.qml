@@ -73,8 +73,32 @@ Rectangle {
         anchors.fill: parent
         hoverEnabled: true
         cursorShape: root.value !== "" ? Qt.PointingHandCursor : Qt.ArrowCursor
-        onClicked: root.copy()
-        onDoubleClicked: root.edit()
+        // What may be the first of two clicks waits for the second: it would take the clipboard from who wants to
+        // paste into the value.
+        onClicked: {
+            if (root.editable)
+                copying.start();
+            else
+                root.copy();
+        }
+        onDoubleClicked: {
+            copying.stop();
+            root.edit();
+        }
+
+        Timer {
+            id: copying
+            interval: Application.styleHints.mouseDoubleClickInterval
+            onTriggered: root.copy()
+        }
+    }
+
+    // What is typed belongs to the bytes for which it was begun.
+    Connections {
+        target: root.editing ? root.appState.hexModel : null
+        function onCursorChanged(): void {
+            root.forceActiveFocus(Qt.OtherFocusReason);
+        }
     }
 
     Repeater {
@@ -83,7 +107,9 @@ Rectangle {
         VOXField {
             id: field
 
-            function apply(): void {
+            function apply(event: var): void {
+                if (event.isAutoRepeat)
+                    return;
                 if (root.appState.hexEditing().writeValue(root.valueRow, text, root.bigEndian))
                     root.forceActiveFocus(Qt.OtherFocusReason);
             }
@@ -94,18 +120,22 @@ Rectangle {
             padding: 0
             leftPadding: 4
             font { family: VOXTheme.fixedFamily; pixelSize: 12 }
-            text: root.value
             Accessible.name: root.label
             Component.onCompleted: {
+                text = root.value;
                 forceActiveFocus(Qt.OtherFocusReason);
                 selectAll();
             }
             onActiveFocusChanged: {
-                if (!activeFocus)
+                // In another window the user may look up what to type.
+                if (!activeFocus && Window.active)
                     root.editing = false;
             }
-            Keys.onReturnPressed: apply()
-            Keys.onEnterPressed: apply()
+            Keys.onReturnPressed: event => apply(event)
+            Keys.onEnterPressed: event => apply(event)
+            // Not for the panel, in which they leave the cell.
+            Keys.onUpPressed: {}
+            Keys.onDownPressed: {}
             Keys.onEscapePressed: root.forceActiveFocus(Qt.OtherFocusReason)
         }
     }

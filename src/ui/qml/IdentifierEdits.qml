@@ -2,7 +2,7 @@ pragma Singleton
 
 import QtQml
 
-// Whether the user has edited an identifier of the open file, on whichever tab.
+// Whether the user has typed into an identifier since the file was opened. Shared by the tabs that show them.
 QtObject {
     property bool made: false
 }

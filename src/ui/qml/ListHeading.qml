@@ -50,10 +50,12 @@ Row {
             width: root.widthOf(modelData)
             Accessible.name: modelData.title
             Accessible.description: sorts ? root.descending ? "Sorted downwards" : "Sorted upwards" : ""
-            Accessible.onPressAction: clicker.clicked(null)
+            Accessible.onPressAction: {
+                if (root.sortable)
+                    root.sortBy(modelData.key);
+            }
 
             MouseArea {
-                id: clicker
                 anchors { fill: parent; topMargin: -4; bottomMargin: -4 }
                 enabled: root.sortable
                 cursorShape: Qt.PointingHandCursor

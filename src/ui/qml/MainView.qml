@@ -10,7 +10,7 @@ Item {
     readonly property AppState appState: app // qmllint disable unqualified
 
     readonly property HexEditing editing: appState.hexEditing()
-    // What the file on the disk does not have.
+    // What has not been saved.
     readonly property string unsaved: editing.changesText
         + (editing.changesText !== "" && IdentifierEdits.made ? ". " : "")
         + (IdentifierEdits.made ? "Edited identifiers are not written into the file" : "")
@@ -63,13 +63,15 @@ Item {
         fileMode: FileDialog.SaveFile
         nameFilters: ["KVT files (*.kvt)"]
         acceptLabel: "Save"
-        defaultSuffix: "kvt"
         offeredName: root.appState.fileName
         onTaken: path => {
-            if (FilePaths.dialogAsks || !root.appState.isOtherFile(path))
-                root.appState.saveKvt(path);
+            const whole = FilePaths.withSuffix(path);
+            // A dialog that asks has asked about the name as it was typed.
+            const asked = FilePaths.dialogAsks && whole === path;
+            if (asked || !root.appState.replacesOtherFile(whole))
+                root.appState.saveKvt(whole);
             else
-                overwriteQuestion.ask(path);
+                overwriteQuestion.ask(whole);
         }
     }
 

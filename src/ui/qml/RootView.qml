@@ -41,9 +41,26 @@ VOXWindow {
         missing.find(view => !view.active)?.prepare();
     }
 
+    function scroll(bar: VOXScrollBar, part: real): void {
+        bar.position = Math.max(0, Math.min(bar.position + part, 1 - bar.size));
+    }
+
+    // By no more than it takes.
+    function reveal(item: Item): void {
+        const place = item.mapToItem(stage, 0, 0, item.width, item.height);
+        const miss = (start, end, from, size) => Math.min(0, start - from) + Math.max(0, end - from - size);
+        scroll(widthBar, miss(place.left, place.right, -stage.x, width) / stage.width);
+        scroll(heightBar, miss(place.top, place.bottom, -stage.y, height) / stage.height);
+    }
+
     // A window without one of its views is none: the program ends as it does when the window cannot be loaded.
     function giveUp(): void {
         Qt.exit(-1);
+    }
+
+    onActiveFocusItemChanged: {
+        if (activeFocusItem && (widthBar.visible || heightBar.visible))
+            reveal(activeFocusItem);
     }
 
     visible: true
@@ -187,12 +204,12 @@ VOXWindow {
 
     // For what takes no wheel itself.
     WheelHandler {
-        enabled: heightBar.visible
+        enabled: heightBar.visible || widthBar.visible
+        acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+        orientation: Qt.Vertical | Qt.Horizontal
         onWheel: event => {
-            if (event.angleDelta.y > 0)
-                heightBar.decrease();
-            else
-                heightBar.increase();
+            root.scroll(heightBar, -event.angleDelta.y / 1200);
+            root.scroll(widthBar, -event.angleDelta.x / 1200);
         }
     }
 

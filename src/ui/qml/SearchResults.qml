@@ -30,6 +30,7 @@ VOXCard {
         id: hits
         objectName: "searchList"
         name: "Files found"
+        hasMenus: true
         model: SortedRows {
             id: sorted
             rows: root.appState.searchHits
@@ -85,7 +86,7 @@ VOXCard {
 
             VOXMenuItem {
                 text: "Open folder"
-                onTriggered: Qt.openUrlExternally(FilePaths.folderOf(rowMenu.path))
+                onTriggered: root.appState.showFolder(rowMenu.path)
             }
 
             VOXMenuLine { }

@@ -9,6 +9,7 @@ ListView {
 
     property string name
     property VOXListRow hoveredRow: null
+    property bool hasMenus: false
     readonly property real rowWidth: width - 14
 
     // Return was pressed on the highlighted row.
@@ -64,7 +65,8 @@ ListView {
         if (event.key in targets && count > 0) {
             moveTo(targets[event.key]);
             event.accepted = true;
-        } else if (event.key === Qt.Key_Menu || event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier) {
+        } else if (hasMenus
+            && (event.key === Qt.Key_Menu || event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier)) {
             menuKeyPressed(currentIndex);
             event.accepted = true;
         }
