@@ -182,6 +182,8 @@ public:
     /// Moves the cursor to the target that FileTools::parseTarget reads, and selects as many bytes as it
     /// says. False, with the reason in the status, when there is none or it is not wholly within the file.
     Q_INVOKABLE bool hexGoTo(const QString &offset);
+    /// Writes the selected bytes to a file other than the open one.
+    Q_INVOKABLE void hexSaveSelection(const QString &path);
     /// Overwrites the bytes at the cursor with what the query stands for.
     Q_INVOKABLE void hexPatch(const QString &query);
     /// Makes the edited buffer the file's held bytes and closes the hex editor; nothing goes to disk.

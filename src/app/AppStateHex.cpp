@@ -4,6 +4,8 @@
 #include "core/FileTools.h"
 #include "core/HexText.h"
 
+#include <QFileInfo>
+
 using namespace Qt::StringLiterals;
 
 void AppState::setShowHex(bool show)
@@ -82,6 +84,27 @@ bool AppState::hexGoTo(const QString &offset)
                                  : u"At 0x%1."_s.arg(offsetText(target->offset)),
               1);
     return true;
+}
+
+void AppState::hexSaveSelection(const QString &path)
+{
+    const int length = m_hexModel->selectionLength();
+    if (length == 0) {
+        setStatus(u"Select the bytes to save first."_s, 0);
+        return;
+    }
+    const QFileInfo file(path);
+    if (file.exists() && !replacesOtherFile(path)) {
+        setStatus(u"That is the open file: choose another one."_s, 0);
+        return;
+    }
+    QString error;
+    const QByteArray bytes = m_hexModel->bytes().sliced(m_hexModel->selectionStart(), length);
+    if (!FileTools::writeFile(path, bytes, &error)) {
+        setStatus(error, 0);
+        return;
+    }
+    setStatus(u"Saved %1 as %2."_s.arg(countText(length, u"byte"_s), file.fileName()), 1);
 }
 
 void AppState::hexPatch(const QString &query)

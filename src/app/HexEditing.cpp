@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -378,22 +379,55 @@ void HexEditing::paste()
         emit said(u"Pasted %1."_s.arg(countText(static_cast<int>(bytes.size()), u"byte"_s)), 1);
 }
 
-void HexEditing::fill(const QString &query)
+// What the query reads, as often as the selection has room for it; empty, with the reason said, if there is
+// nothing to do.
+QByteArray HexEditing::patternOver(const QString &query)
 {
     if (!hasFile())
-        return;
+        return {};
     const int length = m_model->selectionLength();
     const QByteArray pattern = FileTools::parseHexQuery(query);
     if (length == 0) {
         emit said(u"Select the bytes to fill first."_s, 0);
-        return;
+        return {};
     }
     if (pattern.isEmpty()) {
         emit said(u"Enter the byte or pattern to fill with."_s, 0);
+        return {};
+    }
+    return pattern.repeated((length - 1) / pattern.size() + 1).first(length);
+}
+
+void HexEditing::fill(const QString &query)
+{
+    const QByteArray bytes = patternOver(query);
+    if (!bytes.isEmpty() && write(bytes))
+        emit said(u"Filled %1."_s.arg(countText(static_cast<int>(bytes.size()), u"byte"_s)), 1);
+}
+
+void HexEditing::xorWith(const QString &query)
+{
+    QByteArray bytes = patternOver(query);
+    if (bytes.isEmpty())
+        return;
+    const char *const old = m_model->bytes().constData() + m_model->selectionStart();
+    std::transform(bytes.cbegin(), bytes.cend(), old, bytes.begin(), std::bit_xor<char>());
+    if (write(bytes))
+        emit said(u"Changed %1 by XOR."_s.arg(countText(static_cast<int>(bytes.size()), u"byte"_s)), 1);
+}
+
+void HexEditing::pasteFile(const QString &path)
+{
+    if (!hasFile())
+        return;
+    QString error;
+    const QByteArray bytes = FileTools::readFile(path, &error);
+    if (bytes.isEmpty()) {
+        emit said(error.isEmpty() ? u"Could not read file."_s : error, 0);
         return;
     }
-    if (write(pattern.repeated((length - 1) / pattern.size() + 1).first(length)))
-        emit said(u"Filled %1."_s.arg(countText(length, u"byte"_s)), 1);
+    if (write(bytes))
+        emit said(u"Pasted %1."_s.arg(countText(static_cast<int>(bytes.size()), u"byte"_s)), 1);
 }
 
 void HexEditing::replaceAll(const QString &query, const QString &replacement)

@@ -85,6 +85,10 @@ public:
     Q_INVOKABLE void paste();
     /// Overwrites the selection with what FileTools::parseHexQuery reads, again and again.
     Q_INVOKABLE void fill(const QString &query);
+    /// Overwrites the selection with its bytes XOR those that parseHexQuery reads, again and again.
+    Q_INVOKABLE void xorWith(const QString &query);
+    /// Overwrites from the cursor, or from the selection's start, with what a file holds.
+    Q_INVOKABLE void pasteFile(const QString &path);
     /// Overwrites every match of one query, in the selection if there is one, by the bytes of another, which
     /// are as many.
     Q_INVOKABLE void replaceAll(const QString &query, const QString &replacement);
@@ -155,6 +159,7 @@ private:
     int stepStart(bool forwards) const;
     void record(int offset, const QByteArray &before);
     void replay(bool undoes);
+    QByteArray patternOver(const QString &query);
     bool write(const QByteArray &bytes);
     void startOver();
     void show(const ByteRange &range, const QString &kind, int number, int count);

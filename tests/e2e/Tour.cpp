@@ -234,6 +234,8 @@ void Tour::editBytes()
     expectStatus(u"Selected 0x10\u20130x17, 8 bytes."_s);
     m_window->key(Qt::Key_C, Qt::ControlModifier);
     expectStatus(u"8 bytes copied."_s);
+    m_window->key(Qt::Key_B, Qt::ControlModifier);
+    expectStatus(u"Bookmark set at 0x10."_s);
     m_window->key(Qt::Key_I, Qt::ControlModifier);
     m_window->item(u"hexInspector"_s);
     picture(u"hex-inspector"_s);
@@ -251,6 +253,8 @@ void Tour::editBytes()
     for (const Qt::Key key : {Qt::Key_4, Qt::Key_B, Qt::Key_5, Qt::Key_6, Qt::Key_5})
         m_window->key(key);
     check(model->bytes().sliced(0x40, 2) == "KV", u"what was typed"_s);
+    m_window->key(Qt::Key_F2);
+    expectStatus(u"Bookmark 1 of 1 at 0x10."_s);
     picture(u"hex-typed"_s);
     m_window->key(Qt::Key_F7, Qt::ShiftModifier);
     m_window->key(Qt::Key_F7);

@@ -12,6 +12,8 @@
 #include <QQuickWindow>
 #include <QTest>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -216,6 +218,12 @@ void WindowDriver::waitForStatusEnding(const QString &text) const
 void WindowDriver::savePicture(const QString &path) const
 {
     QDir().mkpath(QFileInfo(path).absolutePath());
+    // A new status fades in.
+    const auto isShown = [this](const QString &name) {
+        const QList<QObject *> lines = m_window->findChildren<QObject *>(name);
+        return std::ranges::all_of(lines, [](const QObject *line) { return line->property("fade") == 1.0; });
+    };
+    waitFor([&] { return isShown(u"statusLine"_s) && isShown(u"hexStatus"_s); }, u"the status line"_s);
     const QImage picture = m_window->grabWindow();
     if (picture.isNull() || !picture.save(path))
         fail(u"no picture could be saved as %1"_s.arg(path));

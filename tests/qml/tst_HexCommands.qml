@@ -263,6 +263,43 @@ ViewTest {
         compare(digits(4), "AA");
     }
 
+    function test_xorsTheSelection() {
+        openEditor(64);
+        app.hexModel.select(0x10, 2);
+        find("hexPatchField").text = "FF";
+        ctrl(Qt.Key_X, Qt.ShiftModifier);
+        compare(digits(0x10) + digits(0x11) + digits(0x12), "EFEE12");
+        compare(app.status, "Changed 2 bytes by XOR.");
+    }
+
+    function test_blockGoesOutAndIn() {
+        openEditor(64);
+        ctrl(Qt.Key_S, Qt.ShiftModifier);
+        compare(app.status, "Select the bytes to save first.");
+        app.hexModel.select(0x10, 3);
+        ctrl(Qt.Key_S, Qt.ShiftModifier);
+        const saving = find("hexSelectionDialog");
+        tryCompare(saving, "visible", true);
+        const field = find("fileNameTextField", window.overlayItem);
+        tryVerify(() => field.activeFocus);
+        field.selectAll();
+        type(fixture.tempPath("block"));
+        keyClick(Qt.Key_Return);
+        tryCompare(app, "status", "Saved 3 bytes as block.bin.");
+        tryVerify(() => !window.asking());
+        app.hexModel.cursor = 0x20;
+        ctrl(Qt.Key_V, Qt.ShiftModifier);
+        const pasting = find("hexPasteDialog");
+        tryCompare(pasting, "visible", true);
+        ctrl(Qt.Key_L);
+        const path = itemsIn(window.overlayItem, item => item.Accessible.name === "Path")[0];
+        path.selectAll();
+        type(fixture.tempPath("block.bin"));
+        keyClick(Qt.Key_Return);
+        tryCompare(app, "status", "Pasted 3 bytes.");
+        compare(digits(0x20) + digits(0x22) + digits(0x23), "101223");
+    }
+
     function test_replacesAll() {
         openEditor(600);
         find("hexSearchField").text = "10 11";
@@ -549,9 +586,9 @@ ViewTest {
         openEditor(64);
         const expected = {
             hexEditMenu: ["Undo|Ctrl+Z", "Redo|Ctrl+Shift+Z", "Copy as hex|Ctrl+C", "Copy as text|Ctrl+Shift+C",
-                "Copy as C array|Ctrl+Alt+C", "Copy offset|Ctrl+Shift+O", "Paste|Ctrl+V",
-                "Apply the patch|Return", "Fill the selection|Ctrl+Shift+F", "Replace all|Ctrl+R",
-                "Select all|Ctrl+A", "Save file|Ctrl+S", "Close|Esc"],
+                "Copy as C array|Ctrl+Alt+C", "Copy offset|Ctrl+Shift+O", "Paste|Ctrl+V", "Paste a file|Ctrl+Shift+V",
+                "Apply the patch|Return", "Fill the selection|Ctrl+Shift+F", "XOR the selection|Ctrl+Shift+X", "Replace all|Ctrl+R",
+                "Select all|Ctrl+A", "Save file|Ctrl+S", "Save the selection|Ctrl+Shift+S", "Close|Esc"],
             hexGoMenu: ["Go to offset|Ctrl+G", "Set or remove a bookmark|Ctrl+B", "Next bookmark|F2", "Previous bookmark|Shift+F2",
                 "Find|Ctrl+F", "Find next|F3", "Find previous|Shift+F3", "Next change|F7",
                 "Previous change|Shift+F7", "Next difference|F6", "Previous difference|Shift+F6",

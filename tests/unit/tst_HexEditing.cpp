@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 #include "app/HexEditing.h"
+#include "core/FileTools.h"
 #include "support/TestMain.h"
 #include "support/Waiting.h"
 
@@ -54,6 +55,11 @@ private slots:
     void pasteOfWhatIsNoText();
     void fill_data();
     void fill();
+    void xorWith_data();
+    void xorWith();
+    void pasteFile_data();
+    void pasteFile();
+    void saveSelection();
     void replaceAll_data();
     void replaceAll();
     void writeValue();
@@ -530,6 +536,100 @@ void TestHexEditing::fill()
     QCOMPARE(m_model->selectionLength(), length);
 }
 
+void TestHexEditing::xorWith_data()
+{
+    QTest::addColumn<int>("length");
+    QTest::addColumn<QString>("query");
+    QTest::addColumn<QByteArray>("hex");
+    QTest::addColumn<QString>("status");
+
+    const QByteArray same("00 0F F0 FF 80");
+    QTest::newRow("byte") << 3 << u"FF"_s << QByteArray("00 F0 0F 00 80") << u"Changed 3 bytes by XOR."_s;
+    QTest::newRow("pattern") << 4 << u"01 80"_s << QByteArray("00 0E 70 FE 00")
+                             << u"Changed 4 bytes by XOR."_s;
+    QTest::newRow("no-selection") << 0 << u"FF"_s << same << u"Select the bytes to fill first."_s;
+    QTest::newRow("no-pattern") << 2 << QString() << same << u"Enter the byte or pattern to fill with."_s;
+}
+
+void TestHexEditing::xorWith()
+{
+    QFETCH(int, length);
+    QFETCH(QString, query);
+    QFETCH(QByteArray, hex);
+    const QByteArray before = QByteArray::fromHex("00 0F F0 FF 80");
+    m_model->setBytes(before);
+    if (length > 0)
+        QVERIFY(m_model->select(1, length));
+    m_editing->xorWith(query);
+    QCOMPARE(bytes(), QByteArray::fromHex(hex));
+    QTEST(m_state->status(), "status");
+    // Twice is not at all, and so is undone.
+    m_editing->xorWith(query);
+    QCOMPARE(bytes(), before);
+    while (m_editing->canUndo())
+        m_editing->undo();
+    QCOMPARE(bytes(), before);
+}
+
+void TestHexEditing::pasteFile_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("status");
+
+    QTest::newRow("fits") << QByteArray("0A") << QByteArray("ab0Aef") << u"Pasted 2 bytes."_s;
+    QTest::newRow("to-the-end") << QByteArray("WXYZ") << QByteArray("abWXYZ") << u"Pasted 4 bytes."_s;
+    QTest::newRow("too-long") << QByteArray("VWXYZ") << QByteArray("abcdef")
+                              << u"Does not fit: 5 bytes at 0x2, where only 4 bytes are left."_s;
+    QTest::newRow("empty") << QByteArray() << QByteArray("abcdef") << u"Could not read file."_s;
+}
+
+void TestHexEditing::pasteFile()
+{
+    QFETCH(QByteArray, content);
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(u"part.bin"_s));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    file.close();
+    m_model->setBytes("abcdef");
+    m_model->setCursor(2);
+    m_editing->pasteFile(file.fileName());
+    QTEST(bytes(), "bytes");
+    QTEST(m_state->status(), "status");
+    m_editing->pasteFile(folder.filePath(u"none"_s));
+    QCOMPARE(m_state->status(), u"No such file or directory"_s);
+}
+
+void TestHexEditing::saveSelection()
+{
+    const QTemporaryDir folder;
+    const QString open = folder.filePath(u"open.kvt"_s);
+    const QString part = folder.filePath(u"part.bin"_s);
+    QFile file(open);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("abcdef") == 6);
+    file.close();
+    m_state->openKvt(open);
+    m_state->hexSaveSelection(part);
+    QCOMPARE(m_state->status(), u"Select the bytes to save first."_s);
+    QVERIFY(!QFile::exists(part));
+    QVERIFY(m_model->select(1, 3));
+    m_state->hexSaveSelection(part);
+    QCOMPARE(m_state->status(), u"Saved 3 bytes as part.bin."_s);
+    QCOMPARE(FileTools::readFile(part), QByteArray("bcd"));
+    // The open file keeps its length, also by another name.
+    QVERIFY(QFile::link(open, folder.filePath(u"link.kvt"_s)));
+    for (const QString &path : {open, folder.filePath(u"link.kvt"_s)}) {
+        m_state->hexSaveSelection(path);
+        QCOMPARE(m_state->status(), u"That is the open file: choose another one."_s);
+        QCOMPARE(m_state->statusOK(), 0);
+    }
+    QCOMPARE(FileTools::readFile(open), QByteArray("abcdef"));
+    m_state->hexSaveSelection(folder.path());
+    QCOMPARE(m_state->status(), u"Is a directory"_s);
+    QCOMPARE(m_state->statusOK(), 0);
+    QCOMPARE(m_state->fileName(), u"open.kvt"_s);
+}
+
 void TestHexEditing::replaceAll_data()
 {
     QTest::addColumn<QString>("query");
@@ -876,6 +976,8 @@ void TestHexEditing::withoutFile_data()
     row("paste", [](HexEditing &editing) { editing.paste(); });
     row("fill", [](HexEditing &editing) { editing.fill(u"00"_s); });
     row("write-value", [](HexEditing &editing) { editing.writeValue(0, u"1"_s, false); });
+    row("xor", [](HexEditing &editing) { editing.xorWith(u"00"_s); });
+    row("paste-file", [](HexEditing &editing) { editing.pasteFile(u"/dev/null"_s); });
     row("select-all", [](HexEditing &editing) { editing.selectAll(); });
     row("toggle-bookmark", [](HexEditing &editing) { editing.toggleBookmark(); });
     row("next-bookmark", [](HexEditing &editing) { editing.nextBookmark(); });

@@ -49,9 +49,9 @@ QtObject {
         return String(folder).replace(/\/$/, "") + "/" + encoded(name);
     }
 
-    // The path of a tune file that may have been named without its suffix.
-    function withSuffix(path: string): string {
-        return path.lastIndexOf(".") > path.lastIndexOf("/") + 1 ? path : path + ".kvt";
+    // The path of a file, with a suffix if its name has none.
+    function withSuffix(path: string, suffix: string): string {
+        return path.lastIndexOf(".") > path.lastIndexOf("/") + 1 ? path : path + suffix;
     }
 
     // The url of what a user names: by a url, by a path from the root, or by a path from a folder's url.

@@ -20,6 +20,9 @@ Item {
     property alias copyOffset: copyOffsetCommand
     property alias paste: pasteCommand
     property alias fill: fillCommand
+    property alias xorSelection: xorCommand
+    property alias pasteFile: pasteFileCommand
+    property alias saveSelection: saveSelectionCommand
     property alias replaceAll: replaceAllCommand
     property alias selectAll: selectAllCommand
     property alias goTo: goToCommand
@@ -40,6 +43,9 @@ Item {
 
     // What the view does itself.
     signal fillWanted()
+    signal xorWanted()
+    signal fileWanted()
+    signal selectionSaveWanted()
     signal replaceWanted()
     signal goToWanted()
     signal findNextWanted()
@@ -120,6 +126,33 @@ Item {
         sequence: "Ctrl+Shift+F"
         sensible: root.hasSelection
         onActivated: root.fillWanted()
+    }
+
+    HexCommand {
+        id: xorCommand
+        enabled: root.appState.showHex
+        text: "XOR the selection"
+        sequence: "Ctrl+Shift+X"
+        sensible: root.hasSelection
+        onActivated: root.xorWanted()
+    }
+
+    HexCommand {
+        id: pasteFileCommand
+        enabled: root.appState.showHex
+        text: "Paste a file"
+        sequence: "Ctrl+Shift+V"
+        sensible: root.hasFile
+        onActivated: root.fileWanted()
+    }
+
+    HexCommand {
+        id: saveSelectionCommand
+        enabled: root.appState.showHex
+        text: "Save the selection"
+        sequence: "Ctrl+Shift+S"
+        sensible: root.hasSelection
+        onActivated: root.selectionSaveWanted()
     }
 
     HexCommand {

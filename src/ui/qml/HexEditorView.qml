@@ -47,6 +47,11 @@ FocusScope {
         noteApplied();
     }
 
+    function xorSelection(): void {
+        editing.xorWith(patchField.text);
+        noteApplied();
+    }
+
     function replaceAll(): void {
         editing.replaceAll(searchField.text, patchField.text);
         noteApplied();
@@ -128,7 +133,20 @@ FocusScope {
     HexCommands {
         id: commands
         onFillWanted: root.fill()
+        onXorWanted: root.xorSelection()
         onReplaceWanted: root.replaceAll()
+        onFileWanted: {
+            if (commands.hasFile)
+                pasteDialog.ask();
+            else
+                root.appState.setStatus("No file is open.", 0);
+        }
+        onSelectionSaveWanted: {
+            if (commands.hasSelection)
+                selectionDialog.ask();
+            else
+                root.appState.setStatus("Select the bytes to save first.", 0);
+        }
         onGoToWanted: root.focusGoTo()
         onFindNextWanted: root.findNext()
         onFindPreviousWanted: root.findPrevious()
@@ -153,6 +171,24 @@ FocusScope {
         title: "Compare with"
         nameFilters: ["All files (*)", "KVT files (*.kvt)"]
         onTaken: path => root.editing.compare.start(path)
+    }
+
+    PickFileDialog {
+        id: pasteDialog
+        objectName: "hexPasteDialog"
+        title: "Paste a file"
+        nameFilters: ["All files (*)"]
+        onTaken: path => root.editing.pasteFile(path)
+    }
+
+    SaveAs {
+        id: selectionDialog
+        dialog.objectName: "hexSelectionDialog"
+        dialog.title: "Save the selection"
+        dialog.nameFilters: ["All files (*)", "BIN (*.bin)"]
+        dialog.offeredName: "selection.bin"
+        suffix: ".bin"
+        onTaken: path => root.appState.hexSaveSelection(path)
     }
 
     FileDrop {

@@ -37,6 +37,7 @@ RowLayout {
             HexCommandItem { command: root.commands.copyArray }
             HexCommandItem { command: root.commands.copyOffset }
             HexCommandItem { command: root.commands.paste }
+            HexCommandItem { command: root.commands.pasteFile }
             VOXMenuLine { }
             VOXMenuItem {
                 text: "Apply the patch"
@@ -44,6 +45,7 @@ RowLayout {
                 onTriggered: root.applyWanted()
             }
             HexCommandItem { command: root.commands.fill }
+            HexCommandItem { command: root.commands.xorSelection }
             HexCommandItem { command: root.commands.replaceAll }
             HexCommandItem { command: root.commands.selectAll }
             VOXMenuLine { }
@@ -53,6 +55,7 @@ RowLayout {
                 keyText: "Ctrl+S"
                 onTriggered: root.saveWanted()
             }
+            HexCommandItem { command: root.commands.saveSelection }
             VOXMenuItem {
                 text: "Close"
                 keyText: "Esc"

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Dialogs
 import QtQuick.Layouts
 import KvtEditor
 
@@ -36,7 +35,6 @@ Item {
         target: root.appState
         function onFileChanged(): void {
             saveDialog.close();
-            overwriteQuestion.close();
         }
     }
 
@@ -56,44 +54,14 @@ Item {
         onTaken: path => root.appState.openKvt(path)
     }
 
-    PickFileDialog {
+    SaveAs {
         id: saveDialog
-        objectName: "saveDialog"
-        title: "Save KVT"
-        fileMode: FileDialog.SaveFile
-        nameFilters: ["KVT files (*.kvt)"]
-        acceptLabel: "Save"
-        offeredName: root.appState.fileName
-        onTaken: path => {
-            const whole = FilePaths.withSuffix(path);
-            // A dialog that asks has asked about the name as it was typed.
-            const asked = FilePaths.dialogAsks && whole === path;
-            if (asked || !root.appState.replacesOtherFile(whole))
-                root.appState.saveKvt(whole);
-            else
-                overwriteQuestion.ask(whole);
-        }
-    }
-
-    VOXQuestion {
-        id: overwriteQuestion
-        objectName: "overwriteQuestion"
-
-        property string path
-
-        function ask(file: string): void {
-            path = file;
-            open();
-        }
-
-        question: "Replace " + path.slice(path.lastIndexOf("/") + 1) + "?"
-        explanation: "A file of this name is already there. What it holds will be lost."
-        onAnswered: yes => {
-            if (yes)
-                root.appState.saveKvt(path);
-            else
-                saveDialog.open();
-        }
+        dialog.objectName: "saveDialog"
+        dialog.title: "Save KVT"
+        dialog.nameFilters: ["KVT files (*.kvt)"]
+        dialog.offeredName: root.appState.fileName
+        suffix: ".kvt"
+        onTaken: path => root.appState.saveKvt(path)
     }
 
     RowLayout {
@@ -114,7 +82,8 @@ Item {
                     VOXLabel {
                         objectName: "unsavedMark"
                         parent: fileNameField.input
-                        anchors { right: parent.right; rightMargin: 12; verticalCenter: parent.verticalCenter }
+                        x: parent.width - width - 12
+                        y: (parent.height - height) / 2
                         visible: root.appState.fileName !== "" && root.unsaved !== ""
                         text: root.editing.changedBytes > 0 ? "● Not saved" : "● Edited"
                         color: VOXTheme.orangeBright
