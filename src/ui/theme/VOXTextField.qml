@@ -88,11 +88,6 @@ ColumnLayout {
         objectName: "field"
         Layout.fillWidth: true
         readOnly: root.locked
-        // No text cursor for what takes no text.
-        HoverHandler {
-            enabled: root.locked
-            cursorShape: Qt.ArrowCursor
-        }
         echoMode: root.secret ? TextInput.Password : TextInput.Normal
         Accessible.name: root.title
         // The platform keeps back the name of a field for passwords.
