@@ -30,8 +30,7 @@ DialogTest {
         const dialog = openAgain();
         compare(dialog.currentFolder, fixture.urlOf(at(folder)));
         compare(itemsIn(window.overlayItem, item => item instanceof Text && item.text === dialog.title).length, 1);
-        if (!unlisted.test(folder))
-            row("inner");
+        row("inner");
         verifyNoneChosen(dialog);
         return dialog;
     }
@@ -84,7 +83,7 @@ DialogTest {
         verifyTaken(openFolderDialog(data.folder, data.asker), data.folder);
     }
 
-    function test_enteredByDoubleClick_data() { return listedFolders_data(); }
+    function test_enteredByDoubleClick_data() { return folders_data(); }
 
     function test_enteredByDoubleClick(data) {
         const dialog = openFolderDialog(data.folder, sorter);
@@ -98,8 +97,7 @@ DialogTest {
         const dialog = openFolderDialog("odd", search, "odd/" + data.folder);
         mouseDoubleClickSequence(row(data.folder));
         tryCompare(dialog, "currentFolder", fixture.urlOf(at("odd/" + data.folder)));
-        if (!unlisted.test(data.folder))
-            row("first");
+        row("first");
         verifyNoneChosen(dialog);
         verifyTaken(dialog, "odd/" + data.folder);
     }
@@ -124,7 +122,7 @@ DialogTest {
         verifyTaken(dialog, "plain/bare");
     }
 
-    function test_parentFolder_data() { return listedFolders_data(); }
+    function test_parentFolder_data() { return folders_data(); }
 
     function test_parentFolder(data) {
         const dialog = openFolderDialog(data.folder);
@@ -186,7 +184,7 @@ DialogTest {
     }
 
     function test_chosenRow_data() {
-        return listedFolders_data().reduce((all, data) => all.concat(
+        return folders_data().reduce((all, data) => all.concat(
             ["bare", "inner", "other"].map(name => (
                 { tag: data.folder + "/" + name, folder: data.folder, name: name }))), []);
     }

@@ -23,8 +23,7 @@ DialogTest {
         click("saveFileButton");
         const dialog = find("saveDialog");
         tryVerify(() => dialog.visible);
-        if (!unlisted.test(folder))
-            row("inner");
+        row("inner");
         compare(nameField().text, "orig.kvt");
         return dialog;
     }
@@ -73,7 +72,7 @@ DialogTest {
         compare(app.hexModel.byteCount, size, path);
     }
 
-    function test_enteredFolderKeepsName_data() { return listedFolders_data(); }
+    function test_enteredFolderKeepsName_data() { return folders_data(); }
 
     function test_enteredFolderKeepsName(data) {
         const dialog = openSaveDialog(data.folder);
@@ -89,14 +88,13 @@ DialogTest {
         const dialog = openSaveDialog("odd", "odd/" + data.folder + "/first.kvt");
         mouseDoubleClickSequence(row(data.folder));
         tryCompare(dialog, "currentFolder", fixture.urlOf(at("odd/" + data.folder)));
-        if (!unlisted.test(data.folder))
-            row("first.kvt");
+        row("first.kvt");
         tryCompare(nameField(), "text", "orig.kvt");
         verifySaved(dialog, "odd/" + data.folder + "/orig.kvt");
         verifySize("odd/" + data.folder + "/first.kvt", 35);
     }
 
-    function test_typedNameGoesAlong_data() { return listedFolders_data(); }
+    function test_typedNameGoesAlong_data() { return folders_data(); }
 
     function test_typedNameGoesAlong(data) {
         const dialog = openSaveDialog(data.folder);
@@ -108,7 +106,7 @@ DialogTest {
         verifySize(data.folder + "/orig.kvt", 48);
     }
 
-    function test_folderEnteredByKey_data() { return listedFolders_data(); }
+    function test_folderEnteredByKey_data() { return folders_data(); }
 
     function test_folderEnteredByKey(data) {
         const dialog = openSaveDialog(data.folder);
@@ -120,7 +118,7 @@ DialogTest {
         verifySize(data.folder + "/inner/first.kvt", 32);
     }
 
-    function test_parentFolderKeepsName_data() { return listedFolders_data(); }
+    function test_parentFolderKeepsName_data() { return folders_data(); }
 
     function test_parentFolderKeepsName(data) {
         const dialog = openSaveDialog(data.folder);
@@ -134,7 +132,7 @@ DialogTest {
     }
 
     // The button enters a folder that is chosen, and the name is there again.
-    function test_chosenFolderIsEntered_data() { return listedFolders_data(); }
+    function test_chosenFolderIsEntered_data() { return folders_data(); }
 
     function test_chosenFolderIsEntered(data) {
         const dialog = openSaveDialog(data.folder);
@@ -162,7 +160,7 @@ DialogTest {
         verifySize("plain/inner/orig.kvt", 35);
     }
 
-    function test_chosenFileIsTaken_data() { return listedFolders_data(); }
+    function test_chosenFileIsTaken_data() { return folders_data(); }
 
     function test_chosenFileIsTaken(data) {
         const dialog = openSaveDialog(data.folder);
@@ -276,7 +274,7 @@ DialogTest {
         verifySaved(dialog, "plain/a.kvt");
     }
 
-    function test_fileChosenInEnteredFolder_data() { return listedFolders_data(); }
+    function test_fileChosenInEnteredFolder_data() { return folders_data(); }
 
     function test_fileChosenInEnteredFolder(data) {
         const dialog = openSaveDialog(data.folder, data.folder + "/inner/second.kvt");

@@ -15,6 +15,7 @@ Dialogs.FolderBreadcrumbBar {
     readonly property Dialogs.FileDialogImpl fileDialog: dialog as Dialogs.FileDialogImpl
     readonly property Dialogs.FolderDialogImpl folderDialog: dialog as Dialogs.FolderDialogImpl
     readonly property url place: fileDialog?.currentFolder ?? folderDialog?.currentFolder ?? ""
+    readonly property string placePath: "/" + FilePaths.pathFromUrl(place)
     readonly property ListView list: fileDialog?.Dialogs.FileDialogImpl.fileDialogListView
         ?? folderDialog?.Dialogs.FolderDialogImpl.folderDialogListView ?? null
     // Open or Save.
@@ -309,6 +310,14 @@ Dialogs.FolderBreadcrumbBar {
             if (root.accepting.enabled)
                 root.accepting.clicked();
         }
+    }
+
+    // The list takes the path for an address once more, and so looks in vain for a folder whose name has "#", "?" or an
+    // escape in it.
+    Binding {
+        target: root.list?.model ?? null
+        property: "folder"
+        value: /[#?%]/.test(root.placePath) ? FilePaths.fromTyped("", root.placePath).replace(/%/g, "%25") : root.place
     }
 
     // TRUCK.KVT is a tune file, too.
