@@ -64,6 +64,33 @@ Item {
         onTaken: path => root.appState.saveKvt(path)
     }
 
+    // In the field of the file's name.
+    VOXLabel {
+        objectName: "unsavedMark"
+        parent: fileNameField.input
+        anchors { right: parent.right; rightMargin: 12; verticalCenter: parent.verticalCenter }
+        visible: root.appState.fileName !== "" && root.unsaved !== ""
+        text: root.editing.changedBytes > 0 ? "● Not saved" : "● Edited"
+        color: VOXTheme.orangeBright
+        Accessible.description: root.unsaved
+
+        Rectangle {
+            anchors { fill: parent; margins: -4 }
+            z: -1
+            color: VOXTheme.input
+        }
+
+        HoverHandler {
+            id: unsavedHover
+        }
+
+        VOXToolTip {
+            objectName: "unsavedToolTip"
+            visible: unsavedHover.hovered
+            fullText: root.unsaved
+        }
+    }
+
     RowLayout {
         anchors { fill: parent; margins: 20 }
         spacing: 16
@@ -78,33 +105,6 @@ Item {
                     objectName: "fileNameField"
                     title: "Filename"
                     value: root.appState.fileName
-
-                    VOXLabel {
-                        objectName: "unsavedMark"
-                        parent: fileNameField.input
-                        x: parent.width - width - 12
-                        y: (parent.height - height) / 2
-                        visible: root.appState.fileName !== "" && root.unsaved !== ""
-                        text: root.editing.changedBytes > 0 ? "● Not saved" : "● Edited"
-                        color: VOXTheme.orangeBright
-                        Accessible.description: root.unsaved
-
-                        Rectangle {
-                            anchors { fill: parent; margins: -4 }
-                            z: -1
-                            color: VOXTheme.input
-                        }
-
-                        HoverHandler {
-                            id: unsavedHover
-                        }
-
-                        VOXToolTip {
-                            objectName: "unsavedToolTip"
-                            visible: unsavedHover.hovered
-                            fullText: root.unsaved
-                        }
-                    }
                 }
 
                 ReadOnlyField {
