@@ -141,6 +141,7 @@ Dialogs.FolderBreadcrumbBar {
         if (isRowChosen())
             return;
         const typing = nameField?.activeFocus === true;
+        const selection = [nameField?.selectionStart ?? 0, nameField?.selectionEnd ?? 0];
         if (list.currentItem)
             list.currentItem.focus = false;
         list.currentIndex = -1;
@@ -148,6 +149,9 @@ Dialogs.FolderBreadcrumbBar {
         if (typing)
             nameField.forceActiveFocus();
         correct();
+        // It went with the keyboard.
+        if (typing)
+            nameField.select(selection[0], selection[1]);
     }
 
     // The dialog closes the path's field by itself, but opens it again when a row took the focus meanwhile.
