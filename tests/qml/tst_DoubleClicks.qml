@@ -215,25 +215,31 @@ ViewTest {
         app.openKvt(fixture.tempPath("rows/29.kvt"));
         app.setStatus("", -1);
         render();
-        const button = find(data.tag);
+        const opener = find(data.tag);
         const dialog = find(data.dialog);
         const rows = () => find("fileDialogListView", window.overlayItem);
-        const place = () => rows().mapFromItem(button, button.width - 2, button.height / 2);
+        const place = () => rows().mapFromItem(opener, opener.width - 2, opener.height / 2);
         const rowThere = () => rows().itemAt(place().x, place().y + rows().contentY);
-        mouseDoubleClickAround(button, () => {
+        mouseDoubleClickAround(opener, () => {
             tryVerify(() => dialog.visible);
             tryVerify(rowThere);
-        }, button.width - 2, button.height / 2);
+        }, opener.width - 2, opener.height / 2);
         compare(app.status, "");
         verify(dialog.visible);
         // Nor is a click beside the dialog meant for it.
         mouseClick(window.contentItem, 10, window.height - 10);
         verify(dialog.visible);
-        // A row takes its own, once the list is whole and at rest.
+        // A row takes its own, once the list is whole and at rest. It is read more than once: a row that goes
+        // meanwhile takes none.
         tryCompare(rows(), "count", 20);
-        tryVerify(() => !rows().moving && rowThere());
-        render();
-        mouseDoubleClickSequence(rowThere());
+        const taken = () => !dialog.visible || button("Yes") !== undefined;
+        tryVerify(() => {
+            if (!taken() && !rows().moving && rowThere()) {
+                render();
+                mouseDoubleClickSequence(rowThere());
+            }
+            return taken();
+        });
         if (data.dialog === "saveDialog")
             confirmOverwriting();
         tryVerify(() => !dialog.visible);
