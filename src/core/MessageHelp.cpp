@@ -39,7 +39,7 @@ MessageHelp::MessageHelp(const QString &chapter)
 
     const QStringList lines = chapter.split('\n'_L1);
     for (const QString &line : lines) {
-        // What stands before the first bar and behind the last is empty.
+        // What stands before the first bar and after the last is empty.
         const QStringList cells = line.split('|'_L1);
         if (cells.size() != 5)
             continue;

@@ -183,6 +183,16 @@ ViewTest {
         compare(app.status, "UInt8 set at 0x0.");
     }
 
+    function test_copiesWhatWasClicked() {
+        fixture.fillHex(256);
+        app.hexModel.cursor = 7;
+        const panel = show();
+        mouseClick(find("UInt8/0", panel));
+        app.hexModel.cursor = 9;
+        tryCompare(app, "status", "UInt8 copied.");
+        compare(fixture.clipboardText(), "7");
+    }
+
     function test_doubleClickLeavesTheClipboard() {
         fixture.fillHex(256);
         app.copyText("99", "");

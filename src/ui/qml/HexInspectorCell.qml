@@ -76,10 +76,10 @@ Rectangle {
         // What may be the first of two clicks waits for the second: it would take the clipboard from who wants to
         // paste into the value.
         onClicked: {
-            if (root.editable)
-                copying.start();
-            else
-                root.copy();
+            if (!root.editable)
+                return root.copy();
+            copying.text = root.value;
+            copying.restart();
         }
         onDoubleClicked: {
             copying.stop();
@@ -88,8 +88,12 @@ Rectangle {
 
         Timer {
             id: copying
+
+            // As it was when it was clicked.
+            property string text
+
             interval: Application.styleHints.mouseDoubleClickInterval
-            onTriggered: root.copy()
+            onTriggered: root.appState.copyText(text, root.label)
         }
     }
 
