@@ -285,9 +285,9 @@ void EndpointTest::checkRequests(const EndpointOperation &operation, const RawAn
 
 void EndpointTest::checkNextGoodOne(const EndpointOperation &operation)
 {
+    // Qt may have repeated the last GET without waiting for its answer; here it cannot take the good one.
+    m_server = std::make_unique<RawHttpServer>();
     m_fixture->setApiBase(m_server->baseUrl());
-    const int requests = m_server->requestCount();
-    m_server->answerAlways(answerWith("{}"));
     m_server->answerNext(answerWith(operation.goodAnswer));
     // The lists may be empty by now, and the open file another.
     QVERIFY(m_fixture->settle());
@@ -296,7 +296,7 @@ void EndpointTest::checkNextGoodOne(const EndpointOperation &operation)
     QCOMPARE(m_fixture->state().status(), QString::fromUtf8(operation.goodStatus));
     QCOMPARE(m_fixture->state().statusOK(), 1);
     QVERIFY(!m_fixture->state().busy());
-    QCOMPARE(m_server->requestCount() - requests, operation.goodRequests);
+    QCOMPARE(m_server->requestCount(), operation.goodRequests);
     if (operation.decoding == Decoding::Silent)
         QCOMPARE(m_fixture->state().vin(), u"GOODVIN"_s);
     if (*operation.savedName != '\0')

@@ -67,7 +67,7 @@ protected:
     void checkStatuses(const EndpointOperation &operation);
     /// Number of connections to the server that gave this answer, and of requests.
     void checkRequests(const EndpointOperation &operation, const RawAnswer &answer);
-    /// Uses the test's own server again.
+    /// Replaces the test's server by a new one.
     void checkNextGoodOne(const EndpointOperation &operation);
 
     std::unique_ptr<RawHttpServer> m_server;
