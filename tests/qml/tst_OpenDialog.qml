@@ -315,4 +315,83 @@ DialogTest {
         tryVerify(() => !dialog.visible);
         compare(dialog.selectedFile, fixture.urlOf(at("plain/m." + data.type)));
     }
+
+    function openForSeveral(): var {
+        ++number;
+        for (const name of ["a", "b", "c", "d"])
+            write("plain/" + name + ".kvt", 33);
+        write("plain/inner/first.kvt", 32);
+        app.openKvt(at("plain/d.kvt"));
+        app.tab = "sorter";
+        click("sorterBrowseFilesButton");
+        row("d.kvt");
+        verifyNoneChosen();
+        return find("sorterFilesDialog");
+    }
+
+    function press(name: string, modifiers: int): void {
+        mouseClick(row(name), undefined, undefined, Qt.LeftButton, modifiers);
+    }
+
+    function test_severalFiles_data() {
+        return [
+            { tag: "control", presses: [["a"], ["c", Qt.ControlModifier]], taken: ["a", "c"] },
+            { tag: "control-again", presses: [["a"], ["c", Qt.ControlModifier], ["a", Qt.ControlModifier]],
+              taken: ["c"] },
+            { tag: "control-first", presses: [["b", Qt.ControlModifier], ["a", Qt.ControlModifier]], taken: ["a", "b"] },
+            { tag: "shift", presses: [["b"], ["d", Qt.ShiftModifier]], taken: ["b", "c", "d"] },
+            { tag: "shift-back", presses: [["c"], ["a", Qt.ShiftModifier]], taken: ["a", "b", "c"] },
+            { tag: "anew", presses: [["a"], ["c", Qt.ControlModifier], ["b"]], taken: ["b"] }
+        ];
+    }
+
+    function test_severalFiles(data) {
+        const dialog = openForSeveral();
+        for (const [name, modifiers] of data.presses)
+            press(name + ".kvt", modifiers ?? Qt.NoModifier);
+        mouseClick(button("Open"));
+        tryVerify(() => !dialog.visible);
+        compare([...find("sorterView").files].sort().map(path => "/" + path),
+                data.taken.map(name => at("plain/" + name + ".kvt")));
+    }
+
+    function test_allFiles() {
+        const dialog = openForSeveral();
+        press("b.kvt");
+        keyClick(Qt.Key_A, Qt.ControlModifier);
+        keyClick(Qt.Key_Return);
+        tryVerify(() => !dialog.visible);
+        compare(find("sorterView").files.length, 4);
+    }
+
+    // What another folder or the arrow keys choose is not taken along with what was marked.
+    function test_marksEnd_data() {
+        return [
+            { tag: "arrow", leave: () => keyClick(Qt.Key_Up), then: "a.kvt" },
+            { tag: "folder", leave: () => {
+                mouseDoubleClickSequence(row("inner"));
+                choose("first.kvt");
+            }, then: "inner/first.kvt" }
+        ];
+    }
+
+    function test_marksEnd(data) {
+        const dialog = openForSeveral();
+        press("c.kvt");
+        press("b.kvt", Qt.ShiftModifier);
+        data.leave();
+        mouseClick(button("Open"));
+        tryVerify(() => !dialog.visible);
+        compare([...find("sorterView").files].map(path => "/" + path), [at("plain/" + data.then)]);
+    }
+
+    function test_sizesAreFresh() {
+        const sizes = () => itemsIn(row("m.kvt"), item => /bytes$/.test(item.text ?? "")).map(item => item.text);
+        const dialog = openDialog("plain");
+        compare(sizes(), ["34 bytes"]);
+        dialog.close();
+        write("plain/m.kvt", 99);
+        openAgain();
+        tryVerify(() => sizes().join() === "99 bytes", 5000, "The size is still " + sizes());
+    }
 }

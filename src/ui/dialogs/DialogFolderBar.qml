@@ -30,6 +30,8 @@ Dialogs.FolderBreadcrumbBar {
     // The folder that was shown last, and the file that `fileName` meant there.
     property url lastFolder
     property url namedFile
+    // The folder that was shown when the dialog last opened.
+    property string readPath
     // What the name field shows. The dialog would show the last part of a path alone.
     property string shownName
     // Whether the chosen row has to be found again, in a folder that is being read anew.
@@ -53,7 +55,17 @@ Dialogs.FolderBreadcrumbBar {
         lastFolder = fileDialog?.currentFolder ?? "";
         shownName = fileName;
         remarking = false;
+        readAnew();
         enterFolder();
+    }
+
+    // A folder that was shown before still has the sizes and dates of then. Sorting reads them.
+    function readAnew(): void {
+        if (placePath === readPath) {
+            list.model.sortReversed = true;
+            list.model.sortReversed = false;
+        }
+        readPath = placePath;
     }
 
     // What is typed next replaces the name up to its suffix.
@@ -66,6 +78,7 @@ Dialogs.FolderBreadcrumbBar {
     }
 
     function enterFolder(): void {
+        MarkedFiles.files = [];
         correct();
         correction.start();
     }
@@ -86,6 +99,8 @@ Dialogs.FolderBreadcrumbBar {
         if (takingPath)
             return;
         const row = list.currentItem;
+        if (row?.file !== MarkedFiles.pressed)
+            MarkedFiles.files = [];
         if (!isRowChosen()) {
             correct();
         } else {
@@ -322,6 +337,12 @@ Dialogs.FolderBreadcrumbBar {
         target: root.list?.model ?? null
         property: "folder"
         value: /[#?%]/.test(root.placePath) ? FilePaths.fromTyped("", root.placePath).replace(/%/g, "%25") : root.place
+    }
+
+    Shortcut {
+        sequences: [StandardKey.SelectAll]
+        enabled: MarkedFiles.several && root.dialog.visible
+        onActivated: MarkedFiles.markRows(root.list.model, 0, root.list.count - 1)
     }
 
     // TRUCK.KVT is a tune file, too.

@@ -1,6 +1,7 @@
 pragma ComponentBehavior: Bound
 
 import QtQuick
+import KvtEditor
 
 // What a row of Qt's own dialogs for files and folders shows: the name, and below it size and date.
 Item {
@@ -12,9 +13,28 @@ Item {
     property color fileDetailRowTextColor
 
     readonly property real textsLeft: picture.width + delegate.spacing
+    readonly property bool marked: MarkedFiles.isMarked(delegate.file)
 
     implicitWidth: 200
     implicitHeight: name.height + details.height
+
+    Rectangle {
+        parent: root.delegate
+        anchors.fill: parent
+        z: -1
+        visible: root.marked
+        opacity: 0.3
+        color: VOXTheme.orange
+    }
+
+    TapHandler {
+        parent: root.delegate
+        enabled: MarkedFiles.several
+        onPressedChanged: {
+            if (pressed)
+                MarkedFiles.press(root.delegate.ListView.view.model, root.delegate.index, point.modifiers);
+        }
+    }
 
     Image {
         id: picture

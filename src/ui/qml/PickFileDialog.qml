@@ -14,12 +14,19 @@ FileDialog {
     signal taken(string path)
 
     function ask(): void {
+        MarkedFiles.begin(fileMode === FileDialog.OpenFiles);
         selectedNameFilter.index = 0;
         if (!stays)
             currentFolder = appState.dialogFolder();
         if (offeredName !== "")
             selectedFile = FilePaths.inFolder(currentFolder, offeredName);
         open();
+    }
+
+    // All of them, where the dialog takes several.
+    function paths(): var {
+        const urls = MarkedFiles.files.length > 0 ? MarkedFiles.files : selectedFiles;
+        return Array.from(urls, url => FilePaths.pathFromUrl(url));
     }
 
     onAccepted: taken(FilePaths.pathFromUrl(selectedFile))

@@ -13,10 +13,6 @@ Item {
     // From the click until the copies are made.
     property bool sorting: false
 
-    function chooseFiles(urls: var): void {
-        files = Array.from(urls, url => FilePaths.pathFromUrl(url));
-    }
-
     function forget(): void {
         files = [];
         folder = "";
@@ -37,7 +33,7 @@ Item {
         fileMode: FileDialog.OpenFiles
         nameFilters: ["KVT (*.kvt)"]
         stays: root.files.length > 0
-        onAccepted: root.chooseFiles(selectedFiles)
+        onAccepted: root.files = paths()
     }
 
     PickFolderDialog {
