@@ -1,5 +1,6 @@
 #include "api/VoxApiClient.h"
 
+#include "api/Inflater.h"
 #include "api/JsonReading.h"
 #include "api/ServiceConfig.h"
 #include "api/UploadBody.h"
@@ -23,9 +24,13 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype shownBodyBytes = 300;
-// Erased flash compresses by far more than 40 to 1, which Qt takes for a decompression bomb. Answers up to
-// the size of a module's memory skip that check.
+// What unpacks to more than this many times its size is taken for a decompression bomb. Erased flash does, so
+// answers up to the size of a module's memory may.
+constexpr qint64 mostUnpacked = 40;
 constexpr qint64 largestImage = 64 * 1024 * 1024;
+// How much may arrive ahead of what is read.
+constexpr qint64 mostAhead = 2 * 1024 * 1024;
+const QString decompressionFailed = u"Decompression failed."_s;
 
 const QString sessionTokenKey = u"session_token"_s;
 const QString calIdKey = u"cal_id"_s;
@@ -36,7 +41,8 @@ QNetworkRequest requestTo(const QString &address)
 {
     QNetworkRequest request{QUrl(address)};
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    request.setDecompressedSafetyCheckThreshold(largestImage);
+    // Asked for by name, Qt leaves the unpacking to us.
+    request.setRawHeader("Accept-Encoding", "gzip");
     return request;
 }
 
@@ -150,6 +156,12 @@ QString errorText(const QNetworkReply *reply, qint64 size)
     return text == QCoreApplication::translate("QIODevice", "Unknown error") ? brokenOffText(reply) : text;
 }
 
+bool isPacked(const QNetworkReply *reply)
+{
+    const QByteArray encoding = reply->rawHeader("Content-Encoding").trimmed().toLower();
+    return encoding == "gzip" || encoding == "deflate";
+}
+
 // The body of an answer. Read as it arrives; reading it in one piece at the end would hold it in memory three
 // times.
 class Body
@@ -161,39 +173,67 @@ public:
     {
     }
 
-    bool isTooLong() const { return m_isTooLong; }
+    /// Why there is no more to be read; empty as long as there is.
+    QString fault() const { return m_fault; }
+    /// Whether it was packed and its end is missing.
+    bool isUnfinished() const { return m_inflater && m_inflater->state() == Inflater::State::Unfinished; }
     const QByteArray &bytes() const { return m_bytes; }
 
     void take(QNetworkReply *reply)
     {
         // An announced length may lie, so what arrives is counted as well.
         if (reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > m_most)
-            giveUp();
-        for (qint64 more = reply->bytesAvailable(); more > 0 && !m_isTooLong;
+            giveUp(tooLong());
+        for (qint64 more = reply->bytesAvailable(); more > 0 && m_fault.isEmpty();
              more = reply->bytesAvailable()) {
-            const qsizetype had = m_bytes.size();
-            if (more > m_most - had) {
-                giveUp();
-                return;
-            }
-            m_bytes.resize(had + more);
-            const qint64 count = reply->read(m_bytes.data() + had, more);
-            m_bytes.resize(had + std::max<qint64>(count, 0));
-            if (count <= 0)
+            if (!(isPacked(reply) ? unpack(reply->read(more)) : append(reply, more)))
                 return;
         }
     }
 
 private:
-    void giveUp()
+    static QString tooLong()
     {
-        m_isTooLong = true;
+        return QString::fromStdString(std::make_error_code(std::errc::file_too_large).message());
+    }
+
+    bool append(QNetworkReply *reply, qint64 more)
+    {
+        const qsizetype had = m_bytes.size();
+        if (more > m_most - had)
+            return giveUp(tooLong());
+        m_bytes.resize(had + more);
+        const qint64 count = reply->read(m_bytes.data() + had, more);
+        m_bytes.resize(had + std::max<qint64>(count, 0));
+        return count > 0;
+    }
+
+    bool unpack(const QByteArray &packed)
+    {
+        if (!m_inflater)
+            m_inflater.emplace();
+        m_packedSize += packed.size();
+        const qint64 credible = std::max(largestImage, m_packedSize * mostUnpacked);
+        m_inflater->add(packed, m_bytes, std::min(m_most, credible));
+        if (m_bytes.size() > m_most)
+            return giveUp(tooLong());
+        if (m_bytes.size() > credible || m_inflater->state() == Inflater::State::Broken)
+            return giveUp(decompressionFailed);
+        return !packed.isEmpty();
+    }
+
+    bool giveUp(const QString &fault)
+    {
+        m_fault = fault;
         m_bytes = {};
+        return false;
     }
 
     qint64 m_most;
     QByteArray m_bytes;
-    bool m_isTooLong = false;
+    QString m_fault;
+    std::optional<Inflater> m_inflater;
+    qint64 m_packedSize = 0;
 };
 
 // The deployment's fields, overridden by the request's own.
@@ -454,11 +494,12 @@ QNetworkAccessManager *VoxApiClient::newManager()
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
     const auto body = std::make_shared<Body>(m_largestAnswer);
+    reply->setReadBufferSize(mostAhead);
     const auto take = [reply, body] {
-        const bool wasTooLong = body->isTooLong();
+        const bool wasFine = body->fault().isEmpty();
         body->take(reply);
         // Queued: abort() emits finished(), but Qt still reports progress after readyRead() returns.
-        if (body->isTooLong() && !wasTooLong)
+        if (wasFine && !body->fault().isEmpty())
             QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
     };
     connect(reply, &QNetworkReply::metaDataChanged, this, take);
@@ -468,11 +509,11 @@ void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager
         [reply, manager, body, finished = std::move(finished)] {
             const QPointer<QNetworkAccessManager> kept(manager);
             body->take(reply);
-            if (body->isTooLong())
-                finished(reply, {},
-                         QString::fromStdString(std::make_error_code(std::errc::file_too_large).message()));
-            else
-                finished(reply, body->bytes(), errorText(reply, body->bytes().size()));
+            QString error = body->fault().isEmpty() ? errorText(reply, body->bytes().size()) : body->fault();
+            if (body->isUnfinished() && error.isEmpty())
+                error = decompressionFailed;
+            // Half a file must not pass for a whole one.
+            finished(reply, body->isUnfinished() ? QByteArray() : body->bytes(), error);
             if (!kept)
                 return;
             reply->deleteLater();

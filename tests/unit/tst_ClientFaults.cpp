@@ -223,9 +223,13 @@ void TestClientFaults::answer_data()
     delivers("json-duplicate-keys", httpAnswer(200, R"({"status":"no","status":"ok"})"),
              R"({"status":"no","status":"ok"})", true);
     delivers("gzip", httpAnswer(200, gzippedObject, "Content-Encoding: gzip\r\n"), object, true);
-    fault("gzip-truncated", httpAnswer(200, gzippedObject.left(20), "Content-Encoding: gzip\r\n"),
-          Expect::Either);
-    fault("gzip-that-is-not", httpAnswer(200, "plain text", "Content-Encoding: gzip\r\n"), Expect::Either);
+    failsWith("gzip-truncated", httpAnswer(200, gzippedObject.left(20), "Content-Encoding: gzip\r\n"), none,
+              false);
+    failsWith("gzip-with-more", httpAnswer(200, gzippedObject + "x", "Content-Encoding: gzip\r\n"), none,
+              false);
+    failsWith("gzip-that-is-not", httpAnswer(200, "plain text", "Content-Encoding: gzip\r\n"), none, false);
+    delivers("gzip-of-nothing", httpAnswer(200, none, "Content-Encoding: gzip\r\n"), none, false);
+    delivers("unknown-encoding", httpAnswer(200, object, "Content-Encoding: utf-8\r\n"), object, true);
 }
 
 void TestClientFaults::answer()

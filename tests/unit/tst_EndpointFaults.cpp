@@ -115,8 +115,8 @@ QList<Fault> faults()
         {"json-byte-order-mark", ok("\xef\xbb\xbf" + bareObject), Arrives::Body, "\xef\xbb\xbf" + bareObject},
         {"json-duplicate-keys", ok(bareObjectTwice), Arrives::Body, bareObjectTwice},
         {"gzip", {httpAnswer(200, gzippedObject, gzip)}, Arrives::Body, bareObject},
-        {"gzip-truncated", {httpAnswer(200, gzippedObject.left(20), gzip)}, Arrives::Either, none},
-        {"gzip-that-is-not", {httpAnswer(200, "plain text", gzip)}, Arrives::Either, none},
+        {"gzip-truncated", {httpAnswer(200, gzippedObject.left(20), gzip)}, Arrives::ErrorAndBody, none},
+        {"gzip-that-is-not", {httpAnswer(200, "plain text", gzip)}, Arrives::ErrorAndBody, none},
     };
 }
 
