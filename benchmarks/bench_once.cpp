@@ -6,7 +6,8 @@
 //                         The last two also print the process's peak in MiB, and trust the certificate in the
 //                         file BENCH_AUTHORITY.
 //   bench_once find zeros|noise NEEDLE-LENGTH REPEATS
-//                         The editor's search and the C library's memmem in turn, a line for each repeat.
+//                         The editor's search, and the C library's memchr for a byte that is nowhere, in
+//                         turn, a line for each repeat.
 //   bench_once count zeros|noise NEEDLE-LENGTH REPEATS
 //                         All matches counted by the editor, and by memmem from each match on.
 //   bench_once compare FILE OTHER
@@ -138,13 +139,14 @@ int find(const QStringList &arguments)
         const double begin = processorMilliseconds();
         state.hexFind(query);
         const double between = processorMilliseconds();
-        const void *const found = memmem(haystack.constData(), static_cast<size_t>(haystack.size()),
-                                         needle.constData(), static_cast<size_t>(needle.size()));
+        // The last byte of each needle is nowhere.
+        const void *const found =
+            memchr(haystack.constData(), needle.back(), static_cast<size_t>(haystack.size()));
         const double end = processorMilliseconds();
         if (state.status() != "Not found."_L1)
             return fail("the editor found what is not there");
         if (found)
-            return fail("memmem found what is not there");
+            return fail("memchr found what is not there");
         std::printf("%.2f %.2f\n", between - begin, end - between);
     }
     return 0;

@@ -88,7 +88,7 @@ void begin()
         run.key = Qt::Key_Right;
     else if (key == "digit"_L1)
         run = {nullptr, {}, 0, Qt::Key_A, u"A"_s};
-    whenShown([](QQuickWindow *window) {
+    whenStarted([](QQuickWindow *window) {
         run.window = window;
         AppState *const state = controllerOf(window);
         // Nobody answers there: the file is not to be sent anywhere.
@@ -98,9 +98,9 @@ void begin()
             giveUp("bench_scroll: BENCH_FILE names no file");
         state->setShowHex(true);
         if (const QString other = qEnvironmentVariable("BENCH_OTHER"); !other.isEmpty())
-            QTimer::singleShot(1000, window, [state, other] { addMarks(run, state, other); });
-        // By then the sending has failed, and all views are made.
-        QTimer::singleShot(3000, window, [window] {
+            QTimer::singleShot(500, window, [state, other] { addMarks(run, state, other); });
+        // By then the sending has failed, and the comparison is made.
+        QTimer::singleShot(1500, window, [window] {
             QQuickItem *const rows = findItem(window->contentItem(), u"hexRows"_s);
             if (!rows)
                 giveUp("bench_scroll: there are no rows");

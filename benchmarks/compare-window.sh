@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Measures what the user sees beside public tools, on a display in memory: the start, memory, long lists, scrolling.
-# Five times each in one run, warm; prints medians, one line per row, with tabs between
+# Five times each in one run, warm; prints medians with the least and the largest, one line per row, with tabs between
 #   work, ours, unit, theirs, against, ratio, required
 # A row whose tool or program is missing says "not measured"; the way to get it goes to the standard error stream.
 #   benchmarks/compare-window.sh [BUILD-FOLDER]   (build/release by default)
@@ -13,7 +13,8 @@ if [[ ${1-} == -h || ${1-} == --help ]]; then
 fi
 top=$(dirname "$(dirname "$self")")
 build=$(realpath "${1:-$top/build/release}")
-repeats=5
+# shellcheck source=benchmarks/figures.sh
+source "$top/benchmarks/figures.sh"
 
 say() { printf 'compare-window: %s\n' "$*" >&2; }
 has() { command -v "$1" >/dev/null; }
@@ -50,16 +51,12 @@ export DISPLAY=:$number
 openbox >/dev/null 2>&1 &
 children+=($!)
 
-row() {
-  awk -v w="$1" -v o="$2" -v u="$3" -v t="$4" -v a="$5" -v r="$6" \
-    'BEGIN { printf "%s\t%.1f\t%s\t%.1f\t%s\t%.2f\t%s\n", w, o, u, t, a, o / t, r }'
-}
 not_measured() { printf '%s\tnot measured\t-\t-\t%s\t-\t%s\n' "$1" "$2" "$3"; }
-median() { sort -g | sed -n "$(((repeats + 1) / 2))p"; }
 ours=$build/kvteditor
 probe=$build/benchmarks/window_probe
-# Of a program's values, one line for each repeat: the median of a column.
-column() { cut -d' ' -f"$2" "$work/$1" | median; }
+empty=$build/benchmarks/empty_window
+# Of a program's values, one line for each repeat: the spread of a column.
+column() { cut -d' ' -f"$2" "$work/$1" | spread; }
 # A program's own messages matter only when it fails.
 quietly() { "$@" 2>"$work/errors" || { tail -n 5 "$work/errors" >&2; say "$1 failed"; exit 1; }; }
 measure() { quietly "$probe" "$1" "${@:3}" >>"$work/$2"; }
@@ -73,7 +70,7 @@ for package in ghex okteta wxhexeditor; do
     say "there is no $package; scripts/setup.sh $package installs it"
   fi
 done
-for program in "$ours" "$probe" "$build/benchmarks/bench_items" "$build/benchmarks/bench_scroll"; do
+for program in "$ours" "$probe" "$empty" "$build/benchmarks/"bench_{items,scroll}; do
   [[ -x $program ]] || say "there is no $program; build it first"
 done
 
@@ -92,15 +89,17 @@ compare_start() {
       [[ $tool == ours ]] || program=${command_of[$tool]}
       measure frame "$values" "$program"
     done
+    ((i == 0)) || measure frame empty.start "$empty"
   done
   for tool in "${tools[@]}"; do
     say "start of $tool: $(column "$tool.start" 1) ms"
     if [[ -z $fastest ]] \
-      || awk -v a="$(column "$tool.start" 1)" -v b="$(column "$fastest.start" 1)" 'BEGIN { exit !(a < b) }'; then
+      || awk -v a="$(column "$tool.start" 1)" -v b="$(column "$fastest.start" 1)" 'BEGIN { exit !(a + 0 < b + 0) }'; then
       fastest=$tool
     fi
   done
-  row "$what" "$(column ours.start 1)" ms "$(column "$fastest.start" 1)" "$fastest" "<= 1.0"
+  line "$what" "$(column ours.start 1)" ms "$(column "$fastest.start" 1)" "$fastest" 1.0
+  line "$what, beside an empty window" "$(column ours.start 1)" ms "$(column empty.start 1)" "empty window" 1.3
 }
 
 compare_memory() {
@@ -115,9 +114,12 @@ compare_memory() {
   for ((i = 0; i < repeats; ++i)); do
     measure memory ours.memory "$ours" "$@"
     measure memory okteta.memory okteta "$@"
+    (($#)) || measure memory empty.memory "$empty"
   done
-  row "$what, resident" "$(column ours.memory 1)" MiB "$(column okteta.memory 1)" okteta "<= 1.0"
-  row "$what, proportional" "$(column ours.memory 2)" MiB "$(column okteta.memory 2)" okteta "<= 1.0"
+  line "$what, resident" "$(column ours.memory 1)" MiB "$(column okteta.memory 1)" okteta 1.0
+  line "$what, proportional" "$(column ours.memory 2)" MiB "$(column okteta.memory 2)" okteta 1.0
+  (($#)) || line "$what, resident, beside an empty window" "$(column ours.memory 1)" MiB "$(column empty.memory 1)" \
+    "empty window" 1.3
 }
 
 compare_lists() {
@@ -133,12 +135,12 @@ compare_lists() {
   done
   cut -f1 "$work/items100000" | head -n "$(($(wc -l <"$work/items100000") / repeats))" >"$work/names"
   while read -r name; do
-    many=$(awk -F'\t' -v n="$name" '$1 == n { print $2 }' "$work/items100000" | median)
-    row "100,000 items in an answer to the list drawn: $name" "$many" ms 1000 "limit" "<= 1.0"
+    many=$(awk -F'\t' -v n="$name" '$1 == n { print $2 }' "$work/items100000" | spread)
+    line "100,000 items in an answer to the list drawn: $name" "$many" ms 300 "limit" 1.0
     # Of this the time computed: it grows with the items only, whatever else the machine does.
-    many=$(awk -F'\t' -v n="$name" '$1 == n { print $3 }' "$work/items100000" | median)
-    few=$(awk -F'\t' -v n="$name" '$1 == n { print $3 }' "$work/items10000" | median)
-    row "100,000 items against 10,000, computed: $name" "$many" ms "$few" "ourselves" "<= 12"
+    many=$(awk -F'\t' -v n="$name" '$1 == n { print $3 }' "$work/items100000" | spread)
+    few=$(awk -F'\t' -v n="$name" '$1 == n { print $3 }' "$work/items10000" | spread)
+    line "100,000 items against 10,000, computed: $name" "$many" ms "$few" "ourselves" 12
   done <"$work/names"
 }
 
@@ -153,11 +155,12 @@ compare_scrolling() {
   for ((i = 0; i < repeats; ++i)); do
     BENCH_FILE=$work/image.kvt quietly "$bench" >>"$work/scroll"
   done
-  value() { sed -n "s/^$1 \([0-9.]*\) .*/\1/p" "$work/scroll" | median; }
+  value() { sed -n "s/^$1 \([0-9.]*\) .*/\1/p" "$work/scroll" | spread; }
   say "median frame while scrolling: $(value 'page, median') ms"
-  row "$what, slowest frame" "$(value 'page, slowest')" ms 16 "limit" "<= 1.0"
-  row "$what, memory against page 100" "$(value 'memory after page 1000')" MiB \
-    "$(value 'memory after page 100')" "ourselves" "<= 1.01"
+  line "$what, slowest frame" "$(value 'page, slowest')" ms 12 "limit" 1.0
+  line "$what, 99th of 100 frames" "$(value 'page, 99th')" ms 8.3 "limit" 1.0
+  line "$what, memory against page 100" "$(value 'memory after page 1000')" MiB \
+    "$(value 'memory after page 100')" "ourselves" 1.01
 }
 
 # Each key to the frame that shows it, first plain, then with everything in sight that can be.
@@ -173,7 +176,7 @@ compare_editing() {
       for ((i = 0; i < repeats; ++i)); do
         BENCH_FILE=$work/image.kvt BENCH_KEY=$key BENCH_OTHER=${shows:+$work/other.kvt} quietly "$bench" >>"$work/scroll"
       done
-      row "1,000 times the key $key in 256 MiB$shows, slowest frame" "$(value 'page, slowest')" ms 16 "limit" "<= 1.0"
+      line "1,000 times the key $key in 256 MiB$shows, slowest frame" "$(value 'page, slowest')" ms 16 "limit" 1.0
     done
   done
 }

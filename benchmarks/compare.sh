@@ -2,15 +2,16 @@
 # Compares the editor with public tools that do the same work. After a warm-up run, the two run alternately, five times
 # each; prints medians and ratios. The peak memory of the whole program and the program's own memory, which is
 # subtracted from the peaks of transfers, are measured once. Makes its own data, some 3 GB in the temporary folder, and
-# takes about ten minutes. Writes docs/performance.md, and fails when a required figure is not reached.
+# takes less than ten minutes. Writes docs/performance.md with this and up to two earlier runs of the same program, and
+# fails when a required figure is not reached in each of them.
 #   benchmarks/compare.sh [--only REGEX] [BUILD-FOLDER]    BUILD-FOLDER: a Release build, build/release by default
-# With --only, just the groups whose names match are measured (search find open row edit sorter upload transfer window),
-# and no document is written.
+# With --only, just the groups whose names match are measured (idle search find open row edit sorter upload transfer
+# window), and no document is written.
 set -euo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 top=$(dirname "$here")
-repeats=5
+runs_shown=3
 
 usage() {
   sed -n '2,/^set/s/^# \{0,1\}//p' "${BASH_SOURCE[0]}"
@@ -20,6 +21,17 @@ die() {
   printf 'compare: %s\n' "$1" >&2
   exit 2
 }
+
+# Called by itself on a display. The first pair warms the caches.
+if [[ ${1-} == --starts ]]; then
+  # shellcheck source=benchmarks/figures.sh
+  source "$here/figures.sh"
+  for ((i = 0; i <= repeats; ++i)); do
+    without=$(BENCH_BEGIN=$(date +%s%N) "$2") with=$(BENCH_BEGIN=$(date +%s%N) "$2" "$3")
+    ((i == 0)) || awk -v o="$with" -v t="$without" 'BEGIN { printf "%.1f\n", o - t }'
+  done
+  exit
+fi
 
 only=
 while (($#)); do
@@ -41,12 +53,16 @@ for tool in curl find; do
   command -v "$tool" >/dev/null || die "there is no $tool on this machine"
 done
 
+# shellcheck source=benchmarks/figures.sh
+source "$here/figures.sh"
 work=$(mktemp -d)
 rows=$work/rows
 : >"$rows"
 service=
 stop_nginx() { [[ ! -f $work/nginx.pid ]] || kill "$(<"$work/nginx.pid")" 2>/dev/null || true; }
 finish() {
+  local job
+  for job in $(jobs -p); do kill "$job" 2>/dev/null || true; done
   [[ -z $service ]] || kill "$service" 2>/dev/null || true
   stop_nginx
   rm -rf "$work"
@@ -54,8 +70,6 @@ finish() {
 trap finish EXIT
 
 ### Measuring
-
-median() { sort -g | awk '{ value[NR] = $1 } END { print value[int((NR + 1) / 2)] }'; }
 
 # Milliseconds of a command, its output thrown away.
 clock() {
@@ -66,7 +80,7 @@ clock() {
   awk -v b="$begin" -v e="$end" 'BEGIN { printf "%.2f\n", (e - b) / 1e6 }'
 }
 
-# Runs two commands in turn, each of which prints one figure, and leaves their medians in $ours and $theirs.
+# Runs two commands in turn, each of which prints one figure, and leaves their spreads in $ours and $theirs.
 in_turn() {
   local i
   "$1" >/dev/null
@@ -76,16 +90,22 @@ in_turn() {
     "$1" >>"$work/first"
     "$2" >>"$work/second"
   done
-  ours=$(median <"$work/first") theirs=$(median <"$work/second")
+  ours=$(spread <"$work/first") theirs=$(spread <"$work/second")
 }
 
-# One line of the table: work, ours, unit, theirs, against, the most that the ratio may be ("-": for comparison only, no
-# limit).
-row() {
-  local ratio most=$6
-  ratio=$(awk -v o="$2" -v t="$4" 'BEGIN { printf "%.2f", o / t }')
-  [[ $most == - ]] || most="<= $most"
-  printf '%s\t%s\t%s\t%s\t%s\t%s\t%s\n' "$1" "$2" "$3" "$4" "$5" "$ratio" "$most" | tee -a "$rows"
+row() { line "$@" | tee -a "$rows"; }
+
+# How much of the processors others take in a second in which nothing is measured, in percent.
+times() { awk '/^cpu / { for (i = 2; i <= 9; ++i) sum += $i; print sum, $5 + $6 }' /proc/stat; }
+watch_others() {
+  local before
+  # What the last group wrote.
+  sync
+  before=$(times)
+  sleep 1
+  awk -v b="$before" -v a="$(times)" 'BEGIN {
+    split(b, x, " "); split(a, y, " ")
+    printf "%.0f\n", 100 * (1 - (y[2] - x[2]) / (y[1] - x[1])) }' >>"$work/others"
 }
 
 # The real program with a file in its hex editor; the service's address is the argument before it.
@@ -97,6 +117,18 @@ open_in_editor() {
 figure() { awk -v name="$1" '$1 == name { print $2 }'; }
 
 ### The groups
+
+# Five minutes without anybody's doing, meanwhile the rest is measured.
+start_idle() {
+  printf '{"apiBase": "https://127.0.0.1:9/api/"}\n' >"$work/idle.json"
+  HOME=$work XDG_CONFIG_HOME=$work/config XDG_RUNTIME_DIR=$work KVTEDITOR_SERVICE_CONFIG=$work/idle.json \
+    "$top/tests/e2e/with-display.sh" "$build/benchmarks/window_probe" idle "$build/kvteditor" >"$work/idle" 2>/dev/null &
+  idle=$!
+}
+measure_idle() {
+  wait "$idle" || die "the idle window failed"
+  row "processor time of the idle window in five minutes" "$(<"$work/idle")" ms 10 "a tick" 1.0
+}
 
 # 1000 files in each folder: 600 tune files and 400 others.
 make_tree() {
@@ -121,7 +153,7 @@ measure_search() {
   in_turn scan_few find_all
   row "folder search, 100,000 files, hardly any match" "$ours" ms "$theirs" "$find" 1.0
   in_turn scan_all find_all
-  row "folder search, 100,000 files, 60,000 match, no limit" "$ours" ms "$theirs" "$find" 2.0
+  row "folder search, 100,000 files, 60,000 match, no limit" "$ours" ms "$theirs" "$find" 0.8
   make_tree "$work/large" 1000
   in_turn scan_large scan_all
   row "folder search, 1,000,000 files against 100,000" "$ours" ms "$theirs" "itself" 10
@@ -135,8 +167,8 @@ measure_find() {
   for data in noise zeros; do
     for length in 2 4 8 64; do
       "$once" find "$data" "$length" $((repeats + 1)) | tail -n "$repeats" >"$work/pairs"
-      row "find in 256 MiB of $data, $length bytes, absent" "$(cut -d' ' -f1 "$work/pairs" | median)" ms \
-        "$(cut -d' ' -f2 "$work/pairs" | median)" "memmem" 1.0
+      row "find in 256 MiB of $data, $length bytes, absent" "$(cut -d' ' -f1 "$work/pairs" | spread)" ms \
+        "$(cut -d' ' -f2 "$work/pairs" | spread)" "memchr" 2
     done
   done
 }
@@ -147,15 +179,15 @@ open_theirs() { clock cat "$work/image.bin"; }
 measure_open() {
   head -c 256M /dev/urandom >"$work/image.bin"
   in_turn open_ours open_theirs
-  row "open 256 MiB to the first drawn row" "$ours" ms "$theirs" "cat FILE >/dev/null" 2.0
-  row "memory after opening 256 MiB" "$(figure opened <"$work/opened" | median)" MiB 256 "the file's size" 1.1
-  row "memory after a patch in 256 MiB" "$(figure patched <"$work/opened" | median)" MiB 256 "the file's size" 2.1
+  row "open 256 MiB to the first drawn row" "$ours" ms "$theirs" "cat FILE >/dev/null" 3.0
+  row "memory after opening 256 MiB" "$(figure opened <"$work/opened" | spread)" MiB 256 "the file's size" 1.1
+  row "memory after a patch in 256 MiB" "$(figure patched <"$work/opened" | spread)" MiB 256 "the file's size" 2.1
   rm "$work/image.bin"
 }
 
 measure_row() {
   local microseconds
-  microseconds=$("$build/benchmarks/bench_hex" --benchmark_filter='^oneRow$' --benchmark_repetitions=$repeats \
+  microseconds=$("$build/benchmarks/bench_hex" --benchmark_filter='^oneRow$' --benchmark_repetitions="$repeats" \
     --benchmark_report_aggregates_only=true --benchmark_format=csv 2>/dev/null \
     | awk -F, '/_median/ { printf "%.2f", $3 / 1000 }')
   row "one hex row, all three roles" "$microseconds" µs 1 "limit" 1.0
@@ -174,8 +206,8 @@ measure_edit() {
   for data in noise zeros; do
     for length in 2 8; do
       count_ours "$data" "$length"
-      row "count all matches in 256 MiB of $data, $length bytes" "$(cut -d' ' -f1 "$work/pairs" | median)" ms \
-        "$(cut -d' ' -f2 "$work/pairs" | median)" "memmem" 2
+      row "count all matches in 256 MiB of $data, $length bytes" "$(cut -d' ' -f1 "$work/pairs" | spread)" ms \
+        "$(cut -d' ' -f2 "$work/pairs" | spread)" "memmem" 2
     done
   done
   row "undo 100,000 steps in 256 MiB" "$("$once" undo 100000)" ms 1000 "limit" 1.0
@@ -240,7 +272,11 @@ http {
       proxy_pass http://unix:$work/answer:; proxy_pass_request_body off; proxy_set_header Content-Length '';
     }
   }
-  server { listen unix:$work/answer; location / { default_type application/json; return 200 '{"status":"ok"}'; } }
+  server { listen 127.0.0.1:$(($1 + 1000)); location / { proxy_pass http://unix:$work/inner:; } }
+  server {
+    listen unix:$work/answer;
+    location / { default_type application/json; return 200 '{"status":"ok","vin":"1FTSW21P05ED12345"}'; }
+  }
 }
 END
 }
@@ -253,6 +289,7 @@ start_nginx() {
     nginx_settings "$port" >"$work/nginx.conf"
     if nginx -e "$work/nginx.log" -c "$work/nginx.conf" 2>/dev/null; then
       peer=https://127.0.0.1:$port
+      plain_peer=http://127.0.0.1:$((port + 1000))
       return
     fi
   done
@@ -260,6 +297,7 @@ start_nginx() {
 }
 
 peer=
+plain_peer=
 export BENCH_AUTHORITY=$work/server.pem
 # Each prints its milliseconds; ours also appends its peak memory to $work/peaks.
 transfer_ours() {
@@ -273,19 +311,26 @@ transfer_rows() {
   rm -f "$work/peaks"
   in_turn transfer_ours transfer_theirs
   row "$what" "$ours" ms "$theirs" "curl" 1.5
-  row "$what, peak memory beyond the program's own" "$(awk -v p="$(median <"$work/peaks")" -v o="$own" 'BEGIN { print p - o }')" \
+  row "$what, peak memory beyond the program's own" "$(awk -v o="$own" '{ print $1 - o }' "$work/peaks" | spread)" \
     MiB "$size" "the file's size" 1.2
+}
+# On a display in memory, with the service's address before the command.
+on_display() {
+  printf '{"apiBase": "%s/api/"}\n' "$1" >"$work/service.json"
+  env -u QT_QPA_PLATFORM -u QT_QUICK_BACKEND HOME="$work" XDG_CONFIG_HOME="$work/config" XDG_RUNTIME_DIR="$work" \
+    KVTEDITOR_SERVICE_CONFIG="$work/service.json" BENCH_FILE="$work/www/64" BENCH_API="$peer/api/" \
+    "$top/tests/e2e/with-display.sh" "${@:2}" 2>/dev/null
+}
+start_row() {
+  head -c 4M /dev/urandom >"$work/tune.kvt"
+  on_display "$plain_peer" "${BASH_SOURCE[0]}" --starts "$build/benchmarks/bench_start" "$work/tune.kvt" >"$work/starts"
+  row "4 MiB from the command line to the identifiers, beyond the start" "$(spread <"$work/starts")" ms 15 "limit" 1.0
 }
 scroll_row() {
   local i
-  printf '{"apiBase": "%s/api/"}\n' "$peer" >"$work/service.json"
-  for ((i = 0; i < repeats; ++i)); do
-    env -u QT_QPA_PLATFORM -u QT_QUICK_BACKEND HOME="$work" XDG_CONFIG_HOME="$work/config" XDG_RUNTIME_DIR="$work" \
-      KVTEDITOR_SERVICE_CONFIG="$work/service.json" BENCH_FILE="$work/www/64" BENCH_API="$peer/api/" \
-      "$top/tests/e2e/with-display.sh" "$build/benchmarks/bench_upload" >>"$work/busy"
-  done
-  row "upload of 64 MiB while a list of 100,000 rows scrolls" "$(cut -d' ' -f2 "$work/busy" | median)" ms \
-    "$(cut -d' ' -f1 "$work/busy" | median)" "at rest" 2
+  for ((i = 0; i < repeats; ++i)); do on_display "$peer" "$build/benchmarks/bench_upload" >>"$work/busy"; done
+  row "upload of 64 MiB while a list of 100,000 rows scrolls" "$(cut -d' ' -f2 "$work/busy" | spread)" ms \
+    "$(cut -d' ' -f1 "$work/busy" | spread)" "at rest" 2
 }
 measure_transfer() {
   local size way own
@@ -307,7 +352,7 @@ measure_transfer() {
     theirs_does=(-o "$work/answer.bin" -F version=4.0.2 -F operation=kvt_info -F "file=@$work/www/$size"
       "$peer/api/kvt_worker/process.aspx")
     transfer_rows "upload of $size MiB over TLS" "$size"
-    [[ $size != 64 ]] || scroll_row
+    [[ $size != 64 ]] || { scroll_row && start_row; }
     rm "$work/www/$size" "$work/www/$size.gz" "$work/answer.bin"
   done
   stop_nginx
@@ -330,13 +375,30 @@ verdict() {
   esac
 }
 
+# A figure, and the least and the largest of those that it is the median of.
+shown() {
+  local median least=${2-} largest=${3-} unit=${*: -1}
+  median=$1
+  if (($# == 4)); then
+    echo "$median $unit ($least to $largest)"
+  else
+    echo "$median $unit"
+  fi
+}
+
+# The ratios of a row in all runs, this one first.
+ratios() { awk -F'\t' -v w="$1" '$1 == w { printf "%s%s", sep, $6; sep = ", " }' "$rows" "${earlier[@]}"; }
+worst() { ratios "$1" | tr -d , | tr ' ' '\n' | sort -g | tail -n 1; }
+
 table() {
   local work ours unit theirs against ratio required
   echo "| work | ours | theirs | against | ratio | required | |"
   echo "|---|---:|---:|---|---:|---:|---|"
   while IFS=$'\t' read -r work ours unit theirs against ratio required; do
-    [[ $unit == - ]] || ours+=" $unit" theirs+=" $unit"
-    echo "| $work | $ours | $theirs | $against | $ratio | $required | $(verdict "$ours" "$ratio" "$required") |"
+    # shellcheck disable=SC2086
+    [[ $unit == - ]] || ours=$(shown $ours "$unit") theirs=$(shown $theirs "$unit")
+    echo "| $work | $ours | $theirs | $against | $(ratios "$work") | $required |" \
+      "$(verdict "$ours" "$(worst "$work")" "$required") |"
   done <"$rows"
 }
 
@@ -358,7 +420,7 @@ limits() {
 missed_rows() {
   local work ours unit theirs against ratio required
   while IFS=$'\t' read -r work ours unit theirs against ratio required; do
-    [[ $(verdict "$ours" "$ratio" "$required") != NOT* ]] || echo "$work"
+    [[ $(verdict "$ours" "$(worst "$work")" "$required") != NOT* ]] || echo "$work"
   done <"$rows"
 }
 
@@ -372,7 +434,9 @@ document() {
 # Performance
 
 Written by \`benchmarks/compare.sh\`: the editor's work beside public tools that do the same, each $repeats times in
-turn in one run, after a run that warms the caches; the figures are medians. Do not edit it by hand.
+turn in one run, after a run that warms the caches; the figures are medians, with the least and the largest behind them.
+The ratios are those of $((1 + ${#earlier[@]})) whole runs one after the other, the last one first; all else is of the
+last. Do not edit it by hand.
 
 \`\`\`sh
 cmake --preset release
@@ -387,10 +451,11 @@ benchmarks/compare.sh
 | system | $(uname -sr), $(getconf GNU_LIBC_VERSION) |
 | Qt | $(qt_version) |
 | beside | find $(version_of find), cp and cat $(version_of cp), curl $(version_of curl) |
-| other work on the machine when it began | load average $load |
+| other work on the machine, in a second before each group | at most $others % of the processors$busy |
+| time for all of it | $((SECONDS / 60)) minutes, $((SECONDS % 60)) seconds |
 
-A row is reached when its ratio, rounded to as many decimals as the limit (at least one), does not exceed it. Folders,
-files and services are all local; files lie in the system's file cache.
+A row is reached when its ratio, rounded to as many decimals as the limit (at least one), does not exceed it in any run.
+Folders, files and services are all local; files lie in the system's file cache.
 
 $(table)
 
@@ -403,9 +468,10 @@ $(limits "${missed[@]}")
 - Folder search: the rule that the search view calls, without its limit of 5,000 files. A tree of folders with 1,000
   files each, 600 of them tune files. \`find\` looks for the same suffixes and prints the same: size and path. When
   hardly any match, \`find\` still prints all tune files: it is the walk that is compared.
-- Find: the hex editor's command on bytes that are not there, in turn with the C library's \`memmem\` on the same
-  buffer, in one process and in processor time. "Zeros" are searched for zeros with a last byte of 01, which match
-  everywhere but in that byte.
+- Idle: the processor time of the program's window while nobody touches it and all else is measured.
+- Find: the hex editor's command on bytes that are not there, in turn with the C library's \`memchr\` for a byte that is
+  not there on the same buffer, which is the memory's speed; in one process and in processor time. "Zeros" are searched
+  for zeros with a last byte of 01, which match everywhere but in that byte.
 - Open: the real program, drawn without a display, from the call that opens the file to the frame that shows its first
   row. Memory is the growth of the resident set.
 - Hex row: offset, digits and characters of one row of the model, from Google Benchmark.
@@ -419,26 +485,40 @@ $(limits "${missed[@]}")
   The data are random, so the last is as long as the others. The program's own memory,
   measured once, is that after one byte.
 - Start, memory beside other editors, long lists and scrolling: the real program on a display in memory, by
-  \`benchmarks/compare-window.sh\`.
+  \`benchmarks/compare-window.sh\`. The empty window is one of Qt Quick, of the same size and drawn the same way, in a
+  program that loads the same modules of Qt Quick.
+- Command line: from the program's start to the frame with the identifiers that a server of nginx, without TLS, answers
+  as soon as it has the file, less the time to the first frame of a start without a file.
 END
 }
 
-load=$(cut -d' ' -f1-3 /proc/loadavg)
 wanted() { [[ $1 =~ ${only:-.} ]]; }
-if wanted search; then measure_search; fi
-if wanted find; then measure_find; fi
-if wanted open; then measure_open; fi
-if wanted row; then measure_row; fi
-if wanted edit; then measure_edit; fi
-if wanted sorter; then measure_sorter; fi
-if wanted upload; then measure_upload; fi
-if wanted transfer; then measure_transfer; fi
-if wanted window; then measure_window; fi
+group() {
+  wanted "$1" || return 0
+  local begin=$SECONDS
+  watch_others
+  "measure_$1"
+  printf 'compare: %s took %d s\n' "$1" $((SECONDS - begin)) >&2
+}
+idle=
+if wanted idle; then start_idle; fi
+for name in search find open row edit sorter upload transfer window idle; do group "$name"; done
 [[ -s $rows ]] || die "no group matches $only"
+
+# Earlier runs count as long as they are of the same program.
+runs=$build/benchmarks/runs
+mkdir -p "$runs"
+find "$runs" -type f ! -newer "$build/kvteditor" -delete
+mapfile -t earlier < <(find "$runs" -type f -print0 | xargs -0r ls -t | head -n $((runs_shown - 1)))
+[[ -z $only ]] || earlier=()
+others=$(sort -g "$work/others" | tail -n 1)
+busy=
+((others <= 10)) || busy=": it was busy"
 mapfile -t missed < <(missed_rows)
 if [[ -z $only ]]; then
   document >"$work/performance.md"
   mv "$work/performance.md" "$top/docs/performance.md"
+  cp "$rows" "$runs/$(date +%s)"
 else
   echo && table
 fi

@@ -2,6 +2,7 @@
 //   window_probe frame COMMAND [ARGUMENT...]    milliseconds from the start to the first frame, and
 //                                               how many of them the program computed
 //   window_probe memory COMMAND [ARGUMENT...]   resident and proportional memory in MiB, when it is idle
+//   window_probe idle COMMAND [ARGUMENT...]     milliseconds that it computes in five minutes of idleness
 // A frame is there when the window manager shows the window and its pixels are not all alike. The program and
 // what it started are ended afterwards.
 
@@ -35,6 +36,7 @@ using namespace std::chrono_literals;
 // Nothing takes this long, not even on a machine that does ten other things.
 constexpr auto patience = 60s;
 constexpr auto pollInterval = 1ms;
+constexpr auto idleTime = 5min;
 // So many lines of the window are looked at: any text or button crosses one, and the display is hardly kept
 // busy.
 constexpr int lineCount = 48;
@@ -249,8 +251,8 @@ void printMemory(const Child &child)
 int main(int argc, char **argv)
 {
     const std::string_view what = argc > 2 ? argv[1] : "";
-    if (what != "frame" && what != "memory") {
-        std::fprintf(stderr, "Usage: window_probe frame|memory COMMAND [ARGUMENT...]\n");
+    if (what != "frame" && what != "memory" && what != "idle") {
+        std::fprintf(stderr, "Usage: window_probe frame|memory|idle COMMAND [ARGUMENT...]\n");
         return 2;
     }
     const Display display;
@@ -271,6 +273,12 @@ int main(int argc, char **argv)
         return 0;
     }
     awaitIdle(child);
-    printMemory(child);
+    if (what == "memory") {
+        printMemory(child);
+        return 0;
+    }
+    const Milliseconds before = computed(child);
+    std::this_thread::sleep_for(idleTime);
+    std::printf("%.1f\n", (computed(child) - before).count());
     return 0;
 }
