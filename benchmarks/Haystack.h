@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 
@@ -27,6 +28,14 @@ inline QByteArray noise()
     return randomBytes(size).replace('\xff', '\x7f');
 }
 
+inline QByteArray twoValues()
+{
+    QByteArray bytes = randomBytes(size);
+    for (char &byte : bytes)
+        byte = static_cast<char>(byte & 1);
+    return bytes;
+}
+
 inline QByteArray zeros()
 {
     return QByteArray(size, '\0');
@@ -42,6 +51,24 @@ inline QByteArray absentFromZeros(qsizetype length)
 inline QByteArray absentFromNoise(qsizetype length)
 {
     return randomBytes(128).last(length - 1) + '\xff';
+}
+
+/// Each byte of it is as frequent as any other in noise.
+inline QByteArray crowdedInNoise(qsizetype length)
+{
+    QByteArray bytes = randomBytes(1024).last(length).replace('\xff', '\x7f');
+    std::reverse(bytes.begin(), bytes.end());
+    return bytes;
+}
+
+/// Of those two values; a short one would be there. Half of all places match its first byte, a quarter the
+/// first two.
+inline QByteArray crowdedInTwoValues(qsizetype length)
+{
+    QByteArray bytes = randomBytes(2048).last(length);
+    for (char &byte : bytes)
+        byte = static_cast<char>(byte >> 1 & 1);
+    return bytes;
 }
 
 } // namespace Haystack

@@ -5,7 +5,7 @@
 //   bench_once download URL BYTES
 //                         The last two also print the process's peak in MiB, and trust the certificate in the
 //                         file BENCH_AUTHORITY.
-//   bench_once find zeros|noise NEEDLE-LENGTH REPEATS
+//   bench_once find zeros|noise|crowded-noise|two-values NEEDLE-LENGTH REPEATS
 //                         The editor's search, and the C library's memchr for a byte that is nowhere, in
 //                         turn, a line for each repeat.
 //   bench_once count zeros|noise NEEDLE-LENGTH REPEATS
@@ -30,8 +30,10 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <sys/resource.h>
 #include <time.h>
 
@@ -128,10 +130,26 @@ double processorMilliseconds()
 
 int find(const QStringList &arguments)
 {
-    const bool zeros = arguments.at(0) == "zeros"_L1;
-    const int length = arguments.at(1).toInt();
-    const QByteArray haystack = zeros ? Haystack::zeros() : Haystack::noise();
-    const QByteArray needle = zeros ? Haystack::absentFromZeros(length) : Haystack::absentFromNoise(length);
+    struct Data
+    {
+        const char *name;
+        QByteArray (*haystack)();
+        QByteArray (*needle)(qsizetype length);
+        char absent;
+    };
+    constexpr Data all[] = {
+        {"noise", Haystack::noise, Haystack::absentFromNoise, '\xff'},
+        {"zeros", Haystack::zeros, Haystack::absentFromZeros, '\x01'},
+        {"crowded-noise", Haystack::noise, Haystack::crowdedInNoise, '\xff'},
+        {"two-values", Haystack::twoValues, Haystack::crowdedInTwoValues, '\xff'},
+    };
+    const Data *const data = std::find_if(std::begin(all), std::end(all), [&arguments](const Data &one) {
+        return arguments.at(0) == QLatin1StringView(one.name);
+    });
+    if (data == std::end(all))
+        return fail("no such data");
+    const QByteArray haystack = data->haystack();
+    const QByteArray needle = data->needle(arguments.at(1).toInt());
     const QString query = QString::fromLatin1(needle.toHex(' '));
     AppState state;
     state.hexModel()->setBytes(haystack);
@@ -139,9 +157,8 @@ int find(const QStringList &arguments)
         const double begin = processorMilliseconds();
         state.hexFind(query);
         const double between = processorMilliseconds();
-        // The last byte of each needle is nowhere.
         const void *const found =
-            memchr(haystack.constData(), needle.back(), static_cast<size_t>(haystack.size()));
+            memchr(haystack.constData(), data->absent, static_cast<size_t>(haystack.size()));
         const double end = processorMilliseconds();
         if (state.status() != "Not found."_L1)
             return fail("the editor found what is not there");

@@ -71,14 +71,26 @@ void scroll(Scrolling &run)
     });
 }
 
-void addMarks(const Scrolling &run, AppState *state, const QString &other)
+void beginScrolling(Scrolling &run)
+{
+    QQuickItem *const rows = findItem(run.window->contentItem(), u"hexRows"_s);
+    if (!rows)
+        giveUp("bench_scroll: there are no rows");
+    rows->forceActiveFocus(Qt::TabFocusReason);
+    afterNextFrame(run.window, [&run] { scroll(run); });
+}
+
+void addMarks(Scrolling &run, AppState *state, const QString &other)
 {
     state->hexFind(u"00"_s);
     state->hexModel()->setCursor(0);
     press(run, Qt::Key_I, Qt::ControlModifier, {});
     state->hexEditing()->compare()->start(other);
-    QObject::connect(state->hexEditing()->compare(), &HexCompare::finished, run.window,
-                     [&run] { press(run, Qt::Key_L, Qt::ControlModifier, {}); });
+    QObject::connect(state->hexEditing()->compare(), &HexCompare::finished, run.window, [&run] {
+        press(run, Qt::Key_L, Qt::ControlModifier, {});
+        // Until the matches are counted.
+        QTimer::singleShot(1000, run.window, [&run] { beginScrolling(run); });
+    });
 }
 
 void begin()
@@ -97,15 +109,13 @@ void begin()
         if (state->hexModel()->byteCount() == 0)
             giveUp("bench_scroll: BENCH_FILE names no file");
         state->setShowHex(true);
-        if (const QString other = qEnvironmentVariable("BENCH_OTHER"); !other.isEmpty())
-            QTimer::singleShot(500, window, [state, other] { addMarks(run, state, other); });
-        // By then the sending has failed, and the comparison is made.
-        QTimer::singleShot(1500, window, [window] {
-            QQuickItem *const rows = findItem(window->contentItem(), u"hexRows"_s);
-            if (!rows)
-                giveUp("bench_scroll: there are no rows");
-            rows->forceActiveFocus(Qt::TabFocusReason);
-            afterNextFrame(window, [] { scroll(run); });
+        // By then the sending has failed.
+        QTimer::singleShot(500, window, [state] {
+            const QString other = qEnvironmentVariable("BENCH_OTHER");
+            if (other.isEmpty())
+                beginScrolling(run);
+            else
+                addMarks(run, state, other);
         });
     });
 }

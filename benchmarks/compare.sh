@@ -46,7 +46,8 @@ done
 build=$(cd "${1:-$top/build/release}" 2>/dev/null && pwd) || die "there is no folder ${1:-build/release}"
 grep -q '^CMAKE_BUILD_TYPE:.*=Release$' "$build/CMakeCache.txt" || die "only a Release build's figures mean anything"
 once=$build/benchmarks/bench_once
-for program in "$once" "$build"/benchmarks/bench_{hex,open} "$build/devservice/kvteditor-devservice"; do
+for program in "$once" "$build"/benchmarks/bench_{hex,open,start,upload} "$build"/benchmarks/{window_probe,empty_window} \
+  "$build/devservice/kvteditor-devservice"; do
   [[ -x $program ]] || die "there is no $program; build it first"
 done
 for tool in curl find; do
@@ -59,10 +60,11 @@ work=$(mktemp -d)
 rows=$work/rows
 : >"$rows"
 service=
+idle=
 stop_nginx() { [[ ! -f $work/nginx.pid ]] || kill "$(<"$work/nginx.pid")" 2>/dev/null || true; }
 finish() {
-  local job
-  for job in $(jobs -p); do kill "$job" 2>/dev/null || true; done
+  # With all that it started.
+  [[ -z $idle ]] || kill -- -"$idle" 2>/dev/null || true
   [[ -z $service ]] || kill "$service" 2>/dev/null || true
   stop_nginx
   rm -rf "$work"
@@ -122,11 +124,15 @@ figure() { awk -v name="$1" '$1 == name { print $2 }'; }
 start_idle() {
   printf '{"apiBase": "https://127.0.0.1:9/api/"}\n' >"$work/idle.json"
   HOME=$work XDG_CONFIG_HOME=$work/config XDG_RUNTIME_DIR=$work KVTEDITOR_SERVICE_CONFIG=$work/idle.json \
-    "$top/tests/e2e/with-display.sh" "$build/benchmarks/window_probe" idle "$build/kvteditor" >"$work/idle" 2>/dev/null &
+    setsid "$top/tests/e2e/with-display.sh" "$build/benchmarks/window_probe" idle "$build/kvteditor" \
+    >"$work/idle" 2>"$work/idle.errors" &
   idle=$!
+  # Until it is.
+  sleep 5
 }
 measure_idle() {
-  wait "$idle" || die "the idle window failed"
+  wait "$idle" || die "the idle window failed: $(tail -n 1 "$work/idle.errors")"
+  idle=
   row "processor time of the idle window in five minutes" "$(<"$work/idle")" ms 10 "a tick" 1.0
 }
 
@@ -162,15 +168,18 @@ measure_search() {
   rm -rf "$work/tree" "$work/large"
 }
 
+find_row() {
+  "$once" find "$1" "$2" $((repeats + 1)) | tail -n "$repeats" >"$work/pairs"
+  row "find in 256 MiB of $3, $2 bytes, absent" "$(cut -d' ' -f1 "$work/pairs" | spread)" ms \
+    "$(cut -d' ' -f2 "$work/pairs" | spread)" "memchr" "$4"
+}
 measure_find() {
   local data length
   for data in noise zeros; do
-    for length in 2 4 8 64; do
-      "$once" find "$data" "$length" $((repeats + 1)) | tail -n "$repeats" >"$work/pairs"
-      row "find in 256 MiB of $data, $length bytes, absent" "$(cut -d' ' -f1 "$work/pairs" | spread)" ms \
-        "$(cut -d' ' -f2 "$work/pairs" | spread)" "memchr" 2
-    done
+    for length in 2 4 8 64; do find_row "$data" "$length" "$data" 2; done
   done
+  find_row crowded-noise 8 "noise, each byte frequent" -
+  find_row two-values 64 "two values, both frequent" -
 }
 
 # Nobody listens at that address: the identifiers are asked for as always, and refused at once.
@@ -180,8 +189,8 @@ measure_open() {
   head -c 256M /dev/urandom >"$work/image.bin"
   in_turn open_ours open_theirs
   row "open 256 MiB to the first drawn row" "$ours" ms "$theirs" "cat FILE >/dev/null" 3.0
-  row "memory after opening 256 MiB" "$(figure opened <"$work/opened" | spread)" MiB 256 "the file's size" 1.1
-  row "memory after a patch in 256 MiB" "$(figure patched <"$work/opened" | spread)" MiB 256 "the file's size" 2.1
+  row "memory after opening 256 MiB" "$(figure opened <"$work/opened" | tail -n $repeats | spread)" MiB 256 "the file's size" 1.1
+  row "memory after a patch in 256 MiB" "$(figure patched <"$work/opened" | tail -n $repeats | spread)" MiB 256 "the file's size" 2.1
   rm "$work/image.bin"
 }
 
@@ -272,7 +281,10 @@ http {
       proxy_pass http://unix:$work/answer:; proxy_pass_request_body off; proxy_set_header Content-Length '';
     }
   }
-  server { listen 127.0.0.1:$(($1 + 1000)); location / { proxy_pass http://unix:$work/inner:; } }
+  server {
+    listen 127.0.0.1:$(($1 + 1000));
+    location / { proxy_pass http://unix:$work/inner:; proxy_request_buffering off; proxy_http_version 1.1; }
+  }
   server {
     listen unix:$work/answer;
     location / { default_type application/json; return 200 '{"status":"ok","vin":"1FTSW21P05ED12345"}'; }
@@ -311,7 +323,7 @@ transfer_rows() {
   rm -f "$work/peaks"
   in_turn transfer_ours transfer_theirs
   row "$what" "$ours" ms "$theirs" "curl" 1.5
-  row "$what, peak memory beyond the program's own" "$(awk -v o="$own" '{ print $1 - o }' "$work/peaks" | spread)" \
+  row "$what, peak memory beyond the program's own" "$(awk -v o="$own" '{ print $1 - o }' "$work/peaks" | tail -n $repeats | spread)" \
     MiB "$size" "the file's size" 1.2
 }
 # On a display in memory, with the service's address before the command.
@@ -319,7 +331,7 @@ on_display() {
   printf '{"apiBase": "%s/api/"}\n' "$1" >"$work/service.json"
   env -u QT_QPA_PLATFORM -u QT_QUICK_BACKEND HOME="$work" XDG_CONFIG_HOME="$work/config" XDG_RUNTIME_DIR="$work" \
     KVTEDITOR_SERVICE_CONFIG="$work/service.json" BENCH_FILE="$work/www/64" BENCH_API="$peer/api/" \
-    "$top/tests/e2e/with-display.sh" "${@:2}" 2>/dev/null
+    "$top/tests/e2e/with-display.sh" "${@:2}" 2>"$work/errors" || die "$2 failed: $(tail -n 1 "$work/errors")"
 }
 start_row() {
   head -c 4M /dev/urandom >"$work/tune.kvt"
@@ -352,7 +364,10 @@ measure_transfer() {
     theirs_does=(-o "$work/answer.bin" -F version=4.0.2 -F operation=kvt_info -F "file=@$work/www/$size"
       "$peer/api/kvt_worker/process.aspx")
     transfer_rows "upload of $size MiB over TLS" "$size"
-    [[ $size != 64 ]] || { scroll_row && start_row; }
+    if ((size == 64)); then
+      scroll_row
+      start_row
+    fi
     rm "$work/www/$size" "$work/www/$size.gz" "$work/answer.bin"
   done
   stop_nginx
@@ -434,7 +449,8 @@ document() {
 # Performance
 
 Written by \`benchmarks/compare.sh\`: the editor's work beside public tools that do the same, each $repeats times in
-turn in one run, after a run that warms the caches; the figures are medians, with the least and the largest behind them.
+turn in one run, after a run that warms the caches; the figures are medians, followed by the least and the largest. What
+has no spread was measured once.
 The ratios are those of $((1 + ${#earlier[@]})) whole runs one after the other, the last one first; all else is of the
 last. Do not edit it by hand.
 
@@ -471,7 +487,8 @@ $(limits "${missed[@]}")
 - Idle: the processor time of the program's window while nobody touches it and all else is measured.
 - Find: the hex editor's command on bytes that are not there, in turn with the C library's \`memchr\` for a byte that is
   not there on the same buffer, which is the memory's speed; in one process and in processor time. "Zeros" are searched
-  for zeros with a last byte of 01, which match everywhere but in that byte.
+  for zeros with a last byte of 01, which match everywhere but in that byte. The last byte of the other needles is
+  nowhere in the noise, but for those whose bytes are all frequent: there the beginning of the needle is met often.
 - Open: the real program, drawn without a display, from the call that opens the file to the frame that shows its first
   row. Memory is the growth of the resident set.
 - Hex row: offset, digits and characters of one row of the model, from Google Benchmark.
@@ -500,7 +517,6 @@ group() {
   "measure_$1"
   printf 'compare: %s took %d s\n' "$1" $((SECONDS - begin)) >&2
 }
-idle=
 if wanted idle; then start_idle; fi
 for name in search find open row edit sorter upload transfer window idle; do group "$name"; done
 [[ -s $rows ]] || die "no group matches $only"

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 #include <zlib.h>
 
-/// Unpacks a body in gzip or zlib's format while it arrives. Qt's own unpacking takes the first half of a
-/// body for the whole, and holds it twice. Belongs to one thread.
+/// Unpacks a gzip or deflate body while it arrives. Qt's own unpacking takes a truncated body for a whole
+/// one, and keeps two copies of the packed bytes. Belongs to one thread.
 class Inflater
 {
 public:
@@ -24,6 +25,8 @@ public:
     void add(const QByteArray &packed, QByteArray &bytes, qint64 most);
     /// Of all that was added. A broken one stays so.
     State state() const { return m_state; }
+    /// zlib's words for why it is broken.
+    QString fault() const { return QString::fromLatin1(m_stream.msg); }
 
 private:
     z_stream m_stream = {};

@@ -24,13 +24,12 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype shownBodyBytes = 300;
-// What unpacks to more than this many times its size is taken for a decompression bomb. Erased flash does, so
-// answers up to the size of a module's memory may.
+// What unpacks to more than this many times its size counts as a decompression bomb, unless it is no larger
+// than a module's memory: erased flash packs that well.
 constexpr qint64 mostUnpacked = 40;
 constexpr qint64 largestImage = 64 * 1024 * 1024;
 // How much may arrive ahead of what is read.
 constexpr qint64 mostAhead = 2 * 1024 * 1024;
-const QString decompressionFailed = u"Decompression failed."_s;
 
 const QString sessionTokenKey = u"session_token"_s;
 const QString calIdKey = u"cal_id"_s;
@@ -41,7 +40,7 @@ QNetworkRequest requestTo(const QString &address)
 {
     QNetworkRequest request{QUrl(address)};
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    // Asked for by name, Qt leaves the unpacking to us.
+    // Qt would send its own list, and unpack the answer, if this header were not set.
     request.setRawHeader("Accept-Encoding", "gzip");
     return request;
 }
@@ -139,27 +138,13 @@ QString brokenOffText(const QNetworkReply *reply)
 // Whether the connection ended before the announced length arrived; of a GET, Qt may then report no error.
 bool isCutShort(const QNetworkReply *reply, qint64 size)
 {
-    return httpStatus(reply) == 200 && !reply->hasRawHeader("Content-Encoding")
+    return httpStatus(reply) == 200
         && reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > size;
 }
 
-/// Of an answer with a body of `size` bytes.
-QString errorText(const QNetworkReply *reply, qint64 size)
+QString decompressionFailure(const QString &reason)
 {
-    // Qt hands over an interim answer other than 100 as the final one, and drops what comes after it.
-    const int status = httpStatus(reply);
-    if (status / 100 == 1)
-        return u"HTTP %1: the outcome is unknown."_s.arg(status);
-    if (reply->error() == QNetworkReply::NoError || endedByClosing(reply))
-        return isCutShort(reply, size) ? brokenOffText(reply) : QString();
-    const QString text = reply->errorString();
-    return text == QCoreApplication::translate("QIODevice", "Unknown error") ? brokenOffText(reply) : text;
-}
-
-bool isPacked(const QNetworkReply *reply)
-{
-    const QByteArray encoding = reply->rawHeader("Content-Encoding").trimmed().toLower();
-    return encoding == "gzip" || encoding == "deflate";
+    return QCoreApplication::translate("QHttp", "Decompression failed: %1").arg(reason);
 }
 
 // The body of an answer. Read as it arrives; reading it in one piece at the end would hold it in memory three
@@ -173,20 +158,29 @@ public:
     {
     }
 
-    /// Why there is no more to be read; empty as long as there is.
+    /// Why reading was given up; empty if it was not.
     QString fault() const { return m_fault; }
-    /// Whether it was packed and its end is missing.
+    /// Whether it is packed and its end is missing.
     bool isUnfinished() const { return m_inflater && m_inflater->state() == Inflater::State::Unfinished; }
     const QByteArray &bytes() const { return m_bytes; }
+    /// How many bytes arrived, packed or not.
+    qint64 received() const { return m_received; }
 
     void take(QNetworkReply *reply)
     {
         // An announced length may lie, so what arrives is counted as well.
         if (reply->header(QNetworkRequest::ContentLengthHeader).toLongLong() > m_most)
             giveUp(tooLong());
+        const QByteArray encoding = reply->rawHeader("Content-Encoding").trimmed().toLower();
+        const bool isPacked = encoding == "gzip" || encoding == "deflate";
         for (qint64 more = reply->bytesAvailable(); more > 0 && m_fault.isEmpty();
              more = reply->bytesAvailable()) {
-            if (!(isPacked(reply) ? unpack(reply->read(more)) : append(reply, more)))
+            const qint64 had = m_received;
+            if (isPacked)
+                unpack(reply->read(more));
+            else
+                append(reply, more);
+            if (m_received == had)
                 return;
         }
     }
@@ -197,44 +191,61 @@ private:
         return QString::fromStdString(std::make_error_code(std::errc::file_too_large).message());
     }
 
-    bool append(QNetworkReply *reply, qint64 more)
+    void append(QNetworkReply *reply, qint64 more)
     {
         const qsizetype had = m_bytes.size();
-        if (more > m_most - had)
-            return giveUp(tooLong());
+        if (more > m_most - had) {
+            giveUp(tooLong());
+            return;
+        }
         m_bytes.resize(had + more);
-        const qint64 count = reply->read(m_bytes.data() + had, more);
-        m_bytes.resize(had + std::max<qint64>(count, 0));
-        return count > 0;
+        const qint64 count = std::max<qint64>(reply->read(m_bytes.data() + had, more), 0);
+        m_bytes.resize(had + count);
+        m_received += count;
     }
 
-    bool unpack(const QByteArray &packed)
+    void unpack(const QByteArray &packed)
     {
         if (!m_inflater)
             m_inflater.emplace();
-        m_packedSize += packed.size();
-        const qint64 credible = std::max(largestImage, m_packedSize * mostUnpacked);
-        m_inflater->add(packed, m_bytes, std::min(m_most, credible));
-        if (m_bytes.size() > m_most)
-            return giveUp(tooLong());
-        if (m_bytes.size() > credible || m_inflater->state() == Inflater::State::Broken)
-            return giveUp(decompressionFailed);
-        return !packed.isEmpty();
+        m_received += packed.size();
+        const qint64 most = std::min(m_most, std::max(largestImage, m_received * mostUnpacked));
+        m_inflater->add(packed, m_bytes, most);
+        if (m_bytes.size() > most)
+            giveUp(tooLong());
+        else if (m_inflater->state() == Inflater::State::Broken)
+            giveUp(decompressionFailure(m_inflater->fault()));
     }
 
-    bool giveUp(const QString &fault)
+    void giveUp(const QString &fault)
     {
         m_fault = fault;
         m_bytes = {};
-        return false;
     }
 
     qint64 m_most;
+    qint64 m_received = 0;
     QByteArray m_bytes;
     QString m_fault;
     std::optional<Inflater> m_inflater;
-    qint64 m_packedSize = 0;
 };
+
+QString errorText(const QNetworkReply *reply, const Body &body)
+{
+    // Qt hands over an interim answer other than 100 as the final one, and drops what comes after it.
+    const int status = httpStatus(reply);
+    if (status / 100 == 1)
+        return u"HTTP %1: the outcome is unknown."_s.arg(status);
+    if (!body.fault().isEmpty())
+        return status < 300 ? body.fault() : brokenOffText(reply);
+    if (reply->error() == QNetworkReply::NoError || endedByClosing(reply)) {
+        if (isCutShort(reply, body.received()))
+            return brokenOffText(reply);
+        return body.isUnfinished() ? decompressionFailure(u"unexpected end of file"_s) : QString();
+    }
+    const QString text = reply->errorString();
+    return text == QCoreApplication::translate("QIODevice", "Unknown error") ? brokenOffText(reply) : text;
+}
 
 // The deployment's fields, overridden by the request's own.
 QVariantMap withAuthFields(const QVariantMap &own)
@@ -494,7 +505,6 @@ QNetworkAccessManager *VoxApiClient::newManager()
 void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager, Finished finished)
 {
     const auto body = std::make_shared<Body>(m_largestAnswer);
-    reply->setReadBufferSize(mostAhead);
     const auto take = [reply, body] {
         const bool wasFine = body->fault().isEmpty();
         body->take(reply);
@@ -502,18 +512,18 @@ void VoxApiClient::handOver(QNetworkReply *reply, QNetworkAccessManager *manager
         if (wasFine && !body->fault().isEmpty())
             QMetaObject::invokeMethod(reply, &QNetworkReply::abort, Qt::QueuedConnection);
     };
-    connect(reply, &QNetworkReply::metaDataChanged, this, take);
+    // Qt forgets the size if it is set before a POST is under way.
+    connect(reply, &QNetworkReply::metaDataChanged, this, [reply, take] {
+        reply->setReadBufferSize(mostAhead);
+        take();
+    });
     connect(reply, &QNetworkReply::readyRead, this, take);
     connect(
         reply, &QNetworkReply::finished, this,
         [reply, manager, body, finished = std::move(finished)] {
             const QPointer<QNetworkAccessManager> kept(manager);
             body->take(reply);
-            QString error = body->fault().isEmpty() ? errorText(reply, body->bytes().size()) : body->fault();
-            if (body->isUnfinished() && error.isEmpty())
-                error = decompressionFailed;
-            // Half a file must not pass for a whole one.
-            finished(reply, body->isUnfinished() ? QByteArray() : body->bytes(), error);
+            finished(reply, body->isUnfinished() ? QByteArray() : body->bytes(), errorText(reply, *body));
             if (!kept)
                 return;
             reply->deleteLater();

@@ -333,8 +333,22 @@ DialogTest {
         mouseClick(row(name), undefined, undefined, Qt.LeftButton, modifiers);
     }
 
+    // As they are seen.
+    function markedFiles(): string {
+        return rows().filter(item => itemsIn(item, mark => mark.objectName === "mark" && mark.visible).length > 0).map(
+            item => item.fileName).sort().join();
+    }
+
+    function takenFiles(dialog: var): var {
+        tryVerify(() => button("Open").enabled);
+        mouseClick(button("Open"));
+        tryVerify(() => !dialog.visible);
+        return [...find("sorterView").files].sort().map(path => "/" + path);
+    }
+
     function test_severalFiles_data() {
         return [
+            { tag: "one", presses: [["a"]], taken: ["a"] },
             { tag: "control", presses: [["a"], ["c", Qt.ControlModifier]], taken: ["a", "c"] },
             { tag: "control-again", presses: [["a"], ["c", Qt.ControlModifier], ["a", Qt.ControlModifier]],
               taken: ["c"] },
@@ -349,19 +363,43 @@ DialogTest {
         const dialog = openForSeveral();
         for (const [name, modifiers] of data.presses)
             press(name + ".kvt", modifiers ?? Qt.NoModifier);
-        mouseClick(button("Open"));
-        tryVerify(() => !dialog.visible);
-        compare([...find("sorterView").files].sort().map(path => "/" + path),
-                data.taken.map(name => at("plain/" + name + ".kvt")));
+        compare(markedFiles(), data.taken.map(name => name + ".kvt").join());
+        compare(takenFiles(dialog), data.taken.map(name => at("plain/" + name + ".kvt")));
     }
 
-    function test_allFiles() {
+    function test_allFiles_data() {
+        return [{ tag: "at-once" }, { tag: "after-one", first: "b.kvt" }];
+    }
+
+    function test_allFiles(data) {
         const dialog = openForSeveral();
-        press("b.kvt");
+        if (data.first)
+            press(data.first);
         keyClick(Qt.Key_A, Qt.ControlModifier);
-        keyClick(Qt.Key_Return);
-        tryVerify(() => !dialog.visible);
-        compare(find("sorterView").files.length, 4);
+        compare(markedFiles(), "a.kvt,b.kvt,c.kvt,d.kvt");
+        compare(takenFiles(dialog).length, 4);
+    }
+
+    // A folder is entered, never taken.
+    function test_folderAmongFiles() {
+        const dialog = openForSeveral();
+        press("a.kvt");
+        press("inner", Qt.ControlModifier);
+        press("b.kvt", Qt.ControlModifier);
+        compare(markedFiles(), "b.kvt");
+        compare(takenFiles(dialog), [at("plain/b.kvt")]);
+    }
+
+    // The list may be drawn by a press, as on a touch screen.
+    function test_draggedListMarksNothing() {
+        const dialog = openForSeveral();
+        press("a.kvt");
+        const third = row("c.kvt");
+        mousePress(third, 50, 20);
+        for (let y = 20; y > -60; y -= 10)
+            mouseMove(third, 50, y);
+        mouseRelease(third, 50, -60);
+        compare(takenFiles(dialog), [at("plain/a.kvt")]);
     }
 
     // What another folder or the arrow keys choose is not taken along with what was marked.
@@ -380,9 +418,28 @@ DialogTest {
         press("c.kvt");
         press("b.kvt", Qt.ShiftModifier);
         data.leave();
-        mouseClick(button("Open"));
-        tryVerify(() => !dialog.visible);
-        compare([...find("sorterView").files].map(path => "/" + path), [at("plain/" + data.then)]);
+        compare(takenFiles(dialog), [at("plain/" + data.then)]);
+    }
+
+    function test_shiftAfterAnArrow() {
+        const dialog = openForSeveral();
+        press("d.kvt");
+        keyClick(Qt.Key_Up);
+        press("a.kvt", Qt.ShiftModifier);
+        tryVerify(() => markedFiles().includes("a.kvt"));
+        verify(!takenFiles(dialog).includes(at("plain/d.kvt")));
+    }
+
+    function test_folderDialogMarksNothing() {
+        const files = openForSeveral();
+        press("a.kvt");
+        compare(takenFiles(files).length, 1);
+        click("sorterBrowseFolderButton");
+        const dialog = find("sorterFolderDialog");
+        tryVerify(() => dialog.visible);
+        press("inner");
+        compare(markedFiles(), "");
+        dialog.close();
     }
 
     function test_sizesAreFresh() {

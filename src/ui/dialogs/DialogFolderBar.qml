@@ -30,7 +30,7 @@ Dialogs.FolderBreadcrumbBar {
     // The folder that was shown last, and the file that `fileName` meant there.
     property url lastFolder
     property url namedFile
-    // The folder that was shown when the dialog last opened.
+    // The folder that the list has read.
     property string readPath
     // What the name field shows. The dialog would show the last part of a path alone.
     property string shownName
@@ -61,11 +61,20 @@ Dialogs.FolderBreadcrumbBar {
 
     // A folder that was shown before still has the sizes and dates of then. Sorting reads them.
     function readAnew(): void {
-        if (placePath === readPath) {
-            list.model.sortReversed = true;
-            list.model.sortReversed = false;
-        }
-        readPath = placePath;
+        if (placePath !== readPath)
+            return;
+        list.model.sortReversed = true;
+        list.model.sortReversed = false;
+    }
+
+    // Without a row of its own choice the dialog could not be accepted.
+    function markAll(): void {
+        const first = Array.from({ length: list.count }, (_, row) => row).find(row => !list.model.isFolder(row));
+        if (first === undefined)
+            return;
+        MarkedFiles.press(list.model, first, Qt.NoModifier);
+        MarkedFiles.markRows(list.model, first, list.count - 1);
+        list.currentIndex = first;
     }
 
     // What is typed next replaces the name up to its suffix.
@@ -78,7 +87,8 @@ Dialogs.FolderBreadcrumbBar {
     }
 
     function enterFolder(): void {
-        MarkedFiles.files = [];
+        MarkedFiles.clear();
+        readPath = placePath;
         correct();
         correction.start();
     }
@@ -99,8 +109,8 @@ Dialogs.FolderBreadcrumbBar {
         if (takingPath)
             return;
         const row = list.currentItem;
-        if (row?.file !== MarkedFiles.pressed)
-            MarkedFiles.files = [];
+        if (row)
+            MarkedFiles.choose(row.file, list.currentIndex);
         if (!isRowChosen()) {
             correct();
         } else {
@@ -342,7 +352,7 @@ Dialogs.FolderBreadcrumbBar {
     Shortcut {
         sequences: [StandardKey.SelectAll]
         enabled: MarkedFiles.several && root.dialog.visible
-        onActivated: MarkedFiles.markRows(root.list.model, 0, root.list.count - 1)
+        onActivated: root.markAll()
     }
 
     // TRUCK.KVT is a tune file, too.

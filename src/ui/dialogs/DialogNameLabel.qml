@@ -19,6 +19,7 @@ Item {
     implicitHeight: name.height + details.height
 
     Rectangle {
+        objectName: "mark"
         parent: root.delegate
         anchors.fill: parent
         z: -1
@@ -34,6 +35,7 @@ Item {
             if (pressed)
                 MarkedFiles.press(root.delegate.ListView.view.model, root.delegate.index, point.modifiers);
         }
+        onCanceled: MarkedFiles.takeBack()
     }
 
     Image {
@@ -58,6 +60,8 @@ Item {
         Accessible.ignored: false
         Accessible.role: Accessible.StaticText
         Accessible.name: text
+        Accessible.selectable: MarkedFiles.several
+        Accessible.selected: root.marked
     }
 
     Item {

@@ -4,26 +4,43 @@ import QtQml
 
 // The files marked in Qt's own dialog, which itself chooses no more than one.
 QtObject {
-    id: root
-
     // Whether the open dialog takes more than one.
     property bool several: false
     // Their urls.
     property var files: []
-    // The row pressed last: Shift marks from there.
+    // Where Shift begins: the row that was pressed last without it, and the file of the row pressed last.
     property int from: 0
     property url pressed
+    // The files before the last press.
+    property var earlier: []
 
     function begin(many: bool): void {
         several = many;
+        clear();
+    }
+
+    function clear(): void {
         files = [];
+        from = 0;
+        pressed = "";
+    }
+
+    // What the dialog chose by itself ends the marks.
+    function choose(file: url, row: int): void {
+        if (String(file) === String(pressed))
+            return;
+        clear();
+        from = Math.max(0, row);
     }
 
     function isMarked(file: url): bool {
-        return several && files.length > 1 && files.some(marked => String(marked) === String(file));
+        return several && files.some(marked => String(marked) === String(file));
     }
 
     function press(model: var, row: int, modifiers: int): void {
+        earlier = files;
+        if (model.isFolder(row))
+            return;
         pressed = model.get(row, "fileUrl");
         if (modifiers & Qt.ShiftModifier) {
             markRows(model, Math.min(from, row), Math.max(from, row));
@@ -38,9 +55,15 @@ QtObject {
             files = wasMarked ? others : [...others, pressed];
     }
 
+    // The press became something else, such as a flick of the list.
+    function takeBack(): void {
+        files = earlier;
+    }
+
     // All of them, but no folder.
     function markRows(model: var, first: int, last: int): void {
-        const rows = Array.from({ length: last - first + 1 }, (_, i) => first + i);
+        const end = Math.min(last, model.count - 1);
+        const rows = Array.from({ length: end - first + 1 }, (_, i) => first + i);
         files = rows.filter(row => !model.isFolder(row)).map(row => model.get(row, "fileUrl"));
     }
 }

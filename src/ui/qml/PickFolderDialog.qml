@@ -12,6 +12,7 @@ FolderDialog {
     signal taken(string path)
 
     function ask(): void {
+        MarkedFiles.begin(false);
         if (!stays)
             currentFolder = appState.dialogFolder();
         open();
