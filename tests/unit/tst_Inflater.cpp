@@ -66,24 +66,27 @@ void TestInflater::unpacks_data()
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<State>("state");
 
+    const auto row = [](const char *name, const QByteArray &body, const QByteArray &bytes, State state) {
+        QTest::newRow(name) << body << bytes << state;
+    };
     const QByteArray large = sample(1'000'000);
-    const QByteArray gzip = packed(large);
+    const QByteArray onePiece = large.first(256 * 1024);
     const QByteArray zeros(10'000'000, '\0');
-    QTest::newRow("gzip") << gzip << large << State::Whole;
-    QTest::newRow("deflate") << packed(large, deflateFormat) << large << State::Whole;
-    QTest::newRow("small") << packed("{}") << "{}"_ba << State::Whole;
-    QTest::newRow("of-nothing") << packed({}) << QByteArray() << State::Whole;
-    QTest::newRow("much-larger") << packed(zeros) << zeros << State::Whole;
-    QTest::newRow("exactly-one-piece")
-        << packed(large.first(256 * 1024)) << large.first(256 * 1024) << State::Whole;
-    QTest::newRow("two-in-a-row") << gzip + packed("more") << large + "more" << State::Whole;
-    QTest::newRow("nothing") << QByteArray() << QByteArray() << State::Unfinished;
-    QTest::newRow("half-of-the-second") << packed("a") + packed("b").first(10) << "a"_ba << State::Unfinished;
-    QTest::newRow("without-its-sum") << gzip.chopped(8) << large << State::Unfinished;
-    QTest::newRow("wrong-sum") << changedAt(gzip, gzip.size() - 8) << large << State::Broken;
-    QTest::newRow("text-after") << packed("a") + "text"
-                                << "a"_ba << State::Broken;
-    QTest::newRow("text") << "plain text"_ba << QByteArray() << State::Broken;
+    const QByteArray gzip = packed(large);
+    const QByteArray one = packed("a");
+    row("gzip", gzip, large, State::Whole);
+    row("deflate", packed(large, deflateFormat), large, State::Whole);
+    row("small", packed("{}"), "{}", State::Whole);
+    row("of-nothing", packed({}), {}, State::Whole);
+    row("much-larger", packed(zeros), zeros, State::Whole);
+    row("exactly-one-piece", packed(onePiece), onePiece, State::Whole);
+    row("two-in-a-row", gzip + one, large + "a", State::Whole);
+    row("nothing", {}, {}, State::Unfinished);
+    row("half-of-the-second", one + one.first(10), "a", State::Unfinished);
+    row("without-its-sum", gzip.chopped(8), large, State::Unfinished);
+    row("wrong-sum", changedAt(gzip, gzip.size() - 8), large, State::Broken);
+    row("text-after", one + "text", "a", State::Broken);
+    row("text", "plain text", {}, State::Broken);
 }
 
 void TestInflater::unpacks()
