@@ -441,14 +441,4 @@ DialogTest {
         compare(markedFiles(), "");
         dialog.close();
     }
-
-    function test_sizesAreFresh() {
-        const sizes = () => itemsIn(row("m.kvt"), item => /bytes$/.test(item.text ?? "")).map(item => item.text);
-        const dialog = openDialog("plain");
-        compare(sizes(), ["34 bytes"]);
-        dialog.close();
-        write("plain/m.kvt", 99);
-        openAgain();
-        tryVerify(() => sizes().join() === "99 bytes", 5000, "The size is still " + sizes());
-    }
 }

@@ -30,8 +30,6 @@ Dialogs.FolderBreadcrumbBar {
     // The folder that was shown last, and the file that `fileName` meant there.
     property url lastFolder
     property url namedFile
-    // The folder that the list has read.
-    property string readPath
     // What the name field shows. The dialog would show the last part of a path alone.
     property string shownName
     // Whether the chosen row has to be found again, in a folder that is being read anew.
@@ -55,16 +53,7 @@ Dialogs.FolderBreadcrumbBar {
         lastFolder = fileDialog?.currentFolder ?? "";
         shownName = fileName;
         remarking = false;
-        readAnew();
         enterFolder();
-    }
-
-    // A folder that was shown before still has the sizes and dates of then. Sorting reads them.
-    function readAnew(): void {
-        if (placePath !== readPath)
-            return;
-        list.model.sortReversed = true;
-        list.model.sortReversed = false;
     }
 
     // Without a row of its own choice the dialog could not be accepted.
@@ -88,7 +77,6 @@ Dialogs.FolderBreadcrumbBar {
 
     function enterFolder(): void {
         MarkedFiles.clear();
-        readPath = placePath;
         correct();
         correction.start();
     }
