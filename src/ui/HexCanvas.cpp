@@ -77,6 +77,8 @@ void HexCanvas::itemChange(ItemChange change, const ItemChangeData &data)
     const auto updateLine = [this, line] { update(QRectF(line->position(), line->size()).toAlignedRect()); };
     connect(line, &HexLine::textsChanged, this, updateLine);
     connect(line, &HexLine::colorChanged, this, updateLine);
+    // A canvas is also painted while it is hidden, then without its lines.
+    connect(line, &QQuickItem::visibleChanged, this, updateLine);
 }
 
 double HexCanvas::rowY(qsizetype index) const

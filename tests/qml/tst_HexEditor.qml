@@ -605,6 +605,31 @@ ViewTest {
         compare(groundOf(0x90), VOXTheme.input);
     }
 
+    // The editor is made, and drawn, while it is hidden.
+    function test_textsAreDrawnWhenItIsShown_data() {
+        return [{ tag: "file-before", before: true }, { tag: "file-after" }, { tag: "shown-again", twice: true }];
+    }
+
+    function test_textsAreDrawnWhenItIsShown(data) {
+        if (data.before)
+            fixture.fillHex(1000);
+        makeAllViews();
+        render();
+        const rows = openEditor(1000);
+        if (data.twice) {
+            app.showHex = false;
+            render();
+            fixture.fillHex(2000);
+            render();
+            app.showHex = true;
+            render();
+        }
+        const image = grabImage(window.contentItem);
+        const grid = rows.grid;
+        for (let row = 0; row < 20; ++row)
+            verify(isInked(image, row, grid.digitsX, grid.digitsX + 48 * grid.pitch), row);
+    }
+
     function test_textsAreDrawn() {
         const rows = openEditor(56);
         app.hexModel.cursor = 0;
