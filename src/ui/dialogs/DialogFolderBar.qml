@@ -56,7 +56,7 @@ Dialogs.FolderBreadcrumbBar {
         enterFolder();
     }
 
-    // Without a row of its own choice the dialog could not be accepted.
+    // The dialog can be accepted only once it has a current row.
     function markAll(): void {
         const first = Array.from({ length: list.count }, (_, row) => row).find(row => !list.model.isFolder(row));
         if (first === undefined)

@@ -8,8 +8,9 @@ QtObject {
     property bool several: false
     // Their urls.
     property var files: []
-    // Where Shift begins: the row that was pressed last without it, and the file of the row pressed last.
+    // The row from which Shift marks.
     property int from: 0
+    // The file of the row that was pressed last.
     property url pressed
     // The files before the last press.
     property var earlier: []
@@ -25,7 +26,7 @@ QtObject {
         pressed = "";
     }
 
-    // What the dialog chose by itself ends the marks.
+    // A choice without a press, as by an arrow key, ends the marks.
     function choose(file: url, row: int): void {
         if (String(file) === String(pressed))
             return;
@@ -60,7 +61,7 @@ QtObject {
         files = earlier;
     }
 
-    // All of them, but no folder.
+    // Both rows and all in between, but no folder.
     function markRows(model: var, first: int, last: int): void {
         const end = Math.min(last, model.count - 1);
         const rows = Array.from({ length: end - first + 1 }, (_, i) => first + i);
