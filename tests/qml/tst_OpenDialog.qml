@@ -273,6 +273,17 @@ DialogTest {
         verifyOpened(dialog, "plain/b.kvt", 33);
     }
 
+    function test_sizesAreOfNow() {
+        const dialog = openDialog("plain");
+        const size = () => fixture.find(row("m.kvt"), "fileSize").text;
+        compare(size(), Qt.locale().formattedDataSize(34));
+        mouseClick(button("Cancel"));
+        tryVerify(() => !dialog.visible);
+        write("plain/m.kvt", 5000);
+        openAgain();
+        compare(size(), Qt.locale().formattedDataSize(5000));
+    }
+
     function loadPatches(): void {
         tryVerify(() => fixture.allArrived());
         fixture.answerNext(JSON.stringify({ patches: [{ id: 7, variant: "A", description: "B" }] }));

@@ -203,6 +203,7 @@ void TestAppState::invokables_data()
              "openKvt(QString)",
              "saveKvt(QString)",
              "dialogFolder()",
+             "fileFacts(QUrl)",
              "convertOp(QString,QString)",
              "convertOp(QString,QString,QString)",
              "convertOp(QString,QString,QString,QString)",

@@ -14,6 +14,9 @@ Item {
 
     readonly property real textsLeft: picture.width + delegate.spacing
     readonly property bool marked: MarkedFiles.isMarked(delegate.file)
+    readonly property AppState appState: app // qmllint disable unqualified
+    // Asked for each time the row is shown: the list keeps what a file was like when it was read.
+    readonly property var facts: visible ? appState.fileFacts(delegate.file) : null
 
     implicitWidth: 200
     implicitHeight: name.height + details.height
@@ -72,14 +75,15 @@ Item {
         height: date.height
 
         RowText {
+            objectName: "fileSize"
             visible: root.delegate.fileIsDir === false
-            text: Qt.locale().formattedDataSize(root.delegate.fileSize ?? 0)
+            text: Qt.locale().formattedDataSize(root.facts?.size ?? 0)
         }
 
         RowText {
             id: date
             anchors.right: root.fileDetailRowWidth > 0 ? parent.right : undefined
-            text: Qt.formatDateTime(root.delegate.fileModified)
+            text: root.facts ? Qt.formatDateTime(root.facts.modified) : ""
         }
     }
 
