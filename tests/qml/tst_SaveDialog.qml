@@ -228,8 +228,8 @@ DialogTest {
     function test_nameIsReadyToBeTyped() {
         openSaveDialog("plain");
         const field = nameField();
-        verify(field.activeFocus);
-        compare(field.selectedText, field.text.slice(0, field.text.lastIndexOf(".")));
+        tryVerify(() => field.activeFocus);
+        tryCompare(field, "selectedText", "orig");
     }
 
     // Opened again, the dialog is the same object.

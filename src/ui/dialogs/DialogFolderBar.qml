@@ -34,6 +34,8 @@ Dialogs.FolderBreadcrumbBar {
     property string shownName
     // Whether the chosen row has to be found again, in a folder that is being read anew.
     property bool remarking: false
+    // What was selected in the name when rows were about to come; null unless the keyboard was there.
+    property var typed: null
     // Whether the path's field is choosing.
     property bool takingPath: false
 
@@ -102,6 +104,7 @@ Dialogs.FolderBreadcrumbBar {
         if (!isRowChosen()) {
             correct();
         } else {
+            typed = null;
             shownName = row.fileName;
             if (!row.fileIsDir)
                 fileName = earlierName = row.fileName;
@@ -145,26 +148,31 @@ Dialogs.FolderBreadcrumbBar {
         list.currentIndex = -1;
     }
 
+    function selectionOfName(): var {
+        return nameField?.activeFocus ? [nameField.selectionStart, nameField.selectionEnd] : null;
+    }
+
     // What is marked is what is chosen. A click on the row that is the current one already would choose
     // nothing, and a key would enter the row that has the focus.
     function mark(): void {
+        // The dialog of Qt 6.11 hands the keyboard to a row that becomes the current one, or was.
+        const row = list.currentItem;
+        const handed = row !== null && row.activeFocus && row.focusReason === Qt.OtherFocusReason;
+        const selection = selectionOfName() ?? (handed ? typed : null);
+        typed = null;
         if (remarking)
             list.currentIndex = list.model.indexOf(chosen());
         remarking = false;
-        if (isRowChosen())
-            return;
-        const typing = nameField?.activeFocus === true;
-        const selection = [nameField?.selectionStart ?? 0, nameField?.selectionEnd ?? 0];
-        if (list.currentItem)
-            list.currentItem.focus = false;
-        list.currentIndex = -1;
-        // The dialog of Qt 6.11 hands it to the row that was current.
-        if (typing)
+        if (!isRowChosen()) {
+            if (list.currentItem)
+                list.currentItem.focus = false;
+            list.currentIndex = -1;
+            correct();
+        }
+        if (selection !== null && !nameField.activeFocus) {
             nameField.forceActiveFocus();
-        correct();
-        // It went with the keyboard.
-        if (typing)
             nameField.select(selection[0], selection[1]);
+        }
     }
 
     // The dialog closes the path's field by itself, but opens it again when a row took the focus meanwhile.
@@ -361,6 +369,9 @@ Dialogs.FolderBreadcrumbBar {
         target: root.list?.model ?? null
         function onRowsAboutToBeRemoved(): void {
             root.loseRows();
+        }
+        function onRowsAboutToBeInserted(): void {
+            root.typed = root.selectionOfName();
         }
         function onRowsInserted(): void {
             correction.start();
