@@ -167,7 +167,7 @@ ViewTest {
         writeFiles();
         const button = find("openFileButton");
         button.forceActiveFocus(Qt.TabFocusReason);
-        tryVerify(() => find("hint", button).visible);
+        tryVerify(() => fixture.find(button, "hint")?.visible === true);
         verify(fixture.drop(window, Qt.point(700, 400), urls(["truck.kvt"])));
     }
 

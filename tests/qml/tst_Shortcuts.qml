@@ -314,6 +314,16 @@ ViewTest {
         compare(openDialogs(), []);
     }
 
+    // Made when it is first wanted.
+    function hintOf(control: Item): var {
+        return fixture.find(control, "hint");
+    }
+
+    function shownHint(control: Item): var {
+        tryVerify(() => hintOf(control)?.visible === true);
+        return hintOf(control);
+    }
+
     function test_fieldHints_data() {
         return [
             { tag: "search", field: "searchNameField" },
@@ -325,12 +335,11 @@ ViewTest {
     function test_fieldHints(data) {
         app.tab = data.tag;
         const field = input(data.field);
-        const tip = find("hint", field);
         render();
         mouseMove(window.contentItem, 2, 2);
-        verify(!tip.visible);
+        verify(!hintOf(field)?.visible);
         mouseMove(field, field.width / 2, field.height / 2);
-        tryVerify(() => tip.visible);
+        const tip = shownHint(field);
         compare(tip.contentItem.text, "Ctrl+F");
         mouseMove(window.contentItem, 2, 2);
         tryVerify(() => !tip.visible);
@@ -357,13 +366,12 @@ ViewTest {
 
     function test_hints(data) {
         const button = find(data.tag);
-        const tip = find("hint", button);
         compare(button.Accessible.description, data.hint);
-        compare(tip.contentItem.text, data.hint);
-        compare(tip.visible, false);
-        verify(tip.delay > 0);
+        verify(!hintOf(button)?.visible);
         mouseMove(button);
-        tryVerify(() => tip.visible);
+        const tip = shownHint(button);
+        compare(tip.contentItem.text, data.hint);
+        verify(tip.delay > 0);
         const place = inWindow(tip.contentItem);
         verify(place.left >= 0 && place.top >= 0, place);
         verify(place.right <= window.width && place.bottom <= window.height, place);
@@ -382,25 +390,27 @@ ViewTest {
     function test_hintsInTheHexEditor(data) {
         openHexEditor();
         const button = find(data.tag);
-        const tip = find("hint", button);
-        compare(tip.contentItem.text, data.hint);
         mouseMove(button);
-        tryVerify(() => tip.visible);
+        const tip = shownHint(button);
+        compare(tip.contentItem.text, data.hint);
         keyClick(Qt.Key_Escape);
         compare(app.showHex, false);
         tryVerify(() => !tip.visible);
     }
 
     function test_buttonsWithoutAKeyHaveNoHint() {
-        compare(find("updatesButton").hint, "");
-        compare(findChild(find("updatesButton"), "hint"), null);
+        const button = find("updatesButton");
+        compare(button.hint, "");
+        mouseMove(button);
+        tryVerify(() => button.hovered);
+        render();
+        compare(hintOf(button), null);
     }
 
     function test_hintGoesWithAPress() {
         const button = find("saveFileButton");
-        const tip = find("hint", button);
         mouseMove(button);
-        tryVerify(() => tip.visible);
+        const tip = shownHint(button);
         mousePress(button);
         tryVerify(() => !tip.visible);
         mouseRelease(find("updatesButton"));
@@ -408,10 +418,9 @@ ViewTest {
 
     function test_hintGoesWithItsView() {
         const button = find("saveFileButton");
-        const tip = find("hint", button);
         mouseMove(button);
         button.forceActiveFocus(Qt.TabFocusReason);
-        tryVerify(() => tip.visible);
+        const tip = shownHint(button);
         ctrl(Qt.Key_9);
         tryVerify(() => !tip.visible);
     }
@@ -420,7 +429,7 @@ ViewTest {
     function test_hintDoesNotKeepTheKeys() {
         const button = find("nav_sorter");
         button.forceActiveFocus(Qt.TabFocusReason);
-        tryVerify(() => find("hint", button).visible);
+        shownHint(button);
         ctrl(Qt.Key_4);
         compare(app.tab, "search");
     }

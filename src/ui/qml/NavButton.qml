@@ -42,8 +42,9 @@ Button {
     }
 
     VOXHint {
-        button: root
+        control: root
         text: root.hint
+        wanted: (root.hovered || root.visualFocus) && !root.down
         beside: true
     }
 }

@@ -60,7 +60,8 @@ Button {
     }
 
     VOXHint {
-        button: root
+        control: root
         text: root.hint
+        wanted: (root.hovered || root.visualFocus) && !root.down
     }
 }

@@ -1,6 +1,5 @@
 pragma ComponentBehavior: Bound
 
-import QtQml
 import QtQuick
 import QtQuick.Controls.Basic
 import KvtEditor
@@ -44,16 +43,9 @@ TextField {
             cursorPosition = 0;
     }
 
-    // A field without such a key costs no tool tip.
-    Instantiator {
-        model: root.hint === "" ? 0 : 1
-
-        VOXToolTip {
-            objectName: "hint"
-            parent: root
-            fullText: root.hint
-            visible: root.visible && root.enabled && root.hovered && !root.activeFocus
-            y: root.height + 4
-        }
+    VOXHint {
+        control: root
+        text: root.hint
+        wanted: root.hovered && !root.activeFocus
     }
 }

@@ -1,29 +1,31 @@
 pragma ComponentBehavior: Bound
 
 import QtQml
-import QtQuick.Templates as T
+import QtQuick
 import KvtEditor
 
-// Tells the key that does the same as a button, once the pointer or the keyboard has rested on it. A button
-// without such a key costs no tool tip.
+// Tells the key that does the same as a control, once the pointer or the keyboard has rested on it. The tool tip is
+// made when it is first wanted.
 Instantiator {
     id: root
 
-    required property T.AbstractButton button
+    required property Item control
     required property string text
-    // Beside the button, for buttons that stand close under each other.
+    required property bool wanted
+    // Beside the control, for those that stand close under each other.
     property bool beside: false
     // What is hidden or disabled may still count as hovered or focused.
-    readonly property bool wanted: button.visible && button.enabled && (button.hovered || button.visualFocus)
+    readonly property bool shown: wanted && text !== "" && control.visible && control.enabled
 
-    model: text === "" ? 0 : 1
+    model: 0
+    onShownChanged: model = 1
 
     VOXToolTip {
         objectName: "hint"
-        parent: root.button
+        parent: root.control
         fullText: root.text
-        visible: root.wanted && !root.button.down
-        x: root.beside ? root.button.width + 6 : (root.button.width - width) / 2
-        y: root.beside ? (root.button.height - height) / 2 : root.button.height + 4
+        visible: root.shown
+        x: root.beside ? root.control.width + 6 : (root.control.width - width) / 2
+        y: root.beside ? (root.control.height - height) / 2 : root.control.height + 4
     }
 }
