@@ -69,7 +69,7 @@ void HexCanvas::setEditing(HexEditing *editing)
 void HexCanvas::itemChange(ItemChange change, const ItemChangeData &data)
 {
     QQuickPaintedItem::itemChange(change, data);
-    if (change == ItemDevicePixelRatioHasChanged)
+    if (change == ItemDevicePixelRatioHasChanged || change == ItemVisibleHasChanged)
         updateAll();
     const auto *const line = change == ItemChildAddedChange ? qobject_cast<HexLine *>(data.item) : nullptr;
     if (!line)
@@ -77,8 +77,12 @@ void HexCanvas::itemChange(ItemChange change, const ItemChangeData &data)
     const auto updateLine = [this, line] { update(QRectF(line->position(), line->size()).toAlignedRect()); };
     connect(line, &HexLine::textsChanged, this, updateLine);
     connect(line, &HexLine::colorChanged, this, updateLine);
-    // A canvas is also painted while it is hidden, then without its lines.
-    connect(line, &QQuickItem::visibleChanged, this, updateLine);
+}
+
+// Qt paints what is hidden, too: a picture of several megabytes that nobody sees.
+QSGNode *HexCanvas::updatePaintNode(QSGNode *node, UpdatePaintNodeData *data)
+{
+    return isVisible() ? QQuickPaintedItem::updatePaintNode(node, data) : node;
 }
 
 double HexCanvas::rowY(qsizetype index) const

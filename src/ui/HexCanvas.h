@@ -46,6 +46,7 @@ signals:
 
 protected:
     void itemChange(ItemChange change, const ItemChangeData &data) override;
+    QSGNode *updatePaintNode(QSGNode *node, UpdatePaintNodeData *data) override;
     /// Repaints the rows whose marks have changed, once for all that a key has changed.
     void updatePolish() override;
 
