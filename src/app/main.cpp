@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QFontDatabase>
 #include <QIcon>
 #include <QMessageBox>
 #include <QMetaObject>
@@ -161,13 +162,14 @@ void loadRootView(QQmlApplicationEngine &engine)
 #endif
 }
 
-// Preloads TLS after the first frame. The first request would load it on the main thread, which takes up to
-// 50 ms while a file is being opened.
-void prepareRequests(const QQmlApplicationEngine &engine)
+// What can wait for the first frame: the icon, and TLS, which the first request would load on the main thread. That
+// takes up to 50 ms while a file is being opened.
+void prepareLater(const QQmlApplicationEngine &engine)
 {
     auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
     const auto prepare = [] {
         QThreadPool::globalInstance()->start([] { QSslConfiguration::defaultConfiguration(); });
+        QApplication::setWindowIcon(QIcon(u":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico"_s));
     };
     if (window)
         QObject::connect(window, &QQuickWindow::frameSwapped, window, prepare,
@@ -228,7 +230,7 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
         return -1;
     }
     fitToScreen(engine);
-    prepareRequests(engine);
+    prepareLater(engine);
     const auto open = [&state, file] { state.openKvt(file); };
     if (!file.isEmpty())
         QMetaObject::invokeMethod(&state, open, Qt::QueuedConnection);
@@ -266,7 +268,8 @@ int main(int argc, char **argv)
     nameApplication();
     // The desktop identifies the window by this name.
     QGuiApplication::setDesktopFileName(u"example.vox.KvtEditor"_s);
-    QApplication::setWindowIcon(QIcon(u":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico"_s));
+    // The first text waits for the list of fonts, which nothing else needs meanwhile.
+    QThreadPool::globalInstance()->start([] { QFontDatabase::families(); });
     QQuickStyle::setStyle(u"Basic"_s);
     chooseDrawing();
     darkenFrame();

@@ -31,7 +31,7 @@ FocusScope {
         focus: true
         clip: true
         // A number: only another number of lines makes the list anew, and thereby loses the place in it.
-        model: root.lines.count + 1
+        model: root.lines.count > 0 ? root.lines.count + 1 : 0
         reuseItems: true
         cacheBuffer: 0
         interactive: contentHeight > height
