@@ -20,17 +20,6 @@ ApplicationWindow {
         return Array.from(overlayItem.children).some(popup => popup.visible && !isToolTip(popup));
     }
 
-    // Qt's own file dialog paints its bar of folders white, whatever the palette.
-    function darkenFolderBars(item: var): void {
-        for (let i = 0; i < item.children.length; ++i) {
-            const child = item.children[i];
-            if (child.upButton && child.background)
-                child.background.color = VOXTheme.input;
-            else
-                darkenFolderBars(child);
-        }
-    }
-
     palette {
         window: VOXTheme.panel
         windowText: VOXTheme.text
@@ -56,12 +45,5 @@ ApplicationWindow {
 
     InnerDialogs {
         window: root
-    }
-
-    Connections {
-        target: root.overlayItem
-        function onChildrenChanged(): void {
-            root.darkenFolderBars(root.overlayItem);
-        }
     }
 }
