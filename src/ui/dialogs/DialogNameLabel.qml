@@ -91,7 +91,7 @@ Item {
         textFormat: Text.PlainText
         maximumLineCount: 1
         color: root.fileDetailRowTextColor
-        font.pixelSize: Math.round(root.delegate.font.pixelSize * 0.75)
+        font.pixelSize: Math.max(11, Math.round(root.delegate.font.pixelSize * 0.75))
         Accessible.ignored: true
     }
 }
