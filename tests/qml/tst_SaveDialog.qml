@@ -232,6 +232,34 @@ DialogTest {
         tryCompare(field, "selectedText", "orig");
     }
 
+    function test_nameStaysReadyWhenItsRowComesAgain() {
+        openSaveDialog("plain");
+        const field = nameField();
+        tryVerify(() => field.activeFocus);
+        fixture.removeFile(number + "/plain/orig.kvt");
+        tryVerify(() => rows().every(item => item.fileName !== "orig.kvt"));
+        write("plain/orig.kvt", 48);
+        row("orig.kvt");
+        tryVerify(() => field.activeFocus);
+        type("x");
+        compare(field.text, "x.kvt");
+    }
+
+    // In a folder that the list has to read first.
+    function test_nameIsReadyInAnotherFolder() {
+        openSaveDialog("plain");
+        mouseClick(button("Cancel"));
+        for (let i = 0; i < 500; ++i)
+            write("many/" + i + ".kvt", 1);
+        write("many/inner/first.kvt", 1);
+        app.openKvt(at("many/7.kvt"));
+        click("saveFileButton");
+        tryVerify(() => rows().some(item => /^\d+\.kvt$/.test(item.fileName)));
+        tryVerify(() => nameField().activeFocus);
+        type("x");
+        compare(nameField().text, "x.kvt");
+    }
+
     // Opened again, the dialog is the same object.
     function test_openedAgain_data() { return [{ tag: "closed" }, { tag: "saved", save: true }]; }
 

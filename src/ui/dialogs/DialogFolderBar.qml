@@ -34,8 +34,8 @@ Dialogs.FolderBreadcrumbBar {
     property string shownName
     // Whether the chosen row has to be found again, in a folder that is being read anew.
     property bool remarking: false
-    // What was selected in the name when rows were about to come; null unless the keyboard was there.
-    property var typed: null
+    // Whether the keyboard belongs to the name.
+    property bool naming: false
     // Whether the path's field is choosing.
     property bool takingPath: false
 
@@ -55,6 +55,7 @@ Dialogs.FolderBreadcrumbBar {
         lastFolder = fileDialog?.currentFolder ?? "";
         shownName = fileName;
         remarking = false;
+        naming = false;
         enterFolder();
     }
 
@@ -73,8 +74,10 @@ Dialogs.FolderBreadcrumbBar {
         if (!saving)
             return;
         const dot = nameField.text.lastIndexOf(".");
+        nameField.persistentSelection = true;
         nameField.forceActiveFocus(Qt.TabFocusReason);
         nameField.select(0, dot > 0 ? dot : nameField.text.length);
+        naming = true;
     }
 
     function enterFolder(): void {
@@ -104,7 +107,7 @@ Dialogs.FolderBreadcrumbBar {
         if (!isRowChosen()) {
             correct();
         } else {
-            typed = null;
+            naming = nameField?.activeFocus === true;
             shownName = row.fileName;
             if (!row.fileIsDir)
                 fileName = earlierName = row.fileName;
@@ -148,18 +151,17 @@ Dialogs.FolderBreadcrumbBar {
         list.currentIndex = -1;
     }
 
-    function selectionOfName(): var {
-        return nameField?.activeFocus ? [nameField.selectionStart, nameField.selectionEnd] : null;
+    // Dialogs hand the keyboard to the row of the offered name once that is listed, and Qt 6.11 also to the row that
+    // was current.
+    function isKeyboardHanded(): bool {
+        const row = list.currentItem;
+        return row !== null && row.activeFocus && row.focusReason === Qt.OtherFocusReason;
     }
 
     // What is marked is what is chosen. A click on the row that is the current one already would choose
     // nothing, and a key would enter the row that has the focus.
     function mark(): void {
-        // The dialog of Qt 6.11 hands the keyboard to a row that becomes the current one, or was.
-        const row = list.currentItem;
-        const handed = row !== null && row.activeFocus && row.focusReason === Qt.OtherFocusReason;
-        const selection = selectionOfName() ?? (handed ? typed : null);
-        typed = null;
+        naming = nameField?.activeFocus === true || (naming && isKeyboardHanded());
         if (remarking)
             list.currentIndex = list.model.indexOf(chosen());
         remarking = false;
@@ -169,10 +171,8 @@ Dialogs.FolderBreadcrumbBar {
             list.currentIndex = -1;
             correct();
         }
-        if (selection !== null && !nameField.activeFocus) {
+        if (naming)
             nameField.forceActiveFocus();
-            nameField.select(selection[0], selection[1]);
-        }
     }
 
     // The dialog closes the path's field by itself, but opens it again when a row took the focus meanwhile.
@@ -331,6 +331,9 @@ Dialogs.FolderBreadcrumbBar {
         function onTextEdited(): void {
             root.rename();
         }
+        function onActiveFocusChanged(): void {
+            correction.start();
+        }
         function onAccepted(): void {
             if (root.accepting.enabled)
                 root.accepting.clicked();
@@ -369,9 +372,6 @@ Dialogs.FolderBreadcrumbBar {
         target: root.list?.model ?? null
         function onRowsAboutToBeRemoved(): void {
             root.loseRows();
-        }
-        function onRowsAboutToBeInserted(): void {
-            root.typed = root.selectionOfName();
         }
         function onRowsInserted(): void {
             correction.start();
