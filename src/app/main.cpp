@@ -162,14 +162,13 @@ void loadRootView(QQmlApplicationEngine &engine)
 #endif
 }
 
-// What can wait for the first frame: the icon, and TLS, which the first request would load on the main thread. That
-// takes up to 50 ms while a file is being opened.
-void prepareLater(const QQmlApplicationEngine &engine)
+// Preloads TLS after the first frame. The first request would load it on the main thread, which takes up to
+// 50 ms while a file is being opened.
+void prepareRequests(const QQmlApplicationEngine &engine)
 {
     auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
     const auto prepare = [] {
         QThreadPool::globalInstance()->start([] { QSslConfiguration::defaultConfiguration(); });
-        QApplication::setWindowIcon(QIcon(u":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico"_s));
     };
     if (window)
         QObject::connect(window, &QQuickWindow::frameSwapped, window, prepare,
@@ -230,7 +229,7 @@ int runWindow(QApplication &app, AppState &state, const QString &file)
         return -1;
     }
     fitToScreen(engine);
-    prepareLater(engine);
+    prepareRequests(engine);
     const auto open = [&state, file] { state.openKvt(file); };
     if (!file.isEmpty())
         QMetaObject::invokeMethod(&state, open, Qt::QueuedConnection);
@@ -268,7 +267,8 @@ int main(int argc, char **argv)
     nameApplication();
     // The desktop identifies the window by this name.
     QGuiApplication::setDesktopFileName(u"example.vox.KvtEditor"_s);
-    // The first text waits for the list of fonts, which nothing else needs meanwhile.
+    QApplication::setWindowIcon(QIcon(u":/qt/qml/KvtEditor/src/ui/assets/kvtedit.ico"_s));
+    // Lists the fonts on another thread: the first text needs them, and nothing before it does.
     QThreadPool::globalInstance()->start([] { QFontDatabase::families(); });
     QQuickStyle::setStyle(u"Basic"_s);
     chooseDrawing();
