@@ -273,13 +273,15 @@ DialogTest {
         verifyOpened(dialog, "plain/b.kvt", 33);
     }
 
-    function test_sizesAreOfNow() {
-        const dialog = openDialog("plain");
+    function test_sizesAreOfNow_data() { return folders_data(); }
+
+    function test_sizesAreOfNow(data) {
+        const dialog = openDialog(data.folder);
         const size = () => fixture.find(row("m.kvt"), "fileSize").text;
         compare(size(), Qt.locale().formattedDataSize(34));
         mouseClick(button("Cancel"));
         tryVerify(() => !dialog.visible);
-        write("plain/m.kvt", 5000);
+        write(data.folder + "/m.kvt", 5000);
         openAgain();
         compare(size(), Qt.locale().formattedDataSize(5000));
     }

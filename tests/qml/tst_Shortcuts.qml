@@ -407,6 +407,13 @@ ViewTest {
         compare(hintOf(button), null);
     }
 
+    function test_hintsAreMadeWhenTheyAreWanted() {
+        mouseMove(window.contentItem, 2, 2);
+        compare(hintOf(find("nav_stock")), null);
+        compare(hintOf(find("saveFileButton")), null);
+        compare(hintOf(input("searchNameField")), null);
+    }
+
     function test_hintGoesWithAPress() {
         const button = find("saveFileButton");
         mouseMove(button);

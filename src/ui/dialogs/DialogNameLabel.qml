@@ -91,6 +91,7 @@ Item {
         textFormat: Text.PlainText
         maximumLineCount: 1
         color: root.fileDetailRowTextColor
+        // No smaller than the smallest text of the window.
         font.pixelSize: Math.max(11, Math.round(root.delegate.font.pixelSize * 0.75))
         Accessible.ignored: true
     }
