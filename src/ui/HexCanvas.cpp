@@ -69,7 +69,7 @@ void HexCanvas::setEditing(HexEditing *editing)
 void HexCanvas::itemChange(ItemChange change, const ItemChangeData &data)
 {
     QQuickPaintedItem::itemChange(change, data);
-    if (change == ItemDevicePixelRatioHasChanged || change == ItemVisibleHasChanged)
+    if (change == ItemDevicePixelRatioHasChanged || (change == ItemVisibleHasChanged && data.boolValue))
         updateAll();
     const auto *const line = change == ItemChildAddedChange ? qobject_cast<HexLine *>(data.item) : nullptr;
     if (!line)
