@@ -56,6 +56,8 @@ Dialogs.FolderBreadcrumbBar {
         shownName = fileName;
         remarking = false;
         naming = false;
+        // Rows that are being made out of sight when a folder is left make Qt 6.11 warn.
+        list.cacheBuffer = 0;
         enterFolder();
     }
 
