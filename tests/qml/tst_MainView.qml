@@ -48,6 +48,12 @@ ViewTest {
         compare(fields.length, 1);
         find("field", fields[0]).forceActiveFocus();
         type("1");
+        verify(IdentifierEdits.made);
+        // What is as it was is not edited.
+        keyClick(Qt.Key_Backspace);
+        verify(!IdentifierEdits.made);
+        type("12");
+        keyClick(Qt.Key_Backspace);
         app.tab = "main";
         compare(mark.text, "● Edited");
         compare(mark.Accessible.description, "Edited identifiers are not written into the file");

@@ -84,7 +84,7 @@ ColumnLayout {
 
         unlimitedLength: true
         text: whole ? value : value.slice(0, 32767)
-        onEdited: IdentifierEdits.made = true
+        onEdited: now => IdentifierEdits.note(title, value, now)
         input.onActiveFocusChanged: {
             const place = input.cursorPosition;
             whole = input.activeFocus;

@@ -42,7 +42,7 @@ Item {
     Connections {
         target: root.appState.hexModel
         function onModelReset(): void {
-            IdentifierEdits.made = false;
+            IdentifierEdits.begin();
         }
     }
 
