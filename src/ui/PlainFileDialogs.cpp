@@ -22,8 +22,8 @@ constexpr std::array replacements{
     Replacement{"/FolderDialogDelegateLabel.qml"_L1, "DialogNameLabel.qml"_L1},
 };
 
-// The last version known to need this. The dialogs of later ones may differ and are not changed, not even
-// their white bar.
+// The last version known to need this. The dialogs of later ones may differ and are not changed: their bar of
+// folders may be white.
 bool known()
 {
     return QLibraryInfo::version() < QVersionNumber(6, 12);

@@ -333,8 +333,12 @@ Dialogs.FolderBreadcrumbBar {
         function onTextEdited(): void {
             root.rename();
         }
+        // Between the press and the release on a row, nothing is corrected.
         function onActiveFocusChanged(): void {
-            correction.start();
+            if (root.isKeyboardHanded())
+                correction.start();
+            else
+                root.naming = root.nameField.activeFocus;
         }
         function onAccepted(): void {
             if (root.accepting.enabled)
