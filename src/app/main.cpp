@@ -24,6 +24,7 @@
 #include <QQmlIncubationController>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QSslConfiguration>
 #include <QStyle>
@@ -264,6 +265,8 @@ int main(int argc, char **argv)
     // For this program, not for those that it starts.
     if (wantsPortal)
         qunsetenv("QT_QPA_PLATFORMTHEME");
+    // What prepares TLS on another thread connects to the application object, and warns when that is gone.
+    const auto waitForPreparations = qScopeGuard([] { QThreadPool::globalInstance()->waitForDone(); });
     nameApplication();
     // The desktop identifies the window by this name.
     QGuiApplication::setDesktopFileName(u"example.vox.KvtEditor"_s);
