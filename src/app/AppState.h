@@ -142,8 +142,6 @@ public:
     /// Where file dialogs start: the open file's folder, else the documents folder, or the home folder where
     /// there is none.
     Q_INVOKABLE QUrl dialogFolder() const;
-    /// The "size" in bytes and the time "modified" of a file as it is now; 0 and an invalid time without one.
-    Q_INVOKABLE QVariantMap fileFacts(const QUrl &file) const;
     /// A path in which "~" or "~/" at the start is the home folder, as in a shell.
     Q_INVOKABLE QString expandedPath(const QString &path) const;
     /// Whether saving there would write over a file other than the open one.

@@ -80,12 +80,6 @@ QUrl AppState::dialogFolder() const
     return QUrl::fromLocalFile(QFileInfo(documents).isDir() ? documents : QDir::homePath());
 }
 
-QVariantMap AppState::fileFacts(const QUrl &file) const
-{
-    const QFileInfo info(file.toLocalFile());
-    return {{u"size"_s, info.size()}, {u"modified"_s, info.lastModified()}};
-}
-
 QString AppState::expandedPath(const QString &path) const
 {
     return path == "~"_L1 || path.startsWith("~/"_L1) ? QDir::homePath() + path.sliced(1) : path;

@@ -7,7 +7,6 @@
 #include "platform/Graphics.h"
 #include "ui/ButtonTexts.h"
 #include "ui/GarbageCollection.h"
-#include "ui/PlainFileDialogs.h"
 #include "ui/SecondClicks.h"
 
 #include <QApplication>
@@ -198,16 +197,15 @@ void showLoadFailure()
     box.exec();
 }
 
-int runWindow(QApplication &app, AppState &state, const QString &file)
+int runWindow(QApplication &app, AppState &state, FileDialogs dialogs, const QString &file)
 {
     installMessageLog();
     disableAutoMnemonics();
     collectGarbageInOneGo();
-    PlainFileDialogs plainFileDialogs;
     SecondClicks secondClicks;
     app.installEventFilter(&secondClicks);
     QQmlApplicationEngine engine;
-    engine.addUrlInterceptor(&plainFileDialogs);
+    engine.setInitialProperties({{u"ownFileDialogs"_s, dialogs == FileDialogs::Own}});
     engine.rootContext()->setContextProperty(u"app"_s, &state);
     engine.addImportPath(u"qrc:/qt/qml"_s);
     engine.addImportPath(QCoreApplication::applicationDirPath() + u"/qml"_s);
@@ -258,13 +256,14 @@ int main(int argc, char **argv)
 
     leaveNoCoreDump();
     logLine("main: start");
-    const bool wantsPortal = wantsPortalFileDialogs();
-    if (wantsPortal)
+    const FileDialogs dialogs = wantedFileDialogs();
+    const QByteArray theme = qgetenv("QT_QPA_PLATFORMTHEME");
+    if (dialogs == FileDialogs::Portal)
         qputenv("QT_QPA_PLATFORMTHEME", "xdgdesktopportal");
     QApplication app(argc, argv);
-    // For this program, not for those that it starts.
-    if (wantsPortal)
-        qunsetenv("QT_QPA_PLATFORMTHEME");
+    // For this program, not for those that it starts. An empty value counts as none.
+    if (dialogs == FileDialogs::Portal)
+        qputenv("QT_QPA_PLATFORMTHEME", theme);
     // What prepares TLS on another thread connects to the application object, and warns when that is gone.
     const auto waitForPreparations = qScopeGuard([] { QThreadPool::globalInstance()->waitForDone(); });
     nameApplication();
@@ -293,5 +292,5 @@ int main(int argc, char **argv)
     QDir::setCurrent(QDir::rootPath());
 #endif
     logLine("main: loading QML");
-    return runWindow(app, state, file);
+    return runWindow(app, state, dialogs, file);
 }

@@ -2,9 +2,9 @@
 
 #include <QtGlobal>
 
-/// Disables incremental garbage collection, new in Qt 6.8: it sometimes crashes over a URL while a file
-/// dialog is open (seen in 6.11: 2 of 16 runs of the dialog's tests; without it, none of 36). Call before the
-/// first engine is created. A value set by the user is kept.
+/// Disables incremental garbage collection, new in Qt 6.8: it sometimes crashes over a URL while one of
+/// Qt's file dialogs is open (seen in 6.11: 2 of 16 runs of tests of one; without it, none of 36). Call
+/// before the first engine is created. A value set by the user is kept.
 inline void collectGarbageInOneGo()
 {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)

@@ -2,9 +2,9 @@
 
 #include <QObject>
 
-/// Keeps Qt's own file and folder dialogs inside the window that opens them, as before Qt 6.8. Since then
-/// each is a separate window: without a window manager, no window has the focus after it closes; in 6.8 it is
-/// not modal; and destroying its parent while it is open crashes the program.
+/// Keeps Qt's file and folder dialogs, which it draws where there is no screen, inside the window that opens
+/// them, as before Qt 6.8. Since then each is a separate window: no window has the focus after it closes, and
+/// destroying its parent while it is open crashes the program.
 class InnerDialogs : public QObject
 {
     Q_OBJECT

@@ -3,6 +3,7 @@
 #include "api/TransferMeter.h"
 #include "app/AppState.h"
 #include "app/HexEditing.h"
+#include "core/FolderRows.h"
 #include "core/HexCompare.h"
 #include "core/HexInspector.h"
 #include "core/HexMatches.h"
@@ -26,6 +27,13 @@ struct AppStateForeign
     QML_FOREIGN(AppState)
     QML_NAMED_ELEMENT(AppState)
     QML_UNCREATABLE("The program makes the one controller and hands it to the views as app")
+};
+
+struct FolderRowsForeign
+{
+    Q_GADGET
+    QML_FOREIGN(FolderRows)
+    QML_NAMED_ELEMENT(FolderRows)
 };
 
 struct HexCanvasForeign

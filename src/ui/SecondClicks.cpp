@@ -4,18 +4,6 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 
-namespace {
-
-// A dialog is answered once, even if the first click only entered a folder.
-bool answersADialog(const QQuickItem *item)
-{
-    while (item && !item->inherits("QQuickDialogButtonBox"))
-        item = item->parentItem();
-    return item;
-}
-
-} // namespace
-
 bool SecondClicks::eventFilter(QObject *watched, QEvent *event)
 {
     const bool released = event->type() == QEvent::MouseButtonRelease;
@@ -27,7 +15,7 @@ bool SecondClicks::eventFilter(QObject *watched, QEvent *event)
     QQuickItem *const pressed = window->mouseGrabberItem();
     if (released)
         m_clicked = pressed;
-    if (released || (pressed == m_clicked && !answersADialog(pressed)))
+    if (released || pressed == m_clicked)
         return false;
     if (pressed)
         pressed->ungrabMouse();

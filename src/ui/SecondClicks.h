@@ -7,8 +7,7 @@ class QQuickItem;
 
 /// Prevents double-click click-through. When the first click opens or closes something, the second one would
 /// hit what is there then, such as a row of a save dialog, which would choose that file. Installed on the
-/// application, this drops such a second click in Qt Quick windows, and every second click on a dialog's
-/// button, because Save may only have entered a folder.
+/// application, this drops such a second click in Qt Quick windows.
 class SecondClicks : public QObject
 {
     Q_OBJECT

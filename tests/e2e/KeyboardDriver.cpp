@@ -80,30 +80,14 @@ void KeyboardDriver::step(QQuickItem *list, Qt::Key arrow) const
           u"%1 does not move by the arrow keys"_s.arg(list->objectName()));
 }
 
-void KeyboardDriver::chooseRow(const QString &rows, const QString &name) const
+void KeyboardDriver::chooseRow(const QString &name) const
 {
-    QQuickItem *const list = item(QString(rows).replace("Delegate"_L1, "ListView"_L1));
-    // The dialog may reload its folder and recreate its rows: so each try starts from the current row, and
-    // only a chosen row counts.
-    const QQuickItem *chosen = nullptr;
-    Qt::Key arrow = Qt::Key_Down;
+    // The arrow keys mark a row. The folder may be read anew, and the row made again.
     const auto choose = [&] {
-        reach(list);
-        const auto *const current = list->property("currentItem").value<QQuickItem *>();
-        if (current && current->property("fileName").toString() == name) {
-            if (current == chosen)
-                return true;
-            key(Qt::Key_Space);
-            chosen = current;
-            return false;
-        }
-        const int row = list->property("currentIndex").toInt();
-        if (row <= 0)
-            arrow = Qt::Key_Down;
-        else if (row >= list->property("count").toInt() - 1)
-            arrow = Qt::Key_Up;
-        key(arrow);
-        return false;
+        QQuickItem *const row = chooserRow(name);
+        if (!row->property("marked").toBool())
+            reachRow(row);
+        return row->property("marked").toBool();
     };
     waitFor(choose, u"%1 to be chosen in the dialog"_s.arg(name));
 }

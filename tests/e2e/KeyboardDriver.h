@@ -13,7 +13,7 @@ public:
 
 protected:
     void focus(QQuickItem *textInput) const override;
-    void chooseRow(const QString &rows, const QString &name) const override;
+    void chooseRow(const QString &name) const override;
 
 private:
     /// Presses Tab until the item, or one inside it, has the focus; throws when that never happens.

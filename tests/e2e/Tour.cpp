@@ -164,7 +164,7 @@ void Tour::start()
 void Tour::openSample()
 {
     m_window->click(u"openFileButton"_s);
-    m_window->item(u"fileDialogDelegate0"_s);
+    m_window->item(u"chooserRow"_s);
     picture(u"open-dialog"_s);
 
     m_window->chooseFile(sampleName);
@@ -204,7 +204,7 @@ void Tour::findAndPatch()
 void Tour::saveAndReopen()
 {
     m_window->click(u"saveFileButton"_s);
-    m_window->item(u"fileNameTextField"_s);
+    m_window->item(u"chooserRow"_s);
     picture(u"save-dialog"_s);
     m_window->saveAs(patchedName);
     expectStatus(u"Saved."_s);

@@ -67,7 +67,7 @@ void tellCoreDumps()
 void openDialog(const WindowDriver &driver)
 {
     driver.click(u"openFileButton"_s);
-    driver.item(u"fileDialogListView"_s);
+    driver.item(u"chooserList"_s);
     std::printf("dialog: open\n");
 }
 

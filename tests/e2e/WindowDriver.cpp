@@ -152,40 +152,41 @@ void WindowDriver::key(Qt::Key key, Qt::KeyboardModifiers modifiers) const
 
 void WindowDriver::chooseFile(const QString &fileName) const
 {
-    chooseRow(u"fileDialogDelegate"_s, fileName);
+    chooseRow(fileName);
     click(button(u"Open"_s));
 }
 
 void WindowDriver::chooseFolder(const QString &name) const
 {
-    chooseRow(u"folderDialogDelegate"_s, name);
+    chooseRow(name);
     click(button(u"Open"_s));
 }
 
-void WindowDriver::chooseRow(const QString &rows, const QString &name) const
+QQuickItem *WindowDriver::chooserRow(const QString &name) const
 {
-    const auto isEntry = [&](const QQuickItem *candidate) {
-        return candidate->objectName().startsWith(rows) && candidate->property("fileName").toString() == name;
-    };
-    // The first row is highlighted at first without being chosen, and the dialog may reload its folder and
-    // recreate its rows: so each try searches the whole window, and only a clicked row counts.
-    const QQuickItem *clicked = nullptr;
+    return where(
+        [&name](const QQuickItem *candidate) {
+            return candidate->objectName() == "chooserRow"_L1
+                && candidate->property("name").toString() == name;
+        },
+        u"%1 in the dialog"_s.arg(name));
+}
+
+void WindowDriver::chooseRow(const QString &name) const
+{
+    // The folder may be read anew, and the row made again.
     const auto choose = [&] {
-        QQuickItem *const entry = search(m_window->contentItem(), isEntry);
-        if (!entry)
-            return false;
-        if (entry == clicked && entry->property("highlighted").toBool())
-            return true;
-        click(entry);
-        clicked = entry;
-        return false;
+        QQuickItem *const row = chooserRow(name);
+        if (!row->property("marked").toBool())
+            click(row);
+        return row->property("marked").toBool();
     };
     waitFor(choose, u"%1 to be chosen in the dialog"_s.arg(name));
 }
 
 void WindowDriver::saveAs(const QString &fileName) const
 {
-    typeInto(item(u"fileNameTextField"_s), fileName);
+    typeInto(item(u"chooserName"_s), fileName);
     click(button(u"Save"_s));
 }
 

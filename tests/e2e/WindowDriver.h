@@ -72,8 +72,9 @@ protected:
     void waitUntilUsable(const QQuickItem *item) const;
     /// Gives a text field the focus.
     virtual void focus(QQuickItem *textInput) const;
-    /// Chooses the row with that file name among those whose object names have this prefix.
-    virtual void chooseRow(const QString &rows, const QString &name) const;
+    /// Marks a row of the open dialog.
+    virtual void chooseRow(const QString &name) const;
+    QQuickItem *chooserRow(const QString &name) const;
 
 private:
     QQuickWindow *m_window = nullptr;

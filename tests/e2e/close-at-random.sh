@@ -104,7 +104,7 @@ ask_the_service() {
   keys ctrl+9 ctrl+f Return && keys ctrl+0 ctrl+f Return && keys ctrl+7 ctrl+f Return && keys ctrl+2 Tab space
 }
 search_a_folder() {
-  keys Escape ctrl+4 ctrl+f ctrl+a z z Return && keys Tab space && keys ctrl+f Return Return Return Return Return Return
+  keys Escape ctrl+4 ctrl+f ctrl+a z z Return && keys Tab Return && keys ctrl+f Return Return Return Return Return Return
 }
 open_dialogs() {
   keys ctrl+1 ctrl+o Down Up Down && keys Escape ctrl+s Tab && keys Escape ctrl+4 ctrl+f Return Down

@@ -16,7 +16,7 @@ mkfifo "$work/number"
 Xvfb -displayfd 3 -screen 0 "${KVTEDITOR_SCREEN:-1600x1000}x24" -nolisten tcp -noreset 3>"$work/number" 2>/dev/null &
 display_server=$!
 read -r number <"$work/number"
-# A desktop portal of this machine must not put its own file dialogs in place of Qt's.
+# A desktop portal of this machine must not put its own file dialogs in place of ours.
 export DISPLAY=:$number DBUS_SESSION_BUS_ADDRESS=disabled:
 HOME=$work openbox >/dev/null 2>&1 &
 manager=$!

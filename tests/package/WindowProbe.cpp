@@ -1,6 +1,6 @@
 // Looks into a running, unchanged program from within: a plug-in that Qt loads when the
 // environment asks for it, with QT_QPA_GENERIC_PLUGINS=windowprobe. It waits until the file that
-// KVTEDITOR_PROBE_FILE names is open and identified, brings up the dialogs that Qt draws itself,
+// KVTEDITOR_PROBE_FILE names is open and identified, brings up its own file dialogs,
 // tells on standard output what it saw, and closes the window. When something never comes, it says so on
 // standard error and ends the program.
 
@@ -75,13 +75,14 @@ QObject *findObject(const QQuickItem *item, const QString &objectName)
     return nullptr;
 }
 
-void tryDialog(const QQuickWindow *window, const QString &dialogName, const QString &listName)
+void tryDialog(const QQuickWindow *window, const QString &dialogName)
 {
+    const QString listName = u"chooserList"_s;
     QObject *const dialog = findObject(window->contentItem(), dialogName);
-    if (!dialog || !QMetaObject::invokeMethod(dialog, "open"))
+    if (!dialog || !QMetaObject::invokeMethod(dialog, "ask"))
         fail(u"there is no %1"_s.arg(dialogName));
     waitFor([=] { return isInSight(window->contentItem(), listName); }, listName);
-    QMetaObject::invokeMethod(dialog, "close");
+    QMetaObject::invokeMethod(dialog->property("chooser").value<QObject *>(), "close");
     waitFor([=] { return !isInSight(window->contentItem(), listName); }, u"%1 to go"_s.arg(listName));
     std::printf("%s: opens\n", qPrintable(dialogName));
 }
@@ -96,8 +97,8 @@ void lookAround()
     waitFor([app] { return !app->property("vin").toString().isEmpty(); }, u"its identifiers"_s);
     std::printf("file: open and identified\n");
     waitFor([window] { return window->property("complete").toBool(); }, u"all views"_s);
-    tryDialog(window, u"openDialog"_s, u"fileDialogListView"_s);
-    tryDialog(window, u"searchFolderDialog"_s, u"folderDialogListView"_s);
+    tryDialog(window, u"openDialog"_s);
+    tryDialog(window, u"searchFolderDialog"_s);
     std::printf("TLS: %s\n", QSslSocket::supportsSsl() ? "there" : "missing");
     std::printf("certificates: %s\n",
                 QSslConfiguration::systemCaCertificates().isEmpty() ? "missing" : "there");

@@ -37,7 +37,7 @@ until [[ ${line-} == Listening* ]]; do read -r line <&8; done
 environment=(
   "PATH=/usr/bin:/bin" "LANG=C.UTF-8" "HOME=$inside/home" "XDG_CONFIG_HOME=$inside/home/config"
   "TMPDIR=$inside/tmp" "XDG_RUNTIME_DIR=$inside/runtime"
-  "QT_QPA_PLATFORM=offscreen" "QT_QUICK_BACKEND=software"
+  "QT_QPA_PLATFORM=offscreen" "QT_QUICK_BACKEND=software" "KVTEDITOR_FILE_DIALOGS=own"
   "QT_PLUGIN_PATH=$inside/plugins" "QT_QPA_GENERIC_PLUGINS=windowprobe"
   "KVTEDITOR_PROBE_FILE=one-module.kvt"
 )

@@ -81,7 +81,6 @@ void ViewFixture::qmlEngineAvailable(QQmlEngine *engine)
     m_engine = engine;
     // The engine of an earlier file took its controller with it.
     m_app = nullptr;
-    engine->addUrlInterceptor(&m_plainFileDialogs);
     engine->addImportPath(u"qrc:/qt/qml"_s);
     engine->rootContext()->setContextProperty(u"fixture"_s, this);
     reset();
@@ -117,6 +116,12 @@ void ViewFixture::removeFile(const QString &name)
 {
     if (!QFile::remove(tempPath(name)))
         qFatal("Cannot remove %s", qPrintable(tempPath(name)));
+}
+
+void ViewFixture::link(const QString &target, const QString &name)
+{
+    if (!QFile::link(tempPath(target), tempPath(name)))
+        qFatal("Cannot link %s", qPrintable(tempPath(name)));
 }
 
 void ViewFixture::removeFolder(const QString &name)

@@ -3,7 +3,6 @@
 #include "app/AppState.h"
 #include "support/RawHttpServer.h"
 #include "support/TestMain.h"
-#include "ui/PlainFileDialogs.h"
 
 #include <QList>
 #include <QObject>
@@ -35,6 +34,7 @@ public:
     /// Writes a file of zeros into the fixture's folder, or a folder below it.
     Q_INVOKABLE void writeFile(const QString &name, int size = 32);
     Q_INVOKABLE void removeFile(const QString &name);
+    Q_INVOKABLE void link(const QString &target, const QString &name);
     Q_INVOKABLE void removeFolder(const QString &name);
     /// Writes a file whose name is not valid text, "caf\xe9.kvt", into a folder of the fixture's.
     Q_INVOKABLE void writeUndecodable(const QString &folder);
@@ -99,7 +99,6 @@ public:
 private:
     const UrlRecorder *m_opened;
     RawHttpServer m_server;
-    PlainFileDialogs m_plainFileDialogs;
     QQmlEngine *m_engine = nullptr;
     AppState *m_app = nullptr;
     QTemporaryDir m_folder;

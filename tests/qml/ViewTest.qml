@@ -8,6 +8,8 @@ TestCase {
 
     property var window: null
     property int fetchedBefore: 0
+    // Whether the window shows its own dialogs for files and folders. Qt's can be answered by their properties.
+    property bool ownFileDialogs: false
 
     when: windowShown
 
@@ -19,7 +21,7 @@ TestCase {
         fixture.reset();
         fetchedBefore = fixture.fetchedPaths().length;
         // Most tests need a view or two: the others would take longer to make than the test itself.
-        window = newWindow({ prepares: false });
+        window = newWindow({ prepares: false, ownFileDialogs: ownFileDialogs });
         window.requestActivate();
         tryVerify(() => window.active, 60000);
         render();
@@ -63,7 +65,7 @@ TestCase {
         return fixture.visibleItems(item).filter(matches);
     }
 
-    // The button of that text in a dialog of Qt's own.
+    // The button of that text in a dialog of our own.
     function button(text: string): var {
         return itemsIn(window.overlayItem, item => item.clicked !== undefined && item.text === text)[0];
     }

@@ -8,6 +8,8 @@ ViewTest {
 
     name: "DoubleClicks"
 
+    ownFileDialogs: true
+
     function show(view: string): void {
         app.tab = view;
         render();
@@ -158,21 +160,21 @@ ViewTest {
 
     function test_dialog_data() {
         return [
-            { tag: "openFileButton", view: "main", dialog: "openDialog", sends: 1 },
-            { tag: "saveFileButton", view: "main", dialog: "saveDialog" },
-            { tag: "convertBinToKvt", view: "convert", dialog: "convertInputDialog", sends: 1 },
-            { tag: "convertBinToKvtCm2450", view: "convert", dialog: "convertHeaderDialog" },
-            { tag: "convertCtzToBin", view: "convert", dialog: "convertInputDialog", sends: 1 },
-            { tag: "convertCtzToKvt", view: "convert", dialog: "convertInputDialog", sends: 1 },
-            { tag: "pickBaseButton", view: "segments", dialog: "segmentFileDialog" },
-            { tag: "pickDonorButton", view: "segments", dialog: "segmentFileDialog" },
-            { tag: "searchBrowseButton", view: "search", dialog: "searchFolderDialog" },
-            { tag: "searchButton", view: "search", dialog: "searchFolderDialog" },
-            { tag: "sorterBrowseFilesButton", view: "sorter", dialog: "sorterFilesDialog" },
-            { tag: "sorterBrowseFolderButton", view: "sorter", dialog: "sorterFolderDialog" },
-            { tag: "tile_xcal", view: "tools", dialog: "toolConvertDialog", sends: 1 },
-            { tag: "tile_ecfg", view: "tools", dialog: "toolConvertDialog", sends: 1 },
-            { tag: "action", view: "patcher", dialog: "patcherDialog", prepare: loadPatches, sends: 1 }
+            { tag: "openFileButton", view: "main", taker: "openDialog" },
+            { tag: "saveFileButton", view: "main" },
+            { tag: "convertBinToKvt", view: "convert", taker: "convertInputDialog" },
+            { tag: "convertBinToKvtCm2450", view: "convert" },
+            { tag: "convertCtzToBin", view: "convert", taker: "convertInputDialog" },
+            { tag: "convertCtzToKvt", view: "convert", taker: "convertInputDialog" },
+            { tag: "pickBaseButton", view: "segments" },
+            { tag: "pickDonorButton", view: "segments" },
+            { tag: "searchBrowseButton", view: "search" },
+            { tag: "searchButton", view: "search" },
+            { tag: "sorterBrowseFilesButton", view: "sorter" },
+            { tag: "sorterBrowseFolderButton", view: "sorter" },
+            { tag: "tile_xcal", view: "tools", taker: "toolConvertDialog" },
+            { tag: "tile_ecfg", view: "tools", taker: "toolConvertDialog" },
+            { tag: "action", view: "patcher", prepare: loadPatches, taker: "patcherDialog" }
         ];
     }
 
@@ -180,70 +182,20 @@ ViewTest {
         show(data.view);
         if (data.prepare)
             data.prepare();
-        const dialog = find(data.dialog);
-        const changes = spyOn(dialog, "visibleChanged");
         mouseDoubleClickSequence(find(data.tag, data.view === "patcher" ? find("patcherView") : null));
-        tryVerify(() => dialog.visible);
-        compare(changes.count, 1);
-        if (data.sends) {
+        tryVerify(() => window.asking());
+        render();
+        compare(itemsIn(window.overlayItem, item => item.objectName === "chooserList").length, 1);
+        keyClick(Qt.Key_Escape);
+        tryVerify(() => !window.asking());
+        if (data.taker) {
             fixture.writeFile("chosen.bin", 16);
             const before = fixture.requestCount();
-            dialog.close();
+            const dialog = find(data.taker);
             dialog.selectedFile = fixture.urlOf(fixture.tempPath("chosen.bin"));
             dialog.accepted();
-            verifySent(before, data.sends);
-        } else {
-            dialog.close();
+            verifySent(before, 1);
         }
-        tryVerify(() => !dialog.visible);
-        compare(changes.count, 2);
-    }
-
-    // Qt's own dialog comes up below the pointer, and has a row there by the time of the second click.
-    function test_rowBelowThePointer_data() {
-        return [{ tag: "saveFileButton", dialog: "saveDialog" },
-            { tag: "openFileButton", dialog: "openDialog" }];
-    }
-
-    function test_rowBelowThePointer(data) {
-        // While views are still made beside it, a row is pressed in vain more often.
-        makeAllViews();
-        window.width = 1100;
-        window.height = 720;
-        for (let i = 10; i < 30; ++i)
-            fixture.writeFile("rows/" + i + ".kvt", i);
-        app.openKvt(fixture.tempPath("rows/29.kvt"));
-        app.setStatus("", -1);
-        render();
-        const opener = find(data.tag);
-        const dialog = find(data.dialog);
-        const rows = () => find("fileDialogListView", window.overlayItem);
-        const place = () => rows().mapFromItem(opener, opener.width - 2, opener.height / 2);
-        const rowThere = () => rows().itemAt(place().x, place().y + rows().contentY);
-        mouseDoubleClickAround(opener, () => {
-            tryVerify(() => dialog.visible);
-            tryVerify(rowThere);
-        }, opener.width - 2, opener.height / 2);
-        compare(app.status, "");
-        verify(dialog.visible);
-        // Nor is a click beside the dialog meant for it.
-        mouseClick(window.contentItem, 10, window.height - 10);
-        verify(dialog.visible);
-        // A row takes its own, once the list is whole and at rest. It is read more than once: a row that goes
-        // meanwhile takes none.
-        tryCompare(rows(), "count", 20);
-        const taken = () => !dialog.visible || button("Yes") !== undefined;
-        tryVerify(() => {
-            if (!taken() && !rows().moving && rowThere()) {
-                render();
-                mouseDoubleClickSequence(rowThere());
-            }
-            return taken();
-        });
-        if (data.dialog === "saveDialog")
-            confirmOverwriting();
-        tryVerify(() => !dialog.visible);
-        compare(app.statusOK, 1);
     }
 
     function test_sorting() {
@@ -289,8 +241,7 @@ ViewTest {
 
     // The first click shows another view, whose controls the second must not press.
     function test_searchHit_data() {
-        return [{ tag: "saveFileButton", dialog: "saveDialog" }, { tag: "hexEditorButton" },
-            { tag: "sendToDevButton" }];
+        return [{ tag: "saveFileButton" }, { tag: "hexEditorButton" }, { tag: "sendToDevButton" }];
     }
 
     function test_searchHit(data) {
@@ -310,8 +261,7 @@ ViewTest {
         mouseDoubleClickSequence(window.contentItem, below.right - 20, below.y + below.height / 2);
         compare(app.tab, "main");
         compare(app.showHex, false);
-        if (data.dialog)
-            compare(find(data.dialog).visible, false);
+        verify(!window.asking());
         verifySent(before, 1);
     }
 

@@ -94,24 +94,16 @@ TestCase {
         compare(FilePaths.inFolder("file:///u", "\u{1F600}"), "file:///u/%F0%9F%98%80");
     }
 
-    function test_typed_data() {
+    function test_urlOf_data() {
         return [
-            { tag: "name", text: "a%20b#1?.kvt", url: "file:///d%2541/a%2520b%231%3F.kvt" },
-            { tag: "below", text: "sub/x#1.kvt", url: "file:///d%2541/sub/x%231.kvt" },
-            { tag: "above", text: "../x.kvt", url: "file:///d%2541/../x.kvt" },
-            { tag: "root", text: "/u/a%20b#1.kvt", url: "file:///u/a%2520b%231.kvt" },
-            { tag: "only-the-root", text: "/", url: "file:///" },
-            { tag: "url", text: "file:///u/a%20b#1.kvt", url: "file:///u/a%20b%231.kvt" },
-            { tag: "url-not-utf-8", text: "file:///u/%E9.kvt", url: "file:///u/%EF%BF%BD.kvt" },
-            { tag: "started-url", text: "file:/", url: "file:///d%2541/file%3A/" },
-            { tag: "url-of-a-host", text: "file://u/x", url: "file:///d%2541/file%3A//u/x" },
-            { tag: "tilde", text: "~/x.kvt", url: "file:///d%2541/~/x.kvt" },
-            { tag: "half-a-character", text: "/u/x\uD800", url: "file:///u/x%EF%BF%BD" }
+            { tag: "plain", path: "/u/a%20b#1?.kvt", url: "file:///u/a%2520b%231%3F.kvt" },
+            { tag: "root", path: "/", url: "file:///" },
+            { tag: "like-a-url", path: "/file:/x", url: "file:///file%3A/x" },
+            { tag: "half-a-character", path: "/u/x\uD800", url: "file:///u/x%EF%BF%BD" }
         ];
     }
 
-    function test_typed(data) {
-        compare(FilePaths.fromTyped("file:///d%2541", data.text), data.url);
-        compare(FilePaths.fromTyped("file:///d%2541/", data.text), data.url);
+    function test_urlOf(data) {
+        compare(FilePaths.urlOf(data.path), data.url);
     }
 }

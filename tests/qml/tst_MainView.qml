@@ -155,15 +155,4 @@ ViewTest {
         compare(save.selectedFile, fixture.urlOf(fixture.tempPath("a.kvt")));
         save.close();
     }
-
-    // The bar of folders ignores the palette.
-    function test_fileDialogIsDark() {
-        click("openFileButton");
-        const dialog = find("openDialog");
-        tryVerify(() => dialog.visible);
-        const bars = itemsIn(window.overlayItem, item => item.upButton !== undefined);
-        compare(bars.length, 1);
-        compare(bars[0].background.color, VOXTheme.input);
-        dialog.close();
-    }
 }

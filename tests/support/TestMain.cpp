@@ -41,6 +41,7 @@ TestEnvironment::TestEnvironment()
     QFile::setPermissions(root.filePath(u"run"_s),
                           QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("KVTEDITOR_FILE_DIALOGS", "own");
     qputenv("LC_ALL", "C.UTF-8");
     for (const char *variable : unwantedVariables) {
         qunsetenv(variable);

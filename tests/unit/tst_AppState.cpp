@@ -203,7 +203,6 @@ void TestAppState::invokables_data()
              "openKvt(QString)",
              "saveKvt(QString)",
              "dialogFolder()",
-             "fileFacts(QUrl)",
              "convertOp(QString,QString)",
              "convertOp(QString,QString,QString)",
              "convertOp(QString,QString,QString,QString)",

@@ -56,7 +56,6 @@ private slots:
     void currentBytes_hexEditsCountAtOnce();
     void dialogFolder_isWhereTheOpenFileIs();
     void dialogFolder_withoutFile();
-    void fileFacts_areOfNow();
     void suggestName_data();
     void suggestName();
 
@@ -483,19 +482,6 @@ void TestAppStateWorkspace::dialogFolder_withoutFile()
     QVERIFY(QDir().mkpath(documents));
     QCOMPARE(m_state->dialogFolder(), QUrl::fromLocalFile(documents));
     QVERIFY(QDir(documents).removeRecursively());
-}
-
-void TestAppStateWorkspace::fileFacts_areOfNow()
-{
-    const QString path = inDir(u"a #1 100% \u00e9.kvt"_s);
-    const QUrl url = QUrl::fromLocalFile(path);
-    for (const QByteArray &bytes : {QByteArray("bytes"), QByteArray("more bytes")}) {
-        makeFile(path, bytes);
-        QCOMPARE(m_state->fileFacts(url).value(u"size"_s), QVariant(bytes.size()));
-        QCOMPARE(m_state->fileFacts(url).value(u"modified"_s), QVariant(QFileInfo(path).lastModified()));
-    }
-    QVERIFY(QFile::remove(path));
-    QCOMPARE(m_state->fileFacts(url).value(u"size"_s), QVariant(qint64(0)));
 }
 
 void TestAppStateWorkspace::suggestName_data()

@@ -16,31 +16,41 @@ class TestFileDialogs : public QObject
 private slots:
     void desktops_data();
     void desktops();
-    void notWanted_data();
-    void notWanted();
+    void wanted_data();
+    void wanted();
 };
 
 void TestFileDialogs::desktops_data()
 {
+    QTest::addColumn<QString>("theme");
     QTest::addColumn<QStringList>("desktops");
     QTest::addColumn<QStringList>("plugins");
     QTest::addColumn<bool>("has");
 
     const QString gtk = u"libqgtk3.so"_s;
     const QString kde = u"libKDEPlasmaPlatformTheme6.so"_s;
-    QTest::newRow("none") << QStringList{QString()} << QStringList{gtk, kde} << false;
-    QTest::newRow("gtk") << QStringList{u"GNOME"_s} << QStringList{gtk} << true;
-    QTest::newRow("gtk-without-plugin") << QStringList{u"GNOME"_s} << QStringList{kde} << false;
-    QTest::newRow("other-case") << QStringList{u"xfce"_s} << QStringList{gtk} << true;
-    QTest::newRow("second-name") << QStringList{u"ubuntu"_s, u"GNOME"_s} << QStringList{gtk} << true;
-    QTest::newRow("kde") << QStringList{u"KDE"_s} << QStringList{kde} << true;
-    QTest::newRow("kde-without-plugin") << QStringList{u"KDE"_s} << QStringList{gtk} << false;
-    QTest::newRow("lxqt") << QStringList{u"LXQt"_s} << QStringList{u"libqtlxqt.so"_s} << true;
-    QTest::newRow("window-manager") << QStringList{u"sway"_s} << QStringList{gtk, kde} << false;
+    QTest::newRow("none") << QString() << QStringList{QString()} << QStringList{gtk, kde} << false;
+    QTest::newRow("gtk") << QString() << QStringList{u"GNOME"_s} << QStringList{gtk} << true;
+    QTest::newRow("gtk-without-plugin") << QString() << QStringList{u"GNOME"_s} << QStringList{kde} << false;
+    QTest::newRow("other-case") << QString() << QStringList{u"xfce"_s} << QStringList{gtk} << true;
+    QTest::newRow("second-name") << QString() << QStringList{u"ubuntu"_s, u"GNOME"_s} << QStringList{gtk}
+                                 << true;
+    QTest::newRow("kde") << QString() << QStringList{u"KDE"_s} << QStringList{kde} << true;
+    QTest::newRow("kde-without-plugin") << QString() << QStringList{u"KDE"_s} << QStringList{gtk} << false;
+    QTest::newRow("lxqt") << QString() << QStringList{u"LXQt"_s} << QStringList{u"libqtlxqt.so"_s} << true;
+    QTest::newRow("window-manager") << QString() << QStringList{u"sway"_s} << QStringList{gtk, kde} << false;
+    QTest::newRow("theme") << u"gtk3"_s << QStringList{u"sway"_s} << QStringList{gtk} << true;
+    // Qt's own, which has no dialogs.
+    QTest::newRow("theme-named-as-a-desktop") << u"gnome"_s << QStringList() << QStringList{gtk} << false;
+    QTest::newRow("theme-before-desktop")
+        << u"qt6ct"_s << QStringList{u"GNOME"_s} << QStringList{gtk} << false;
+    QTest::newRow("portal") << u"xdgdesktopportal"_s << QStringList()
+                            << QStringList{u"libqxdgdesktopportal.so"_s} << true;
 }
 
 void TestFileDialogs::desktops()
 {
+    QFETCH(QString, theme);
     QFETCH(QStringList, desktops);
     QFETCH(QStringList, plugins);
     const QTemporaryDir folder;
@@ -49,32 +59,38 @@ void TestFileDialogs::desktops()
         QFile file(folder.filePath(u"platformthemes/"_s + plugin));
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
-    QTEST(desktopHasFileDialogs(desktops, folder.path()), "has");
+    QTEST(desktopHasFileDialogs(theme, desktops, folder.path()), "has");
 }
 
-void TestFileDialogs::notWanted_data()
+void TestFileDialogs::wanted_data()
 {
     QTest::addColumn<QByteArray>("platform");
     QTest::addColumn<QByteArray>("theme");
-    QTest::addColumn<QByteArray>("bus");
+    QTest::addColumn<QByteArray>("wish");
+    QTest::addColumn<FileDialogs>("dialogs");
 
-    QTest::newRow("user's") << QByteArray("xcb") << QByteArray("gtk3") << QByteArray();
-    QTest::newRow("no-screen") << QByteArray("offscreen") << QByteArray() << QByteArray();
-    QTest::newRow("no-bus") << QByteArray("xcb") << QByteArray() << QByteArray("unix:path=/nowhere");
+    QTest::newRow("no-theme-no-bus") << QByteArray("xcb") << QByteArray() << QByteArray() << FileDialogs::Own;
+    QTest::newRow("theme-without-dialogs")
+        << QByteArray("xcb") << QByteArray("qt6ct") << QByteArray() << FileDialogs::Own;
+    QTest::newRow("no-screen") << QByteArray("offscreen") << QByteArray() << QByteArray()
+                               << FileDialogs::Desktop;
+    QTest::newRow("no-screen-either")
+        << QByteArray("minimal") << QByteArray() << QByteArray() << FileDialogs::Desktop;
+    QTest::newRow("asked-for") << QByteArray("offscreen") << QByteArray("gtk3") << QByteArray("own")
+                               << FileDialogs::Own;
 }
 
-void TestFileDialogs::notWanted()
+void TestFileDialogs::wanted()
 {
     QFETCH(QByteArray, platform);
     QFETCH(QByteArray, theme);
-    QFETCH(QByteArray, bus);
+    QFETCH(QByteArray, wish);
     qputenv("QT_QPA_PLATFORM", platform);
-    qunsetenv("QT_QPA_PLATFORMTHEME");
-    if (!theme.isEmpty())
-        qputenv("QT_QPA_PLATFORMTHEME", theme);
-    if (!bus.isEmpty())
-        qputenv("DBUS_SESSION_BUS_ADDRESS", bus);
-    QVERIFY(!wantsPortalFileDialogs());
+    qputenv("QT_QPA_PLATFORMTHEME", theme);
+    qputenv("KVTEDITOR_FILE_DIALOGS", wish);
+    qputenv("XDG_CURRENT_DESKTOP", "sway");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere");
+    QTEST(wantedFileDialogs(), "dialogs");
 }
 
 KVTEDITOR_TEST_MAIN(TestFileDialogs)

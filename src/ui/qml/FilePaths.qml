@@ -4,9 +4,6 @@ import QtQml
 
 // Turns what the file dialogs hand over into the paths that the controller takes.
 QtObject {
-    // Whether the dialog for saving asks before it writes over a file. The desktops' own do.
-    property bool dialogAsks: true
-
     // One character or one run of bytes, escaped.
     readonly property var escapes: /%[0-7][0-9a-f]|%[89a-f][0-9a-f](?:%[89ab][0-9a-f])*/gi
 
@@ -54,11 +51,8 @@ QtObject {
         return path.lastIndexOf(".") > path.lastIndexOf("/") + 1 ? path : path + suffix;
     }
 
-    // The url of what a user names: by a url, by a path from the root, or by a path from a folder's url.
-    function fromTyped(folder: var, text: string): string {
-        if (text.startsWith("file:///"))
-            return fromTyped(folder, "/" + pathFromUrl(text));
-        const path = text.split("/").map(part => encoded(part)).join("/");
-        return text.startsWith("/") ? "file://" + path : String(folder).replace(/\/$/, "") + "/" + path;
+    // The url of a path from the root.
+    function urlOf(path: string): string {
+        return "file://" + path.split("/").map(part => encoded(part)).join("/");
     }
 }

@@ -15,6 +15,8 @@ VOXListRow {
     // What the cells show, and the tool tips of those that are cut short.
     property var texts: values
     property var tips: values
+    // The space for an icon before the first text.
+    property real indent: 0
     readonly property var cutTips: tips.filter((tip, column) => tip !== texts[column] || isCut(column))
 
     function isCut(column: int): bool {
@@ -44,6 +46,7 @@ VOXListRow {
                 objectName: modelData.cell
                 width: root.heading.widthOf(modelData)
                 height: root.height
+                leftPadding: index === 0 ? root.indent : 0
                 text: root.texts[index]
                 textFormat: Text.PlainText
                 maximumLineCount: 1

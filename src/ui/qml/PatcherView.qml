@@ -21,7 +21,7 @@ Item {
     // The number of a patch means nothing in another list, where it might stand for a dearer one.
     function forgetPick(): void {
         pendingIndex = -1;
-        binDialog.close();
+        binDialog.dismiss();
     }
 
     // A key that is held asks once.

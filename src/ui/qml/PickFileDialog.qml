@@ -10,24 +10,44 @@ FileDialog {
     property bool stays: false
     // The name to offer for a file that will be written.
     property string offeredName
+    // Our own dialog, where the desktop has none.
+    property var chooser: null
 
-    signal taken(string path)
+    // Of several files, the first one and all of them.
+    signal taken(string path, var paths)
+
+    function report(urls: var): void {
+        const paths = Array.from(urls, url => FilePaths.pathFromUrl(url));
+        taken(paths[0], paths);
+    }
 
     function ask(): void {
-        MarkedFiles.begin(fileMode === FileDialog.OpenFiles);
-        selectedNameFilter.index = 0;
         if (!stays)
             currentFolder = appState.dialogFolder();
+        if (OwnDialogs.host) {
+            chooser = OwnDialogs.open(root, {
+                name: offeredName,
+                nameFilters: nameFilters,
+                saving: fileMode === FileDialog.SaveFile,
+                several: fileMode === FileDialog.OpenFiles
+            });
+            return;
+        }
+        selectedNameFilter.index = 0;
         if (offeredName !== "")
             selectedFile = FilePaths.inFolder(currentFolder, offeredName);
         open();
     }
 
-    // All of them, where the dialog takes several.
-    function paths(): var {
-        const urls = MarkedFiles.files.length > 0 ? MarkedFiles.files : selectedFiles;
-        return Array.from(urls, url => FilePaths.pathFromUrl(url));
+    // As it was left.
+    function askAgain(): void {
+        (chooser ?? root).open();
     }
 
-    onAccepted: taken(FilePaths.pathFromUrl(selectedFile))
+    function dismiss(): void {
+        close();
+        chooser?.close();
+    }
+
+    onAccepted: report(fileMode === FileDialog.OpenFiles ? selectedFiles : [selectedFile])
 }

@@ -8,15 +8,23 @@ FolderDialog {
     readonly property AppState appState: app // qmllint disable unqualified
     // Opens in the dialog's current folder instead.
     property bool stays: false
+    // Our own dialog, where the desktop has none.
+    property var chooser: null
 
     signal taken(string path)
 
-    function ask(): void {
-        MarkedFiles.begin(false);
-        if (!stays)
-            currentFolder = appState.dialogFolder();
-        open();
+    function report(urls: var): void {
+        taken(FilePaths.pathFromUrl(urls[0]));
     }
 
-    onAccepted: taken(FilePaths.pathFromUrl(selectedFolder))
+    function ask(): void {
+        if (!stays)
+            currentFolder = appState.dialogFolder();
+        if (OwnDialogs.host)
+            chooser = OwnDialogs.open(root, { wantsFolder: true });
+        else
+            open();
+    }
+
+    onAccepted: report([selectedFolder])
 }

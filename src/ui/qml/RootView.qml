@@ -29,6 +29,9 @@ VOXWindow {
     // Whether all views are there, for whoever drives the window from outside.
     property bool complete: false
 
+    // Whether the desktop has no dialogs for files and folders, so that the window shows its own.
+    property bool ownFileDialogs: false
+
     onPreparesChanged: prepareNext()
 
     // One at a time.
@@ -62,6 +65,8 @@ VOXWindow {
         if (activeFocusItem && (widthBar.visible || heightBar.visible))
             reveal(activeFocusItem);
     }
+
+    Component.onCompleted: OwnDialogs.host = ownFileDialogs ? contentItem : null
 
     visible: true
     width: 1440

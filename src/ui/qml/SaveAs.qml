@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Dialogs
 import KvtEditor
 
-// Asks where to save, and reports the path. Where the dialog itself does not ask before a file is replaced, this does.
+// Asks where to save, and reports the path. Before a file is replaced, this asks where the dialog does not.
 Item {
     id: root
 
@@ -18,7 +18,7 @@ Item {
     }
 
     function close(): void {
-        picker.close();
+        picker.dismiss();
         question.close();
     }
 
@@ -28,8 +28,8 @@ Item {
         acceptLabel: "Save"
         onTaken: path => {
             const whole = FilePaths.withSuffix(path, root.suffix);
-            // A dialog that asks has asked about the name as it was typed.
-            const asked = FilePaths.dialogAsks && whole === path;
+            // The desktop's dialogs have asked about the name as it was typed. Without a screen nobody is asked.
+            const asked = OwnDialogs.host === null && whole === path;
             question.path = whole;
             if (asked || !root.appState.replacesOtherFile(whole))
                 root.taken(whole);
@@ -49,7 +49,7 @@ Item {
             if (yes)
                 root.taken(path);
             else
-                picker.open();
+                picker.askAgain();
         }
     }
 }

@@ -33,7 +33,7 @@ Item {
         fileMode: FileDialog.OpenFiles
         nameFilters: ["KVT (*.kvt)"]
         stays: root.files.length > 0
-        onAccepted: root.files = paths()
+        onTaken: (path, paths) => root.files = paths
     }
 
     PickFolderDialog {

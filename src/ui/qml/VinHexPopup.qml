@@ -1,28 +1,13 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
-import QtQuick.Templates as T
 import KvtEditor
 
 // Characters to hex digits and back, for a VIN that is to be typed into a hex editor.
-Popup {
+VOXPopup {
     id: root
 
-    parent: T.Overlay.overlay
-    anchors.centerIn: parent
     width: 480
-    padding: 20
-    modal: true
-    focus: true
-    closePolicy: Popup.CloseOnEscape
     onOpened: vinText.input.forceActiveFocus(Qt.TabFocusReason)
-
-    background: Rectangle {
-        radius: VOXTheme.radiusCard
-        color: VOXTheme.panel
-        border.width: 1
-        border.color: VOXTheme.border
-    }
 
     ColumnLayout {
         width: root.availableWidth

@@ -16,6 +16,8 @@ ListView {
     signal chosen(int row)
     // A key for a menu was pressed on the highlighted row.
     signal menuKeyPressed(int row)
+    // A key moved the highlight.
+    signal movedByKey(int modifiers)
 
     function moveTo(row: int): void {
         currentIndex = Math.max(0, Math.min(row, count - 1));
@@ -64,6 +66,7 @@ ListView {
         };
         if (event.key in targets && count > 0) {
             moveTo(targets[event.key]);
+            movedByKey(event.modifiers);
             event.accepted = true;
         } else if (hasMenus
             && (event.key === Qt.Key_Menu || event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier)) {

@@ -1,11 +1,10 @@
 import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
-import QtQuick.Templates as T
 import KvtEditor
 
 // Asks for a yes or a no in the middle of the window. Esc means no; closed from elsewhere, it tells nothing.
-Popup {
+VOXPopup {
     id: root
 
     property string question
@@ -18,21 +17,9 @@ Popup {
         answered(yes);
     }
 
-    parent: T.Overlay.overlay
-    anchors.centerIn: parent
     width: 440
-    padding: 20
-    modal: true
-    focus: true
     closePolicy: Popup.NoAutoClose
     onOpened: noButton.forceActiveFocus(Qt.TabFocusReason)
-
-    background: Rectangle {
-        radius: VOXTheme.radiusCard
-        color: VOXTheme.panel
-        border.width: 1
-        border.color: VOXTheme.border
-    }
 
     ColumnLayout {
         width: root.availableWidth
