@@ -104,7 +104,7 @@ void FolderRows::read()
     });
 }
 
-// What is read meanwhile may be without it, but reading from the start might never end.
+// Starting over at each change might never end in a folder that is being filled.
 void FolderRows::readAgain()
 {
     if (m_job.isRunning())

@@ -83,7 +83,7 @@ private:
     QString m_key;
     bool m_descending = false;
     bool m_reading = false;
-    /// Whether the folder has changed since it was begun to be read.
+    /// Whether the folder changed while it was being read.
     bool m_again = false;
     QList<Entry> m_entries;
     QHash<QString, int> m_rowsByName;

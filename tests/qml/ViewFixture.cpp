@@ -141,9 +141,14 @@ bool ViewFixture::removeUndecodable(const QString &folder)
     return std::filesystem::remove(undecodableIn(tempPath(folder)));
 }
 
-bool ViewFixture::isListed(const QString &folder) const
+QStringList ViewFixture::files(const QString &folder) const
 {
-    return !QDir(tempPath(folder)).entryList(QDir::Files).isEmpty();
+    return QDir(tempPath(folder)).entryList(QDir::Files);
+}
+
+QString ViewFixture::start(const QString &path, int size) const
+{
+    return QString::fromUtf8(contentOf(path).left(size));
 }
 
 bool ViewFixture::dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls)

@@ -40,9 +40,10 @@ public:
     Q_INVOKABLE void writeUndecodable(const QString &folder);
     /// Removes it, which Qt's own clearing up cannot; tells whether there was one.
     Q_INVOKABLE bool removeUndecodable(const QString &folder);
-    /// Whether Qt lists the files of such a folder, and so its dialogs do: Qt 6.8 stops at a name that is no
-    /// text.
-    Q_INVOKABLE bool isListed(const QString &folder) const;
+    /// The files of a folder that Qt lists: Qt 6.8 stops at a name that is no text.
+    Q_INVOKABLE QStringList files(const QString &folder) const;
+    /// The first bytes of a file.
+    Q_INVOKABLE QString start(const QString &path, int size) const;
     /// Drags what is at these addresses to a place in the window, from outside, with the key for moving held;
     /// tells whether it would be taken.
     Q_INVOKABLE bool dragTo(QObject *window, const QPointF &place, const QList<QUrl> &urls);

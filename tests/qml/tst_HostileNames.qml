@@ -132,10 +132,13 @@ ViewTest {
         waitForRow(data.name + ".kvt");
         compare(find("chooserName", window.overlayItem).text, data.name + ".kvt");
         verifyShownPlainly(window.overlayItem, data.name);
+        app.hexPatch("BYTES");
         mouseClick(button("Save"));
         tryVerify(() => !window.asking());
         compare(app.status, "Saved.");
         compare(app.fileName, data.name + ".kvt");
+        compare(fixture.start(path, 5), "BYTES");
+        compare(fixture.files(data.name), [data.name + ".kvt"]);
         if (!/\n|x{240}/.test(data.name))
             saveTyped(data.name + " 2.kvt", data.name);
         app.openKvt(path);
@@ -155,6 +158,8 @@ ViewTest {
         tryVerify(() => !window.asking());
         compare(app.status, "Saved.");
         compare(app.fileName, name);
+        compare(fixture.start(fixture.tempPath(folder + "/" + name), 5), "BYTES");
+        compare(fixture.files(folder).length, 2);
         fixture.removeFile(folder + "/" + name);
     }
 
@@ -220,9 +225,14 @@ ViewTest {
         app.tab = "main";
         app.openKvt(fixture.tempPath("undecodable/plain.kvt"));
         click("openFileButton");
-        if (fixture.isListed("undecodable"))
-            waitForRow("plain.kvt");
-        closeDialog();
+        if (fixture.files("undecodable").includes("plain.kvt")) {
+            app.setStatus("", -1);
+            mouseDoubleClickSequence(waitForRow("plain.kvt"));
+            tryVerify(() => !window.asking());
+            compare(app.status, "Opened plain.kvt — 32 bytes.");
+        } else {
+            closeDialog();
+        }
         verify(fixture.removeUndecodable("undecodable"));
     }
 }

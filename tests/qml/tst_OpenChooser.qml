@@ -363,8 +363,8 @@ ChooserTest {
         verifyOpened("plain/b.kvt", 33);
     }
 
-    // Nothing behind the dialog takes a key, a click or a drop.
-    function test_nothingBehindItIsReached() {
+    // The window takes no key, click or drop meanwhile.
+    function test_windowTakesNothing() {
         openChooser("plain");
         keyClick(Qt.Key_O, Qt.ControlModifier);
         keyClick(Qt.Key_2, Qt.ControlModifier);

@@ -25,7 +25,7 @@ ColumnLayout {
     readonly property var markedNames: new Set(marked)
     property bool marksFolder: false
     property string anchor
-    // The row of the keyboard.
+    // The name of the row that the keyboard is on.
     property string current
     // Whether what was typed is no folder.
     property bool folderMissing: false
